@@ -1,0 +1,35 @@
+# What every target of this project is built with: the target project_options.
+set(CMAKE_CXX_STANDARD 17)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+
+set(VYKEL_SANITIZE "" CACHE STRING "Sanitizers of a host build, for example address,undefined")
+if(VYKEL_SANITIZE)
+  add_compile_options(-fsanitize=${VYKEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+  add_link_options(-fsanitize=${VYKEL_SANITIZE})
+endif()
+
+# __FILE__ is part of the error contract: the path from the project's root, whatever folder it lies in.
+add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=build/)
+if(WIN32)
+  add_link_options(-Wl,--no-insert-timestamp) # a release is byte-identical from any folder
+elseif(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # A library with GNU_UNIQUE symbols is never unloaded; plug-ins must be.
+  add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
+endif()
+
+add_library(project_options INTERFACE)
+target_compile_options(project_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
+  -Wold-style-cast -Wundef -Werror)
+target_include_directories(project_options INTERFACE ${CMAKE_SOURCE_DIR}/includes)
+if(WIN32)
+  target_compile_definitions(project_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
+else()
+  target_link_libraries(project_options INTERFACE winhost)
+endif()
