@@ -1,0 +1,34 @@
+#include "errors/CatchLadder.h"
+
+#include "errors/Exception.h"
+#include <new>
+#include <stdexcept>
+#include <system_error>
+#include <typeinfo>
+
+namespace vyerr {
+
+void translateCurrentException(StatusBlock* block, RaiseSite boundary) noexcept {
+    const auto store = [=](vykel::StatusCode code) noexcept {
+        setStatusBlock(block, vykel::toInteger(code), componentName, boundary.file,
+                       static_cast<std::uint32_t>(boundary.line));
+    };
+    try {
+        throw;
+    } catch (const ExceptionBase& exception) {
+        statusToBlock(exception.status(), block);
+        store(vykel::StatusCode::GeneralFault); // takes effect only when the exception carried no error
+    } catch (const std::bad_alloc&) {
+        store(vykel::StatusCode::MemoryFull);
+    } catch (const std::invalid_argument&) {
+        store(vykel::StatusCode::InvalidParameter);
+    } catch (const std::bad_cast&) {
+        store(vykel::StatusCode::BadCast);
+    } catch (const std::system_error&) {
+        store(vykel::StatusCode::OsFault);
+    } catch (...) { // every other std::exception among them
+        store(vykel::StatusCode::GeneralFault);
+    }
+}
+
+} // namespace vyerr

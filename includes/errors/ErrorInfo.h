@@ -1,0 +1,32 @@
+#ifndef ERRORS_ERRORINFO_H
+#define ERRORS_ERRORINFO_H
+
+#include "errors/Status.h"
+#include <cstdint>
+
+namespace vyerr {
+
+/// Records one error and appends what its raise site knows, field by field. Construction does what
+/// recordError does; the fields that follow go to the end of the same document. Once a field could not be
+/// written (the record already held an error, memory is short), the later ones are dropped silently.
+/// Borrows the record for its own, short life.
+class ErrorInfo {
+public:
+    ErrorInfo(Status& status, std::int32_t code, const char* constantName, RaiseSite site) noexcept;
+
+    ErrorInfo& addString(const char* key, const char* value) noexcept;
+    ErrorInfo& addInt(const char* key, std::int32_t value) noexcept;
+    ErrorInfo& addUInt(const char* key, std::uint32_t value) noexcept;
+
+    /// The fields up to the matching closeObject go into a new object.
+    ErrorInfo& openObject(const char* key) noexcept;
+    ErrorInfo& closeObject() noexcept;
+
+private:
+    Status& status;
+    char* cursor = nullptr;
+};
+
+} // namespace vyerr
+
+#endif

@@ -1,0 +1,201 @@
+#include "errors/ErrorInfoText.h"
+
+#include "errors/JsonReader.h"
+#include <cstdio>
+#include <cstring>
+
+namespace vyerr {
+
+namespace {
+
+constexpr char endMarker = 'J';
+constexpr std::size_t numberBufferSize = 64;
+
+/// The letter behind the backslash, 0 when the byte stands for itself, 'u' when it needs four hex digits.
+char escapeLetter(unsigned char byte) noexcept {
+    switch (byte) {
+    case '\b':
+        return 'b';
+    case '\t':
+        return 't';
+    case '\n':
+        return 'n';
+    case '\f':
+        return 'f';
+    case '\r':
+        return 'r';
+    case '"':
+        return '"';
+    case '\\':
+        return '\\';
+    default:
+        return byte < 32 || byte == 127 ? 'u' : '\0';
+    }
+}
+
+bool isOpening(char character) noexcept {
+    return character == '{' || character == '[';
+}
+
+bool matches(char opening, char closing) noexcept {
+    return (opening == '{' && closing == '}') || (opening == '[' && closing == ']');
+}
+
+/// Whether the container around the insertion point has no element yet. `closing` is at its closing bracket.
+bool closesEmptyContainer(const char* closing) noexcept {
+    if (*closing != '}' && *closing != ']')
+        return false;
+    const char* before = closing - 1;
+    while (isJsonBlank(*before))
+        --before;
+    return matches(*before, *closing);
+}
+
+/// Writes the key, and the value through `writeValue` (given the place, returning the place behind).
+template <class WriteValue>
+char* addField(char* cursor, const char* key, std::size_t valueLength, StatusTextGrowth growth,
+               WriteValue writeValue) noexcept {
+    const std::size_t room = valueLength + (key != nullptr ? escapedLength(key) + 3 : 0);
+    while (cursor != nullptr) {
+        if (char* at = openFieldGap(cursor, room)) {
+            if (key != nullptr) {
+                *at++ = '"';
+                at = escapeJsonString(at, key);
+                *at++ = '"';
+                *at++ = ':';
+            }
+            return writeValue(at);
+        }
+        if (growth.grow == nullptr)
+            return nullptr;
+        cursor = growth.grow(cursor, growth.context);
+    }
+    return nullptr;
+}
+
+char* addPlainField(char* cursor, const char* key, const char* text, std::size_t length,
+                    StatusTextGrowth growth) noexcept {
+    return addField(cursor, key, length, growth, [=](char* at) noexcept {
+        std::memcpy(at, text, length);
+        return at + length;
+    });
+}
+
+} // namespace
+
+char* layStatusText(char* buffer, std::size_t size, const char* text) noexcept {
+    const std::size_t length = std::strlen(text != nullptr ? text : buffer);
+    if (size < length + 2)
+        return nullptr;
+    if (text != nullptr)
+        std::memcpy(buffer, text, length);
+    std::memset(buffer + length, 0, size - 1 - length);
+    buffer[size - 1] = endMarker;
+    return buffer + length - 1;
+}
+
+char* errorInfoEnd(char* text) noexcept {
+    const char* const end = isOpening(*text) ? parseJsonValue(text, nullptr) : nullptr;
+    return end != nullptr ? text + (end - text) - 1 : nullptr;
+}
+
+char* openFieldGap(char* cursor, std::size_t count) noexcept {
+    const bool atStart = isOpening(*cursor);
+    char* const insertion = atStart ? cursor + 1 : cursor;
+    const char* next = insertion;
+    while (isJsonBlank(*next))
+        ++next;
+    const bool empty =
+        *insertion == '\0' || closesEmptyContainer(insertion) || (atStart && matches(*cursor, *next));
+    const std::size_t needed = count + (empty ? 0 : 1);
+
+    const std::size_t tail = std::strlen(insertion);
+    const char* const freeArea = insertion + tail + 1;
+    std::size_t room = 0;
+    while (room < needed && freeArea[room] == '\0')
+        ++room;
+    if (room < needed)
+        return nullptr;
+
+    std::memmove(insertion + needed, insertion, tail + 1);
+    if (empty)
+        return insertion;
+    if (atStart) {
+        insertion[needed - 1] = ',';
+        return insertion;
+    }
+    *insertion = ',';
+    return insertion + 1;
+}
+
+std::size_t escapedLength(const char* string) noexcept {
+    std::size_t length = 0;
+    for (; *string != '\0'; ++string) {
+        const char letter = escapeLetter(static_cast<unsigned char>(*string));
+        length += letter == '\0' ? 1 : letter == 'u' ? 6 : 2;
+    }
+    return length;
+}
+
+char* escapeJsonString(char* destination, const char* string) noexcept {
+    constexpr const char* hexDigits = "0123456789abcdef";
+    for (; *string != '\0'; ++string) {
+        const auto byte = static_cast<unsigned char>(*string);
+        const char letter = escapeLetter(byte);
+        if (letter == '\0') {
+            *destination++ = *string;
+            continue;
+        }
+        *destination++ = '\\';
+        *destination++ = letter;
+        if (letter == 'u') {
+            *destination++ = '0';
+            *destination++ = '0';
+            *destination++ = hexDigits[byte >> 4];
+            *destination++ = hexDigits[byte & 15];
+        }
+    }
+    return destination;
+}
+
+char* addStringField(char* cursor, const char* key, const char* value, StatusTextGrowth growth) noexcept {
+    if (cursor == nullptr)
+        return nullptr;
+    return addField(cursor, key, escapedLength(value) + 2, growth, [=](char* at) noexcept {
+        *at++ = '"';
+        at = escapeJsonString(at, value);
+        *at++ = '"';
+        return at;
+    });
+}
+
+char* addIntField(char* cursor, const char* key, std::int32_t value, StatusTextGrowth growth) noexcept {
+    char digits[numberBufferSize];
+    const int length = std::snprintf(digits, sizeof digits, "%i", static_cast<int>(value));
+    return addPlainField(cursor, key, digits, static_cast<std::size_t>(length), growth);
+}
+
+char* addUIntField(char* cursor, const char* key, std::uint32_t value, StatusTextGrowth growth) noexcept {
+    char digits[numberBufferSize];
+    const int length = std::snprintf(digits, sizeof digits, "%u", static_cast<unsigned>(value));
+    return addPlainField(cursor, key, digits, static_cast<std::size_t>(length), growth);
+}
+
+char* addObjectField(char* cursor, const char* key, StatusTextGrowth growth) noexcept {
+    return addPlainField(cursor, key, "{}", 2, growth);
+}
+
+char* growStatusText(char* cursor, Status* status) noexcept {
+    const std::uint32_t capacity = status->capacity;
+    if (2 * capacity - 4 > 0x7FFFFFFDu)
+        return nullptr;
+    const std::ptrdiff_t offset = cursor - status->json;
+    const std::uint32_t wanted = 2 * capacity - 2;
+    if (capacity < wanted && !status->reallocate(status, wanted))
+        return nullptr;
+    if (errorInfoEnd(status->json) == nullptr)
+        return nullptr;
+    return status->json + offset;
+}
+
+} // namespace vyerr

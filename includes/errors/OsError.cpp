@@ -1,0 +1,38 @@
+#include "errors/OsError.h"
+
+#include <memory>
+
+namespace vyerr {
+
+namespace {
+
+struct FreeLocal {
+    void operator()(char* text) const noexcept { LocalFree(text); }
+};
+
+std::unique_ptr<char, FreeLocal> systemMessage(DWORD error) noexcept {
+    constexpr DWORD flags =
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+    constexpr DWORD neutralDefaultLanguage = 0x0400;
+    char* text = nullptr;
+    // With an allocated buffer the call takes the address of the pointer in place of the buffer.
+    if (FormatMessageA(flags, nullptr, error, neutralDefaultLanguage, reinterpret_cast<char*>(&text), 0,
+                       nullptr) == 0)
+        return nullptr;
+    return std::unique_ptr<char, FreeLocal>(text);
+}
+
+} // namespace
+
+void addWin32Error(ErrorInfo& info, DWORD error) noexcept {
+    info.openObject("internal_error").addString("api", "win32").addUInt("code", error);
+    if (const auto message = systemMessage(error))
+        info.addString("string", message.get());
+    info.closeObject();
+}
+
+void addHresult(ErrorInfo& info, HRESULT result) noexcept {
+    info.openObject("internal_error").addString("api", "hresult").addInt("code", result).closeObject();
+}
+
+} // namespace vyerr

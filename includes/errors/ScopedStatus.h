@@ -1,0 +1,59 @@
+#ifndef ERRORS_SCOPEDSTATUS_H
+#define ERRORS_SCOPEDSTATUS_H
+
+#include "errors/Exception.h"
+#include "errors/Status.h"
+#include "errors/StatusBlocks.h"
+#include "vytpl/NonCopyable.h"
+#include <exception>
+
+namespace vyerr {
+
+/// A Status for the calls of one scope. The scope's end throws what they recorded, unless an exception is
+/// already propagating on this thread, and releases the record in every case. Since such an exception may be
+/// the client's own, a scope whose later steps rely on the earlier ones calls check() between them.
+class ScopedStatus : private vytpl::NonCopyableT<ScopedStatus> {
+public:
+    ScopedStatus() noexcept { initStatus(&record); }
+
+    ~ScopedStatus() noexcept(false) {
+        struct Release {
+            Status* record;
+            ~Release() { releaseStatus(record); }
+        } const release{&record};
+        if (record.code < 0 && std::uncaught_exceptions() == 0)
+            throwIfFailed(&record);
+    }
+
+    /// Throws now when an error was recorded.
+    void check() { throwIfFailed(&record); }
+
+    Status* get() noexcept { return &record; }
+    Status& operator*() noexcept { return record; }
+
+private:
+    Status record;
+};
+
+/// The same for a code-only StatusBlock.
+class ScopedStatusBlock : private vytpl::NonCopyableT<ScopedStatusBlock> {
+public:
+    ScopedStatusBlock() noexcept { initStatusBlock(&block); }
+
+    ~ScopedStatusBlock() noexcept(false) {
+        if (std::uncaught_exceptions() == 0)
+            throwIfFailed(&block);
+    }
+
+    /// Throws now when an error was stored.
+    void check() const { throwIfFailed(&block); }
+
+    StatusBlock* get() noexcept { return &block; }
+
+private:
+    StatusBlock block;
+};
+
+} // namespace vyerr
+
+#endif

@@ -1,0 +1,101 @@
+#include "errors/Status.h"
+
+#include "errors/ErrorInfo.h"
+#include "errors/ErrorInfoText.h"
+#include <cstdlib>
+#include <cstring>
+
+namespace vyerr {
+
+namespace {
+
+constexpr std::uint32_t minimumCapacity = 4; // "{}", its NUL and the end marker
+constexpr std::uint32_t largestRequest = 0x7FFFFFFF;
+constexpr std::uint32_t firstCapacity = 512;
+
+std::uint32_t roundedCapacity(std::uint32_t wanted) noexcept {
+    std::uint32_t capacity = firstCapacity;
+    while (capacity < wanted)
+        capacity *= 2;
+    return capacity;
+}
+
+void moveText(Status* into, Status* from) noexcept {
+    into->reallocate(into, 0);
+    into->capacity = from->capacity;
+    into->json = from->json;
+    from->capacity = 0;
+    from->json = nullptr;
+}
+
+void copyText(Status* into, const Status* from) noexcept {
+    const char* text = from->json != nullptr ? from->json : "{}";
+    const std::size_t length = std::strlen(text);
+    if (length > largestRequest - 2)
+        return;
+    if (into->reallocate(into, static_cast<std::uint32_t>(length + 2)))
+        layStatusText(into->json, into->capacity, text);
+}
+
+} // namespace
+
+bool defaultStatusReallocate(Status* status, std::uint32_t wantedCapacity) noexcept {
+    if (wantedCapacity == 0) {
+        std::free(status->json);
+        status->capacity = 0;
+        status->json = nullptr;
+        return true;
+    }
+    if (wantedCapacity <= status->capacity)
+        return true;
+    if (wantedCapacity > largestRequest)
+        return false;
+    const std::uint32_t capacity = roundedCapacity(wantedCapacity);
+    auto* const buffer = static_cast<char*>(std::malloc(capacity));
+    if (buffer == nullptr)
+        return false;
+    layStatusText(buffer, capacity, status->json != nullptr ? status->json : "{}");
+    std::free(status->json);
+    status->capacity = capacity;
+    status->json = buffer;
+    return true;
+}
+
+Status* initStatus(Status* status) noexcept {
+    *status = Status{0, 0, defaultStatusReallocate, nullptr};
+    return status;
+}
+
+void releaseStatus(Status* status) noexcept {
+    status->code = 0;
+    status->reallocate(status, 0);
+}
+
+bool setStatusCode(Status* status, std::int32_t code) noexcept {
+    if (!replacesCode(status->code, code))
+        return false;
+    status->code = code;
+    if (status->json == nullptr)
+        return true;
+    if (status->capacity < minimumCapacity && !status->reallocate(status, minimumCapacity))
+        return true;
+    layStatusText(status->json, status->capacity, "{}");
+    return true;
+}
+
+bool mergeStatus(Status* into, Status* from) noexcept {
+    if (!setStatusCode(into, from->code))
+        return false;
+    if (into->reallocate == from->reallocate)
+        moveText(into, from);
+    else
+        copyText(into, from);
+    return true;
+}
+
+void recordError(Status* status, std::int32_t code, const char* constantName, const char* file,
+                 std::int32_t line) noexcept {
+    ErrorInfo(*status, code, constantName, RaiseSite{file, line});
+}
+
+} // namespace vyerr

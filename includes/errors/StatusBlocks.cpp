@@ -1,0 +1,84 @@
+#include "errors/StatusBlocks.h"
+
+#include "errors/JsonReader.h"
+#include <algorithm>
+#include <cstring>
+
+namespace vyerr {
+
+namespace {
+
+constexpr std::size_t fileRoom = sizeof(StatusBlock::file) - 1;
+constexpr std::size_t keptEnd = 49; // of each end of a file path that is too long
+
+/// Copies a text into a field of fixed size, NUL-terminated and zero-padded.
+template <std::size_t size>
+void fillField(char (&field)[size], const char* text, std::size_t length) noexcept {
+    length = std::min(length, size - 1);
+    std::memcpy(field, text, length);
+    std::memset(field + length, 0, size - length);
+}
+
+void fillFile(StatusBlock* block, const char* file) noexcept {
+    const std::size_t length = std::strlen(file);
+    fillField(block->file, file, length);
+    if (length > fileRoom) {
+        std::memcpy(block->file + keptEnd, "..", 2);
+        std::memcpy(block->file + keptEnd + 2, file + length - keptEnd, keptEnd);
+    }
+}
+
+/// Decodes the last bytes, at most as many as `text` has room for, of a string field; leaves `text` empty
+/// when there is no such field.
+template <std::size_t size>
+void lastOfField(const char* document, const char* key, std::int64_t most, char (&text)[size]) noexcept {
+    const char* const value = findField(document, key);
+    JsonToken token;
+    if (value == nullptr || parseJsonValue(value, &token) == nullptr || token.type != JsonType::String)
+        return;
+    const std::int64_t length = std::min(token.length, most);
+    unescapeJsonString(token.start + token.length - length, length, text);
+}
+
+std::int32_t lineOf(const char* document) noexcept {
+    std::int32_t line = 0;
+    const char* const value = findField(document, "line");
+    JsonToken token;
+    if (value != nullptr && parseJsonValue(value, &token) != nullptr && token.type == JsonType::Number &&
+        !jsonNumberToInt(token, &line))
+        return 0;
+    return line;
+}
+
+} // namespace
+
+bool setStatusBlock(StatusBlock* block, std::int32_t code, const char* component, const char* file,
+                    std::uint32_t line) noexcept {
+    if (!replacesCode(block->code, code))
+        return false;
+    block->code = code;
+    if (block->structSize < sizeof(StatusBlock))
+        return true;
+    fillField(block->component, component, std::strlen(component));
+    fillFile(block, file);
+    block->line = line;
+    block->reserved = 0;
+    return true;
+}
+
+bool statusToBlock(const Status* status, StatusBlock* block) noexcept {
+    if (status->code == 0 || block->code < 0)
+        return true;
+    char component[16] = "";
+    char file[fileRoom + 1] = "";
+    std::int32_t line = 0;
+    if (status->json != nullptr) {
+        lastOfField(status->json, "component", sizeof(StatusBlock::component) - 1, component);
+        lastOfField(status->json, "file", static_cast<std::int64_t>(fileRoom), file);
+        line = lineOf(status->json);
+    }
+    setStatusBlock(block, status->code, component, file, static_cast<std::uint32_t>(line));
+    return true;
+}
+
+} // namespace vyerr
