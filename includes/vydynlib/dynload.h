@@ -1,0 +1,46 @@
+#ifndef VYDYNLIB_DYNLOAD_H
+#define VYDYNLIB_DYNLOAD_H
+
+#include "errors/Status.h"
+#include "vytpl/NonCopyable.h"
+#include <windows.h>
+
+/// Loading of dynamic libraries. Nothing throws; failures are recorded in the Status as InvalidParameter with
+/// the path or symbol and the system's code and text. Does nothing while the Status holds an error. Any
+/// thread may call.
+namespace vydynlib {
+
+/// Loads a library by its UTF-8 path, in the system's standard search order. Returns the module, or null.
+/// Every success must be matched by one FreeLibrary; see LibraryHandle.
+HMODULE loadLibrary(const char* path, vyerr::Status& status) noexcept;
+
+/// The address of an exported function, or null.
+FARPROC getSymbol(HMODULE module, const char* name, vyerr::Status& status) noexcept;
+
+/// Owns one loading of a library.
+class LibraryHandle : private vytpl::NonCopyableT<LibraryHandle> {
+public:
+    LibraryHandle() noexcept = default;
+    ~LibraryHandle() { unload(); }
+
+    /// Takes a module over (null is allowed); the one held before is unloaded.
+    void reset(HMODULE loaded) noexcept {
+        unload();
+        module = loaded;
+    }
+
+    /// Frees the library, when one is held.
+    void unload() noexcept;
+
+    /// Forgets the library without freeing it: it stays loaded for the life of the process.
+    void abandon() noexcept { module = nullptr; }
+
+    HMODULE get() const noexcept { return module; }
+
+private:
+    HMODULE module = nullptr;
+};
+
+} // namespace vydynlib
+
+#endif

@@ -1,0 +1,30 @@
+#ifndef VYFILE_INTERNAL_FILELOCKIMPL_H
+#define VYFILE_INTERNAL_FILELOCKIMPL_H
+
+#include "vytpl/NonCopyable.h"
+#include <cstdio>
+#include <windows.h>
+
+namespace vyfile {
+
+/// An exclusive lock on the whole of an open file, against other processes and other handles of this one.
+/// It borrows the stream, which must outlive it, and has no unlock: closing the stream ends the lock. One
+/// thread uses it.
+class FileLockImpl : private vytpl::NonCopyableT<FileLockImpl> {
+public:
+    /// Not locked yet. Throws OsFault when the system gives no event.
+    explicit FileLockImpl(std::FILE* stream);
+    ~FileLockImpl();
+
+    /// Returns when the lock is held, however long that takes. Throws OsFault when the system refuses it.
+    void lock();
+
+private:
+    HANDLE file;
+    OVERLAPPED overlapped = {};
+    HANDLE event;
+};
+
+} // namespace vyfile
+
+#endif

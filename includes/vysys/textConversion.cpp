@@ -1,0 +1,78 @@
+#include "vysys/textConversion.h"
+
+#include <cstring>
+
+namespace vysys {
+
+namespace {
+
+/// The number of bytes that a lead byte announces; 1 when it announces none.
+std::ptrdiff_t sequenceLength(unsigned char lead) noexcept {
+    if ((lead & 0xE0) == 0xC0)
+        return 2;
+    if ((lead & 0xF0) == 0xE0)
+        return 3;
+    return (lead & 0xF8) == 0xF0 ? 4 : 1;
+}
+
+void appendUtf8(std::uint32_t codePoint, Utf8Vector& out, vyerr::Status& status) noexcept {
+    const auto byte = [](std::uint32_t value) {
+        return static_cast<char>(static_cast<unsigned char>(value));
+    };
+    const auto following = [=](unsigned shift) { return byte(0x80 | ((codePoint >> shift) & 0x3F)); };
+    if (codePoint < 0x80) {
+        const char bytes[] = {byte(codePoint)};
+        out.append(bytes, sizeof bytes, status);
+    } else if (codePoint < 0x800) {
+        const char bytes[] = {byte(0xC0 | (codePoint >> 6)), following(0)};
+        out.append(bytes, sizeof bytes, status);
+    } else if (codePoint < 0x10000) {
+        const char bytes[] = {byte(0xE0 | (codePoint >> 12)), following(6), following(0)};
+        out.append(bytes, sizeof bytes, status);
+    } else {
+        const char bytes[] = {byte(0xF0 | (codePoint >> 18)), following(12), following(6), following(0)};
+        out.append(bytes, sizeof bytes, status);
+    }
+}
+
+} // namespace
+
+std::uint32_t decodeUtf8CodePoint(const char*& position, const char* end) noexcept {
+    const auto lead = static_cast<unsigned char>(*position++);
+    const std::ptrdiff_t length = lead < 0x80 ? 1 : sequenceLength(lead);
+    if (length == 1 || end - position < length - 1)
+        return lead;
+    std::uint32_t codePoint = lead & (0x7Fu >> length);
+    for (std::ptrdiff_t i = 1; i < length; ++i)
+        codePoint = (codePoint << 6) + (static_cast<unsigned char>(*position++) & 0x3F);
+    return codePoint;
+}
+
+void utf8ToUtf16(const char* begin, const char* end, Utf16String& out, vyerr::Status& status) noexcept {
+    while (begin != end) {
+        const std::uint32_t codePoint = decodeUtf8CodePoint(begin, end);
+        if (codePoint < 0x10000) {
+            out.append(static_cast<WCHAR>(codePoint), status);
+        } else {
+            out.append(static_cast<WCHAR>((codePoint >> 10) + 0xD7C0), status);
+            out.append(static_cast<WCHAR>((codePoint & 0x3FF) + 0xDC00), status);
+        }
+    }
+}
+
+void utf8ToUtf16(const char* text, Utf16String& out, vyerr::Status& status) noexcept {
+    utf8ToUtf16(text, text + std::strlen(text), out, status);
+}
+
+void utf16ToUtf8(const WCHAR* begin, const WCHAR* end, Utf8Vector& out, vyerr::Status& status) noexcept {
+    constexpr std::uint32_t surrogateOffset = 56613888; // of u * 1024 + l for a pair u, l
+    while (begin != end) {
+        std::uint32_t codePoint = *begin++;
+        // A high surrogate takes whatever follows it; the very last unit of a text stands for itself.
+        if (codePoint >= 0xD800 && codePoint < 0xDC00 && begin != end)
+            codePoint = codePoint * 1024 + *begin++ - surrogateOffset;
+        appendUtf8(codePoint, out, status);
+    }
+}
+
+} // namespace vysys

@@ -1,0 +1,31 @@
+#ifndef VYSYS_TEXTCONVERSION_H
+#define VYSYS_TEXTCONVERSION_H
+
+#include "vytpl/StatusString.h"
+#include "vytpl/StatusVector.h"
+#include <cstdint>
+#include <windows.h>
+
+/// Conversions between the UTF-8 of the library and the UTF-16 of the system. They validate nothing: overlong
+/// forms, lone surrogates and stray bytes pass in a fixed way, so that no text is ever refused.
+namespace vysys {
+
+using Utf16String = vytpl::StatusString<WCHAR>;
+using Utf8Vector = vytpl::StatusVector<char>;
+
+/// Decodes the code point at `position` (below `end`) and advances the position past the bytes used. A byte
+/// that leads no sequence, or one that the end cuts off, stands for itself.
+std::uint32_t decodeUtf8CodePoint(const char*& position, const char* end) noexcept;
+
+/// Appends UTF-8 text to a UTF-16 string. Records MemoryFull when the string cannot grow.
+void utf8ToUtf16(const char* begin, const char* end, Utf16String& out, vyerr::Status& status) noexcept;
+
+/// The same up to the text's terminating NUL.
+void utf8ToUtf16(const char* text, Utf16String& out, vyerr::Status& status) noexcept;
+
+/// Appends UTF-16 text to an 8-bit vector. Records MemoryFull when the vector cannot grow.
+void utf16ToUtf8(const WCHAR* begin, const WCHAR* end, Utf8Vector& out, vyerr::Status& status) noexcept;
+
+} // namespace vysys
+
+#endif
