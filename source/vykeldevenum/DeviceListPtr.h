@@ -1,0 +1,21 @@
+#ifndef VYKELDEVENUM_DEVICELISTPTR_H
+#define VYKELDEVENUM_DEVICELISTPTR_H
+
+#include "PluginCall.h"
+#include "vykel/IDeviceList.h"
+#include <memory>
+
+namespace vykel {
+
+struct ReleaseList {
+    void operator()(IDeviceList* list) const noexcept {
+        callPluginQuietly([=] { list->release(); });
+    }
+};
+
+/// An owned list of a plug-in; ended with its own release, never with delete.
+using DeviceListPtr = std::unique_ptr<IDeviceList, ReleaseList>;
+
+} // namespace vykel
+
+#endif

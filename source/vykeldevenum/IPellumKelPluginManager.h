@@ -1,0 +1,21 @@
+#ifndef VYKELDEVENUM_IPELLUMKELPLUGINMANAGER_H
+#define VYKELDEVENUM_IPELLUMKELPLUGINMANAGER_H
+
+#include "DeviceListPtr.h"
+#include <vector>
+
+namespace vykel {
+
+/// Where an aggregated list gets the plug-ins' lists from.
+class IPellumKelPluginManager {
+public:
+    /// Appends one new list per plug-in that supplies one, in load order. A plug-in that fails contributes
+    /// nothing and is not reported.
+    virtual void getDeviceLists(std::vector<DeviceListPtr>& lists) = 0;
+
+    virtual ~IPellumKelPluginManager() = default;
+};
+
+} // namespace vykel
+
+#endif

@@ -1,0 +1,52 @@
+#ifndef VYKELDEVENUM_PELLUMKELPLUGIN_H
+#define VYKELDEVENUM_PELLUMKELPLUGIN_H
+
+#include "DeviceListPtr.h"
+#include "vydynlib/dynload.h"
+#include "vytpl/NonCopyable.h"
+#include <cstdint>
+#include <string>
+
+namespace vykel {
+
+/// One enumerator plug-in: its library and entry points. Used under the library's global lock.
+class PellumKelPlugin : private vytpl::NonCopyableT<PellumKelPlugin> {
+public:
+    /// Nothing is loaded yet. `libraryPath` is UTF-8, as the registry holds it.
+    explicit PellumKelPlugin(std::string libraryPath);
+
+    /// Abandons what is still loaded, without a call of the plug-in: this happens only while the process (or
+    /// this library) is being torn down, when calls would come too late. Every other way runs unload first.
+    virtual ~PellumKelPlugin();
+
+    /// Loads the library, looks up all three entry points, and initialises the plug-in. Throws
+    /// InvalidParameter (library or symbol), the plug-in's own negative code, or what the plug-in threw;
+    /// call unload then.
+    void load();
+
+    /// A new list from the plug-in. Throws PluginNotInitialized, the plug-in's own negative code, or what the
+    /// plug-in threw.
+    DeviceListPtr getInterface();
+
+    /// Finalises the plug-in if it is initialised, and unloads its library. May be called again.
+    void unload() noexcept;
+
+private:
+    using GetPluginInterface = std::int32_t (*)(std::int32_t version, IDeviceList** list);
+    using InitializePlugin = std::int32_t (*)();
+    using FinalizePlugin = std::int32_t (*)();
+
+    template <class Function>
+    void resolve(Function& function, const char* name);
+
+    vydynlib::LibraryHandle library;
+    std::string path;
+    GetPluginInterface getPluginInterface = nullptr;
+    InitializePlugin initializePlugin = nullptr;
+    FinalizePlugin finalizePlugin = nullptr;
+    bool initialized = false;
+};
+
+} // namespace vykel
+
+#endif

@@ -1,0 +1,40 @@
+#ifndef VYKELDEVENUM_PELLUMKELPLUGINMANAGER_H
+#define VYKELDEVENUM_PELLUMKELPLUGINMANAGER_H
+
+#include "IPellumKelPluginManager.h"
+#include "PellumKelPlugin.h"
+#include "vytpl/NonCopyable.h"
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vykel {
+
+/// The registry key below HKEY_LOCAL_MACHINE with one subkey per plug-in, and the value of a subkey that
+/// holds the path of the plug-in's library.
+constexpr const char* pluginsKey = "SOFTWARE\\Morvance\\VY-KEL\\Plugins\\";
+constexpr const char* pluginPathValue = "EnumeratorPluginPath";
+
+/// Owns the enumerator plug-ins registered on the machine that loaded and initialised. Used under the
+/// library's global lock.
+class PellumKelPluginManager final : public IPellumKelPluginManager,
+                                     private vytpl::NonCopyableT<PellumKelPluginManager> {
+public:
+    PellumKelPluginManager() = default;
+
+    /// Loads every registered plug-in in registry order and leaves out silently each that fails in any way.
+    /// Throws ResourceNotFound when the plug-ins' key is missing or cannot be read, and std::bad_alloc.
+    void loadAll();
+
+    /// Finalises and unloads every plug-in, then destroys them all.
+    void unloadAll() noexcept;
+
+    void getDeviceLists(std::vector<DeviceListPtr>& lists) override;
+
+private:
+    std::vector<std::unique_ptr<PellumKelPlugin>> plugins;
+};
+
+} // namespace vykel
+
+#endif

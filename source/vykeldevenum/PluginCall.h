@@ -1,0 +1,75 @@
+#ifndef VYKELDEVENUM_PLUGINCALL_H
+#define VYKELDEVENUM_PLUGINCALL_H
+
+#include <exception>
+#include <new>
+#include <stdexcept>
+#include <system_error>
+#include <typeinfo>
+#include <utility>
+#if defined(__GLIBCXX__)
+#include <cxxabi.h>
+#endif
+
+namespace vykel {
+
+namespace detail {
+
+inline void setUncaughtExceptions(int count) noexcept {
+#if defined(__GLIBCXX__)
+    struct EhGlobals { // fixed by the Itanium C++ ABI
+        void* caught;
+        unsigned int uncaught;
+    };
+    reinterpret_cast<EhGlobals*>(abi::__cxa_get_globals())->uncaught = static_cast<unsigned int>(count);
+#else
+    static_cast<void>(count); // one runtime serves every module
+#endif
+}
+
+} // namespace detail
+
+/// Calls into a plug-in: runs `call`, which should do little else. No exception may cross the interface; this
+/// is what happens when one does. It is replaced by this module's own exception of the same standard type
+/// (anything unknown by std::runtime_error), because a plug-in may carry its own C++ runtime:
+/// - its throw is counted in its own runtime and our catch in ours, so std::uncaught_exceptions() would be
+///   wrong for the rest of the thread's life;
+/// - the thrown object's code lies in the plug-in, which unwinding may unload before the handler ends.
+/// A call that returns costs nothing but one look at the count, so that a loop of calls goes in as a whole.
+template <class Call>
+decltype(auto) callPlugin(Call&& call) {
+    const int before = std::uncaught_exceptions();
+    try {
+        return std::forward<Call>(call)();
+    } catch (const std::bad_alloc&) {
+        detail::setUncaughtExceptions(before);
+        throw std::bad_alloc();
+    } catch (const std::invalid_argument& exception) {
+        detail::setUncaughtExceptions(before);
+        throw std::invalid_argument(exception.what());
+    } catch (const std::bad_cast&) {
+        detail::setUncaughtExceptions(before);
+        throw std::bad_cast();
+    } catch (const std::system_error& exception) {
+        detail::setUncaughtExceptions(before);
+        throw std::system_error(exception.code().value(), std::generic_category(), exception.what());
+    } catch (...) {
+        detail::setUncaughtExceptions(before);
+        throw std::runtime_error("the plug-in raised an exception");
+    }
+}
+
+/// The same where nothing can be done about an exception: it ends here.
+template <class Call>
+void callPluginQuietly(Call&& call) noexcept {
+    const int before = std::uncaught_exceptions();
+    try {
+        std::forward<Call>(call)();
+    } catch (...) {
+        detail::setUncaughtExceptions(before);
+    }
+}
+
+} // namespace vykel
+
+#endif
