@@ -1,0 +1,128 @@
+#include "winhost/faults.h"
+#include "faultCheck.h"
+#include <algorithm>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <unistd.h>
+
+namespace winhost {
+
+std::atomic<int> armedFaults{0};
+
+namespace {
+
+struct CallTraits {
+    const char* name;
+    DWORD naturalError;
+};
+
+constexpr CallTraits callTraits[] = {
+#define WINHOST_TRAITS(name, error) {#name, error},
+    WINHOST_CALLS(WINHOST_TRAITS)
+#undef WINHOST_TRAITS
+        {"Any", ERROR_GEN_FAILURE}};
+
+std::mutex faultsMutex; // guards the list and the counts of its members
+ScopedFault* newestFault = nullptr;
+std::atomic<std::ptrdiff_t> resources{0};
+
+[[noreturn]] void rejectEnvironment(const std::string& text) {
+    std::fprintf(stderr, "WINHOST_FAULT: '%s' is not <call or Any>:<n>:<fail|onward|kill>[:<error>]\n",
+                 text.c_str());
+    std::abort();
+}
+
+Fault parseFault(const std::string& text) {
+    char name[64] = "", effect[16] = "";
+    unsigned long nth = 0;
+    unsigned error = 0;
+    if (std::sscanf(text.c_str(), "%63[^:]:%lu:%15[^:]:%u", name, &nth, effect, &error) < 3) {
+        rejectEnvironment(text);
+    }
+    const auto* const call =
+        std::find_if(std::begin(callTraits), std::end(callTraits),
+                     [&](const CallTraits& traits) { return name == std::string(traits.name); });
+    const std::string effects[] = {"fail", "onward", "kill"};
+    const auto* const found = std::find(std::begin(effects), std::end(effects), effect);
+    if (call == std::end(callTraits) || found == std::end(effects)) {
+        rejectEnvironment(text);
+    }
+    return {static_cast<Call>(call - callTraits), nth, static_cast<Effect>(found - effects), error};
+}
+
+struct EnvironmentFault {
+    EnvironmentFault() {
+        if (const char* text = std::getenv("WINHOST_FAULT")) {
+            fault.emplace(parseFault(text));
+        }
+    }
+    std::optional<ScopedFault> fault;
+};
+const EnvironmentFault environmentFault;
+
+} // namespace
+
+ScopedFault::ScopedFault(const Fault& fault) noexcept : fault_(fault) {
+    const std::lock_guard<std::mutex> guard(faultsMutex);
+    next_ = newestFault;
+    newestFault = this;
+    armedFaults.fetch_add(1, std::memory_order_release);
+}
+
+ScopedFault::~ScopedFault() {
+    const std::lock_guard<std::mutex> guard(faultsMutex);
+    ScopedFault** link = &newestFault;
+    while (*link != this) {
+        link = &(*link)->next_;
+    }
+    *link = next_;
+    armedFaults.fetch_sub(1, std::memory_order_release);
+}
+
+std::size_t ScopedFault::calls() const noexcept {
+    const std::lock_guard<std::mutex> guard(faultsMutex);
+    return calls_;
+}
+
+std::size_t ScopedFault::struck() const noexcept {
+    const std::lock_guard<std::mutex> guard(faultsMutex);
+    return struck_;
+}
+
+DWORD armedFault(Call call) noexcept {
+    const std::lock_guard<std::mutex> guard(faultsMutex);
+    DWORD error = 0;
+    for (ScopedFault* armed = newestFault; armed != nullptr; armed = armed->next_) {
+        const Fault& fault = armed->fault_;
+        if (fault.call != call && fault.call != Call::Any) {
+            continue;
+        }
+        const std::size_t count = ++armed->calls_;
+        const bool onward = fault.effect == Effect::FailOnward && fault.nth != 0 && count > fault.nth;
+        if (count != fault.nth && !onward) {
+            continue;
+        }
+        if (fault.effect == Effect::Kill) {
+            ::kill(::getpid(), SIGKILL);
+        }
+        ++armed->struck_;
+        if (error == 0) {
+            error = fault.error != 0 ? fault.error : callTraits[static_cast<std::size_t>(call)].naturalError;
+        }
+    }
+    return error;
+}
+
+void countResources(int change) noexcept {
+    resources.fetch_add(change, std::memory_order_relaxed);
+}
+
+std::ptrdiff_t openResources() noexcept {
+    return resources.load(std::memory_order_relaxed);
+}
+
+} // namespace winhost

@@ -1,0 +1,146 @@
+#include "winhost/files.h"
+#include "descriptors.h"
+#include "faultCheck.h"
+#include "fileStatus.h"
+#include <cerrno>
+#include <fcntl.h>
+#include <unistd.h>
+
+using winhost::Call;
+using winhost::descriptorOf;
+
+namespace {
+
+/// The answer of a call that has set errno when `done` is false.
+BOOL answer(bool done) noexcept {
+    if (!done) {
+        winhost::setErrorFromErrno();
+    }
+    return done ? TRUE : FALSE;
+}
+
+HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, DWORD disposition) noexcept {
+    winhost::OpenRequest request;
+    request.append = (access & (GENERIC_WRITE | FILE_WRITE_DATA)) == 0 && (access & FILE_APPEND_DATA) != 0;
+    request.write = request.append || (access & (GENERIC_WRITE | FILE_WRITE_DATA)) != 0;
+    request.create = disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
+    request.mustCreate = disposition == CREATE_NEW;
+    request.truncate = disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
+    request.denySharing = share == 0;
+    const bool existed = ::access(path.c_str(), F_OK) == 0;
+    const int descriptor = winhost::openFile(path, request);
+    if (descriptor < 0) {
+        return INVALID_HANDLE_VALUE;
+    }
+    const bool mayExist = disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
+    SetLastError(existed && mayExist ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
+    winhost::countResources(+1);
+    return winhost::handleOf(descriptor);
+}
+
+bool writeAll(int descriptor, const void* buffer, DWORD size, DWORD& done) noexcept {
+    for (done = 0; done < size;) {
+        const ssize_t count = ::write(descriptor, static_cast<const char*>(buffer) + done, size - done);
+        if (count < 0) {
+            return false;
+        }
+        done += static_cast<DWORD>(count);
+    }
+    return true;
+}
+
+} // namespace
+
+extern "C" {
+
+HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES, DWORD disposition, DWORD,
+                   HANDLE) {
+    return winhost::fails(Call::CreateFileA)
+               ? INVALID_HANDLE_VALUE
+               : createFile(winhost::HostPath(path), access, share, disposition);
+}
+
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES, DWORD disposition, DWORD,
+                   HANDLE) {
+    return winhost::fails(Call::CreateFileW)
+               ? INVALID_HANDLE_VALUE
+               : createFile(winhost::HostPath(path), access, share, disposition);
+}
+
+BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED) {
+    const DWORD fault = winhost::faultOf(Call::ReadFile);
+    const ssize_t count = ::read(descriptorOf(file), buffer, fault != 0 ? size / 2 : size);
+    *done = count < 0 ? 0 : static_cast<DWORD>(count);
+    if (fault != 0) {
+        SetLastError(fault);
+        return FALSE;
+    }
+    return answer(count >= 0);
+}
+
+BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED) {
+    const DWORD fault = winhost::faultOf(Call::WriteFile);
+    const bool written = writeAll(descriptorOf(file), buffer, fault != 0 ? size / 2 : size, *done);
+    if (fault != 0) {
+        SetLastError(fault);
+        return FALSE;
+    }
+    return answer(written);
+}
+
+BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD method) {
+    if (winhost::fails(Call::SetFilePointerEx)) {
+        return FALSE;
+    }
+    static_assert(FILE_BEGIN == SEEK_SET && FILE_CURRENT == SEEK_CUR && FILE_END == SEEK_END, "same numbers");
+    const off_t at = ::lseek(descriptorOf(file), distance.QuadPart, static_cast<int>(method));
+    if (position != nullptr) {
+        position->QuadPart = at;
+    }
+    return answer(at >= 0);
+}
+
+BOOL SetEndOfFile(HANDLE file) {
+    if (winhost::fails(Call::SetEndOfFile)) {
+        return FALSE;
+    }
+    const int descriptor = descriptorOf(file);
+    const off_t at = ::lseek(descriptor, 0, SEEK_CUR);
+    return answer(at >= 0 && ::ftruncate(descriptor, at) == 0);
+}
+
+BOOL GetFileSizeEx(HANDLE file, PLARGE_INTEGER size) {
+    struct stat status = {};
+    if (winhost::fails(Call::GetFileSizeEx) || !answer(::fstat(descriptorOf(file), &status) == 0)) {
+        return FALSE;
+    }
+    size->QuadPart = status.st_size;
+    return TRUE;
+}
+
+BOOL GetFileTime(HANDLE file, LPFILETIME creation, LPFILETIME access, LPFILETIME write) {
+    struct stat status = {};
+    if (winhost::fails(Call::GetFileTime) || !answer(::fstat(descriptorOf(file), &status) == 0)) {
+        return FALSE;
+    }
+    for (FILETIME* const time : {creation, write}) {
+        if (time != nullptr) {
+            *time = winhost::fileTime(status.st_mtim);
+        }
+    }
+    if (access != nullptr) {
+        *access = winhost::fileTime(status.st_atim);
+    }
+    return TRUE;
+}
+
+BOOL FlushFileBuffers(HANDLE file) {
+    return winhost::fails(Call::FlushFileBuffers) ? FALSE : answer(::fsync(descriptorOf(file)) == 0);
+}
+
+BOOL CloseHandle(HANDLE handle) {
+    const bool closed = ::close(descriptorOf(handle)) == 0;
+    winhost::countResources(closed ? -1 : 0);
+    return winhost::fails(Call::CloseHandle) ? FALSE : answer(closed);
+}
+}

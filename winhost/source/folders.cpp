@@ -1,0 +1,57 @@
+#include "faultCheck.h"
+#include "HostPath.h"
+#include "registryStore.h"
+#include "shlobj.h"
+#include <cstring>
+#include <sys/stat.h>
+
+namespace {
+
+constexpr HRESULT hresultOf(DWORD error) noexcept {
+    return static_cast<HRESULT>(0x80070000U | error);
+}
+
+/// The redirection in the registry, or nothing.
+std::u16string redirectedFolder() {
+    const winhost::RegistrySnapshot registry = winhost::registrySnapshot();
+    const winhost::RegistryKey* const folders =
+        registry == nullptr
+            ? nullptr
+            : registry->find(u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion"
+                             u"\\Explorer\\User Shell Folders");
+    const winhost::RegistryValue* const value =
+        folders == nullptr ? nullptr : folders->findValue(u"Common AppData");
+    std::u16string text(value == nullptr ? 0 : value->bytes.size() / sizeof(WCHAR), u'\0');
+    if (!text.empty()) {
+        std::memcpy(text.data(), value->bytes.data(), text.size() * sizeof(WCHAR));
+    }
+    return text.substr(0, text.find(u'\0'));
+}
+
+HRESULT findCommonAppData(LPWSTR path) {
+    std::u16string folder = redirectedFolder();
+    if (folder.empty() || folder == u"%ProgramData%") {
+        folder = u"C:\\ProgramData";
+    }
+    if (folder.size() >= MAX_PATH) {
+        return E_FAIL;
+    }
+    struct stat status = {};
+    if (::stat(winhost::HostPath(folder.c_str()).c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+        return hresultOf(ERROR_FILE_NOT_FOUND);
+    }
+    path[folder.copy(path, folder.size())] = u'\0';
+    return S_OK;
+}
+
+} // namespace
+
+extern "C" HRESULT SHGetFolderPathW(HWND, int folder, HANDLE, DWORD, LPWSTR path) {
+    if (const DWORD error = winhost::faultOf(winhost::Call::SHGetFolderPathW)) {
+        return hresultOf(error);
+    }
+    if (folder != CSIDL_COMMON_APPDATA || path == nullptr) {
+        return E_INVALIDARG;
+    }
+    return winhost::guardMemory(hresultOf(ERROR_OUTOFMEMORY), [&] { return findCommonAppData(path); });
+}
