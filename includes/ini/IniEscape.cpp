@@ -1,0 +1,102 @@
+#include "ini/IniEscape.h"
+#include "ini/IniDocument.h"
+#include "ini/IniFile.h"
+#include "ini/IniText.h"
+#include <cstring>
+
+namespace vyini {
+
+namespace {
+
+constexpr char hexDigits[] = "0123456789abcdef";
+
+/// Appends the escaped form of one character and returns the end.
+char* encode(char c, char* out) noexcept {
+    const auto byte = static_cast<unsigned char>(c);
+    const char letter = c == '\t' ? 't' : c == '\n' ? 'n' : c == '"' || c == '\\' ? c : '\0';
+    if (letter != '\0') {
+        *out++ = '\\';
+        *out++ = letter;
+    } else if (isControl(c)) {
+        *out++ = '\\';
+        *out++ = 'x';
+        *out++ = hexDigits[byte >> 4];
+        *out++ = hexDigits[byte & 0x0F];
+    } else {
+        *out++ = c;
+    }
+    return out;
+}
+
+/// 0 to 15, or -1.
+int hexValue(char c) noexcept {
+    const unsigned char upper = fold(c);
+    if (isDigit(c)) {
+        return c - '0';
+    }
+    return upper >= 'A' && upper <= 'F' ? upper - 'A' + 10 : -1;
+}
+
+/// What the character after a backslash means; `text`, behind that character, moves over hex digits.
+char decodeEscape(char c, const char*& text) noexcept {
+    if (c == 'n') {
+        return '\n';
+    }
+    if (c == 't') {
+        return '\t';
+    }
+    if (c == 'x' && hexValue(text[0]) >= 0 && hexValue(text[1]) >= 0) {
+        const int byte = hexValue(text[0]) * 16 + hexValue(text[1]);
+        text += 2;
+        return static_cast<char>(byte);
+    }
+    return c;
+}
+
+/// The `length` bytes written to the work buffer as a text of its own.
+int handOver(const IniString& work, const char* end, IniString& out) noexcept {
+    IniString exact = copyText(work.get(), static_cast<std::size_t>(end - work.get()));
+    if (exact == nullptr) {
+        return IniMemoryFull;
+    }
+    out = std::move(exact);
+    return 0;
+}
+
+} // namespace
+
+int encodeIniValue(const char* text, IniString& out) noexcept {
+    text = text != nullptr ? text : "";
+    const IniString work(static_cast<char*>(std::malloc(4 * std::strlen(text) + 1)));
+    if (work == nullptr) {
+        return IniMemoryFull;
+    }
+    char* end = work.get();
+    for (; *text != '\0'; ++text) {
+        end = encode(*text, end);
+    }
+    return handOver(work, end, out);
+}
+
+int decodeIniValue(const char* text, IniString& out) noexcept {
+    text = text != nullptr ? text : "";
+    const IniString work(static_cast<char*>(std::malloc(std::strlen(text) + 1)));
+    if (work == nullptr) {
+        return IniMemoryFull;
+    }
+    char* end = work.get();
+    while (*text != '\0') {
+        char c = *text++;
+        if (c == '\\') {
+            if (*text == '\0') {
+                break;
+            }
+            c = *text++;
+            c = decodeEscape(c, text);
+        }
+        *end++ = c;
+    }
+    return handOver(work, end, out);
+}
+
+} // namespace vyini

@@ -1,0 +1,31 @@
+#include "ini/IniFile.h"
+#include <cstdint>
+#include <cstring>
+
+namespace vyini {
+
+bool findFile(const char* path, IniFileFacts* facts) noexcept {
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA(path, &found);
+    if (search == INVALID_HANDLE_VALUE) {
+        return false;
+    }
+    FindClose(search);
+    if (facts != nullptr) {
+        facts->lastWriteTime = found.ftLastWriteTime;
+        facts->size = static_cast<std::size_t>(std::uint64_t{found.nFileSizeHigh} << 32 |
+                                               std::uint64_t{found.nFileSizeLow});
+    }
+    return true;
+}
+
+IniString copyText(const char* text, std::size_t length, std::size_t more) noexcept {
+    IniString copy(static_cast<char*>(std::malloc(length + more + 1)));
+    if (copy != nullptr) {
+        std::memcpy(copy.get(), text, length);
+        copy.get()[length] = '\0';
+    }
+    return copy;
+}
+
+} // namespace vyini

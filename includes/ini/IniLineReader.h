@@ -1,0 +1,55 @@
+#ifndef INI_INILINEREADER_H
+#define INI_INILINEREADER_H
+
+#include "ini/IniMemory.h"
+#include "ini/IniScan.h"
+#include "ini/IniText.h"
+#include <cstddef>
+#include <cstdint>
+#include <cstdio>
+#include <utility>
+
+namespace vyini {
+
+/// Splits an open file into lines, read straight into the blocks that become the document's text. One thread.
+///
+/// A line ends at a carriage return, a line feed or a NUL; two different ones in a row (CR LF, LF CR) are one
+/// end. A line feed or carriage return at the very start ends nothing. A last line needs no end. How a line
+/// ends never depends on its length or on where a block ends.
+class IniLineReader {
+public:
+    /// Reads from the stream's position; the stream is borrowed. `expectedSize` is the number of bytes to
+    /// come as far as known, 0 for unknown: when right, all of them share one block of that size.
+    IniLineReader(std::FILE* stream, std::size_t expectedSize) noexcept;
+    IniLineReader(const IniLineReader&) = delete;
+    IniLineReader& operator=(const IniLineReader&) = delete;
+
+    /// Reads the next line, of any length, without its end. 1: `line` is set; its bytes, and the one at
+    /// `line.end`, are the caller's to change, and scanSlack bytes behind its end may be read. 0: end of
+    /// file. IniReadFailed, IniMemoryFull.
+    int readLine(IniRange& line) noexcept;
+
+    /// Number of the line read last, from 1.
+    std::int32_t lineNumber() const noexcept { return lines; }
+
+    /// Hands over the text of all lines read; no more may be read.
+    IniTextBlocks releaseText() noexcept { return std::move(text); }
+
+private:
+    int refill() noexcept;
+    bool startBlock() noexcept;
+
+    std::FILE* file;
+    IniTextBlocks text;
+    std::size_t nextBlockSize;
+    char nothing[scanSlack] = {};
+    char* position = nothing; ///< first byte of the line being read
+    char* filled = nothing;   ///< end of what was read; NULs follow, which stop every scan
+    char* blockEnd = nothing; ///< end of the room for reading; the room for those NULs follows
+    char previousEnd = '\0';  ///< what ended the previous line
+    std::int32_t lines = 0;
+};
+
+} // namespace vyini
+
+#endif

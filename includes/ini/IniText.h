@@ -1,0 +1,84 @@
+#ifndef INI_INITEXT_H
+#define INI_INITEXT_H
+
+#include <cstdint>
+#include <cstring>
+
+/// Characters and names. Text is bytes; UTF-8 passes through. The classes are those of the "C" locale and
+/// never follow the process's locale, because a file must read the same on every machine.
+namespace vyini {
+
+/// Blank, tab, line feed, vertical tab, form feed, carriage return.
+constexpr bool isBlank(char c) noexcept {
+    return c == ' ' || (c >= '\t' && c <= '\r');
+}
+
+constexpr bool isDigit(char c) noexcept {
+    return c >= '0' && c <= '9';
+}
+
+constexpr bool isControl(char c) noexcept {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
+
+/// Upper case of the 26 letters; every other byte is itself.
+constexpr unsigned char fold(char c) noexcept {
+    return static_cast<unsigned char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+}
+
+/// A piece of text that need not end in NUL.
+struct IniRange {
+    char* begin;
+    char* end;
+
+    bool empty() const noexcept { return begin == end; }
+};
+
+inline IniRange withoutLeadingBlanks(IniRange range) noexcept {
+    while (range.begin != range.end && isBlank(*range.begin)) {
+        ++range.begin;
+    }
+    return range;
+}
+
+inline IniRange withoutTrailingBlanks(IniRange range) noexcept {
+    while (range.begin != range.end && isBlank(range.end[-1])) {
+        --range.end;
+    }
+    return range;
+}
+
+/// True for null, for empty text and for nothing but blanks.
+bool isBlankText(const char* text) noexcept;
+
+/// Compares names of sections and keys, and values where callers want the same tolerance: -1, 0 or 1. Null
+/// sorts before text; two nulls are equal. Case-sensitive: the bytes, unsigned, nothing trimmed. Otherwise
+/// letter case and the blanks at both ends don't matter. Any thread.
+int compareIniNames(const char* left, const char* right, int caseSensitive) noexcept;
+
+/// compareIniNames() == 0, at its cheapest. Neither name is null.
+inline bool equalIniNames(const char* left, const char* right, int caseSensitive) noexcept {
+    if (caseSensitive != 0) {
+        return std::strcmp(left, right) == 0;
+    }
+    const char* l = left;
+    const char* r = right;
+    for (; *l == *r || fold(*l) == fold(*r); ++l, ++r) {
+        if (*l == '\0') {
+            return true;
+        }
+    }
+    // What differs behind a common beginning settles it, unless one of the two has more blanks there.
+    return (isBlank(*l) || isBlank(*r)) && compareIniNames(left, right, 0) == 0;
+}
+
+/// Names that compare equal have equal hashes (with the same `caseSensitive`). The name is not null.
+std::uint32_t hashIniName(const char* name, int caseSensitive) noexcept;
+
+/// Reads decimal digits up to the first other character, to which `text` is moved. False without a digit, and
+/// for numbers above 4294967295.
+bool readDigits(const char*& text, std::uint32_t& number) noexcept;
+
+} // namespace vyini
+
+#endif

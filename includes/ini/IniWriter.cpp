@@ -1,0 +1,129 @@
+#include "ini/IniWriter.h"
+#include "ini/IniOutput.h"
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+
+namespace vyini {
+
+namespace {
+
+class Writer {
+public:
+    Writer(const IniDocument& source, std::FILE* file) noexcept
+        : document(source), output(file), separator((source.writeFlags & IniSpacedEquals) != 0 ? " = " : "="),
+          separatorLength(std::strlen(separator)) {}
+
+    int write() noexcept {
+        const bool rules = (document.writeFlags & IniBlankLineRules) != 0;
+        const IniSection* previous = nullptr;
+        for (const IniSection* section = document.sections.first(); section != nullptr;
+             section = section->next) {
+            const bool headerless = std::strcmp(section->name, IniHeaderless) == 0;
+            if (rules && section->line == -1 && previous != nullptr && previous->line >= 0) {
+                output.endLine();
+            }
+            if (!headerless) {
+                writeHeader(*section);
+            }
+            for (const IniEntry* entry = section->entries.first(); entry != nullptr; entry = entry->next) {
+                if (writeEntry(*entry) != 0) {
+                    return output.finish() ? IniKeyTooLong : IniWriteFailed;
+                }
+            }
+            if (!rules || !(section->line != -1 || headerless)) {
+                output.endLine();
+            }
+            previous = section;
+        }
+        return output.finish() ? 0 : IniWriteFailed;
+    }
+
+private:
+    void writeHeader(const IniSection& section) noexcept {
+        output.put('[');
+        output.put(section.name, std::strlen(section.name));
+        output.put(']');
+        output.endLine();
+    }
+
+    int writeEntry(const IniEntry& entry) noexcept {
+        const std::size_t keyLength = std::strlen(entry.key);
+        const std::size_t valueLength = std::strlen(entry.value);
+        const std::size_t quotes = entry.quote != 0 ? 2 : 0;
+        const auto length = static_cast<std::int64_t>(keyLength + separatorLength + valueLength + quotes);
+        if (document.maxLineLength == -1 || length <= document.maxLineLength) {
+            output.put(entry.key, keyLength);
+            writeValue(entry.value, valueLength, entry.quote);
+            return 0;
+        }
+        const std::size_t around = keyLength + numberRoom + quotes;
+        const std::int64_t room = document.maxLineLength - static_cast<std::int64_t>(around);
+        return room > 0 ? split(entry, keyLength, valueLength, static_cast<std::size_t>(room))
+                        : IniKeyTooLong;
+    }
+
+    void writeValue(const char* value, std::size_t length, std::uint8_t quote) noexcept {
+        output.put(separator, separatorLength);
+        if (quote != 0) {
+            output.put(static_cast<char>(quote));
+        }
+        output.put(value, length);
+        if (quote != 0) {
+            output.put(static_cast<char>(quote));
+        }
+        output.endLine();
+    }
+
+    /// Writes continuation entries with at most `room` bytes of the value each.
+    int split(const IniEntry& entry, std::size_t keyLength, std::size_t valueLength,
+              std::size_t room) noexcept {
+        const char* rest = entry.value;
+        const char* end = rest + valueLength;
+        for (std::uint32_t number = 1; rest != end; ++number) {
+            char digits[16] = "000";
+            const char* digitsEnd = std::to_chars(digits + 3, digits + sizeof(digits), number).ptr;
+            const char* firstDigit = std::min<const char*>(digits + 3, digitsEnd - 4);
+            const auto digitCount = static_cast<std::size_t>(digitsEnd - firstDigit);
+            // Five digits and more take their room from the piece, but never all of it.
+            const std::size_t most = room - std::min(digitCount - 4, room - 1);
+            const std::size_t piece = measurePiece(rest, static_cast<std::size_t>(end - rest), most);
+            output.put(entry.key, keyLength);
+            output.put(" Line", 5);
+            output.put(firstDigit, digitCount);
+            writeValue(rest, piece, entry.quote);
+            rest += piece;
+        }
+        return 0;
+    }
+
+    /// Length of the next piece: as much as fits, but if possible only up to the last splitChar.
+    std::size_t measurePiece(const char* text, std::size_t length, std::size_t most) const noexcept {
+        if (length <= most) {
+            return length;
+        }
+        if (document.splitChar != 0) {
+            for (std::size_t piece = most; piece != 0; --piece) {
+                if (text[piece - 1] == static_cast<char>(document.splitChar)) {
+                    return piece;
+                }
+            }
+        }
+        return most;
+    }
+
+    static constexpr std::size_t numberRoom = 12; // " Line", four digits and the longer separator
+
+    const IniDocument& document;
+    IniOutput output;
+    const char* separator;
+    std::size_t separatorLength;
+};
+
+} // namespace
+
+int writeIni(const IniDocument* document, std::FILE* file) noexcept {
+    return Writer(*document, file).write();
+}
+
+} // namespace vyini
