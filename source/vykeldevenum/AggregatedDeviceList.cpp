@@ -1,5 +1,6 @@
 #include "AggregatedDeviceList.h"
 
+#include "DeviceCollection.h"
 #include "DeviceNumbering.h"
 #include "errors/CatchLadder.h"
 #include "errors/Exception.h"
@@ -66,6 +67,7 @@ void AggregatedDeviceList::refreshAll() {
         if (!changed)
             return;
         assignDeviceNumbers(devicesPerList);
+        aliasTransfer.transferAliases(devicesPerList);
         dirty = false;
     } catch (...) {
         dirty = true;
@@ -75,24 +77,10 @@ void AggregatedDeviceList::refreshAll() {
 
 /// Brings one list's snapshot up to date. False when the list is fresh and was left alone.
 bool AggregatedDeviceList::refreshList(IDeviceList& list, std::vector<IDevice*>& devices) const {
-    return callPlugin([&] {
-        if (!list.isStale() && !dirty)
-            return false;
-        StatusBlock block;
-        vyerr::initStatusBlock(&block);
-        devices.clear();
-        list.refresh(&block);
-        if (block.code < 0)
-            return true; // this list has no devices until it refreshes again
-        const std::uint32_t count = list.getCount();
-        for (std::uint32_t i = 0; i < count; ++i) {
-            IDevice* const device = list.getDevice(i, 0, &block);
-            // One block for the whole list: the first failure leaves out all later devices, too.
-            if (block.code >= 0 && device != nullptr)
-                devices.push_back(device);
-        }
-        return true;
-    });
+    if (!callPlugin([&] { return list.isStale(); }) && !dirty)
+        return false;
+    collectDevices(list, devices); // a list that fails has no devices until it refreshes again
+    return true;
 }
 
 std::uint32_t AggregatedDeviceList::getCount() {

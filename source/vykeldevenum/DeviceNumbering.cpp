@@ -6,8 +6,11 @@
 #include "PluginCall.h"
 #include "vyfile/internal/FileLockImpl.h"
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
+#include <utility>
+#include <xmmintrin.h>
 
 namespace vykel {
 
@@ -35,25 +38,60 @@ private:
     std::vector<bool> used;
 };
 
-/// The devices without number. Their order is that of one 64-bit word each, the sort key above the place of
-/// insertion, so that equal keys keep their order in a plain sort.
+/// The devices without number, to be visited by ascending sort key, equal keys in the order of insertion: a
+/// radix sort, one byte of the key at a time, which keeps the cost per device the same at any number of them.
 class WaitingDevices {
 public:
-    void insert(std::uint32_t sortKey, IDevice* device) {
-        order.push_back(std::uint64_t{sortKey} << 32 | devices.size());
-        devices.push_back(device);
-    }
+    void insert(std::uint32_t sortKey, IDevice* device) { waiting.push_back({sortKey, device}); }
 
     template <class Visit>
     void visitInKeyOrder(Visit visit) {
-        std::sort(order.begin(), order.end());
-        for (const std::uint64_t word : order)
-            visit(*devices[word & 0xFFFFFFFFu]);
+        sortByKey();
+        for (std::size_t i = 0; i < waiting.size(); ++i) {
+            // In key order the devices lie anywhere in memory: without this, each one is waited for in turn.
+            constexpr std::size_t distance = 12;
+            const std::size_t ahead = std::min(i + distance, waiting.size() - 1);
+            _mm_prefetch(reinterpret_cast<const char*>(waiting[ahead].device), _MM_HINT_T0);
+            visit(*waiting[i].device);
+        }
     }
 
 private:
-    std::vector<std::uint64_t> order;
-    std::vector<IDevice*> devices;
+    struct Waiting {
+        std::uint32_t sortKey;
+        IDevice* device;
+
+        std::size_t digit(unsigned byte) const noexcept { return sortKey >> 8 * byte & 0xFF; }
+    };
+    using Counts = std::array<std::size_t, 256>;
+
+    void sortByKey() {
+        if (std::is_sorted(waiting.begin(), waiting.end(),
+                           [](const Waiting& a, const Waiting& b) { return a.sortKey < b.sortKey; }))
+            return;
+        std::array<Counts, sizeof(std::uint32_t)> counts = {};
+        for (const Waiting& entry : waiting) {
+            for (unsigned byte = 0; byte < counts.size(); ++byte)
+                ++counts[byte][entry.digit(byte)];
+        }
+        std::vector<Waiting> sorted(waiting.size());
+        for (unsigned byte = 0; byte < counts.size(); ++byte)
+            distribute(byte, counts[byte], sorted);
+    }
+
+    /// One stable pass; `counts` tells how often each digit occurs.
+    void distribute(unsigned byte, Counts& counts, std::vector<Waiting>& sorted) {
+        if (counts[waiting.front().digit(byte)] == waiting.size())
+            return; // this byte is the same in all keys
+        std::size_t start = 0;
+        for (std::size_t& count : counts)
+            start += std::exchange(count, start);
+        for (const Waiting& entry : waiting)
+            sorted[counts[entry.digit(byte)]++] = entry;
+        waiting.swap(sorted);
+    }
+
+    std::vector<Waiting> waiting;
 };
 
 } // namespace

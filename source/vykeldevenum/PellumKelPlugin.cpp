@@ -30,15 +30,22 @@ void PellumKelPlugin::resolve(Function& function, const char* name) {
     status.check();
 }
 
-void PellumKelPlugin::load() {
+void PellumKelPlugin::load(PluginLoadObserver* observer) {
+    const auto begin = [observer](PluginLoadStep step) {
+        if (observer != nullptr)
+            observer->onStep(step);
+    };
+    begin(PluginLoadStep::LoadLibrary);
     {
         vyerr::ScopedStatus status;
         library.reset(vydynlib::loadLibrary(path.c_str(), *status));
         status.check();
     }
+    begin(PluginLoadStep::ResolveEntryPoints);
     resolve(getPluginInterface, "vykel_getPluginInterface");
     resolve(initializePlugin, "vykel_initializePlugin");
     resolve(finalizePlugin, "vykel_finalizePlugin");
+    begin(PluginLoadStep::Initialize);
     const std::int32_t result = callPlugin([this] { return initializePlugin(); });
     if (result < 0)
         vyerr::raiseError(result, vyerr::constant::deviceEnumeration, initializeSite);

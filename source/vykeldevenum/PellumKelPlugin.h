@@ -9,6 +9,18 @@
 
 namespace vykel {
 
+/// The steps of PellumKelPlugin::load.
+enum class PluginLoadStep { LoadLibrary, ResolveEntryPoints, Initialize };
+
+/// Told of each step before it begins. For tools that account for plug-ins; the library itself has none.
+class PluginLoadObserver {
+public:
+    virtual void onStep(PluginLoadStep step) = 0;
+
+protected:
+    ~PluginLoadObserver() = default;
+};
+
 /// One enumerator plug-in: its library and entry points. Used under the library's global lock.
 class PellumKelPlugin : private vytpl::NonCopyableT<PellumKelPlugin> {
 public:
@@ -21,8 +33,8 @@ public:
 
     /// Loads the library, looks up all three entry points, and initialises the plug-in. Throws
     /// InvalidParameter (library or symbol), the plug-in's own negative code, or what the plug-in threw;
-    /// call unload then.
-    void load();
+    /// call unload then. `observer` may be null.
+    void load(PluginLoadObserver* observer = nullptr);
 
     /// A new list from the plug-in. Throws PluginNotInitialized, the plug-in's own negative code, or what the
     /// plug-in threw.

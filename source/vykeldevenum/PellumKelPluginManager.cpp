@@ -1,8 +1,7 @@
 #include "PellumKelPluginManager.h"
 
-#include "errors/ScopedStatus.h"
-#include "vysys/windowsRegistry.h"
-#include <algorithm>
+#include "PluginRegistrations.h"
+#include <cstdint>
 
 namespace vykel {
 
@@ -15,30 +14,6 @@ struct UnloadAndDelete {
         delete plugin;
     }
 };
-
-std::uint32_t countPlugins() {
-    vyerr::ScopedStatus status;
-    const std::uint32_t count = vysys::countSubkeys(pluginsKey, *status);
-    status.check();
-    return count;
-}
-
-std::string pluginName(std::uint32_t index) {
-    vyerr::ScopedStatus status;
-    vysys::Utf8Vector name;
-    vysys::getSubkeyName(pluginsKey, index, name, *status);
-    status.check();
-    return {name.begin(), name.end()};
-}
-
-/// The path is the value up to its first 0; nothing else is done to it.
-std::string pluginPath(const std::string& name) {
-    vyerr::ScopedStatus status;
-    vysys::Utf8Vector value;
-    vysys::readStringValue((pluginsKey + name + "\\").c_str(), pluginPathValue, value, *status);
-    status.check();
-    return {value.begin(), std::find(value.begin(), value.end(), '\0')};
-}
 
 std::unique_ptr<PellumKelPlugin, UnloadAndDelete> loadPlugin(std::uint32_t index) {
     std::unique_ptr<PellumKelPlugin, UnloadAndDelete> plugin(

@@ -5,15 +5,9 @@
 #include "PellumKelPlugin.h"
 #include "vytpl/NonCopyable.h"
 #include <memory>
-#include <string>
 #include <vector>
 
 namespace vykel {
-
-/// The registry key below HKEY_LOCAL_MACHINE with one subkey per plug-in, and the value of a subkey that
-/// holds the path of the plug-in's library.
-constexpr const char* pluginsKey = "SOFTWARE\\Morvance\\VY-KEL\\Plugins\\";
-constexpr const char* pluginPathValue = "EnumeratorPluginPath";
 
 /// Owns the enumerator plug-ins registered on the machine that loaded and initialised. Used under the
 /// library's global lock.
