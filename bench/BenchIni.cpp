@@ -1,0 +1,233 @@
+// The INI engine beside its peers on the same files. Names are <operation>/<engine>/<shape>:<count>; what is
+// divided by what is for the reader of the numbers.
+#include "IniPeers.h"
+#include <benchmark/benchmark.h>
+#include <chrono>
+#include <deque>
+#include <filesystem>
+#include <fstream>
+#include <malloc.h>
+#include <string>
+#include <unistd.h>
+#include <vector>
+
+namespace {
+
+/// A file on disk and every name in it, in order.
+struct Sample {
+    std::string shape;
+    std::string path;
+    std::size_t size = 0;
+    std::vector<std::string> sections;
+    std::vector<std::pair<std::size_t, std::string>> keys; ///< number of the section and key
+};
+
+std::filesystem::path folder() {
+    static const struct Folder {
+        std::filesystem::path path =
+            std::filesystem::temp_directory_path() / ("vykel-bench-" + std::to_string(getpid()));
+        Folder() { std::filesystem::create_directories(path); }
+        ~Folder() { std::filesystem::remove_all(path); }
+    } made;
+    return made.path;
+}
+
+void write(Sample& sample, const std::string& text) {
+    sample.path =
+        (folder() / (sample.shape.substr(0, sample.shape.find(':')) + std::to_string(text.size()) + ".ini"))
+            .string();
+    std::ofstream(sample.path, std::ios::binary) << text;
+    sample.size = text.size();
+}
+
+/// Sections of three keys, as an older generation's file holds its aliases.
+Sample manySections(const std::string& shape, std::size_t count) {
+    Sample sample;
+    sample.shape = shape;
+    std::string text;
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        sample.sections.push_back("Alias" + number);
+        text += "[Alias" + number + "]\r\nAlias=\"Lab " + number + "\"\r\nPersistentToken=\"USB-" + number +
+                "\"\r\nLocal=True\r\n\r\n";
+        for (const char* key : {"Alias", "PersistentToken", "Local"}) {
+            sample.keys.emplace_back(i, key);
+        }
+    }
+    write(sample, text);
+    return sample;
+}
+
+Sample manyKeys(const std::string& shape, std::size_t count) {
+    Sample sample;
+    sample.shape = shape;
+    sample.sections.emplace_back("Aliases");
+    std::string text = "[Aliases]\r\n";
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::string number = std::to_string(i);
+        sample.keys.emplace_back(0, "Lab" + number);
+        text += "Lab" + number + "=KEL" + number + "\r\n";
+    }
+    write(sample, text);
+    return sample;
+}
+
+std::string savedPath(const Sample& sample) {
+    return sample.path + ".saved";
+}
+
+using Clock = std::chrono::steady_clock;
+
+/// Times `work` on a fresh, loaded model in every iteration.
+template <typename Engine, typename Work>
+void timeLoaded(benchmark::State& state, const Sample& sample, Work work) {
+    for (auto _ : state) {
+        Engine engine;
+        if (!engine.load(sample.path.c_str())) {
+            state.SkipWithError("load failed");
+            return;
+        }
+        std::filesystem::remove(savedPath(sample)); // a file that is replaced may be flushed to the disk
+        const Clock::time_point start = Clock::now();
+        const bool done = work(engine);
+        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        if (!done) {
+            state.SkipWithError("operation failed");
+            return;
+        }
+    }
+}
+
+template <typename Engine>
+void load(benchmark::State& state, const Sample& sample) {
+    for (auto _ : state) {
+        Engine engine;
+        if (!engine.load(sample.path.c_str())) {
+            state.SkipWithError("load failed");
+            return;
+        }
+    }
+    state.SetBytesProcessed(static_cast<std::int64_t>(sample.size) * state.iterations());
+}
+
+template <typename Engine>
+void lookup(benchmark::State& state, const Sample& sample) {
+    Engine engine;
+    if (!engine.load(sample.path.c_str())) {
+        state.SkipWithError("load failed");
+        return;
+    }
+    for (auto _ : state) {
+        for (const auto& [section, key] : sample.keys) {
+            if (!engine.find(sample.sections[section].c_str(), key.c_str())) {
+                state.SkipWithError("lookup failed");
+                return;
+            }
+        }
+    }
+}
+
+template <typename Engine>
+void removeAll(benchmark::State& state, const Sample& sample) {
+    timeLoaded<Engine>(state, sample, [&](Engine& engine) {
+        bool done = true;
+        if (sample.sections.size() == 1) {
+            for (const auto& [section, key] : sample.keys) {
+                done = engine.removeKey(sample.sections[section].c_str(), key.c_str()) && done;
+            }
+        } else {
+            for (const std::string& section : sample.sections) {
+                done = engine.removeSection(section.c_str()) && done;
+            }
+        }
+        return done;
+    });
+}
+
+template <typename Engine>
+void save(benchmark::State& state, const Sample& sample) {
+    const std::string target = savedPath(sample);
+    timeLoaded<Engine>(state, sample, [&](Engine& engine) { return engine.save(target.c_str()); });
+}
+
+template <typename Engine>
+void saveSafely(benchmark::State& state, const Sample& sample) {
+    const std::string target = savedPath(sample);
+    timeLoaded<Engine>(state, sample, [&](Engine& engine) { return engine.saveSafely(target.c_str()); });
+}
+
+/// Heap bytes that a loaded model holds, and how many for each byte of the file. Many small models are held
+/// at once, so that what the heap keeps in its caches doesn't count.
+template <typename Engine>
+void memory(benchmark::State& state, const Sample& sample) {
+    const auto held = [] {
+        const struct mallinfo2 info = mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    const std::size_t count = 1 + 1000000 / sample.size;
+    double bytes = 0;
+    for (auto _ : state) {
+        const std::size_t before = held();
+        std::deque<Engine> engines(count);
+        for (Engine& engine : engines) {
+            if (!engine.load(sample.path.c_str())) {
+                state.SkipWithError("load failed");
+                return;
+            }
+        }
+        bytes = static_cast<double>(held() - before) / static_cast<double>(count);
+    }
+    state.counters["bytes"] = bytes;
+    state.counters["perFileByte"] = bytes / static_cast<double>(sample.size);
+}
+
+benchmark::internal::Benchmark* add(const char* operation, const char* engine, const Sample& sample,
+                                    void (*run)(benchmark::State&, const Sample&)) {
+    const std::string name = std::string(operation) + "/" + engine + "/" + sample.shape;
+    return benchmark::RegisterBenchmark(name.c_str(),
+                                        [run, &sample](benchmark::State& state) { run(state, sample); })
+        ->Unit(benchmark::kMicrosecond);
+}
+
+template <typename Engine>
+void addReading(const Sample& sample) {
+    add("Load", Engine::name, sample, &load<Engine>);
+    add("Lookup", Engine::name, sample, &lookup<Engine>);
+    add("Memory", Engine::name, sample, &memory<Engine>);
+}
+
+template <typename Engine>
+void addDeleting(const Sample& sample) {
+    add("Delete", Engine::name, sample, &removeAll<Engine>)->UseManualTime();
+}
+
+template <typename Engine>
+void addSaving(const Sample& sample) {
+    add("Save", Engine::name, sample, &save<Engine>)->UseManualTime();
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    const Sample samples[] = {manySections("bytes:600", 9), manySections("sections:1000", 1000),
+                              manySections("sections:100000", 100000), manyKeys("keys:100000", 100000)};
+    for (const Sample& sample : samples) {
+        addReading<bench::Vykel>(sample);
+        addReading<bench::SimpleIni>(sample);
+        addReading<bench::GKeyFile>(sample);
+        addReading<bench::Inih>(sample);
+        addDeleting<bench::Vykel>(sample);
+        addDeleting<bench::SimpleIni>(sample);
+        addDeleting<bench::Inih>(sample);
+        if (sample.keys.size() < 10000) {
+            addDeleting<bench::GKeyFile>(sample); // quadratic: ten minutes for 100,000
+        }
+        addSaving<bench::Vykel>(sample);
+        addSaving<bench::SimpleIni>(sample);
+        addSaving<bench::GKeyFile>(sample);
+        add("SafeSave", bench::Vykel::name, sample, &saveSafely<bench::Vykel>)->UseManualTime();
+    }
+    benchmark::Initialize(&argc, argv);
+    benchmark::RunSpecifiedBenchmarks();
+    return 0;
+}
