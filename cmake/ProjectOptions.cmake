@@ -10,6 +10,7 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 
 set(VYKEL_SANITIZE "" CACHE STRING "Sanitizers of a host build, for example address,undefined")
 if(VYKEL_SANITIZE)
+  set(CMAKE_CXX_FLAGS_DEBUG "-Og -g1") # enough for a report's lines, and twice as fast to build
   add_compile_options(-fsanitize=${VYKEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VYKEL_SANITIZE})
 endif()

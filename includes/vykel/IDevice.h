@@ -38,8 +38,9 @@ public:
     /// process may have set it since.
     virtual std::uint32_t getNumber() = 0;
 
-    /// Reserved slots. Never called; leave them as they are.
+    /// A reserved slot. Never called; leave it as it is.
     virtual void reserved1() {}
+    /// A reserved slot. Never called; leave it as it is.
     virtual void reserved2() {}
 
     /// The device's alias: null when the device takes no alias, an empty text when it has none yet.

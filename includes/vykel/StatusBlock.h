@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+/// What clients and plug-ins see of the library.
 namespace vykel {
 
 /// The caller-owned record into which an operation reports its outcome. Its layout is a binary contract.

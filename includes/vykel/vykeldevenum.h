@@ -5,6 +5,7 @@
 #include "vykel/StatusCodes.h"
 #include <cstdint>
 
+/// \file
 /// The three exports of vykeldevenum.dll. Any thread may call any of them at any time; they run one at a
 /// time. No exception leaves them.
 extern "C" {

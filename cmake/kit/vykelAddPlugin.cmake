@@ -1,0 +1,28 @@
+# vykel_add_plugin(NAME sources...)
+#
+# Adds an enumerator plug-in: the library NAME.dll that exports its three entry points alone, needs no C++
+# runtime beside it, and finds the public headers. An entry point that the sources lack is an error of the
+# linker on Windows.
+set(_vykel_add_plugin_dir ${CMAKE_CURRENT_LIST_DIR})
+
+function(vykel_add_plugin name)
+  set(dir ${_vykel_add_plugin_dir})
+  add_library(${name} MODULE ${ARGN})
+  target_link_libraries(${name} PRIVATE vykeldevenum::plugin)
+  set_target_properties(${name} PROPERTIES
+    PREFIX ""
+    CXX_VISIBILITY_PRESET hidden
+    VISIBILITY_INLINES_HIDDEN ON
+    MSVC_RUNTIME_LIBRARY "MultiThreaded$<$<CONFIG:Debug>:Debug>")
+  if(WIN32)
+    target_sources(${name} PRIVATE ${dir}/plugin.def)
+    if(MINGW)
+      target_link_options(${name} PRIVATE -static)
+    endif()
+  else()
+    target_link_options(${name} PRIVATE -Wl,--version-script=${dir}/plugin.map)
+    set_target_properties(${name} PROPERTIES LINK_DEPENDS ${dir}/plugin.map)
+    # A library with GNU_UNIQUE symbols is never unloaded; plug-ins must be.
+    target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
+  endif()
+endfunction()
