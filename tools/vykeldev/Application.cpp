@@ -1,0 +1,102 @@
+#include "Application.h"
+
+#include "Commands.h"
+#include "Enumerator.h"
+#include "Failure.h"
+#include "System.h"
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+
+namespace vykeldev {
+namespace {
+
+constexpr const char* footer = R"(Examples:
+  vykeldev list                          show the devices
+  vykeldev list --json --min-version 2   the same for programs, without older devices
+  vykeldev register Left left.dll        register a plug-in (as administrator)
+  vykeldev plugins                       show what is registered
+  vykeldev doctor                        say why a device is missing
+  vykeldev wait --count 2 --timeout 10   wait for two devices, at most ten seconds
+  vykeldev watch --json                  follow what is added, removed, renumbered, renamed
+
+Exit codes:
+  0  done; devices (or plug-ins) were listed
+  1  an error, explained on standard error
+  2  wrong usage
+  3  nothing to list, or 'wait' ran out of time
+  4  warnings only
+  5  something is broken)";
+
+int toInteger(ExitCode code) noexcept {
+    return static_cast<int>(code);
+}
+
+void printFailure(const Failure& failure, bool colour) {
+    std::cerr << (colour ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ") << failure.what()
+              << '\n';
+    if (!failure.meaning.empty()) {
+        std::cerr << "  meaning:    " << failure.meaning << '\n';
+    }
+    if (!failure.remedy.empty()) {
+        std::cerr << "  what to do: " << failure.remedy << '\n';
+    }
+}
+
+int runParsed(const std::vector<std::string>& arguments, Context& context) {
+    CLI::App app("Lists the devices that the VY-KEL enumerator plug-ins of this machine see.", "vykeldev");
+    app.footer(footer);
+    app.set_version_flag("--version", "vykeldev " VYKELDEV_VERSION);
+    app.add_option("--library", context.library,
+                   "The vykeldevenum library to use (default: beside this tool)")
+        ->type_name("PATH");
+    app.require_subcommand(1);
+    app.fallthrough();
+
+    Run chosen;
+    addAliasesCommand(app, chosen);
+    addCheckCommand(app, chosen);
+    addCheckRuleCommand(app, chosen);
+    addDoctorCommand(app, chosen);
+    addDoctorProbeCommand(app, chosen);
+    addListCommand(app, chosen);
+    addPluginsCommand(app, chosen);
+    addRegisterCommand(app, chosen);
+    addUnregisterCommand(app, chosen);
+    addWaitCommand(app, chosen);
+    addWatchCommand(app, chosen);
+    try {
+        app.parse(
+            std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it takes them from the end
+    } catch (const CLI::ParseError& error) {
+        return app.exit(error) == 0 ? 0
+                                    : toInteger(ExitCode::WrongUsage); // --help and --version end here, too
+    }
+    if (context.library.empty()) {
+        context.library = defaultLibraryPath();
+    }
+    const int result = toInteger(chosen(context));
+    if (!std::cout.flush()) {
+        throw Failure("standard output cannot be written", "", "Is the disk full, or has the reader gone?");
+    }
+    return result;
+}
+
+} // namespace
+
+int runApplication(const std::vector<std::string>& arguments) noexcept {
+    const Console console;
+    try {
+        Context context{"", console.colourOnOutput()};
+        return runParsed(arguments, context);
+    } catch (const Failure& failure) {
+        printFailure(failure, console.colourOnError());
+    } catch (const std::exception& error) {
+        printFailure(Failure(error.what(), "", ""), console.colourOnError());
+    } catch (...) {
+        printFailure(Failure("a plug-in let an unknown exception out", "", ""), console.colourOnError());
+    }
+    return toInteger(ExitCode::Error);
+}
+
+} // namespace vykeldev

@@ -1,0 +1,46 @@
+#ifndef VYKELDEV_LINESPLITTER_H
+#define VYKELDEV_LINESPLITTER_H
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+namespace vykeldev {
+
+/// Cuts a stream of bytes into lines, whose ends (LF or CR LF) it takes off.
+class LineSplitter {
+public:
+    explicit LineSplitter(std::function<void(const std::string&)> lineHandler)
+        : onLine(std::move(lineHandler)) {}
+
+    void add(const char* bytes, std::size_t count) {
+        for (const char* const end = bytes + count; bytes != end; ++bytes) {
+            if (*bytes != '\n')
+                line += *bytes;
+            else
+                finish();
+        }
+    }
+
+    /// Hands out a last line that has no end.
+    void end() {
+        if (!line.empty())
+            finish();
+    }
+
+private:
+    void finish() {
+        if (!line.empty() && line.back() == '\r')
+            line.pop_back();
+        std::string complete;
+        complete.swap(line);
+        onLine(complete);
+    }
+
+    std::function<void(const std::string&)> onLine;
+    std::string line;
+};
+
+} // namespace vykeldev
+
+#endif

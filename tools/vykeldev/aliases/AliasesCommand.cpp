@@ -1,0 +1,155 @@
+#include "aliases/LegacyFile.h"
+#include "aliases/Preview.h"
+#include "aliases/PreviewDevices.h"
+#include "Commands.h"
+#include "errors/Exception.h"
+#include "Failure.h"
+#include "Table.h"
+#include "Text.h"
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+#include <nlohmann/json.hpp>
+
+namespace vykeldev::aliases {
+namespace {
+
+using Json = nlohmann::ordered_json;
+using vykel::AliasLayout;
+
+const char* nameOf(Outcome outcome) noexcept {
+    static constexpr const char* names[] = {"moves",     "dropped",   "no-device", "not-local",
+                                            "unreached", "malformed", "blocked"};
+    return names[static_cast<std::size_t>(outcome)];
+}
+
+const char* layoutText(AliasLayout layout) noexcept {
+    switch (layout) {
+    case AliasLayout::ByTokenFormat1:
+        return "tokens of format 1";
+    case AliasLayout::ByTokenFormat2:
+        return "tokens of format 2";
+    case AliasLayout::ByResourceName:
+        break;
+    }
+    return "resource names";
+}
+
+std::string outcomeText(const LegacyEntry& entry) {
+    const std::string device = "device KEL" + std::to_string(entry.device);
+    switch (entry.outcome) {
+    case Outcome::Moves:
+        return "moves to " + device;
+    case Outcome::Dropped:
+        return device + " has an alias, entry is dropped";
+    case Outcome::NoDevice:
+        return "no such device takes an alias, stays";
+    case Outcome::NotLocal:
+        return "not local, stays";
+    case Outcome::Unreached:
+        return "never reached, " + std::string(entry.stays ? "stays: " : "goes with its section: ") +
+               entry.detail;
+    case Outcome::Malformed:
+        return "malformed: " + entry.detail;
+    case Outcome::Blocked:
+        break;
+    }
+    return "waits until the malformed entries are mended";
+}
+
+Json orNull(const std::optional<std::string>& text) {
+    return text ? Json(*text) : Json();
+}
+
+void printTable(const std::string& path, const Preview& preview, bool colour) {
+    std::cout << printable(path) << ": aliases by " << layoutText(preview.layout) << '\n';
+    if (preview.entries.empty()) {
+        std::cout << "No entries are left.\n";
+        return;
+    }
+    using Align = Table::Align;
+    Table table({{"LINE", Align::Right},
+                 {"ALIAS", Align::Left},
+                 {preview.layout == AliasLayout::ByResourceName ? "DEVICE" : "TOKEN", Align::Left},
+                 {"NEXT REFRESH", Align::Left}});
+    for (const LegacyEntry& entry : preview.entries) {
+        table.addRow({std::to_string(entry.line), entry.alias.value_or("-"), entry.target.value_or("-"),
+                      outcomeText(entry)});
+    }
+    table.print(std::cout, colour);
+}
+
+/// `preview` is null when there is no file.
+void printJson(const std::string& path, const Preview* preview) {
+    Json document = {{"schemaVersion", 1}, {"file", path},   {"exists", preview != nullptr},
+                     {"layout", nullptr},  {"fails", false}, {"entries", Json::array()}};
+    if (preview != nullptr) {
+        document["layout"] = layoutText(preview->layout);
+        document["fails"] = preview->fails;
+        for (const LegacyEntry& entry : preview->entries) {
+            const bool hasDevice = entry.device != vykel::noDeviceNumber;
+            document["entries"].push_back({{"line", entry.line},
+                                           {"alias", orNull(entry.alias)},
+                                           {"target", orNull(entry.target)},
+                                           {"outcome", nameOf(entry.outcome)},
+                                           {"device", hasDevice ? Json(entry.device) : Json()},
+                                           {"detail", entry.detail.empty() ? Json() : Json(entry.detail)},
+                                           {"stays", entry.stays}});
+        }
+    }
+    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+ExitCode showPreview(bool json, bool colour) {
+    const LegacyFile file;
+    if (!file.exists()) {
+        if (json)
+            printJson(file.path(), nullptr);
+        std::cerr << "vykeldev: no legacy file " << printable(file.path()) << '\n';
+        return ExitCode::NothingListed;
+    }
+    const PreviewDevices devices;
+    const Preview preview = previewTransfer(file.untouched(), file.copy(), devices.table());
+    if (json)
+        printJson(file.path(), &preview);
+    else
+        printTable(file.path(), preview, colour);
+    if (!preview.fails)
+        return ExitCode::Success;
+    std::cout.flush();
+    std::cerr
+        << "vykeldev: every refresh fails with -50209, and moves nothing, until the malformed entries are "
+           "mended\n";
+    return ExitCode::Error;
+}
+
+ExitCode previewAliases(const Context& context, bool json) {
+    try {
+        return showPreview(json, context.colour);
+    } catch (const vyerr::ExceptionBase& exception) {
+        vykel::StatusBlock status = vykel::makeStatusBlock();
+        vyerr::statusToBlock(exception.status(), &status);
+        throw statusFailure("previewing the transfer of aliases", status);
+    }
+}
+
+} // namespace
+} // namespace vykeldev::aliases
+
+namespace vykeldev {
+
+void addAliasesCommand(CLI::App& app, Run& chosen) {
+    const auto json = std::make_shared<bool>(false);
+    CLI::App* const command = app.add_subcommand(
+        "aliases",
+        "Shows what the next refresh does with the aliases of an older release, and changes nothing");
+    command->add_flag("--json", *json, "Prints one JSON object (schemas/aliases.schema.json)");
+    command->footer("Exit codes: 0 done, 1 the file is malformed or cannot be read, 3 there is none. "
+                    "docs/legacy-aliases.md "
+                    "explains the file.");
+    command->callback([json, &chosen] {
+        chosen = [json](const Context& context) { return aliases::previewAliases(context, *json); };
+    });
+}
+
+} // namespace vykeldev

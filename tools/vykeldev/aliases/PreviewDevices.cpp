@@ -1,0 +1,20 @@
+#include "aliases/PreviewDevices.h"
+
+#include "DeviceCollection.h"
+#include "DeviceNumbering.h"
+
+namespace vykeldev::aliases {
+
+PreviewDevices::PreviewDevices() {
+    plugins.manager.getDeviceLists(lists);
+    for (const auto& list : lists) {
+        std::vector<vykel::IDevice*> found;
+        vykel::collectDevices(*list, found);
+        for (vykel::IDevice*& device : found)
+            device = &devices.emplace_back(*device);
+        devicesPerList.push_back(std::move(found));
+    }
+    vykel::numberDevices(devicesPerList); // needs no lock: no device hears of it
+}
+
+} // namespace vykeldev::aliases

@@ -1,0 +1,95 @@
+#include "check/Report.h"
+#include "check/Runner.h"
+#include "Commands.h"
+#include "Failure.h"
+#include "Registrations.h"
+#include "Text.h"
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <fstream>
+#include <iostream>
+#include <memory>
+
+namespace vykeldev {
+namespace {
+
+using check::Outcome;
+using check::Results;
+
+struct CheckOptions {
+    std::string path;
+    std::string junitFile;
+    double timeout = 10; // seconds
+    bool json = false;
+    bool readOnly = false;
+    std::vector<std::string> rules;
+};
+
+void writeJUnit(const CheckOptions& options, const std::string& plugin, const Results& results) {
+    std::ofstream file(std::filesystem::path(toWide(options.junitFile)), std::ios::binary);
+    check::printJUnit(file, plugin, results);
+    if (!file.flush())
+        throw Failure("'" + printable(options.junitFile) + "' cannot be written", "",
+                      "Give another file with --junit.");
+}
+
+ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
+    const check::RunOptions run{absolutePath(options.path),
+                                std::chrono::milliseconds(static_cast<long long>(1000 * options.timeout)),
+                                options.readOnly, options.rules};
+    const std::string problem = pathProblem(run.path);
+    if (!problem.empty())
+        throw Failure("'" + printable(run.path) + "' cannot be checked: " + problem, "",
+                      "Give the path of the plug-in's DLL.");
+    if (!options.json)
+        std::cout << "Checking " << printable(run.path) << std::endl;
+    const Results results = check::runRules(run, [&](const check::Result& result) {
+        if (!options.json)
+            check::printResult(std::cout, result, context.colour);
+    });
+    if (options.json)
+        check::printJson(std::cout, run.path, results);
+    else
+        check::printSummary(std::cout, results);
+    if (!options.junitFile.empty())
+        writeJUnit(options, run.path, results);
+    if (check::countOf(results, Outcome::Failed) != 0)
+        return ExitCode::Broken;
+    return check::countOf(results, Outcome::Warning) != 0 ? ExitCode::Warnings : ExitCode::Success;
+}
+
+} // namespace
+
+void addCheckCommand(CLI::App& app, Run& chosen) {
+    constexpr double longestTimeout = 86400;
+    const auto options = std::make_shared<CheckOptions>();
+    CLI::App* const command = app.add_subcommand("check", "Checks a plug-in against its contract");
+    command->add_option("PLUGIN", options->path, "The plug-in's DLL; it need not be registered")
+        ->required()
+        ->type_name("");
+    command->add_flag("--json", options->json, "Prints one JSON object");
+    command->add_option("--junit", options->junitFile, "Writes the results for a build server, too")
+        ->type_name("FILE");
+    command->add_option("--timeout", options->timeout, "Seconds after which a rule has failed (default 10)")
+        ->check(CLI::Range(0.001, longestTimeout))
+        ->type_name("S");
+    command->add_flag("--read-only", options->readOnly,
+                      "Leaves out the rules that change a number and an alias and put them back");
+    command
+        ->add_option("--rule", options->rules,
+                     "Checks this rule only, and those that it needs; may be given again")
+        ->check([](const std::string& id) {
+            return check::findRule(id) != nullptr ? std::string() : "there is no rule '" + id + "'";
+        })
+        ->take_all()
+        ->expected(1)
+        ->type_name("ID");
+    command->callback([options, &chosen] {
+        chosen = [options](const Context& context) { return checkPlugin(context, *options); };
+    });
+    command->footer(
+        "Each rule runs in a process of its own. Exit code 0: no rule is broken; 4: warnings only; "
+        "5: a rule is broken.");
+}
+
+} // namespace vykeldev

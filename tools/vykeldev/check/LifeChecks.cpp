@@ -1,0 +1,169 @@
+#include "check/Checks.h"
+#include "check/Process.h"
+#include "check/Session.h"
+#include <exception>
+#include <mutex>
+#include <thread>
+
+namespace vykeldev::check {
+namespace {
+
+void mustInitialize(Plugin& plugin, int round) {
+    const std::int32_t code = plugin.initialize();
+    if (code < 0)
+        throw Broken{"vykel_initializePlugin accepted at first, and in round " + std::to_string(round) +
+                     " refused with " + std::to_string(code)};
+}
+
+/// The plug-in registered twice, once from start to end.
+void loadTwice(const Subject& subject, int round) {
+    Plugin first(subject);
+    mustInitialize(first, round);
+    Plugin second(subject);
+    mustInitialize(second, round);
+}
+
+/// Refreshes a list and reads what it has, as clients do.
+void useList(const List& list) {
+    refresh(list);
+    const std::uint32_t count = list.getCount();
+    for (std::uint32_t i = 0; i < count; ++i) {
+        const Fetched fetched = list.getDevice(i);
+        if (!fetched.device)
+            continue; // matter of another rule
+        fetched.device->getPersistentToken(1);
+        fetched.device->getNumber();
+        fetched.device->getAlias();
+    }
+}
+
+void makeAndUseLists(const Plugin& plugin, int count) {
+    for (int i = 0; i < count; ++i)
+        useList(plugin.makeList());
+}
+
+} // namespace
+
+void checkLibraryLoads(const Subject& subject) {
+    subject.trace.repeating("loading the library");
+    const Module module(subject.path);
+}
+
+void checkEntryPoints(const Subject& subject) {
+    const Plugin plugin(subject);
+}
+
+void checkInitialises(const Subject& subject) {
+    const InitializedPlugin plugin(subject);
+}
+
+void checkReload(const Subject& subject) {
+    constexpr int rounds = 100;
+    constexpr int roundsLoaded = 10;
+    subject.trace.repeating("initialise and finalise, again and again");
+    {
+        const Module staysLoaded(subject.path);
+        for (int round = 1; round <= roundsLoaded; ++round)
+            loadTwice(subject, round);
+    }
+    subject.trace.repeating("loading and unloading, again and again");
+    for (int round = 1; round <= rounds; ++round)
+        loadTwice(subject, round);
+}
+
+void checkNewList(const Subject& subject) {
+    const InitializedPlugin plugin(subject);
+    const List first = plugin.makeList();
+    const List second = plugin.makeList();
+    if (first.identity() == second.identity())
+        throw Broken{"two calls of vykel_getPluginInterface stored the same list"};
+}
+
+void checkInterfaceVersion(const Subject& subject) {
+    const InitializedPlugin plugin(subject);
+    std::optional<List> list;
+    const std::int32_t code = plugin.getInterface(1, list);
+    if (code >= 0)
+        throw Broken{"interface version 1 was accepted with " + std::to_string(code)};
+}
+
+void checkAttachDetach(const Subject& subject) {
+    constexpr std::uint64_t token = 0x0123456789ABCDEF;
+    constexpr std::uint64_t otherToken = ~token;
+    constexpr int rounds = 100;
+    const InitializedPlugin plugin(subject);
+    const List list = plugin.makeList();
+    const std::int32_t refused = list.attach(token);
+    if (refused < 0)
+        throw Skipped{"attach refuses tokens with " + std::to_string(refused)};
+    if (list.attach(otherToken) >= 0)
+        list.detach(otherToken);
+    list.detach(token);
+    plugin.trace().repeating("attach and detach, again and again");
+    for (int round = 2; round <= rounds; ++round) {
+        const std::int32_t code = list.attach(token);
+        if (code < 0)
+            throw Broken{"attach took a token, and after its detach refused it with " + std::to_string(code) +
+                         " in round " + std::to_string(round)};
+        list.detach(token);
+    }
+    list.attach(token); // the release below ends that, too
+}
+
+void checkReleaseFrees(const Subject& subject) {
+    constexpr int warmUp = 100; // what is allocated once
+    constexpr int lists = 1000;
+    constexpr int rounds = 4;                     // a leak grows every time, anything else settles
+    constexpr std::uint64_t tolerated = 12 << 10; // a few pages
+    constexpr std::uint64_t toleratedHandles = 10;
+    const InitializedPlugin plugin(subject);
+    plugin.trace().repeating("making, using and releasing lists by the thousand");
+    makeAndUseLists(plugin, warmUp);
+    std::string growth;
+    for (int round = 0; round < rounds; ++round) {
+        const Usage before = usageOfThisProcess();
+        makeAndUseLists(plugin, lists);
+        const Usage after = usageOfThisProcess();
+        const std::uint64_t memory = after.memory > before.memory ? after.memory - before.memory : 0;
+        const std::uint64_t handles = after.handles > before.handles ? after.handles - before.handles : 0;
+        if (memory <= tolerated && handles <= toleratedHandles)
+            return;
+        growth = std::to_string(memory >> 10) + " KiB and " + std::to_string(handles) + " handles";
+    }
+    throw Broken{"1,000 lists made and released left " + growth + " behind, each of four times"};
+}
+
+void checkThreads(const Subject& subject) {
+    constexpr int rounds = 50;
+    const InitializedPlugin plugin(subject);
+    makeAndUseLists(plugin, 1); // works on this thread
+    plugin.trace().repeating("refreshing lists on two other threads at once");
+    std::mutex entryPoints; // as the library holds its lock
+    const auto work = [&](std::exception_ptr& failure) {
+        try {
+            const List list = [&] {
+                const std::lock_guard<std::mutex> lock(entryPoints);
+                return plugin.makeList();
+            }();
+            for (int round = 0; round < rounds; ++round)
+                useList(list);
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    };
+    std::exception_ptr failures[2];
+    std::thread first(work, std::ref(failures[0]));
+    std::thread second(work, std::ref(failures[1]));
+    first.join();
+    second.join();
+    for (const std::exception_ptr& failure : failures) {
+        try {
+            if (failure)
+                std::rethrow_exception(failure);
+        } catch (const Broken& broken) {
+            throw Broken{"on another thread than the first, " + broken.observed};
+        }
+    }
+}
+
+} // namespace vykeldev::check

@@ -1,0 +1,144 @@
+#include "check/Checks.h"
+#include "check/Session.h"
+#include <algorithm>
+#include <chrono>
+#include <limits>
+
+namespace vykeldev::check {
+namespace {
+
+void mustRefuse(const List& list, std::uint32_t index, std::uint32_t count) {
+    const Fetched fetched = list.getDevice(index);
+    if (!fetched.device && fetched.code < 0)
+        return;
+    throw Broken{"getDevice(" + std::to_string(index) + ") of " + std::to_string(count) + " answered " +
+                 (fetched.device ? "a device" : "null") + " and left the code " +
+                 std::to_string(fetched.code)};
+}
+
+/// What a device says of itself for as long as it lives.
+std::string describe(const Device& device) {
+    return quoted(device.getPersistentToken(1)) + ", sort key " + std::to_string(device.getSortKey()) +
+           ", version " + std::to_string(device.getVersion());
+}
+
+/// Overwrites memory that was freed, so that whoever still uses it gives itself away.
+void overwriteFreedMemory() {
+    std::vector<std::vector<char>> blocks;
+    for (std::size_t size = 16; size <= 1024; size += 16)
+        blocks.insert(blocks.end(), 16, std::vector<char>(size, '\xDD'));
+}
+
+} // namespace
+
+void checkEmptyBeforeRefresh(const Subject& subject) {
+    const InitializedPlugin plugin(subject);
+    const List list = plugin.makeList();
+    const std::uint32_t count = list.getCount();
+    if (count != 0)
+        throw Broken{"a new list has " + std::to_string(count) + " devices before its first refresh"};
+}
+
+void checkRefresh(const Subject& subject) {
+    const InitializedPlugin plugin(subject);
+    const List list = plugin.makeList();
+    for (int round = 0; round < 2; ++round) {
+        list.isStale();
+        refresh(list);
+        const std::uint32_t count = list.getCount();
+        for (std::uint32_t i = 0; i < count; ++i)
+            list.getDevice(i);
+        const std::uint32_t later = list.getCount();
+        if (later != count)
+            throw Broken{"getCount changed from " + std::to_string(count) + " to " + std::to_string(later) +
+                         " without a refresh"};
+    }
+}
+
+void checkDevices(const Subject& subject) {
+    const Session session(subject);
+    if (devicesOf(session.list).empty())
+        throw Skipped{"it sees no devices here"};
+}
+
+void checkDevicesStay(const Subject& subject) {
+    const Session session(subject);
+    const std::vector<Device> devices = devicesOf(session.list);
+    std::vector<std::string> before;
+    for (std::uint32_t i = 0; i < devices.size(); ++i)
+        before.push_back(describe(deviceAt(session.list, i)));
+    {
+        const List other = session.plugin.makeList();
+        refresh(other);
+        devicesOf(other);
+        session.list.isStale();
+    }
+    overwriteFreedMemory();
+    for (std::size_t i = 0; i < devices.size(); ++i) {
+        const std::string now = describe(devices[i]);
+        if (now != before[i])
+            throw Broken{"device " + std::to_string(i) + " was " + before[i] + " and became " + now +
+                         " without a refresh of its list"};
+    }
+}
+
+void checkIndexBeyond(const Subject& subject) {
+    constexpr std::uint32_t calls = 1'000'000;
+    const Session session(subject);
+    const std::uint32_t count = session.list.getCount();
+    mustRefuse(session.list, count, count);
+    mustRefuse(session.list, std::numeric_limits<std::uint32_t>::max(), count);
+    session.plugin.trace().repeating("getDevice for a million indices beyond the count");
+    const std::uint32_t step = (std::numeric_limits<std::uint32_t>::max() - count) / calls;
+    for (std::uint32_t i = 0; i < calls; ++i)
+        mustRefuse(session.list, count + i * step, count);
+}
+
+void checkMinimumVersion(const Subject& subject) {
+    const Session session(subject);
+    const std::int32_t version = deviceAt(session.list, 0).getVersion();
+    const std::string text = "of version " + std::to_string(version) + ", asked for at least ";
+    if (!session.list.getDevice(0, version).device)
+        throw Broken{"a device " + text + "that, was refused"};
+    if (version == std::numeric_limits<std::int32_t>::max())
+        throw Skipped{"no version is above that of the first device"};
+    const Fetched newer = session.list.getDevice(0, version + 1);
+    if (newer.device || newer.code >= 0)
+        throw Broken{"a device " + text + std::to_string(version + 1) + ", was " +
+                     (newer.device ? "given all the same" : "refused without an error")};
+}
+
+void checkStaleCheap(const Subject& subject) {
+    using Clock = std::chrono::steady_clock;
+    constexpr auto cheap = std::chrono::milliseconds(1);
+    constexpr int batches = 5; // the best counts: others may keep the machine busy
+    constexpr int calls = 5;
+    const InitializedPlugin plugin(subject);
+    const List list = plugin.makeList();
+    list.isStale();
+    list.refresh();
+    Clock::duration best = Clock::duration::max();
+    for (int batch = 0; batch < batches; ++batch) {
+        const Clock::time_point start = Clock::now();
+        for (int i = 0; i < calls; ++i)
+            list.isStale();
+        best = std::min(best, (Clock::now() - start) / calls);
+    }
+    if (best > cheap)
+        throw Broken{"isStale takes " +
+                     std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(best).count()) +
+                     " microseconds"};
+}
+
+void checkStaleSettles(const Subject& subject) {
+    constexpr int attempts = 3; // something may really have changed, but not every time
+    const Session session(subject);
+    for (int i = 0; i < attempts; ++i) {
+        refresh(session.list);
+        if (!session.list.isStale())
+            return;
+    }
+    throw Broken{"the list is stale right after each of three refreshes"};
+}
+
+} // namespace vykeldev::check

@@ -1,0 +1,22 @@
+#ifndef VYKELDEV_CHECK_PROCESS_H
+#define VYKELDEV_CHECK_PROCESS_H
+
+#include <cstdint>
+
+/// What differs between Windows and the host: ProcessWindows.cpp and ProcessHost.cpp.
+namespace vykeldev::check {
+
+/// What this process holds of the system.
+struct Usage {
+    std::uint64_t memory;  ///< Bytes that are its alone.
+    std::uint64_t handles; ///< Open handles; 0 when they cannot be counted.
+};
+
+Usage usageOfThisProcess();
+
+/// A crash of this process ends it at once: no dialog, no report, no dump.
+void crashQuietly() noexcept;
+
+} // namespace vykeldev::check
+
+#endif

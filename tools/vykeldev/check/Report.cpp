@@ -1,0 +1,84 @@
+#include "check/Report.h"
+
+#include "Text.h"
+#include <iomanip>
+#include <nlohmann/json.hpp>
+#include <ostream>
+
+namespace vykeldev::check {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+const char* colourOf(Outcome outcome) noexcept {
+    switch (outcome) {
+    case Outcome::Passed:
+        return "\x1b[32m";
+    case Outcome::Warning:
+        return "\x1b[1;33m";
+    case Outcome::Failed:
+        return "\x1b[1;31m";
+    case Outcome::Skipped:
+        break;
+    }
+    return "\x1b[2m";
+}
+
+/// The worst that was found.
+Outcome overall(const Results& results) {
+    for (const Outcome outcome : {Outcome::Failed, Outcome::Warning}) {
+        if (countOf(results, outcome) != 0)
+            return outcome;
+    }
+    return Outcome::Passed;
+}
+
+bool isBroken(const Result& result) noexcept {
+    return result.outcome == Outcome::Failed || result.outcome == Outcome::Warning;
+}
+
+Json toJson(const Result& result) {
+    const Rule& rule = *result.rule;
+    return {{"id", rule.id},
+            {"title", rule.title},
+            {"severity", rule.severity == Severity::Error ? "error" : "warning"},
+            {"alters", rule.alters},
+            {"result", toString(result.outcome)},
+            {"observed", result.observed.empty() ? Json() : Json(result.observed)},
+            {"meaning", rule.meaning},
+            {"remedy", rule.remedy},
+            {"milliseconds", result.duration.count()}};
+}
+
+} // namespace
+
+void printResult(std::ostream& out, const Result& result, bool colour) {
+    const Rule& rule = *result.rule;
+    const std::string observed = printable(result.observed);
+    out << (colour ? colourOf(result.outcome) : "") << std::left << std::setw(8) << toString(result.outcome)
+        << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
+        << (result.outcome == Outcome::Skipped ? observed : rule.title) << '\n';
+    if (isBroken(result))
+        out << "         observed:   " << observed << '\n'
+            << "         meaning:    " << rule.meaning << '\n'
+            << "         what to do: " << rule.remedy << '\n';
+    out.flush();
+}
+
+void printSummary(std::ostream& out, const Results& results) {
+    out << countOf(results, Outcome::Passed) << " passed, " << countOf(results, Outcome::Failed)
+        << " failed, " << countOf(results, Outcome::Warning) << " with warnings, "
+        << countOf(results, Outcome::Skipped) << " skipped\n";
+}
+
+void printJson(std::ostream& out, const std::string& plugin, const Results& results) {
+    Json document = {{"schemaVersion", 1}, {"plugin", plugin}, {"result", toString(overall(results))}};
+    for (const char* const name : outcomeNames)
+        document["summary"][name] = countOf(results, *outcomeOf(name));
+    Json& list = document["rules"] = Json::array();
+    for (const Result& result : results)
+        list.push_back(toJson(result));
+    out << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+}
+
+} // namespace vykeldev::check

@@ -1,0 +1,24 @@
+#ifndef VYKELDEV_CHECK_REPORT_H
+#define VYKELDEV_CHECK_REPORT_H
+
+#include "check/Result.h"
+#include <iosfwd>
+
+namespace vykeldev::check {
+
+/// One result for people, with meaning and remedy when the rule is broken, or why it was skipped.
+void printResult(std::ostream& out, const Result& result, bool colour);
+
+/// The last line: how many of each outcome.
+void printSummary(std::ostream& out, const Results& results);
+
+/// All results as one JSON object; schemas/check.schema.json describes it.
+void printJson(std::ostream& out, const std::string& plugin, const Results& results);
+
+/// All results in JUnit's XML, for build servers. A warning is no failure there: it goes into the case's
+/// output.
+void printJUnit(std::ostream& out, const std::string& plugin, const Results& results);
+
+} // namespace vykeldev::check
+
+#endif

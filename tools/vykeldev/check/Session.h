@@ -1,0 +1,57 @@
+#ifndef VYKELDEV_CHECK_SESSION_H
+#define VYKELDEV_CHECK_SESSION_H
+
+#include "check/Plugin.h"
+#include "check/Trace.h"
+#include <string>
+#include <vector>
+
+/// Steps that many rules start with. All throw Broken when the plug-in does not come that far.
+namespace vykeldev::check {
+
+/// The plug-in, loaded and initialised.
+struct InitializedPlugin : Plugin {
+    explicit InitializedPlugin(const Subject& subject) : Plugin(subject) {
+        const std::int32_t code = initialize();
+        if (code < 0)
+            throw Broken{"vykel_initializePlugin refused with " + std::to_string(code), true};
+    }
+};
+
+inline void refresh(const List& list) {
+    const std::int32_t code = list.refresh();
+    if (code < 0)
+        throw Broken{"refresh left the code " + std::to_string(code), true};
+}
+
+/// The device at an index below the count.
+inline Device deviceAt(const List& list, std::uint32_t index) {
+    const Fetched fetched = list.getDevice(index);
+    if (fetched.device && fetched.code >= 0)
+        return *fetched.device;
+    const std::string place =
+        "getDevice(" + std::to_string(index) + ") of " + std::to_string(list.getCount());
+    if (fetched.code < 0)
+        throw Broken{place + " left the code " + std::to_string(fetched.code), true};
+    throw Broken{place + " answered null and left no error"};
+}
+
+/// All devices of a list.
+inline std::vector<Device> devicesOf(const List& list) {
+    std::vector<Device> devices;
+    const std::uint32_t count = list.getCount();
+    for (std::uint32_t i = 0; i < count; ++i)
+        devices.push_back(deviceAt(list, i));
+    return devices;
+}
+
+/// A plug-in with one list, refreshed.
+struct Session {
+    explicit Session(const Subject& subject) : plugin(subject), list(plugin.makeList()) { refresh(list); }
+    InitializedPlugin plugin;
+    List list;
+};
+
+} // namespace vykeldev::check
+
+#endif

@@ -1,0 +1,60 @@
+#include "check/Checks.h"
+#include "check/Session.h"
+#include <limits>
+
+namespace vykeldev::check {
+namespace {
+
+void mustKeepCode(const char* operation, std::int32_t before, std::int32_t after) {
+    if (after == before || (before > 0 && after < 0)) // an error may replace a warning
+        return;
+    throw Broken{std::string(operation) + " found the code " + std::to_string(before) + " and left " +
+                 std::to_string(after)};
+}
+
+} // namespace
+
+void checkFirstErrorWins(const Subject& subject) {
+    constexpr std::int32_t error = -99;
+    constexpr std::int32_t warning = 99;
+    const Session session(subject);
+    for (const std::int32_t preset : {error, warning}) {
+        mustKeepCode("refresh", preset, session.list.refresh(preset));
+        refresh(session.list);
+        const std::uint32_t count = session.list.getCount();
+        mustKeepCode("getDevice beyond the count", preset, session.list.getDevice(count, 0, preset).code);
+        if (count > 0)
+            mustKeepCode("getDevice", preset, session.list.getDevice(0, 0, preset).code);
+    }
+}
+
+// Each call of any rule is watched; here are those in which a block is most likely filled.
+void checkStatusGuard(const Subject& subject) {
+    const Session session(subject);
+    const std::uint32_t count = session.list.getCount();
+    session.list.getDevice(count);
+    session.list.getDevice(0, std::numeric_limits<std::int32_t>::max());
+    if (session.list.attach(1) >= 0)
+        session.list.detach(1);
+}
+
+// As above; here are the operations that no other rule calls, and odd arguments.
+void checkNoException(const Subject& subject) {
+    try {
+        const Session session(subject);
+        session.list.getVersion();
+        session.list.getDevice(0, std::numeric_limits<std::int32_t>::min());
+        session.list.getDevice(std::numeric_limits<std::uint32_t>::max(),
+                               std::numeric_limits<std::int32_t>::max());
+        for (const Device& device : devicesOf(session.list)) {
+            device.getVersion();
+            device.getSortKey();
+            device.getPersistentToken(1);
+            device.getAlias();
+            device.getNumber();
+        }
+    } catch (const Broken&) { // an error is no exception
+    }
+}
+
+} // namespace vykeldev::check

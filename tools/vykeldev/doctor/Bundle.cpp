@@ -1,0 +1,19 @@
+#include "doctor/Bundle.h"
+
+#include "doctor/Files.h"
+
+namespace vykeldev::doctor {
+
+std::vector<ZipEntry> writeBundle(const std::string& path, const Report& report, bool replace) {
+    std::vector<ZipEntry> entries = {{"account.json", dumped(toJson(report)) + '\n'},
+                                     {"registrations.json", dumped(registrationsToJson(report)) + '\n'},
+                                     {"locks.json", dumped(toJson(report.locks)) + '\n'},
+                                     {"versions.json", dumped(toJson(report.versions)) + '\n'}};
+    std::string legacy;
+    if (!report.legacy.path.empty() && readFile(report.legacy.path, legacy) == ERROR_SUCCESS)
+        entries.push_back({"vykel.ini", std::move(legacy)});
+    writeFile(path, makeZip(entries), replace);
+    return entries;
+}
+
+} // namespace vykeldev::doctor

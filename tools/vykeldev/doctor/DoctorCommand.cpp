@@ -1,0 +1,108 @@
+#include "Commands.h"
+#include "doctor/Bundle.h"
+#include "doctor/FolderCheck.h"
+#include "doctor/LegacyCheck.h"
+#include "doctor/PluginCheck.h"
+#include "doctor/Probe.h"
+#include "Failure.h"
+#include "Text.h"
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+namespace vykeldev::doctor {
+namespace {
+
+struct DoctorOptions {
+    bool json = false;
+    bool force = false;
+    bool listFindings = false;
+    double timeout = 10; // seconds
+    std::string bundle;
+};
+
+Report makeReport(const Context& context, const DoctorOptions& options) {
+    Progress progress;
+    Report report;
+    report.versions = {VYKELDEV_VERSION, context.library, fileVersion(context.library), systemVersion()};
+    checkPlugins(report, std::chrono::milliseconds(static_cast<long long>(options.timeout * 1000)), progress);
+    checkFolder(report, progress);
+    checkLegacyFile(report);
+    return report;
+}
+
+/// The table of findings, for those who document it.
+void printFindings() {
+    for (int i = 0; i < static_cast<int>(FindingId::Count); ++i) {
+        const FindingKind& kind = kindOf(static_cast<FindingId>(i));
+        std::cout << kind.name << '\t' << nameOf(kind.severity) << '\t' << kind.meaning << '\t' << kind.remedy
+                  << '\n';
+    }
+}
+
+void printBundle(std::ostream& out, const std::string& path, const std::vector<ZipEntry>& entries) {
+    out << "wrote " << printable(path) << ':';
+    for (const ZipEntry& entry : entries)
+        out << "\n  " << entry.name << ", " << entry.bytes.size() << " bytes";
+    out << '\n';
+}
+
+ExitCode diagnose(const Context& context, const DoctorOptions& options) {
+    if (options.listFindings) {
+        printFindings();
+        return ExitCode::Success;
+    }
+    const Report report = makeReport(context, options);
+    if (options.json)
+        std::cout << dumped(toJson(report)) << '\n';
+    else
+        printReport(std::cout, report, context.colour);
+    if (!options.bundle.empty())
+        printBundle(options.json ? std::cerr : std::cout, options.bundle,
+                    writeBundle(options.bundle, report, options.force));
+    if (report.count(Severity::Error) > 0)
+        return ExitCode::Broken;
+    return report.count(Severity::Warning) > 0 ? ExitCode::Warnings : ExitCode::Success;
+}
+
+} // namespace
+} // namespace vykeldev::doctor
+
+namespace vykeldev {
+
+void addDoctorCommand(CLI::App& app, Run& chosen) {
+    const auto options = std::make_shared<doctor::DoctorOptions>();
+    CLI::App* const command =
+        app.add_subcommand("doctor", "Says why a device is missing: tries every plug-in, changes nothing");
+    command->add_flag("--json", options->json, "Prints one JSON object (schemas/doctor.schema.json)");
+    command->add_option("--timeout", options->timeout, "Seconds that each plug-in is given (default 10)")
+        ->check(CLI::Range(0.001, 86400.0))
+        ->type_name("S");
+    command
+        ->add_option("--bundle", options->bundle,
+                     "Also writes what support needs into this ZIP file: registrations, account, lock state, "
+                     "legacy file, versions")
+        ->type_name("FILE.zip");
+    command->add_flag("--force", options->force, "Replaces an existing bundle");
+    command->add_flag("--list-findings", options->listFindings)->group("");
+    command->footer(
+        "Exit codes: 0 healthy, 4 warnings, 5 something is broken. docs/troubleshooting.md explains "
+        "every finding.");
+    command->callback([options, &chosen] {
+        chosen = [options](const Context& context) { return doctor::diagnose(context, *options); };
+    });
+}
+
+void addDoctorProbeCommand(CLI::App& app, Run& chosen) {
+    const auto path = std::make_shared<std::string>();
+    CLI::App* const command = app.add_subcommand(doctor::probeCommand)->group("");
+    command->add_option("PATH", *path)->required();
+    command->callback([path, &chosen] {
+        chosen = [path](const Context&) {
+            doctor::runProbe(*path);
+            return ExitCode::Success;
+        };
+    });
+}
+
+} // namespace vykeldev

@@ -1,0 +1,70 @@
+#include "doctor/Platform.h"
+
+#include <cstdlib>
+#include <dlfcn.h>
+#include <sstream>
+#include <sys/resource.h>
+#include <sys/utsname.h>
+#include <unistd.h>
+
+namespace vykeldev::doctor {
+namespace {
+
+constexpr const char* standardFolders = "/lib/x86_64-linux-gnu:/usr/lib/x86_64-linux-gnu:/usr/local/lib:"
+                                        "/lib64:/usr/lib64:/lib:/usr/lib";
+
+bool isLoaded(const std::string& name) noexcept {
+    void* const module = dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD);
+    if (module != nullptr)
+        dlclose(module);
+    return module != nullptr;
+}
+
+bool isInFolders(const std::string& name, const std::string& folders, const std::string& origin) {
+    std::istringstream list(folders);
+    for (std::string folder; std::getline(list, folder, ':');) {
+        for (const std::string& variable : {std::string("$ORIGIN"), std::string("${ORIGIN}")}) {
+            if (folder.rfind(variable, 0) == 0)
+                folder.replace(0, variable.size(), origin);
+        }
+        if (!folder.empty() && access((folder + "/" + name).c_str(), F_OK) == 0)
+            return true;
+    }
+    return false;
+}
+
+} // namespace
+
+LibraryImage readNativeImage(std::string_view bytes) {
+    return readElfImage(bytes);
+}
+
+bool isImportFound(const std::string& name, const LibraryImage& image, const std::string& folder) {
+    if (name.find('/') != std::string::npos)
+        return access(name.c_str(), F_OK) == 0;
+    const char* const more = std::getenv("LD_LIBRARY_PATH");
+    return isLoaded(name) || isInFolders(name, image.searchPath, folder) ||
+           isInFolders(name, more != nullptr ? more : "", folder) ||
+           isInFolders(name, standardFolders, folder);
+}
+
+void silenceCrashes() noexcept {
+    const rlimit nothing = {0, 0};
+    setrlimit(RLIMIT_CORE, &nothing);
+}
+
+bool isErrorTerminal() noexcept {
+    return isatty(STDERR_FILENO) == 1;
+}
+
+std::string systemVersion() {
+    utsname system = {};
+    uname(&system);
+    return std::string(system.sysname) + " " + system.release;
+}
+
+std::string fileVersion(const std::string&) {
+    return {};
+}
+
+} // namespace vykeldev::doctor

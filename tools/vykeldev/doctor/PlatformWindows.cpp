@@ -1,0 +1,70 @@
+#include "doctor/Platform.h"
+
+#include "Text.h"
+#include <algorithm>
+#include <cctype>
+#include <vector>
+#include <windows.h>
+
+namespace vykeldev::doctor {
+namespace {
+
+/// Names that stand for a set of functions, not for a file; the loader itself knows where those are.
+bool isApiSet(std::string name) {
+    std::transform(name.begin(), name.end(), name.begin(),
+                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+    return name.rfind("api-ms-", 0) == 0 || name.rfind("ext-ms-", 0) == 0;
+}
+
+} // namespace
+
+LibraryImage readNativeImage(std::string_view bytes) {
+    return readPeImage(bytes);
+}
+
+bool isImportFound(const std::string& name, const LibraryImage&, const std::string&) {
+    // The loader's way for libraries that a library asks for; the folder of the latter is not on it.
+    const WideString file = toWide(name);
+    return isApiSet(name) || GetModuleHandleW(file.c_str()) != nullptr ||
+           SearchPathW(nullptr, file.c_str(), L".dll", 0, nullptr, nullptr) != 0;
+}
+
+void silenceCrashes() noexcept {
+    SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
+}
+
+bool isErrorTerminal() noexcept {
+    DWORD mode = 0;
+    return GetConsoleMode(GetStdHandle(STD_ERROR_HANDLE), &mode) != FALSE;
+}
+
+std::string systemVersion() {
+    using RtlGetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
+    OSVERSIONINFOW version = {};
+    version.dwOSVersionInfoSize = sizeof version;
+    // GetVersionEx answers what the program's manifest knows of, not what the system is.
+    const FARPROC function = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
+    if (function != nullptr)
+        reinterpret_cast<RtlGetVersion>(reinterpret_cast<void (*)()>(function))(&version);
+    return "Windows " + std::to_string(version.dwMajorVersion) + '.' +
+           std::to_string(version.dwMinorVersion) + '.' + std::to_string(version.dwBuildNumber);
+}
+
+std::string fileVersion(const std::string& path) {
+    const WideString file = toWide(path);
+    DWORD ignored = 0;
+    std::vector<char> data(GetFileVersionInfoSizeW(file.c_str(), &ignored));
+    void* block = nullptr;
+    UINT size = 0;
+    if (data.empty() || !GetFileVersionInfoW(file.c_str(), 0, static_cast<DWORD>(data.size()), data.data()) ||
+        !VerQueryValueW(data.data(), L"\\", &block, &size) || size < sizeof(VS_FIXEDFILEINFO))
+        return {};
+    const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(block);
+    std::string text;
+    for (const DWORD part : {info->dwFileVersionMS >> 16, info->dwFileVersionMS & 0xFFFF,
+                             info->dwFileVersionLS >> 16, info->dwFileVersionLS & 0xFFFF})
+        text += (text.empty() ? "" : ".") + std::to_string(part);
+    return text;
+}
+
+} // namespace vykeldev::doctor

@@ -1,0 +1,129 @@
+#include "doctor/PluginCheck.h"
+
+#include "doctor/Examination.h"
+#include "errors/Exception.h"
+#include "PluginRegistrations.h"
+#include "Text.h"
+#include "vysys/windowsRegistry.h"
+#include <map>
+
+namespace vykeldev::doctor {
+namespace {
+
+/// What the library does not look at: the value's type, its size, and how it ends.
+void checkValue(PluginAccount& plugin, Findings& findings) {
+    vysys::RegistryKey key;
+    const WideString keyPath = toWide(vykel::pluginsKey + plugin.name);
+    const WideString value = toWide(vykel::pluginPathValue);
+    DWORD type = 0;
+    DWORD bytes = 0;
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle) != ERROR_SUCCESS)
+        return;
+    key.opened = true;
+    if (RegQueryValueExW(key.handle, value.c_str(), nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS)
+        return;
+    WideString data(bytes / sizeof(WCHAR) + 1, 0);
+    const bool isRead = RegQueryValueExW(key.handle, value.c_str(), nullptr, nullptr,
+                                         reinterpret_cast<BYTE*>(data.data()), &bytes) == ERROR_SUCCESS;
+    plugin.valueType = type;
+    plugin.valueBytes = bytes;
+    if (type != REG_SZ)
+        findings.push_back(
+            {FindingId::ValueType, plugin.name, "the value's type is " + std::to_string(type)});
+    data.resize(bytes / sizeof(WCHAR));
+    if (isRead && bytes > 0 && data.find(WCHAR{0}) == WideString::npos)
+        findings.push_back({FindingId::ValueUnterminated, plugin.name, ""});
+}
+
+/// Reads a registration as the library does. False, with the outcome, when there is no path.
+bool readRegistration(std::uint32_t index, PluginAccount& plugin, Findings& findings) {
+    plugin.name = "(subkey " + std::to_string(index) + ")";
+    try {
+        plugin.name = vykel::pluginName(index);
+        plugin.path = vykel::pluginPath(plugin.name);
+        return true;
+    } catch (const vyerr::Exception& exception) {
+        plugin.error = makeLibraryError(exception.status()->code, exception.errorInfoJson());
+        plugin.failedStep = Step::RegistryValue;
+        plugin.detail = plugin.error->systemText;
+        findings.push_back({FindingId::ValueMissing, plugin.name, plugin.detail});
+        return false;
+    }
+}
+
+std::string folded(std::string text) {
+    for (char& c : text) {
+        if (c >= 'A' && c <= 'Z')
+            c = static_cast<char>(c - 'A' + 'a');
+    }
+    return text;
+}
+
+constexpr std::size_t longestPath = 32000; // what is longer is no file
+
+void checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& findings) {
+    std::map<std::string, std::string> firstOf; // by path
+    for (const PluginAccount& plugin : plugins) {
+        if (!plugin.path || plugin.path->empty() || plugin.path->size() > longestPath)
+            continue;
+        const auto [first, isNew] = firstOf.emplace(folded(absolutePath(*plugin.path)), plugin.name);
+        if (!isNew)
+            findings.push_back({FindingId::PathDuplicate, plugin.name, "the same file as " + first->second});
+    }
+}
+
+void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings) {
+    std::map<std::uint32_t, std::vector<std::string>> holders;
+    for (const PluginAccount& plugin : plugins) {
+        std::size_t missing = 0;
+        for (std::size_t i = 0; i < plugin.deviceNumbers.size(); ++i) {
+            if (plugin.deviceNumbers[i])
+                holders[*plugin.deviceNumbers[i]].push_back(plugin.name + "[" + std::to_string(i) + "]");
+            else
+                ++missing;
+        }
+        if (missing > 0)
+            findings.push_back({FindingId::NumberMissing, plugin.name,
+                                std::to_string(missing) + " of " +
+                                    std::to_string(plugin.deviceNumbers.size()) + " devices"});
+    }
+    for (const auto& [number, devices] : holders) {
+        std::string text;
+        for (const std::string& device : devices)
+            text += (text.empty() ? "" : ", ") + device;
+        if (devices.size() > 1)
+            findings.push_back({FindingId::NumberDuplicate, "number " + std::to_string(number), text});
+    }
+}
+
+} // namespace
+
+void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress) {
+    std::uint32_t count = 0;
+    try {
+        count = vykel::countPlugins();
+    } catch (const vyerr::Exception& exception) {
+        const LibraryError error = makeLibraryError(exception.status()->code, exception.errorInfoJson());
+        report.findings.push_back({FindingId::PluginsKeyMissing,
+                                   std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey,
+                                   error.systemText});
+        return;
+    }
+    if (count == 0)
+        report.findings.push_back(
+            {FindingId::PluginsNone, std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey, ""});
+    for (std::uint32_t i = 0; i < count; ++i) {
+        PluginAccount plugin;
+        if (readRegistration(i, plugin, report.findings)) {
+            progress.show("probing plug-in " + std::to_string(i + 1) + " of " + std::to_string(count) + ": " +
+                          plugin.name);
+            checkValue(plugin, report.findings);
+            examine(plugin, limit, report.findings);
+        }
+        report.plugins.push_back(std::move(plugin));
+    }
+    checkSameFiles(report.plugins, report.findings);
+    checkNumbers(report.plugins, report.findings);
+}
+
+} // namespace vykeldev::doctor

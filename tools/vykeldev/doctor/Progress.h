@@ -1,0 +1,36 @@
+#ifndef VYKELDEV_DOCTOR_PROGRESS_H
+#define VYKELDEV_DOCTOR_PROGRESS_H
+
+#include "doctor/Platform.h"
+#include "Text.h"
+#include <algorithm>
+#include <iostream>
+#include <string>
+
+namespace vykeldev::doctor {
+
+/// One line on standard error that tells what is being waited for; gone at the end. Only on a terminal.
+class Progress {
+public:
+    Progress() : shown(isErrorTerminal()) {}
+    ~Progress() { show({}); }
+    Progress(const Progress&) = delete;
+    Progress& operator=(const Progress&) = delete;
+
+    /// Replaces the line.
+    void show(const std::string& text) {
+        constexpr std::size_t width = 78;
+        if (!shown)
+            return;
+        const std::string line = printable(text);
+        std::cerr << '\r' << (displayWidth(line) > width ? std::string("...") : line);
+        std::cerr << std::string(width - std::min(width, displayWidth(line)), ' ') << '\r' << std::flush;
+    }
+
+private:
+    bool shown;
+};
+
+} // namespace vykeldev::doctor
+
+#endif

@@ -1,0 +1,73 @@
+#include "doctor/Report.h"
+#include "Table.h"
+#include "Text.h"
+#include <ostream>
+
+namespace vykeldev::doctor {
+namespace {
+
+std::string counted(std::size_t count, const char* what) {
+    return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
+}
+
+void printPlugins(std::ostream& out, const Report& report, bool colour) {
+    using Align = Table::Align;
+    out << counted(report.plugins.size(), "plug-in") << " registered: " << report.count(Outcome::Loaded)
+        << " loaded, " << report.count(Outcome::Refused) << " refused, " << report.count(Outcome::Failed)
+        << " failed\n";
+    if (report.plugins.empty())
+        return;
+    Table table({{"PLUG-IN", Align::Left},
+                 {"OUTCOME", Align::Left},
+                 {"FAILED AT", Align::Left},
+                 {"MS", Align::Right},
+                 {"DEVICES", Align::Right},
+                 {"PATH", Align::Left}});
+    for (const PluginAccount& plugin : report.plugins) {
+        const bool loaded = plugin.outcome == Outcome::Loaded;
+        table.addRow({plugin.name, nameOf(plugin.outcome),
+                      plugin.failedStep ? nameOf(*plugin.failedStep) : "-",
+                      std::to_string(plugin.milliseconds),
+                      loaded ? std::to_string(plugin.deviceNumbers.size()) : "-", plugin.path.value_or("-")});
+    }
+    table.print(out, colour);
+    out << '\n';
+}
+
+void printFinding(std::ostream& out, const Finding& finding, bool colour) {
+    static constexpr const char* colours[] = {"\x1b[36m", "\x1b[33m", "\x1b[1;31m"};
+    const FindingKind& kind = kindOf(finding.id);
+    out << (colour ? colours[static_cast<std::size_t>(kind.severity)] : "") << nameOf(kind.severity)
+        << (colour ? "\x1b[0m" : "") << ' ' << kind.name << ": " << printable(finding.subject);
+    if (finding.line > 0)
+        out << ':' << finding.line;
+    out << '\n';
+    if (!finding.detail.empty())
+        out << "  seen:       " << printable(finding.detail) << '\n';
+    out << "  meaning:    " << kind.meaning << "\n  what to do: " << kind.remedy << "\n\n";
+}
+
+} // namespace
+
+void printReport(std::ostream& out, const Report& report, bool colour) {
+    printPlugins(out, report, colour);
+    for (const LockState& lock : report.locks) {
+        if (lock.secondsWaited > 0)
+            out << printable(lock.path) << ": " << nameOf(lock.state) << " after " << lock.secondsWaited
+                << " seconds\n";
+    }
+    for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Info}) {
+        for (const Finding& finding : report.findings) {
+            if (kindOf(finding.id).severity == severity)
+                printFinding(out, finding, colour);
+        }
+    }
+    const std::size_t errors = report.count(Severity::Error);
+    const std::size_t warnings = report.count(Severity::Warning);
+    if (errors + warnings == 0)
+        out << "healthy\n";
+    else
+        out << counted(errors, "error") << ", " << counted(warnings, "warning") << '\n';
+}
+
+} // namespace vykeldev::doctor

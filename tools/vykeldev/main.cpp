@@ -1,0 +1,6 @@
+#include "Application.h"
+#include "System.h"
+
+int main(int argc, char** argv) {
+    return vykeldev::runApplication(vykeldev::commandLineArguments(argc, argv));
+}

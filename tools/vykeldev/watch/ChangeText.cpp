@@ -1,0 +1,86 @@
+#include "watch/ChangeText.h"
+
+#include "Text.h"
+#include "vykel/IDevice.h"
+#include <algorithm>
+#include <nlohmann/json.hpp>
+
+namespace vykeldev {
+namespace {
+
+using Kind = DeviceChange::Kind;
+
+struct KindName {
+    const char* name;
+    const char* colour;
+};
+
+KindName nameOf(Kind kind) noexcept {
+    switch (kind) {
+    case Kind::Added:
+        return {"added", "\x1b[32m"};
+    case Kind::Removed:
+        return {"removed", "\x1b[31m"};
+    case Kind::Renumbered:
+        return {"renumbered", "\x1b[33m"};
+    case Kind::Renamed:
+        break;
+    }
+    return {"renamed", "\x1b[33m"};
+}
+
+std::string numberText(std::uint32_t number) {
+    return number == vykel::noDeviceNumber ? "-" : "KEL" + std::to_string(number);
+}
+
+std::string aliasText(const std::optional<std::string>& alias) {
+    return alias ? '"' + printable(*alias) + '"' : "-";
+}
+
+std::string padded(std::string text, std::size_t columns) {
+    text.resize(std::max(text.size(), columns), ' ');
+    return text;
+}
+
+nlohmann::ordered_json numberJson(std::uint32_t number) {
+    return number == vykel::noDeviceNumber ? nlohmann::ordered_json() : nlohmann::ordered_json(number);
+}
+
+nlohmann::ordered_json aliasJson(const std::optional<std::string>& alias) {
+    return alias ? nlohmann::ordered_json(*alias) : nlohmann::ordered_json();
+}
+
+} // namespace
+
+std::string toText(const DeviceChange& change, bool colour) {
+    const KindName kind = nameOf(change.kind);
+    std::string line = padded(kind.name, 12);
+    if (colour) {
+        line = kind.colour + line + "\x1b[0m";
+    }
+    line += padded(numberText(change.now.number), 8) + printable(change.now.token);
+    if (change.kind == Kind::Renumbered) {
+        line += "  was " + numberText(change.before.number);
+    } else if (change.kind == Kind::Renamed) {
+        line += "  alias " + aliasText(change.now.alias) + ", was " + aliasText(change.before.alias);
+    } else if (change.now.alias) {
+        line += "  alias " + aliasText(change.now.alias);
+    }
+    return line;
+}
+
+std::string toJson(const DeviceChange& change) {
+    nlohmann::ordered_json event = {{"schemaVersion", 1},
+                                    {"event", nameOf(change.kind).name},
+                                    {"token", change.now.token},
+                                    {"number", numberJson(change.now.number)},
+                                    {"alias", aliasJson(change.now.alias)}};
+    if (change.kind == Kind::Renumbered) {
+        event["previousNumber"] = numberJson(change.before.number);
+    } else if (change.kind == Kind::Renamed) {
+        event["previousAlias"] = aliasJson(change.before.alias);
+    }
+    return event.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+}
+
+} // namespace vykeldev
