@@ -1,0 +1,180 @@
+// vykeldev aliases as a process: what it foretells of each entry, that it changes nothing, and that the next
+// refresh then does just that.
+#include "support/TransferMachine.h"
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <map>
+#include <nlohmann/json.hpp>
+
+namespace vykeltest {
+namespace {
+
+using Json = nlohmann::json;
+
+const std::string devices = "token=T0 number=0 alias=\"\"\n"
+                            "token=T1 number=1 alias=Named\n"
+                            "token=T2 number=2\n"              // takes no alias
+                            "token=T3 token2=U3 alias=\"\"\n"; // KEL3 from the next refresh on
+
+const std::string version15 = "[General]\nMajorVersion=15\nMinorVersion=0\n";
+const std::string version147 = "[General]\nMajorVersion=14\nMinorVersion=7\n";
+
+std::string record(const char* section, const char* alias, const char* token, const char* local) {
+    return std::string("[") + section + "]\nAlias=\"" + alias + "\"\nPersistentToken=" + token +
+           "\nLocal=" + local + "\n";
+}
+
+struct Row {
+    const char* reason;
+    std::string file;
+    const char* layout;
+    int exitCode;
+    std::vector<std::string> entries; ///< line, alias, target, outcome, device, fate of the entry, detail
+};
+
+const std::vector<Row>& rows() {
+    static const std::vector<Row> table = {
+        {"no entries", "; nothing\n", "resource names", 0, {}},
+        {"each fate of a resource name; a new device counts with its coming number",
+         "[Aliases]\nLab=KEL0\nOld=KEL1\nNone=KEL2\nNew=KEL3\nGone=KEL9\n" +
+             record("Alias0", "x", "T0", "True"),
+         "resource names",
+         0,
+         {"2|Lab|KEL0|moves|0|leaves|", "3|Old|KEL1|dropped|1|leaves|", "4|None|KEL2|no-device||stays|",
+          "5|New|KEL3|moves|3|leaves|", "6|Gone|KEL9|no-device||stays|",
+          "7|x|T0|unreached||stays|the file's version asks for resource names"}},
+        {"the later of equal resource names counts",
+         "[Aliases]\nOne=KEL0\nTwo=KEL0\nGone=KEL9\n",
+         "resource names",
+         0,
+         {"2|One|KEL0|unreached||stays|line 3 names the same device", "3|Two|KEL0|moves|0|leaves|",
+          "4|Gone|KEL9|no-device||stays|"}},
+        {"the earlier goes with the section",
+         "[Aliases]\nOne=KEL0\nTwo=KEL0\n",
+         "resource names",
+         0,
+         {"2|One|KEL0|unreached||leaves|line 3 names the same device", "3|Two|KEL0|moves|0|leaves|"}},
+        {"each fate of a token; aliases may be equal",
+         version15 + record("Alias0", "Twin", "T0", "True") + record("alias1", "Twin", "T1", "True") +
+             record("Alias2", "Far", "T8", "False") + record("Alias3", "a\\\\b", "U3", "TRUE") +
+             record("Alias4", "Twin", "T9", "True") + record("Alias5", "Late", "T9", "True") +
+             record("Alias7", "Lost", "T0", "True"),
+         "tokens of format 2",
+         0,
+         {"4|Twin|T0|moves|0|leaves|", "8|Twin|T1|dropped|1|leaves|", "12|Far|T8|not-local||stays|",
+          "16|a\\b|U3|moves|3|leaves|", "20|Twin|T9|no-device||stays|",
+          "24|Late|T9|unreached||stays|line 20 has the same token",
+          "28|Lost|T0|unreached||stays|there is no Alias6"}},
+        {"one that is not local hides the next of its token",
+         version15 + record("Alias0", "A", "T0", "False") + record("Alias1", "B", "T0", "True"),
+         "tokens of format 2",
+         0,
+         {"4|A|T0|not-local||stays|", "8|B|T0|unreached||stays|line 4 has the same token"}},
+        {"tokens of the older format",
+         version147 + "[Aliases]\nA=KEL0\n" + record("Alias0", "B", "T3", "True"),
+         "tokens of format 1",
+         0,
+         {"5|A|KEL0|unreached||stays|the file's version asks for tokens", "6|B|T3|moves|3|leaves|"}},
+        {"malformed ones hold all others up",
+         version15 + record("Alias0", "A", "T0", "True") + record("Alias1", "B", "T1", "yes") +
+             "[Alias2]\nAlias=C\nLocal=True\n",
+         "tokens of format 2",
+         1,
+         {"4|A|T0|blocked||stays|", "11|B|T1|malformed||stays|Local is 'yes', neither True nor False",
+          "12|C||malformed||stays|PersistentToken is missing or empty"}},
+    };
+    return table;
+}
+
+std::string textOf(const Json& value) {
+    return value.is_null() ? "" : value.is_string() ? value.get<std::string>() : value.dump();
+}
+
+std::vector<std::string> describe(const Json& entries) {
+    std::vector<std::string> texts;
+    for (const Json& entry : entries) {
+        std::string text;
+        for (const char* const key : {"line", "alias", "target", "outcome", "device"})
+            text += textOf(entry[key]) + "|";
+        texts.push_back(text + (entry["stays"] ? "stays|" : "leaves|") + textOf(entry["detail"]));
+    }
+    return texts;
+}
+
+class AliasesTest : public testing::Test {
+protected:
+    TransferMachine legacy;
+    fs::path devicesFile = legacy.machine.folder() / "sim.devices";
+
+    AliasesTest() {
+        legacy.machine.install("simulated", "sim");
+        writeFile(devicesFile, devices);
+    }
+
+    static Json run(const std::string& arguments, int exitCode) {
+        const ProgramResult result = runProgram("vykeldev", arguments);
+        EXPECT_EQ(result.exitCode, exitCode);
+        return Json::parse(result.output, nullptr, false);
+    }
+
+    /// Whatever an alias, a number or a lock would leave behind.
+    std::map<std::string, std::string> state() const {
+        std::map<std::string, std::string> files{{"devices", readFile(devicesFile)}};
+        for (const auto& file : fs::directory_iterator(legacy.machine.configurationFolder()))
+            files[file.path().filename().string()] =
+                std::to_string(file.last_write_time().time_since_epoch().count()) + readFile(file.path());
+        return files;
+    }
+
+    /// Checks a forecast against what a refresh made of it.
+    void compareWithRefresh(const Json& forecast) {
+        std::map<std::uint32_t, std::string> aliasOf;
+        const Json listed = run("list --json", 0);
+        for (const Json& device : listed["devices"])
+            aliasOf[device["number"].get<std::uint32_t>()] = textOf(device["alias"]);
+        Json stayed = Json::array();
+        for (const Json& entry : forecast["entries"]) {
+            if (entry["outcome"] == "moves") {
+                EXPECT_EQ(aliasOf[entry["device"].get<std::uint32_t>()], entry["alias"]);
+            }
+            if (entry["stays"])
+                stayed.push_back(entry["alias"]);
+        }
+        const Json after = run("aliases --json", 0);
+        Json left = Json::array();
+        for (const Json& entry : after["entries"])
+            left.push_back(entry["alias"]);
+        std::sort(left.begin(), left.end()); // the transfer writes its records last
+        std::sort(stayed.begin(), stayed.end());
+        EXPECT_EQ(left, stayed);
+    }
+};
+
+TEST_F(AliasesTest, ForetellsWhatTheNextRefreshDoesAndChangesNothing) {
+    for (const Row& row : rows()) {
+        SCOPED_TRACE(row.reason);
+        writeFile(devicesFile, devices);
+        writeFile(legacy.iniFile, row.file);
+        const auto before = state();
+        const Json forecast = run("aliases --json", row.exitCode);
+        EXPECT_EQ(state(), before);
+        EXPECT_EQ(forecast["layout"], row.layout);
+        EXPECT_EQ(forecast["fails"], row.exitCode != 0);
+        EXPECT_EQ(describe(forecast["entries"]), row.entries);
+        if (row.exitCode == 0) {
+            compareWithRefresh(forecast);
+        } else {
+            EXPECT_EQ(runProgram("vykeldev", "list").exitCode, 1);
+        }
+    }
+}
+
+TEST_F(AliasesTest, SaysWhenThereIsNothingToRead) {
+    EXPECT_EQ(run("aliases --json", 3)["exists"], false);
+    writeFile(legacy.iniFile, std::string("\xFF\xFE[\0", 4));
+    EXPECT_TRUE(run("aliases --json", 1).is_discarded());
+    EXPECT_EQ(state().size(), 2u); // the two files of this test: no lock file was made
+}
+
+} // namespace
+} // namespace vykeltest

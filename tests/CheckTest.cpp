@@ -1,0 +1,214 @@
+#include "support/Platform.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+namespace vykeltest {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+struct ToolRun {
+    int exitCode;
+    std::string output;
+};
+
+/// `vykeldev check` with these arguments.
+ToolRun check(const std::string& arguments) {
+#if defined(_WIN32)
+    const std::string command =
+        "\"\"" + (programFolder() / "vykeldev.exe").string() + "\" check " + arguments + "\"";
+    FILE* const pipe = _popen(command.c_str(), "rt");
+#else
+    const std::string command = "'" + (programFolder() / "vykeldev").string() + "' check " + arguments;
+    FILE* const pipe = popen(command.c_str(), "r");
+#endif
+    ToolRun run = {-1, ""};
+    char bytes[4096];
+    while (const std::size_t count = std::fread(bytes, 1, sizeof bytes, pipe))
+        run.output.append(bytes, count);
+#if defined(_WIN32)
+    run.exitCode = _pclose(pipe);
+#else
+    run.exitCode = WEXITSTATUS(pclose(pipe));
+#endif
+    return run;
+}
+
+#if defined(_WIN32)
+constexpr bool processesAreCheap = false; // under Wine; there only the rule at stake is checked
+#else
+constexpr bool processesAreCheap = true;
+#endif
+
+/// A folder and a state file for the plug-in of one test.
+class CheckTest : public testing::Test {
+protected:
+    CheckTest() : folder(fs::temp_directory_path() / ("vykel-check-" + std::to_string(processId()))) {
+        fs::create_directories(folder);
+        std::ofstream(stateFile()) << "7\nPump\n";
+        setEnvironment("VYKEL_ZOO_STATE", stateFile().string());
+    }
+    ~CheckTest() override { fs::remove_all(folder); }
+
+    fs::path stateFile() const { return folder / "state"; }
+    std::string state() const {
+        std::ifstream file(stateFile());
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    static std::string quoted(const fs::path& path) { return " \"" + path.string() + "\""; }
+    static std::string library(const std::string& name) {
+        return quoted(programFolder() / (name + pluginExtension));
+    }
+
+    fs::path folder;
+};
+
+struct Animal {
+    const char* fault; ///< Of the zoo plug-in; or another file.
+    const char* rule;
+    const char* result;
+    const char* observed; ///< Part of what is observed.
+};
+
+void PrintTo(const Animal& animal, std::ostream* out) {
+    *out << animal.fault;
+}
+
+constexpr Animal animals[] = {
+    {"no library", "library-loads", "failed", "system error"},
+    {"zoo_plugin_without_finalize", "entry-points", "failed", "not exported: vykel_finalizePlugin"},
+    {"refuses", "initialises", "warning", "refused with -52003"},
+    {"initialises-once", "reload", "failed", "in round 1 refused with -52003"},
+    {"no-list", "new-list", "warning", "answered -52003"},
+    {"null-list", "new-list", "failed", "stored no list"},
+    {"one-list", "new-list", "failed", "the same list"},
+    {"any-interface-version", "interface-version", "warning", "accepted with 0"},
+    {"full-from-the-start", "empty-before-refresh", "warning", "has 2 devices"},
+    {"stays-attached", "attach-detach", "failed", "refused it with -52005 in round 2"},
+    {"crashes", "refresh", "failed", " in: refresh"},
+    {"hangs", "refresh", "failed", "still running after 5"},
+    {"exits", "refresh", "failed", "exit code 0 in: refresh"},
+    {"fails", "refresh", "warning", "left the code -52003"},
+    {"counts-down", "refresh", "failed", "getCount changed from 2 to 1"},
+    {"slow-stale", "stale-cheap", "warning", "microseconds"},
+    {"always-stale", "stale-settles", "warning", "three refreshes"},
+    {"null-device", "devices", "failed", "getDevice(1) of 2 answered null"},
+    {"refuses-device", "devices", "warning", "left the code -52003"},
+    {"any-index", "index-beyond", "failed", "getDevice(2) of 2 answered a device"},
+    {"silent-index", "index-beyond", "failed", "null and left the code 0"},
+    {"any-device-version", "minimum-version", "warning", "at least 3, was given"},
+    {"null-token", "token-present", "failed", "device 0 in format 2 is null"},
+    {"changing-token", "token-stable", "failed", "'zoo/device "},
+    {"one-object", "devices-stay", "failed", "became 'zoo/device 1'"},
+    {"latin-1-token", "texts-utf8", "failed", "getPersistentToken of device 0"},
+    {"forgets-numbers", "number-kept", "failed", "set to 8, and read from another list it is 7"},
+    {"refuses-numbers", "number-kept", "warning", "refused with -52003"},
+    {"caches-aliases", "alias-kept", "failed", "read from another list it is"},
+    {"cuts-aliases", "alias-kept", "failed", "read from the same device it is 'vyk'"},
+    {"replaces-errors", "first-error-wins", "failed", "found the code -99 and left -52005"},
+    {"clears-codes", "first-error-wins", "failed", "refresh found the code -99 and left 0"},
+    {"leaks-lists", "release-frees", "failed", " KiB and 0 handles"},
+#if !defined(_WIN32) // Wine does not count handles
+    {"leaks-handles", "release-frees", "failed", " and 125 handles"},
+#endif
+    {"one-thread", "threads", "failed", "on another thread"},
+    {"fills-small-blocks", "status-guard", "failed", "getDevice changed the block"},
+    {"throws", "no-exception", "failed", "getVersion: zoo"},
+    {"throws-own-type", "no-exception", "failed", "left refresh: of no standard type (seen in rule"},
+};
+
+class ZooTest : public CheckTest, public testing::WithParamInterface<Animal> {};
+
+TEST_P(ZooTest, BreaksOneRuleAndNoOther) {
+    const Animal animal = GetParam();
+    const std::string fault = animal.fault;
+    std::string plugin = library("zoo_plugin");
+    if (fault == "no library")
+        plugin = quoted(stateFile());
+    else if (fault.rfind("zoo_plugin", 0) == 0)
+        plugin = library(fault);
+    setEnvironment("VYKEL_ZOO_FAULT", fault);
+
+    const std::string rules = processesAreCheap ? "" : " --rule " + std::string(animal.rule);
+    const ToolRun run =
+        check("--json --timeout " + std::string(fault == "hangs" ? "5" : "50") + rules + plugin);
+    EXPECT_EQ(run.exitCode, animal.result == std::string("failed") ? 5 : 4) << run.output;
+    const Json report = Json::parse(run.output);
+    EXPECT_EQ(report["result"], animal.result);
+    for (const Json& rule : report["rules"]) {
+        const std::string result = rule["result"];
+        if (rule["id"] != animal.rule) {
+            EXPECT_TRUE(result == "passed" || result == "skipped") << rule;
+            continue;
+        }
+        EXPECT_EQ(result, animal.result);
+        EXPECT_NE(rule["observed"].get<std::string>().find(animal.observed), std::string::npos) << rule;
+        const bool lost = run.output.find("the old one, 'Pump', could not be put back") != std::string::npos;
+        EXPECT_EQ(state() == "7\nPump\n", !lost);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(All, ZooTest, testing::ValuesIn(animals), [](const auto& information) {
+    std::string name = information.param.fault;
+    for (char& character : name)
+        character = std::isalnum(static_cast<unsigned char>(character)) != 0 ? character : '_';
+    return name;
+});
+
+TEST_F(CheckTest, TheRightOnePassesAndIsLeftAsItWas) {
+    setEnvironment("VYKEL_ZOO_FAULT", "");
+    const ToolRun run = check("--timeout 50" + library("zoo_plugin"));
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_NE(run.output.find("25 passed, 0 failed, 0 with warnings, 0 skipped"), std::string::npos)
+        << run.output;
+    EXPECT_EQ(state(), "7\nPump\n");
+}
+
+TEST_F(CheckTest, TheSimulatedPluginPassesWhole) {
+    const fs::path copy = folder / ("left" + std::string(pluginExtension));
+    fs::copy_file(programFolder() / ("simulated" + std::string(pluginExtension)), copy);
+    const std::string devices =
+        "token=a number=4 alias=\"Pump\"\ntoken=b version=2 alias=\"\" number=1\ntoken=c\n";
+    std::ofstream(folder / "left.devices", std::ios::binary) << devices;
+    const ToolRun run = check("--timeout 50" + quoted(copy));
+    EXPECT_EQ(run.exitCode, 0);
+    EXPECT_NE(run.output.find("25 passed"), std::string::npos) << run.output;
+    std::ifstream file(folder / "left.devices", std::ios::binary);
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(file), {}), devices);
+}
+
+TEST_F(CheckTest, ReadOnlyLeavesOutWhatAltersAndJUnitTellsAll) {
+    setEnvironment("VYKEL_ZOO_FAULT", "latin-1-token");
+    const fs::path junit = folder / "junit.xml";
+    const ToolRun run = check("--timeout 50 --read-only --junit" + quoted(junit) + library("zoo_plugin"));
+    EXPECT_EQ(run.exitCode, 5);
+    EXPECT_NE(run.output.find("22 passed, 1 failed, 0 with warnings, 2 skipped"), std::string::npos)
+        << run.output;
+    std::ifstream file(junit);
+    const std::string xml(std::istreambuf_iterator<char>(file), {});
+    EXPECT_NE(xml.find("tests=\"25\" failures=\"1\" errors=\"0\" skipped=\"2\""), std::string::npos) << xml;
+    EXPECT_NE(
+        xml.find("<failure message=\"getPersistentToken of device 0 is no valid UTF-8: 'Ger\xEF\xBF\xBD"),
+        std::string::npos)
+        << xml;
+    EXPECT_NE(xml.find("WideCharToMultiByte(CP_UTF8, ...); the narrow"), std::string::npos);
+    EXPECT_NE(xml.find("name=\"alias-kept\" time=\"0.000\"><skipped message=\"left out by --read-only\"/>"),
+              std::string::npos);
+}
+
+TEST_F(CheckTest, EndsWithOneAndTwoWhenNothingCanBeChecked) {
+    EXPECT_EQ(check(quoted(folder / "missing")).exitCode, 1);
+    EXPECT_EQ(check(quoted(folder)).exitCode, 1);
+    EXPECT_EQ(check("").exitCode, 2);
+    EXPECT_EQ(check("--timeout 0" + quoted(stateFile())).exitCode, 2);
+    EXPECT_EQ(check("--rule none" + quoted(stateFile())).exitCode, 2);
+}
+
+} // namespace
+} // namespace vykeltest

@@ -1,0 +1,327 @@
+// The engine against a model that keeps everything in plain vectors, walks all of it for every question and
+// rebuilds nothing: random files and operations, options changing in between.
+#include "ini/IniEdit.h"
+#include "IniTestKit.h"
+#include <algorithm>
+#include <gtest/gtest.h>
+#include <random>
+#include <vector>
+
+namespace {
+
+using namespace vykeltest;
+
+std::string trim(const std::string& text) {
+    constexpr char blanks[] = " \t\n\v\f\r";
+    const std::size_t begin = text.find_first_not_of(blanks);
+    return begin == std::string::npos ? "" : text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
+}
+
+std::string upper(std::string text) {
+    for (char& c : text)
+        c = static_cast<char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
+    return text;
+}
+
+struct Entry {
+    std::string key, value;
+    int line, quote;
+};
+
+struct Section {
+    int id;
+    std::string name;
+    int line;
+    std::vector<Entry> entries;
+};
+
+class Model {
+public:
+    int merge = 1, caseSensitive = 0, parseFlags = 0, firstBadLine = -1, current = -1;
+    std::vector<Section> sections;
+
+    /// A joined key may end in a blank, so neither name can be taken for trimmed.
+    bool same(const std::string& left, const std::string& right) const {
+        if (caseSensitive != 0)
+            return left == right;
+        const std::string l = upper(trim(left + ".")), r = upper(trim(right + ".")); // blanks at the end stay
+        const std::size_t common = std::min(l.size(), r.size()) - 1;
+        return l.compare(0, common, r, 0, common) == 0 && trim(l.substr(common)) == "." &&
+               trim(r.substr(common)) == ".";
+    }
+
+    Section* findFirst(const std::string& name) {
+        const auto found = std::find_if(sections.begin(), sections.end(),
+                                        [&](const Section& section) { return same(section.name, name); });
+        return found != sections.end() ? &*found : nullptr;
+    }
+
+    Section* currentSection() {
+        const auto found = std::find_if(sections.begin(), sections.end(),
+                                        [&](const Section& section) { return section.id == current; });
+        return found != sections.end() ? &*found : nullptr;
+    }
+
+    Section* find(const std::string& name) {
+        Section* found = currentSection();
+        if (found == nullptr || !same(found->name, name))
+            found = findFirst(name);
+        current = found != nullptr ? found->id : current;
+        return found;
+    }
+
+    Entry* find(Section* section, const std::string& key) {
+        const auto found = std::find_if(section->entries.begin(), section->entries.end(),
+                                        [&](const Entry& entry) { return same(entry.key, key); });
+        return found != section->entries.end() ? &*found : nullptr;
+    }
+
+    Section* add(const std::string& name, int line) {
+        sections.push_back({nextId++, name, line, {}});
+        current = sections.back().id;
+        return &sections.back();
+    }
+
+    void put(Section* section, const std::string& key, const std::string& value, int quote, int line) {
+        Entry* entry = merge != 0 ? find(section, key) : nullptr;
+        if (entry == nullptr)
+            section->entries.push_back({trim(key), value, line, quote});
+        else
+            *entry = {entry->key, value, line != -1 ? line : entry->line, quote};
+    }
+
+    void set(const std::string& name, const std::string& key, const std::string& value, int quote) {
+        Section* section = find(name);
+        put(section != nullptr ? section : add(trim(name), -1), key, trim(value), quote, -1);
+    }
+
+    int removeSection(const std::string& name) {
+        Section* section = findFirst(name);
+        if (section == nullptr)
+            return 0;
+        current = current == section->id ? -1 : current;
+        sections.erase(sections.begin() + (section - sections.data()));
+        return 1;
+    }
+
+    int removeEntry(const std::string& name, const std::string& key) {
+        Section* section = find(name);
+        Entry* entry = section != nullptr ? find(section, key) : nullptr;
+        if (entry == nullptr)
+            return 0;
+        section->entries.erase(section->entries.begin() + (entry - section->entries.data()));
+        return 1;
+    }
+
+    void parse(const std::string& text) {
+        sections.clear();
+        current = firstBadLine = -1;
+        std::string line;
+        int number = 0;
+        char previous = '\0';
+        bool taken = false, skipped = false;
+        for (std::size_t i = 0; i <= text.size(); ++i) {
+            const char c = i < text.size() ? text[i] : '\0';
+            const bool end = i == text.size() || c == '\r' || c == '\n' || c == '\0';
+            if (i == text.size() && !taken)
+                break;
+            if (end && !taken && !skipped && i < text.size() && c != previous) {
+                skipped = true;
+            } else if (end) {
+                if (!use(trim(line), ++number) && firstBadLine == -1)
+                    firstBadLine = number;
+                previous = c;
+                line.clear();
+                taken = skipped = false;
+            } else {
+                line += c;
+                taken = true;
+            }
+        }
+        for (Section& section : sections)
+            join(section);
+    }
+
+    std::string describe() const {
+        std::string text;
+        for (const Section& section : sections) {
+            text += "[" + section.name + "]" + std::to_string(section.line) + "{";
+            for (const Entry& entry : section.entries) {
+                const std::string quote(entry.quote != 0 ? 1 : 0, static_cast<char>(entry.quote));
+                text +=
+                    entry.key + "=" + quote + entry.value + quote + "@" + std::to_string(entry.line) + ";";
+            }
+            text += "}";
+        }
+        return text;
+    }
+
+private:
+    bool use(const std::string& line, int number) {
+        if (line.empty())
+            return false;
+        if (line[0] == ';')
+            return true;
+        if (line[0] == '[') {
+            const std::size_t bracket = line.find(']');
+            const std::string name = bracket != std::string::npos ? trim(line.substr(1, bracket - 1)) : "";
+            if (name.empty())
+                return false;
+            Section* section = merge != 0 ? findFirst(name) : nullptr;
+            if (section == nullptr)
+                section = add(name, number);
+            section->line = number;
+            current = section->id;
+            return true;
+        }
+        const bool colons = (parseFlags & IniColonSeparator) != 0;
+        const std::size_t separator = line.find_first_of(colons ? "=:" : "=");
+        if (separator == std::string::npos)
+            return false;
+        const std::size_t width = line[separator] == ':' && line.substr(separator + 1, 1) == "=" ? 2 : 1;
+        const std::string key = trim(line.substr(0, separator));
+        std::string value = trim(line.substr(separator + width));
+        if (key.empty() || (value.empty() && (parseFlags & IniAllowEmptyValue) == 0))
+            return false;
+        if (current == -1 && !colons)
+            return true;
+        if (current == -1)
+            add("(null)", -1);
+        const char quote = value.size() >= 2 && value.front() == value.back() ? value.front() : '\0';
+        const bool strips = (quote == '"' && (parseFlags & IniStripDoubleQuotes) != 0) ||
+                            (quote == '\'' && (parseFlags & IniStripSingleQuotes) != 0);
+        if (strips)
+            value = value.substr(1, value.size() - 2);
+        put(currentSection(), key, value, strips ? quote : 0, number);
+        return true;
+    }
+
+    /// The number at the end of a continuation key; -1: none.
+    static long long continuation(const std::string& key) {
+        const std::size_t word = key.find(" Line");
+        const std::string digits = word != std::string::npos ? key.substr(word + 5) : "";
+        if (digits.empty() || digits.size() > 15 ||
+            digits.find_first_not_of("0123456789") != std::string::npos)
+            return -1;
+        const long long number = std::stoll(digits);
+        return number <= UINT32_MAX ? number : -1;
+    }
+
+    static void join(Section& section) {
+        for (std::size_t i = 0; i < section.entries.size(); ++i) {
+            Entry& first = section.entries[i];
+            if (continuation(first.key) != 1)
+                continue;
+            first.key = first.key.substr(0, first.key.find(" Line"));
+            while (i + 1 < section.entries.size() && continuation(section.entries[i + 1].key) >= 0 &&
+                   continuation(section.entries[i + 1].key) != 1) {
+                first.value += section.entries[i + 1].value;
+                section.entries.erase(section.entries.begin() + static_cast<std::ptrdiff_t>(i) + 1);
+            }
+        }
+    }
+
+    int nextId = 0;
+};
+
+class Pair {
+public:
+    explicit Pair(unsigned seed) : random(seed) {}
+
+    void step() {
+        const std::string section = name("s");
+        const std::string key = name("k");
+        const std::size_t choice = below(40);
+        if (choice == 0) {
+            load();
+        } else if (choice == 1) {
+            setOptions();
+        } else if (choice < 5) {
+            ASSERT_EQ(deleteIniSection(engine.get(), section.c_str()), model.removeSection(section));
+        } else if (choice < 16) {
+            ASSERT_EQ(deleteIniEntry(engine.get(), section.c_str(), key.c_str()),
+                      model.removeEntry(section, key));
+        } else if (choice < 24) {
+            find(section);
+        } else {
+            const int quote = below(2) != 0 ? '"' : 0;
+            const std::string value = std::to_string(below(1000));
+            ASSERT_EQ(setIniValue(engine.get(), section.c_str(), key.c_str(), value.c_str(), quote), 1);
+            model.set(section, key, value, quote);
+        }
+    }
+
+    void find(const std::string& section) {
+        IniSection* at = findIniSection(engine.get(), section.c_str());
+        const Section* found = model.find(section);
+        ASSERT_EQ(at != nullptr, found != nullptr);
+        const std::uint32_t count = countIniEntries(at);
+        ASSERT_EQ(count, found != nullptr ? found->entries.size() : 0);
+        const auto n = static_cast<std::uint32_t>(below(count + 2));
+        const IniEntry* entry = getIniEntry(at, n);
+        ASSERT_EQ(entry != nullptr ? entry->key : "", n != 0 && n <= count ? found->entries[n - 1].key : "");
+    }
+
+    void compare() {
+        ASSERT_EQ(describe(*engine), model.describe());
+        ASSERT_EQ(engine->firstBadLine, model.firstBadLine);
+        ASSERT_EQ(engine->currentSection != nullptr, model.current != -1);
+    }
+
+    void load() {
+        static const std::vector<std::string> pieces = {
+            "[",          "]",          "[s1]", "[S2]\r\n",   "k",
+            "K1",         " ",          "\t",   "=",          "=",
+            "v",          ":",          "\"",   "'",          " Line",
+            " Line1=a\n", " Line2=b\n", "1",    "0002",       "99999999999",
+            "\r",         "\n",         "\n",   "\r\n",       std::string(1, '\0'),
+            ";",          "\xE4",       "=1\n", "k1=\"2\"\n", "\v"};
+        std::string text;
+        for (std::size_t count = below(2) * below(400); count != 0; --count)
+            text += pieces[below(pieces.size())];
+        setOptions();
+        model.parse(text);
+        ASSERT_EQ(folder.load(engine.get(), text), 0);
+    }
+
+    void setOptions() {
+        engine->mergeDuplicates = model.merge = below(3) != 0;
+        engine->caseSensitive = model.caseSensitive = below(3) == 0;
+        engine->parseFlags = model.parseFlags = static_cast<int>(below(16));
+    }
+
+private:
+    std::size_t below(std::size_t limit) { return random() % limit; }
+
+    /// One of a few names in some spelling.
+    std::string name(const char* stem) {
+        std::string text = stem + std::to_string(below(below(2) != 0 ? 4 : 60));
+        text = below(3) == 0 ? upper(text) : text;
+        return std::string(below(8) == 0 ? " " : "") + text + (below(8) == 0 ? "\t " : "");
+    }
+
+    std::mt19937 random;
+    IniFolder folder;
+    IniDocumentPtr engine = makeDocument();
+    Model model;
+};
+
+TEST(IniModel, AgreesOverRandomFilesAndOperations) {
+    for (unsigned seed = 0; seed < 60; ++seed) {
+        Pair pair(seed);
+        for (int i = 0; i < 1500; ++i) {
+            ASSERT_NO_FATAL_FAILURE(pair.step()) << seed << ", step " << i;
+            ASSERT_NO_FATAL_FAILURE(i % 8 == 0 ? pair.compare() : void()) << seed << ", step " << i;
+        }
+    }
+}
+
+TEST(IniModel, AgreesOverRandomFiles) {
+    Pair pair(4711);
+    for (int file = 0; file < 3000; ++file) {
+        ASSERT_NO_FATAL_FAILURE(pair.load()) << file;
+        ASSERT_NO_FATAL_FAILURE(pair.compare()) << file;
+    }
+}
+
+} // namespace

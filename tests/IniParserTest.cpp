@@ -1,0 +1,147 @@
+// What the parser makes of bytes.
+#include "ini/IniParser.h"
+#include "IniTestKit.h"
+#include <cstdio>
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace vykeltest;
+
+struct Row {
+    const char* reason;
+    std::string text;
+    const char* expected;
+    int firstBadLine = -1;
+    int parseFlags = IniStripDoubleQuotes;
+    int mergeDuplicates = 1;
+    int caseSensitive = 0;
+    int lastKeyLine = -1;
+};
+
+TEST(IniParser, ReadsEveryCornerOfTheFormat) {
+    constexpr int strip = IniStripDoubleQuotes;
+    const Row rows[] = {
+        {"nothing", "", ""},
+        {"blanks around everything", " \t[ General ]rest=x\n\v Major Version \f=\t15 \n",
+         "[General]1{Major Version=15@2;}"},
+        {"a last line without an end", "[a]\nk=v", "[a]1{k=v@2;}"},
+        {"comments are dropped and are no bad lines", ";x\n[a]\n  ; k=v\nk=;v\n", "[a]2{k=;v@4;}"},
+        {"unusable: blank, no bracket, no name, no separator, no key, no value",
+         "[a]\n\n[b\n[]\n[ ]\nword\n=v\nk=\nk= \nz=1\n", "[a]1{z=1@10;}", 2},
+        {"the first bracket ends a name, the first equals sign a key", "[a]b]\nk=v=w\n", "[a]1{k=v=w@2;}"},
+        {"entries before the first section are dropped, silently", "k=v\n[a]\n", "[a]2{}"},
+        {"bytes of 128 and above are text", "[\xC4\xA0]\n\xE4=\xF6\xA0\n", "[\xC4\xA0]1{\xE4=\xF6\xA0@2;}"},
+        {"pairs are one end, equal ones are two", "[a]\r\nb=1\n\rc=2\r\rd=3\n\ne=4",
+         "[a]1{b=1@2;c=2@3;d=3@5;e=4@7;}", 4},
+        {"NUL ends a line, pairs too", bytes("[a]\0b=1\0\nc=2\r\0d=3\0\0e=4"),
+         "[a]1{b=1@2;c=2@3;d=3@4;e=4@6;}", 5},
+        {"a line end at the very start ends nothing, unless it is NUL", "\n[a]\nb=1", "[a]1{b=1@2;}"},
+        {"the same with a pair", "\r\n[a]", "[a]2{}", 1},
+        {"NUL first", bytes("\0[a]"), "[a]2{}", 1},
+        {"a file of nothing but ends", "\r\n\r\n", "", 1},
+        {"quotes: taken off, kept when lone, unmatched or single",
+         "[a]\nb=\"x\"\nc=\"\nd=\"x\ne='x'\nf=\"\"\ng=\" x \"\nh=\"\"x\"\"\n",
+         "[a]1{b=\"x\"@2;c=\"@3;d=\"x@4;e='x'@5;f=\"\"@6;g=\" x \"@7;h=\"\"x\"\"@8;}"},
+        {"single quotes where asked for", "[a]\nb='x'\nc=\"x\"\nd='x\"\ne='\"x\"'\n",
+         "[a]1{b='x'@2;c=\"x\"@3;d='x\"@4;e='\"x\"'@5;}", -1, IniStripSingleQuotes},
+        {"empty values where asked for", "[a]\nb=\nc=  \n=d\n", "[a]1{b=@2;c=@3;}", 4,
+         strip | IniAllowEmptyValue},
+        {"colons where asked for", "x:1\n[a]\nb:c=d\ne:=f\ng=h:i\nj: = k\n",
+         "[(null)]-1{x=1@1;}[a]2{b=c=d@3;e=f@4;g=h:i@5;j== k@6;}", -1, strip | IniColonSeparator},
+        {"a header of that name continues it", "x=1\n[(NULL)]\ny=2\n", "[(null)]2{x=1@1;y=2@3;}", -1,
+         strip | IniColonSeparator},
+        {"duplicates merge: place of the first, line and value and quoting of the last",
+         "[a]\nk=\"1\"\nm=2\n[b]\n[ A ]\nK = 3\n", "[a]5{k=3@6;m=2@3;}[b]4{}", -1, strip, 1, 0, 2},
+        {"case-sensitive names differ", "[a]\nk=1\nK=2\n[A]\n", "[a]1{k=1@2;K=2@3;}[A]4{}", -1, strip, 1, 1},
+        {"duplicates kept", "[a]\nk=1\nk=2\n[a]\nk=3\n", "[a]1{k=1@2;k=2@3;}[a]4{k=3@5;}", -1, strip, 0},
+        {"continuation entries join", "[a]\nb=0\nAlias Line0001=\"abc\"\nAlias Line0002=\"def\"\nc=1\n",
+         "[a]1{b=0@2;Alias=\"abcdef\"@3;c=1@5;}"},
+        {"numbers in any order and bases of any name; number 1 begins anew",
+         "[a]\nb Line1=1\nc Line7=2\nd Line0=3\ne Line01=4\nf Line3=5\n", "[a]1{b=123@2;e=45@5;}"},
+        {"no continuation: not from 1, too large, no digits, more behind, another case",
+         "[a]\nb Line2=1\nc Line1x=2\nd Line=3\ne Line4294967297=4\nf line1=5\ng Line1 Line1=6\nLine1=7\n",
+         "[a]1{b Line2=1@2;c Line1x=2@3;d Line=3@4;e Line4294967297=4@5;f line1=5@6;g Line1 "
+         "Line1=6@7;Line1=7@8;}"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.reason);
+        IniFolder folder;
+        const IniDocumentPtr document = makeDocument();
+        document->parseFlags = row.parseFlags;
+        document->mergeDuplicates = row.mergeDuplicates;
+        document->caseSensitive = row.caseSensitive;
+        EXPECT_EQ(folder.load(document.get(), row.text), 0);
+        EXPECT_EQ(describe(*document), row.expected);
+        EXPECT_EQ(document->firstBadLine, row.firstBadLine);
+        EXPECT_EQ(document->lastKeyLine, row.lastKeyLine);
+    }
+}
+
+std::string parse(const std::string& text, std::size_t expectedSize) {
+    std::FILE* file = std::tmpfile();
+    std::fwrite(text.data(), 1, text.size(), file);
+    std::rewind(file);
+    const IniDocumentPtr document = makeDocument();
+    IniLineReader reader(file, expectedSize);
+    EXPECT_EQ(parseIni(document.get(), &reader), 0);
+    std::fclose(file);
+    return describe(*document);
+}
+
+TEST(IniParser, LineEndsDependOnNothingAround) {
+    const std::string ends[] = {"\r\n", "\n", "\r", "\n\r", std::string(1, '\0')};
+    for (const std::string& end : ends) {
+        for (const unsigned length : {0U, 245U, 1030U, 2065U, 4150U, 10000U}) {
+            for (unsigned more = 0; more < 20; ++more) {
+                const std::string key(length + more + 1, 'k');
+                const std::string text = "[a]" + end + key + "=v" + end + "l=w" + end + end + "m=x";
+                const std::string expected = "[a]1{" + key + "=v@2;l=w@3;m=x@5;}";
+                ASSERT_EQ(parse(text, text.size()), expected) << key.size();
+                ASSERT_EQ(parse(text, 0), expected) << key.size();
+                ASSERT_EQ(parse(text, key.size()), expected) << key.size();
+            }
+        }
+    }
+}
+
+TEST(IniLoad, ByteOrderMarksAndFailures) {
+    const struct {
+        const char* reason;
+        std::string text;
+        int result;
+        const char* expected;
+    } rows[] = {
+        {"UTF-8", "\xEF\xBB\xBF[a]", 0, "[a]1{}"},
+        {"nothing behind the mark", "\xEF\xBB\xBF", 0, ""},
+        {"not a whole mark is text", "\xEF\xBB[a]\n[b]", 0, "[b]2{}"},
+        {"UTF-16 little-endian", bytes("\xFF\xFE[\0"), IniWideText, "[old]1{}"},
+        {"UTF-16 of two bytes", "\xFE\xFF", IniWideText, "[old]1{}"},
+        {"UTF-32 little-endian", bytes("\xFF\xFE\0\0"), IniWideText, "[old]1{}"},
+        {"UTF-32 big-endian", bytes("\0\0\xFE\xFF[a]"), IniWideText, "[old]1{}"},
+        {"three zeros are lines", bytes("\0\0\xFE[a]\n[b]"), 0, "[b]4{}"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.reason);
+        IniFolder folder;
+        const IniDocumentPtr document = makeDocument();
+        ASSERT_EQ(folder.load(document.get(), "[old]"), 0);
+        EXPECT_EQ(folder.load(document.get(), row.text), row.result);
+        EXPECT_EQ(describe(*document), row.expected);
+    }
+
+    IniFolder folder;
+    const IniDocumentPtr document = makeDocument();
+    EXPECT_EQ(loadIniFile(document.get(), folder.path("none.ini").string().c_str()), IniNoFile);
+    EXPECT_EQ(loadIniFile(document.get(), nullptr), IniNoFile);
+    EXPECT_EQ(document->path, nullptr);
+    fs::create_directory(folder.path("folder"));
+    const int result = loadIniFile(document.get(), folder.path("folder").string().c_str());
+    EXPECT_EQ(result, IniOpenFailed);
+    ASSERT_EQ(folder.load(document.get(), "[a]"), 0);
+    EXPECT_EQ(document->path.get(), folder.file().string());
+    EXPECT_NE(document->lastWriteTime.dwHighDateTime, 0U);
+    EXPECT_EQ(loadIniFile(document.get(), document->path.get()), 0) << "its own path";
+}
+
+} // namespace

@@ -1,0 +1,235 @@
+// The layouts of the legacy alias file: which device gets what, which bytes are left, and in which order the
+// devices are asked.
+#include "errors/Exception.h"
+#include "support/TransferMachine.h"
+#include "TraditionalAliasTransferManager.h"
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace vykeltest;
+
+struct DeviceRow {
+    std::uint32_t number;
+    const char* alias; ///< null: takes none
+    const char* token;
+    const char* aliasAfter;
+    const char* calls; ///< n getNumber, a getAlias, t1 t2 getPersistentToken, S setAlias
+};
+
+struct Row {
+    const char* reason;
+    std::string before;
+    std::vector<DeviceRow> devices;
+    std::string after; ///< "=": not a byte changes
+    std::int32_t code = 0;
+    int line = 0; ///< of the error
+};
+
+constexpr std::uint32_t none = vykel::noDeviceNumber;
+const std::string v15 = "[General]\nMajorVersion=15\nMinorVersion=0\n";
+const std::string v15Saved = "[General]\r\nMajorVersion=15\r\nMinorVersion=0\r\n\r\n";
+
+std::string record(int index, const char* alias, const char* token, const char* local) {
+    return "[Alias" + std::to_string(index) + "]\nAlias=\"" + alias + "\"\nPersistentToken=\"" + token +
+           "\"\nLocal=" + local + "\n";
+}
+
+std::string saved(int index, const char* alias, const char* token, const char* local) {
+    return "[Alias" + std::to_string(index) + "]\r\nAlias=\"" + alias + "\"\r\nPersistentToken=\"" + token +
+           "\"\r\nLocal=" + local + "\r\n\r\n";
+}
+
+std::string version(const char* major, const char* minor) {
+    return std::string("[General]\nMajorVersion=") + major + "\nMinorVersion=" + minor + "\n" +
+           "[Aliases]\nByName=KEL0\n" + record(0, "ByToken", "T", "True");
+}
+
+std::vector<DeviceRow> one(const char* aliasAfter, const char* calls) {
+    return {{0, "", "T", aliasAfter, calls}};
+}
+
+const std::vector<Row>& rows() {
+    static const std::vector<Row> table = {
+        {"a file without sections asks no device", "; nothing\n", {{0, "", "T", "", ""}}, "="},
+        {"no section of aliases", "[Other]\na=b\n", {{0, "", "T", "", ""}}, "="},
+        {"no entry left", "[Aliases]\n", {{0, "", "T", "", ""}}, "="},
+        {"a free device receives, a named one keeps, both entries go",
+         "[Aliases]\nLab1=KEL0\nLab2=KEL3\nOld=KEL9\n",
+         {{0, "", "", "Lab1", "nanaS"}, {3, "X", "", "X", "nana"}},
+         "[Aliases]\r\nOld=KEL9\r\n\r\n"},
+        {"devices without number or alias take no part",
+         "[Aliases]\nLab=KEL4294967295\nLab2=KEL1\n",
+         {{none, "", "", "", "n"}, {1, nullptr, "", "", "na"}},
+         "="},
+        {"of two keys for one device the last counts; the section goes with the loser",
+         "[Aliases]\nOne=KEL0\nTwo=KEL0\n[Keep]\nme=1\n",
+         {{0, "", "", "Two", "nanaS"}},
+         "[Keep]\r\nme=1\r\n\r\n"},
+        {"the loser stays while another entry does",
+         "[Aliases]\nOne=KEL0\nTwo=KEL0\nOld=KEL9\n",
+         {{0, "", "", "Two", "nanaS"}},
+         "[Aliases]\r\nOne=KEL0\r\nOld=KEL9\r\n\r\n"},
+        {"resource names are exact",
+         "[Aliases]\nA=kel0\nB=KEL00\nC=\"KEL0 \"\n",
+         {{0, "", "", "", "nan"}},
+         "="},
+        {"an alias is taken as it stands, not decoded; comments and bad lines are not kept",
+         "; c\nlost=1\n[aliases]\nA\\tB=KEL0\nbad\n C = KEL7 \n",
+         {{0, "", "", "A\\tB", "nanaS"}},
+         "[aliases]\r\nC=KEL7\r\n\r\n"},
+        {"a second device of one number finds nothing any more",
+         "[Aliases]\nA=KEL0\n",
+         {{0, "", "", "A", "nanaS"}, {0, "", "", "", "nan"}},
+         ""},
+        {"a refusal ends the run, the file stays",
+         "[Aliases]\nA=KEL0\nB=KEL1\n",
+         {{0, "", "", "A", "nanaS"}, {1, "refuse", "", "", "nanaS"}},
+         "=",
+         -77},
+        {"14.7: tokens of format 1", version("14", "7"), one("ByToken", "nat1aS"),
+         "[General]\r\nMajorVersion=14\r\nMinorVersion=7\r\n\r\n[Aliases]\r\nByName=KEL0\r\n\r\n"},
+        {"14.6 goes by resource name", version("14", "6"), one("ByName", "nanaS"),
+         "[General]\r\nMajorVersion=14\r\nMinorVersion=6\r\n\r\n" + saved(0, "ByToken", "T", "True")},
+        {"14.8 goes by resource name", version("14", "8"), one("ByName", "nanaS"),
+         "[General]\r\nMajorVersion=14\r\nMinorVersion=8\r\n\r\n" + saved(0, "ByToken", "T", "True")},
+        {"16.9, written with blanks: tokens of format 2", version(" +16 ", "9 "), one("ByToken", "nat2aS"),
+         "[General]\r\nMajorVersion=+16\r\nMinorVersion=9\r\n\r\n[Aliases]\r\nByName=KEL0\r\n\r\n"},
+        {"a negative version is none", version("-15", "0"), one("ByName", "nanaS"),
+         "[General]\r\nMajorVersion=-15\r\nMinorVersion=0\r\n\r\n" + saved(0, "ByToken", "T", "True")},
+        {"a version above 32 bits is none", version("4294967296", "0"), one("ByName", "nanaS"),
+         "[General]\r\nMajorVersion=4294967296\r\nMinorVersion=0\r\n\r\n" + saved(0, "ByToken", "T", "True")},
+        {"no minor version: by resource name", "[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
+         one("A", "nanaS"), "[General]\r\nMajorVersion=15\r\n\r\n"},
+        {"records are consumed by token, survivors renumbered in their order at the end",
+         v15 + record(0, "Red", "T1", "True") + record(1, "Green", "T2", "False") +
+             record(2, "Blue", "T3", "True") + "[Tail]\nx=1\n",
+         {{5, "", "T3", "Blue", "nat2aS"}, {6, "", "T2", "", "nat2"}, {7, "", "t1", "", "nat2"}},
+         v15Saved + "[Tail]\r\nx=1\r\n\r\n" + saved(0, "Red", "T1", "True") +
+             saved(1, "Green", "T2", "False")},
+        {"nothing consumed: nothing written, though reading took the records out",
+         v15 + record(0, "Green", "T2", "False"),
+         {{6, "", "T2", "", "nat2"}},
+         "="},
+        {"reading ends at the first gap",
+         v15 + record(0, "A", "T0", "True") + record(2, "B", "T2", "True"),
+         {{0, "", "T0", "A", "nat2aS"}, {1, "", "T2", "", "nat2"}},
+         v15Saved + saved(2, "B", "T2", "True")},
+        {"of equal tokens the first decides: one that is not local hides the later",
+         v15 + record(0, "A", "T", "False") + record(1, "B", "T", "True"),
+         {{0, "", "T", "", "nat2"}},
+         "="},
+        {"of equal tokens the first goes first",
+         v15 + record(0, "A", "T", "true ") + record(1, "B", "T", " TRUE"),
+         {{0, "", "T", "A", "nat2aS"}, {1, "old", "T", "old", "nat2a"}, {2, "", "T", "", "nat2"}},
+         v15Saved},
+        {"texts are decoded for the device and encoded again for the file",
+         v15 + record(0, "a\\tb\\x0d\\\"q\\\"\\xzz", "T0", "True") +
+             record(1, "c\\td\\x7f\\\\", "T1", "True"),
+         {{0, "", "T0", "a\tb\r\"q\"xzz", "nat2aS"}},
+         v15Saved + saved(0, "c\\td\\x7f\\\\", "T1", "True")},
+        {"a survivor loses the blanks at its ends",
+         v15 + record(0, "  x ", " T9 ", "True") + record(1, "B", "T1", "True"),
+         {{0, "", "T1", "B", "nat2aS"}},
+         v15Saved + saved(0, "x", "T9", "True")},
+        {"an alias is missing", v15 + "[Alias0]\nPersistentToken=T\nLocal=True\n", one("", ""), "=", -50209,
+         280},
+        {"a token is missing", v15 + "[Alias0]\nAlias=A\nLocal=True\n", one("", ""), "=", -50209, 286},
+        {"local is missing", v15 + "[Alias0]\nAlias=A\nPersistentToken=T\n", one("", ""), "=", -50209, 293},
+        {"local is neither", v15 + record(0, "A", "T", "yes"), one("", ""), "=", -50209, 293},
+        {"local is blank", v15 + record(0, "A", "T", "\"  \""), one("", ""), "=", -50209, 293},
+        {"wide text is never read", std::string("\xFF\xFE[\0A\0", 6), one("", ""), "="},
+    };
+    return table;
+}
+
+/// Runs one transfer; returns the code, and the line of the error.
+std::pair<std::int32_t, int> transfer(const vykel::DeviceTable& table) {
+    try {
+        vykel::TraditionalAliasTransferManager().transferAliases(table);
+        return {0, 0};
+    } catch (const vyerr::ExceptionBase& exception) {
+        const std::string text = exception.errorInfoJson();
+        const std::size_t line = text.find("\"line\":");
+        const bool named = text.find("TraditionalAliasTransferManager.cpp") != std::string::npos;
+        return {exception.status()->code, named ? std::stoi(text.substr(line + 7)) : 0};
+    }
+}
+
+TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
+    TransferMachine legacy;
+    for (const Row& row : rows()) {
+        SCOPED_TRACE(row.reason);
+        writeFile(legacy.iniFile, row.before);
+        const auto written = fs::last_write_time(legacy.iniFile);
+        std::vector<std::unique_ptr<LegacyDevice>> devices;
+        for (const DeviceRow& device : row.devices) {
+            devices.push_back(std::make_unique<LegacyDevice>(device.number, device.alias, device.token));
+            if (devices.back()->alias == "refuse") {
+                devices.back()->alias.clear();
+                devices.back()->refusal = row.code;
+            }
+        }
+        EXPECT_EQ(transfer(tableOf(devices)), std::make_pair(row.code, row.line));
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            EXPECT_EQ(devices[i]->alias, row.devices[i].aliasAfter);
+            EXPECT_EQ(devices[i]->calls, row.devices[i].calls) << "device " << i;
+        }
+        EXPECT_EQ(readFile(legacy.iniFile), row.after == "=" ? row.before : row.after);
+        if (row.after == "=") {
+            EXPECT_EQ(fs::last_write_time(legacy.iniFile), written);
+        }
+        EXPECT_FALSE(fs::exists(legacy.temporaryFile));
+    }
+}
+
+TEST(Transfer, AMissingFileStaysMissingAndAMissingFolderIsAnError) {
+    TransferMachine legacy;
+    EXPECT_EQ(transfer({}).first, 0);
+    EXPECT_FALSE(fs::exists(legacy.iniFile));
+    EXPECT_EQ(fs::file_size(legacy.machine.configurationFolder() / "vykel.lck"), 0u);
+    legacy.machine.setConfigurationFolder(false);
+    EXPECT_EQ(transfer({}).first, -50209);
+    legacy.machine.setConfigurationFolder(true);
+}
+
+TEST(Transfer, ASaveThatFailsKeepsTheFileAndTheNextRunFinishes) {
+    TransferMachine legacy;
+    const std::string before = "[Aliases]\nA=KEL0\nB=KEL1\n";
+    writeFile(legacy.iniFile, before);
+    fs::create_directory(legacy.temporaryFile); // no temporary file can be made here
+    std::vector<std::unique_ptr<LegacyDevice>> devices;
+    devices.push_back(std::make_unique<LegacyDevice>(0, ""));
+    EXPECT_EQ(transfer(tableOf(devices)), std::make_pair(-50209, 95));
+    EXPECT_EQ(readFile(legacy.iniFile), before);
+    EXPECT_EQ(devices[0]->alias, "A");
+    fs::remove(legacy.temporaryFile);
+    devices[0]->calls.clear();
+    EXPECT_EQ(transfer(tableOf(devices)).first, 0);
+    EXPECT_EQ(devices[0]->calls, "nana"); // it has its alias: the entry goes without another setAlias
+    EXPECT_EQ(readFile(legacy.iniFile), "[Aliases]\r\nB=KEL1\r\n\r\n");
+}
+
+TEST(Transfer, AFileHeldByOthersEndsQuietlyAndARefusedReplaceKeepsIt) {
+    TransferMachine legacy;
+    const std::string before = "[Aliases]\nA=KEL0\n";
+    writeFile(legacy.iniFile, before);
+    std::vector<std::unique_ptr<LegacyDevice>> devices;
+    devices.push_back(std::make_unique<LegacyDevice>(0, ""));
+    const WideString path = wide(legacy.iniFile.u8string());
+    const auto hold = [&](DWORD sharing) {
+        return CreateFileW(path.c_str(), GENERIC_READ, sharing, nullptr, OPEN_EXISTING, 0, nullptr);
+    };
+    HANDLE held = hold(0);
+    ASSERT_NE(held, INVALID_HANDLE_VALUE);
+    EXPECT_EQ(transfer(tableOf(devices)).first, 0);
+    EXPECT_EQ(devices[0]->calls, ""); // it could not be read
+    CloseHandle(held);
+    held = hold(FILE_SHARE_READ | FILE_SHARE_WRITE);
+    EXPECT_EQ(transfer(tableOf(devices)), std::make_pair(-50209, 95));
+    CloseHandle(held);
+    EXPECT_EQ(readFile(legacy.iniFile), before);
+    EXPECT_FALSE(fs::exists(legacy.temporaryFile));
+}
+
+} // namespace

@@ -1,0 +1,365 @@
+// The stand-in for Windows that the host builds run on: what it must get right for other tests to mean
+// something.
+#include "winhost/faults.h"
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <gtest/gtest.h>
+#include <io.h>
+#include <shlobj.h>
+#include <sys/wait.h>
+#include <unistd.h>
+#include <windows.h>
+
+namespace fs = std::filesystem;
+using winhost::Call;
+using winhost::Effect;
+using winhost::ScopedFault;
+
+namespace {
+
+constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+
+/// Runs `body` in a child process; how it ended, as waitpid tells.
+template <typename Body>
+int inChild(Body body) {
+    const pid_t child = ::fork();
+    if (child == 0) {
+        body();
+        ::_exit(0);
+    }
+    int status = 0;
+    ::waitpid(child, &status, 0);
+    return status;
+}
+
+class Winhost : public ::testing::Test {
+protected:
+    void SetUp() override {
+        char name[] = "/tmp/winhost.XXXXXX";
+        root = ::mkdtemp(name);
+        ::setenv("WINHOST_ROOT", root.c_str(), 1);
+        fs::create_directories(root / "c/Folder");
+    }
+    void TearDown() override {
+        EXPECT_EQ(winhost::openResources(), resourcesBefore);
+        fs::remove_all(root);
+    }
+    void writeRegistry(const std::string& content) const {
+        std::ofstream(root / "registry.reg", std::ios::binary) << content;
+    }
+    std::string makeFile(const char* name) const {
+        const fs::path path = root / name;
+        std::ofstream(path) << name;
+        return path.string();
+    }
+    std::string readRegistry() const {
+        std::ifstream file(root / "registry.reg", std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    fs::path root;
+    const std::ptrdiff_t resourcesBefore = winhost::openResources();
+};
+
+struct Key {
+    explicit Key(LPCWSTR path, REGSAM access = KEY_READ) {
+        status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, access, &handle);
+    }
+    ~Key() {
+        if (status == ERROR_SUCCESS) {
+            RegCloseKey(handle);
+        }
+    }
+    Key(const Key&) = delete;
+    Key& operator=(const Key&) = delete;
+    HKEY handle = nullptr;
+    LSTATUS status;
+};
+
+/// A value as "type:bytes in hex", or "error n".
+std::string valueOf(const Key& key, LPCWSTR name) {
+    BYTE data[64];
+    DWORD type = 0, size = sizeof data;
+    if (const LSTATUS error = RegQueryValueExW(key.handle, name, nullptr, &type, data, &size)) {
+        return "error " + std::to_string(error);
+    }
+    std::string text = std::to_string(type) + ":";
+    for (DWORD i = 0; i < size; ++i) {
+        char digits[3];
+        std::snprintf(digits, sizeof digits, "%02x", data[i]);
+        text += digits;
+    }
+    return text;
+}
+
+HANDLE lockHandle(std::FILE* stream) {
+    return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+}
+
+BOOL tryLock(HANDLE file) {
+    OVERLAPPED record = {};
+    return LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &record);
+}
+
+} // namespace
+
+TEST_F(Winhost, ReadsWhatTheRegistryEditorExports) {
+    const std::string body =
+        "Windows Registry Editor Version 5.00\n\n; note\n[HKEY_LOCAL_MACHINE\\Software\\K]\n"
+        "@=\"d\"\n\"Text\"=\"a\\\\b\\\"\xC3\xA9\"\n\"Two\"=\"1\n2\"\n\"Number\"=dword:0000a0ff\n"
+        "\"Bin\"=hex:01,\\\n  02,03\n\"Raw\"=hex(1):41,00\n\"None\"=hex(0):\n\"Gone\"=\"x\"\n"
+        "\"GONE\"=-\nnonsense\n\"half\n\"=\n\"Bad\"=hex(zz):01\n[HKEY_LOCAL_MACHINE\\Software\\Cut]\n"
+        "[-HKEY_LOCAL_MACHINE\\SOFTWARE\\CUT]\n";
+    std::string crlf, utf16 = "\xFF\xFE";
+    for (const char byte : body) {
+        crlf += byte == '\n' ? "\r\n" : std::string(1, byte);
+        utf16 += byte == '\xC3' ? std::string("\xE9\0", 2) : byte == '\xA9' ? "" : std::string{byte, '\0'};
+    }
+    for (const std::string& file : {body, "\xEF\xBB\xBF" + body, crlf, utf16}) {
+        writeRegistry(file);
+        const Key key(u"SOFTWARE\\k\\");
+        ASSERT_EQ(key.status, ERROR_SUCCESS);
+        EXPECT_EQ(valueOf(key, nullptr), "1:64000000");
+        EXPECT_EQ(valueOf(key, u"TEXT"), "1:61005c0062002200e9000000");
+        EXPECT_EQ(valueOf(key, u"Number"), "4:ffa00000");
+        EXPECT_EQ(valueOf(key, u"Bin"), "3:010203");
+        EXPECT_EQ(valueOf(key, u"Raw"), "1:4100");
+        EXPECT_EQ(valueOf(key, u"None"), "0:");
+        EXPECT_EQ(valueOf(key, u"Gone"), "error 2");
+        EXPECT_EQ(valueOf(key, u"Bad"), "error 2");
+        EXPECT_EQ(Key(u"Software\\Cut").status, ERROR_FILE_NOT_FOUND);
+    }
+    writeRegistry("REGEDIT\n");
+    EXPECT_EQ(Key(u"Software\\K").status, ERROR_BADDB);
+    fs::remove(root / "registry.reg");
+    EXPECT_EQ(Key(u"Software\\K").status, ERROR_FILE_NOT_FOUND);
+}
+
+TEST_F(Winhost, RegistryReadsHaveWindowsSizes) {
+    std::string text = "Windows Registry Editor Version 5.00\n";
+    for (const std::string& name :
+         {std::string("b"), std::string("\xC3\xA4"), std::string("A"), std::string(256, 'n')}) {
+        text += "[HKEY_LOCAL_MACHINE\\K\\" + name + "]\n";
+    }
+    writeRegistry(text + "[HKEY_LOCAL_MACHINE\\K]\n\"v\"=hex:01,02,03\n");
+    const Key key(u"K");
+    const struct {
+        DWORD index, room;
+        LSTATUS status;
+        std::u16string name;
+    } rows[] = {{0, 256, ERROR_SUCCESS, u"A"},      {0, 2, ERROR_SUCCESS, u"A"},
+                {0, 1, ERROR_MORE_DATA, u""},       {1, 256, ERROR_SUCCESS, u"b"},
+                {2, 256, ERROR_MORE_DATA, u""},     {2, 257, ERROR_SUCCESS, std::u16string(256, u'n')},
+                {3, 256, ERROR_SUCCESS, u"\u00E4"}, {4, 256, ERROR_NO_MORE_ITEMS, u""}};
+    for (const auto& row : rows) {
+        WCHAR name[300] = u"";
+        DWORD length = row.room;
+        EXPECT_EQ(RegEnumKeyExW(key.handle, row.index, name, &length, nullptr, nullptr, nullptr, nullptr),
+                  row.status);
+        EXPECT_EQ(row.status == ERROR_SUCCESS ? std::u16string(name, length) : u"", row.name) << row.index;
+    }
+    BYTE data[3] = {};
+    DWORD size = 2;
+    EXPECT_EQ(RegQueryValueExW(key.handle, u"V", nullptr, nullptr, data, &size), ERROR_MORE_DATA);
+    EXPECT_EQ(size, 3U);
+    EXPECT_EQ(data[0], 0);
+    EXPECT_EQ(RegQueryValueExW(key.handle, u"V", nullptr, nullptr, data, &size), ERROR_SUCCESS);
+    size = 0;
+    EXPECT_EQ(RegQueryValueExW(key.handle, u"V", nullptr, nullptr, nullptr, &size), ERROR_SUCCESS);
+    EXPECT_EQ(size, 3U);
+}
+
+TEST_F(Winhost, WrittenRegistryReadsBack) {
+    HKEY key = nullptr;
+    DWORD disposition = 0;
+    ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, u"S\\K", 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &key,
+                              &disposition),
+              0);
+    EXPECT_EQ(disposition, static_cast<DWORD>(REG_CREATED_NEW_KEY));
+    const auto set = [&](LPCWSTR name, DWORD type, std::u16string_view text, DWORD bytes) {
+        return RegSetValueExW(key, name, 0, type, reinterpret_cast<const BYTE*>(text.data()), bytes);
+    };
+    EXPECT_EQ(set(u"Path", REG_SZ, u"C:\\\"a\"", 14), ERROR_SUCCESS);
+    EXPECT_EQ(set(u"Cut", REG_SZ, u"AB", 4), ERROR_SUCCESS);
+    EXPECT_EQ(set(u"Long", REG_BINARY, std::u16string(30, u'z'), 60), ERROR_SUCCESS);
+    EXPECT_NE(readRegistry().find("\r\n\"Path\"=\"C:\\\\\\\"a\\\"\"\r\n\"Cut\"=hex(1):41,00,42,00\r\n"),
+              std::string::npos);
+    EXPECT_EQ(set(u"\u4E2D", REG_SZ, u"\u00E9", 4), ERROR_SUCCESS); // from here on the file is UTF-16
+    const Key read(u"s\\k");
+    EXPECT_EQ(valueOf(read, u"Path"), "1:43003a005c002200610022000000");
+    EXPECT_EQ(valueOf(read, u"Cut"), "1:41004200");
+    EXPECT_EQ(valueOf(read, u"Long").size(), 122U);
+    EXPECT_EQ(valueOf(read, u"\u4E2D"), "1:e9000000");
+    EXPECT_EQ(RegSetValueExW(read.handle, u"x", 0, REG_SZ, nullptr, 0), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegDeleteKeyW(HKEY_LOCAL_MACHINE, u"S"), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, u"S"), ERROR_SUCCESS);
+    EXPECT_EQ(set(u"Path", REG_SZ, u"", 2), ERROR_KEY_DELETED);
+    RegCloseKey(key);
+}
+
+TEST_F(Winhost, ProcessesWriteTheRegistryAtOnce) {
+    pid_t children[4];
+    for (pid_t& child : children) {
+        child = ::fork();
+        if (child == 0) {
+            for (int i = 0; i < 20; ++i) {
+                const std::u16string name = u"W\\" + std::u16string(1, static_cast<char16_t>(u'a' + i)) +
+                                            static_cast<char16_t>(u'0' + (&child - children));
+                HKEY key = nullptr;
+                RegCreateKeyExW(HKEY_LOCAL_MACHINE, name.c_str(), 0, nullptr, 0, KEY_WRITE, nullptr, &key,
+                                nullptr);
+            }
+            ::_exit(0);
+        }
+    }
+    for (const pid_t child : children) {
+        ::waitpid(child, nullptr, 0);
+    }
+    DWORD count = 0;
+    const Key key(u"W");
+    RegQueryInfoKeyW(key.handle, nullptr, nullptr, nullptr, &count, nullptr, nullptr, nullptr, nullptr,
+                     nullptr, nullptr, nullptr);
+    EXPECT_EQ(count, 80U);
+}
+
+TEST_F(Winhost, DrivePathsLieBelowTheRootInAnyCase) {
+    std::FILE* const file = std::fopen("c:/folder\\New.txt", "wb");
+    ASSERT_NE(file, nullptr);
+    std::fclose(file);
+    EXPECT_TRUE(fs::exists(root / "c/Folder/New.txt"));
+    EXPECT_NE(GetFileAttributesW(u"C:\\FOLDER\\NEW.TXT"), INVALID_FILE_ATTRIBUTES);
+    WCHAR path[MAX_PATH];
+    EXPECT_EQ(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, path),
+              static_cast<HRESULT>(0x80070002));
+    writeRegistry("Windows Registry Editor Version 5.00\n[HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\"
+                  "CurrentVersion\\Explorer\\User Shell Folders]\n\"Common AppData\"=\"C:\\\\Folder\"\n");
+    EXPECT_EQ(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, 0, path), S_OK);
+    EXPECT_EQ(std::u16string(path), u"C:\\Folder");
+    ::unsetenv("WINHOST_ROOT");
+    EXPECT_EQ(std::fopen("C:\\Folder\\New.txt", "rb"), nullptr);
+    EXPECT_EQ(GetFullPathNameW(u"C:/a/./b\\..\\c", MAX_PATH, path, nullptr), 6U);
+    EXPECT_EQ(std::u16string(path), u"C:\\a\\c");
+}
+
+TEST_F(Winhost, LocksExcludeHandlesAndProcesses) {
+    const std::string path = makeFile("lock");
+    fs::permissions(path, fs::perms::owner_read);
+    std::FILE* const first = std::fopen(path.c_str(), "rb");
+    const HANDLE second =
+        CreateFileA(path.c_str(), GENERIC_READ, shareAll, nullptr, OPEN_EXISTING, 0, nullptr);
+    EXPECT_TRUE(tryLock(lockHandle(first)));
+    EXPECT_FALSE(tryLock(second));
+    EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_LOCK_VIOLATION));
+    EXPECT_EQ(inChild([&] { ::_exit(tryLock(lockHandle(std::fopen(path.c_str(), "rb")))); }), 0);
+    std::fclose(first);
+    EXPECT_TRUE(tryLock(second)); // closing the stream ended its lock
+    CloseHandle(second);
+}
+
+TEST_F(Winhost, OpenFilesCannotBeReplaced) {
+    const struct {
+        const char *from, *to, *held;
+        bool alone;
+        DWORD error;
+    } rows[] = {{"from", "to", nullptr, false, ERROR_SUCCESS},
+                {"from", "to", "to", false, ERROR_ACCESS_DENIED},
+                {"from", "to", "from", true, ERROR_SHARING_VIOLATION},
+                {"from", "c", nullptr, false, ERROR_ACCESS_DENIED},
+                {"none", "to", nullptr, false, ERROR_FILE_NOT_FOUND},
+                {"from", "no/to", nullptr, false, ERROR_PATH_NOT_FOUND}};
+    for (const auto& row : rows) {
+        makeFile("from");
+        makeFile("to");
+        const std::string held = (root / (row.held != nullptr ? row.held : "free")).string();
+        const HANDLE holder = CreateFileA(held.c_str(), GENERIC_READ | GENERIC_WRITE,
+                                          row.alone ? 0 : shareAll, nullptr, OPEN_ALWAYS, 0, nullptr);
+        std::FILE* const again = std::fopen(held.c_str(), "rb");
+        EXPECT_EQ(again == nullptr, row.alone);
+        if (again != nullptr) {
+            std::fclose(again);
+        }
+        const BOOL moved =
+            MoveFileExA((root / row.from).c_str(), (root / row.to).c_str(), MOVEFILE_REPLACE_EXISTING);
+        EXPECT_EQ(moved == FALSE ? GetLastError() : 0, row.error) << row.from << " onto " << row.to;
+        EXPECT_EQ(std::remove(held.c_str()), -1);
+        CloseHandle(holder);
+    }
+    EXPECT_EQ(std::fopen((root / "c").c_str(), "rb"), nullptr); // a folder is no file
+}
+
+TEST_F(Winhost, FaultsStrikeByCount) {
+    const std::string path = (root / "f").string();
+    const auto open = [&] {
+        std::FILE* const file = std::fopen(path.c_str(), "ab");
+        return file != nullptr && std::fclose(file) == 0;
+    };
+    const auto pattern = [&](const winhost::Fault& fault) {
+        const ScopedFault armed(fault);
+        std::string result;
+        for (int i = 0; i < 4; ++i) {
+            result += open() ? '+' : '-';
+        }
+        return result + std::to_string(armed.calls());
+    };
+    EXPECT_EQ(pattern({Call::fopen, 2}), "+-++4");
+    EXPECT_EQ(pattern({Call::fopen, 2, Effect::FailOnward}), "+---4");
+    EXPECT_EQ(pattern({Call::fclose, 1}), "-+++4");
+    EXPECT_EQ(pattern({Call::Any, 4}), "+-++8");
+    EXPECT_EQ(pattern({Call::Any, 0, Effect::FailOnward}), "++++8");
+    EXPECT_EQ(WTERMSIG(inChild([&] { pattern({Call::fopen, 3, Effect::Kill}); })), SIGKILL);
+
+    std::FILE* const file = std::fopen(path.c_str(), "wb");
+    {
+        const ScopedFault armed({Call::fwrite, 1});
+        EXPECT_EQ(std::fwrite("abcdef", 1, 6, file), 3U);
+        EXPECT_EQ(errno, ENOSPC);
+        EXPECT_NE(std::ferror(file), 0);
+    }
+    std::fclose(file);
+    EXPECT_EQ(fs::file_size(path), 3U);
+
+    CRITICAL_SECTION section;
+    const ScopedFault armed({Call::InitializeCriticalSection, 1});
+    EXPECT_THROW(InitializeCriticalSection(&section), winhost::StructuredException);
+}
+
+TEST_F(Winhost, PendingLockIsGrantedByTheWait) {
+    const std::string path = makeFile("lock");
+    std::FILE* const file = std::fopen(path.c_str(), "rb");
+    OVERLAPPED record = {};
+    DWORD transferred = 0;
+    {
+        const ScopedFault pending({Call::LockFileEx, 1, Effect::Fail, ERROR_IO_PENDING});
+        EXPECT_FALSE(LockFileEx(lockHandle(file), LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &record));
+        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_IO_PENDING));
+    }
+    std::FILE* const rival = std::fopen(path.c_str(), "rb");
+    {
+        const ScopedFault broken({Call::GetOverlappedResult, 1});
+        EXPECT_FALSE(GetOverlappedResult(lockHandle(file), &record, &transferred, TRUE));
+    }
+    EXPECT_TRUE(GetOverlappedResult(lockHandle(file), &record, &transferred, TRUE));
+    EXPECT_FALSE(tryLock(lockHandle(rival)));
+    std::fclose(rival);
+    std::fclose(file);
+}
+
+/// Run by the next test in a program of its own, which takes its fault from the environment.
+TEST(WinhostChild, DISABLED_OpensTwice) {
+    EXPECT_EQ(std::fopen("/nowhere", "rb"), nullptr);
+    EXPECT_EQ(std::fopen("/nowhere", "rb"), nullptr);
+}
+
+TEST(WinhostChild, TakesItsFaultFromTheEnvironment) {
+    const int status = inChild([] {
+        ::setenv("WINHOST_FAULT", "fopen:2:kill", 1);
+        ::close(STDOUT_FILENO);
+        ::execl("/proc/self/exe", "WinhostTest", "--gtest_also_run_disabled_tests",
+                "--gtest_filter=*DISABLED_OpensTwice", nullptr);
+    });
+    EXPECT_TRUE(WIFSIGNALED(status));
+    EXPECT_EQ(WTERMSIG(status), SIGKILL);
+}

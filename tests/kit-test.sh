@@ -1,0 +1,141 @@
+#!/bin/bash
+# kit-test.sh BUILD [--update]
+#
+# Installs the kit of the build in BUILD and does with it what its users do: builds the samples from it alone, runs
+# them, follows devices with the tool. Compares what is a contract with tests/golden/; --update writes that anew.
+# ctest sets CXX and OBJDUMP.
+set -eu -o pipefail
+source_dir=$(cd "$(dirname "$0")/.." && pwd)
+golden=$source_dir/tests/golden
+build=$(cd "$1" && pwd)
+update=${2-}
+work=$build/kit-test
+kit=$work/kit
+version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
+
+rm -rf "$work"
+mkdir -p "$work"
+. "$source_dir/tests/kit-environment.sh"
+trap stop_environment EXIT
+cd "$work"
+
+fail() {
+  echo "FAILED: $*" >&2
+  exit 1
+}
+
+# Compares standard input with a file of tests/golden/.
+compare() {
+  if [ "$update" = --update ]; then cat >"$golden/$1"; else diff -u "$golden/$1" - || fail "$1 changed"; fi
+}
+
+# Waits until a file has so many lines.
+await_lines() {
+  for _ in $(seq 300); do
+    [ "$(wc -l <"$1")" -lt "$2" ] || return 0
+    sleep 0.1
+  done
+  cat "$1" >&2
+  fail "$1 has no $2 lines"
+}
+
+# Gives the sample plug-in these devices, in one step.
+see() {
+  printf "$1\n" >devices
+  mv devices plugin/simulated.devices
+}
+
+# Checks a file, one JSON document or one a line, against a schema of the kit.
+validate() {
+  /usr/bin/python3 - "$kit/share/vykeldevenum/schemas/$1.schema.json" "$2" <<'PYTHON'
+import json, sys
+try:
+    from jsonschema import Draft202012Validator
+except ImportError:
+    sys.exit("SKIPPED: no python3-jsonschema")
+validator = Draft202012Validator(json.load(open(sys.argv[1])))
+text = open(sys.argv[2], encoding="utf-8").read()
+documents = text.splitlines() if "watch" in sys.argv[1] else [text]
+for document in documents:
+    validator.validate(json.loads(document))
+PYTHON
+}
+
+echo "== install"
+cmake --install "$build" --prefix "$kit" >install.log || { cat install.log; exit 1; }
+
+echo "== the binary contract"
+"$CXX" -std=c++11 -pedantic-errors -Wall -Wextra -Werror -I"$kit/include" "$golden/layout.cpp" -static -o layout$exe
+run ./layout$exe | tr -d '\r' | compare layout.txt
+if [ $windows ]; then
+  "$OBJDUMP" -p "$kit/bin/vykeldevenum.dll" >objdump.txt
+  sed -n '/Ordinal\/Name Pointer/,/^$/s/.*\] //p' objdump.txt | compare exports.txt
+  # What is asked of Windows; the C runtime's functions are the compiler's affair.
+  awk '/DLL Name/ { dll = $3; if (dll == "msvcrt.dll") print dll }
+       /^\t[0-9a-f]+\t/ && dll != "msvcrt.dll" { print dll, $3 }' objdump.txt | sort | compare imports.txt
+  strings -e l "$kit/bin/vykeldevenum.dll" | grep -qx "$version" || fail "no version resource $version"
+else
+  nm -D --defined-only "$kit/lib/libvykeldevenum.so" | awk '{ print $3 }' | sort | compare exports.txt
+fi
+
+echo "== symbols beside what is stripped"
+for file in "$library" "bin/vykeldev$exe"; do
+  "$OBJDUMP" -h "$kit/$file" >sections.txt
+  grep -q gnu_debuglink sections.txt || fail "$file does not name its symbols"
+  ! grep -q debug_info sections.txt || fail "$file is not stripped"
+  "$OBJDUMP" -h "$kit/$file.debug" | grep -q debug_info || fail "$file.debug has no symbols"
+  ! grep -aqE "$source_dir|$build" "$kit/$file" "$kit/$file.debug" || fail "$file names this machine's folders"
+done
+
+echo "== samples, from the kit alone"
+for sample in plugin client; do
+  cmake -S "$kit/share/vykeldevenum/samples/$sample" -B $sample -G Ninja -DCMAKE_PREFIX_PATH="$kit" \
+    -DCMAKE_CXX_COMPILER="$CXX" ${windows:+-DCMAKE_SYSTEM_NAME=Windows} >$sample.log &&
+    cmake --build $sample >>$sample.log || { cat $sample.log; fail "sample $sample"; }
+done
+export PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig
+[ "$(pkg-config --modversion vykeldevenum)" = "$version" ] || fail "pkg-config has another version"
+"$CXX" "$kit/share/vykeldevenum/samples/client/main.cpp" $(pkg-config --cflags --libs vykeldevenum) \
+  -o "$kit/${library%/*}/client$exe" ${rpath:+-Wl,-rpath,$kit/lib}
+
+echo "== what they show"
+[ "$(vykeldev --version | tr -d '\r')" = "vykeldev $version" ] || fail "vykeldev has another version"
+see 'token=b token2=same number=9\ntoken=a token2=same number=8 alias=""'
+vykeldev register sample plugin/simulated$module >/dev/null
+printf 'KEL9  takes no alias  b\nKEL8    a\n' >expected.txt
+for client in client/client$exe "$kit/${library%/*}/client$exe"; do
+  run "$client" | tr -d '\r' | diff -u expected.txt - || fail "$client"
+done
+vykeldev list --json >list.json
+validate list list.json
+vykeldev plugins --json >plugins.json
+validate plugins plugins.json
+
+echo "== watch"
+"${runner[@]}" "$kit/bin/vykeldev$exe" watch --json --interval 0.05 >watch.json &
+watch=$!
+await_lines watch.json 2
+see 'token=c number=9\ntoken=b token2=same number=7\ntoken=a token2=same number=8 alias=A'
+await_lines watch.json 5
+see 'token=b token2=same number=7'
+await_lines watch.json 7
+interrupt $watch
+wait $watch || fail "watch ended with $?"
+validate watch watch.json
+tr -d '\r' <watch.json | sed 's/"schemaVersion":1,//' | diff -u - <(cat <<'JSON'
+{"event":"added","token":"same","number":9,"alias":null}
+{"event":"added","token":"same","number":8,"alias":""}
+{"event":"added","token":"c","number":9,"alias":null}
+{"event":"renumbered","token":"same","number":7,"alias":null,"previousNumber":9}
+{"event":"renamed","token":"same","number":8,"alias":"A","previousAlias":""}
+{"event":"removed","token":"same","number":8,"alias":"A"}
+{"event":"removed","token":"c","number":9,"alias":null}
+JSON
+) || fail "watch told something else"
+
+echo "== ZIP"
+(cd "$build" && cpack --config CPackConfig.cmake) >cpack.log || { cat cpack.log; exit 1; }
+zip=$(sed -n 's/^CPack: - package: \(.*\) generated\.$/\1/p' cpack.log)
+cmake -E tar tf "$zip" | grep -v '/$' | sed 's,^[^/]*/,,' | sort >zipped.txt
+(cd "$kit" && find . -type f ! -name "client$exe") | sed 's,^\./,,' | sort | diff -u - zipped.txt || fail "the ZIP is another kit"
+echo "$zip: $(wc -l <zipped.txt) files, $(stat -c %s "$zip") bytes"

@@ -1,0 +1,49 @@
+#ifndef TESTS_FAKEHOST_H
+#define TESTS_FAKEHOST_H
+
+#include "vykel/IDevice.h"
+#include <cstdint>
+
+namespace vykeltest {
+
+/// What a fake plug-in does at a call besides the ordinary. A negative value is the code that the call
+/// reports.
+enum Answer : std::int32_t {
+    Ordinary,
+    Yes,  ///< isStale: true
+    Null, ///< getDevice, getInterface: success with null
+    ThrowBadAlloc,
+    ThrowInvalidArgument,
+    ThrowBadCast,
+    ThrowSystemError,
+    ThrowLogicError,
+    ThrowOwnType
+};
+
+struct FakeDevice {
+    std::uint32_t number = vykel::noDeviceNumber;
+    std::uint32_t sortKey = 0;
+    std::int32_t version = 0;
+    std::uint32_t slot = 0; ///< its place in FakePlugins::numbersFile
+};
+
+/// The test behind the fake plug-ins of its process, which find it by the address in this environment
+/// variable. A plug-in's name is the name of its file without extension.
+class FakeHost {
+public:
+    static constexpr const char* environmentVariable = "VYKEL_TEST_FAKE_HOST";
+
+    /// Told of every call of a plug-in; argument -1: the call has none.
+    virtual Answer call(const char* plugin, const char* operation, std::int64_t argument) = 0;
+    /// The devices that a plug-in sees at its refresh.
+    virtual FakeDevice* devices(const char* plugin, std::uint32_t& count) = 0;
+    virtual std::uint32_t getNumber(FakeDevice& device) = 0;
+    virtual void setNumber(FakeDevice& device, std::uint32_t number) = 0;
+
+protected:
+    ~FakeHost() = default;
+};
+
+} // namespace vykeltest
+
+#endif

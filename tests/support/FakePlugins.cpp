@@ -1,0 +1,68 @@
+#include "support/FakePlugins.h"
+
+#include "support/Platform.h"
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <fstream>
+#include <thread>
+
+namespace vykeltest {
+
+FakePlugins::FakePlugins() {
+    char address[32];
+    std::snprintf(address, sizeof address, "%p", static_cast<void*>(static_cast<FakeHost*>(this)));
+    setEnvironment(environmentVariable, address);
+}
+
+std::string FakePlugins::takeLog(const std::vector<std::string>& operations) {
+    std::string text;
+    for (const Entry& entry : log) {
+        if (operations.empty() ||
+            std::find(operations.begin(), operations.end(), entry.operation) != operations.end())
+            text += (text.empty() ? "" : " ") + entry.text;
+    }
+    log.clear();
+    return text;
+}
+
+Answer FakePlugins::call(const char* plugin, const char* operation, std::int64_t argument) {
+    if (!logging && answers.empty())
+        return Ordinary;
+    const std::string name = std::string(plugin) + "." + operation;
+    const std::string text = argument < 0 ? name : name + "(" + std::to_string(argument) + ")";
+    const std::lock_guard<std::mutex> guard(mutex);
+    if (logging)
+        log.push_back({operation, text});
+    auto answer = answers.find(text);
+    if (answer == answers.end())
+        answer = answers.find(name);
+    return static_cast<Answer>(answer != answers.end() ? answer->second : Ordinary);
+}
+
+FakeDevice* FakePlugins::devices(const char* plugin, std::uint32_t& count) {
+    auto& devices = devicesOf[plugin];
+    count = static_cast<std::uint32_t>(devices.size());
+    return devices.data();
+}
+
+std::uint32_t FakePlugins::getNumber(FakeDevice& device) {
+    if (!numbersFile.empty()) {
+        std::ifstream file(numbersFile, std::ios::binary);
+        file.seekg(device.slot * 4);
+        file.read(reinterpret_cast<char*>(&device.number), sizeof device.number);
+    }
+    return device.number;
+}
+
+void FakePlugins::setNumber(FakeDevice& device, std::uint32_t number) {
+    device.number = number;
+    if (!numbersFile.empty()) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // time for a rival
+        std::fstream file(numbersFile, std::ios::binary | std::ios::in | std::ios::out);
+        file.seekp(device.slot * 4);
+        file.write(reinterpret_cast<const char*>(&number), sizeof number);
+    }
+}
+
+} // namespace vykeltest

@@ -1,0 +1,47 @@
+#ifndef TESTS_FAKEPLUGINS_H
+#define TESTS_FAKEPLUGINS_H
+
+#include "plugins/FakeHost.h"
+#include <filesystem>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace vykeltest {
+
+/// The test's side of all fake plug-ins of its process: what they see, what they do, what they were asked.
+class FakePlugins final : public FakeHost {
+public:
+    FakePlugins();
+
+    /// By plug-in.
+    std::map<std::string, std::vector<FakeDevice>> devicesOf;
+    /// By call, for example "a.refresh", "a.getDevice(2)", or "a.getDevice" for every argument. Missing ones
+    /// are ordinary.
+    std::map<std::string, std::int32_t> answers;
+    /// When set, the devices' numbers lie in this file, each in its slot, for all processes.
+    std::filesystem::path numbersFile;
+    bool logging = true;
+
+    /// The calls since the last time, in order, separated by blanks; all of them, or those of some
+    /// operations.
+    std::string takeLog(const std::vector<std::string>& operations = {});
+
+    Answer call(const char* plugin, const char* operation, std::int64_t argument) override;
+    FakeDevice* devices(const char* plugin, std::uint32_t& count) override;
+    std::uint32_t getNumber(FakeDevice& device) override;
+    void setNumber(FakeDevice& device, std::uint32_t number) override;
+
+private:
+    struct Entry {
+        std::string operation;
+        std::string text;
+    };
+    std::vector<Entry> log;
+    std::mutex mutex; // lists are released on any thread
+};
+
+} // namespace vykeltest
+
+#endif

@@ -1,0 +1,115 @@
+#include "support/Platform.h"
+
+#include <csetjmp>
+#include <cstdio>
+#include <cstdlib>
+#include <process.h>
+#include <windows.h>
+
+namespace vykeltest {
+
+const char* const libraryFile = "vykeldevenum.dll";
+const char* const pluginExtension = ".dll";
+
+void setEnvironment(const char* name, const std::string& value) {
+    _putenv((std::string(name) + "=" + value).c_str());
+}
+
+/// The registry can be exchanged for one process alone. Tests that start other programs are given a system of
+/// their own instead, and say so with this variable.
+static bool ownsTheSystem() {
+    return std::getenv("VYKEL_TEST_OWN_SYSTEM") != nullptr;
+}
+
+static void exchangeRegistry(const std::string& id) {
+    const std::string key = "Software\\vykel-tests\\" + id;
+    HKEY registry = nullptr;
+    if (RegCreateKeyExA(HKEY_CURRENT_USER, key.c_str(), 0, nullptr, 0, KEY_ALL_ACCESS, nullptr, &registry,
+                        nullptr) != ERROR_SUCCESS ||
+        RegOverridePredefKey(HKEY_LOCAL_MACHINE, registry) != ERROR_SUCCESS)
+        std::abort();
+    RegCloseKey(registry);
+}
+
+MachineRoot enterMachine(const std::string& id) {
+    if (!ownsTheSystem())
+        exchangeRegistry(id);
+    const auto folder = std::filesystem::temp_directory_path() / id / "Data";
+    std::filesystem::create_directories(folder);
+    return {folder, folder.u8string()};
+}
+
+void leaveMachine(const std::string& id) {
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    if (ownsTheSystem())
+        RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Morvance");
+    RegDeleteTreeA(HKEY_CURRENT_USER, ("Software\\vykel-tests\\" + id).c_str());
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::temp_directory_path() / id, ignored);
+}
+
+std::uint32_t processId() {
+    return GetCurrentProcessId();
+}
+
+static std::filesystem::path programPath() {
+    wchar_t path[MAX_PATH] = {};
+    GetModuleFileNameW(nullptr, path, MAX_PATH);
+    return path;
+}
+
+std::filesystem::path programFolder() {
+    return programPath().parent_path();
+}
+
+ProgramResult runProgram(const std::string& name, const std::string& arguments) {
+    ProgramResult result{-1, {}};
+    const std::string command =
+        "\"\"" + (programFolder() / (name + ".exe")).string() + "\" " + arguments + "\"";
+    if (std::FILE* const pipe = _popen(command.c_str(), "rb")) {
+        for (int byte = std::getc(pipe); byte != EOF; byte = std::getc(pipe))
+            result.output += static_cast<char>(byte);
+        result.exitCode = _pclose(pipe);
+    }
+    return result;
+}
+
+std::vector<std::string> pluginsByRuntime() {
+    return {"fake_plugin"};
+}
+
+void raiseStructuredException(std::uint32_t code) {
+    RaiseException(code, 0, 0, nullptr);
+}
+
+// GCC's catch clauses see no structured exception, but a handler that is asked before them may end the
+// search.
+static jmp_buf escape;
+bool passesOn(const std::function<void()>& body) {
+    const auto handler = [](EXCEPTION_POINTERS*) -> LONG { longjmp(escape, 1); };
+    const auto previous = SetUnhandledExceptionFilter(handler);
+    const bool passed = setjmp(escape) != 0;
+    if (!passed)
+        body();
+    SetUnhandledExceptionFilter(previous);
+    return passed;
+}
+
+ChildProcess::ChildProcess(const std::string& role) {
+    setEnvironment("VYKEL_TEST_ROLE", role);
+    process = _wspawnl(_P_NOWAIT, programPath().c_str(), L"child", nullptr);
+    setEnvironment("VYKEL_TEST_ROLE", "");
+}
+
+int ChildProcess::wait() {
+    int status = -1;
+    _cwait(&status, process, 0);
+    return status;
+}
+
+void ChildProcess::kill() {
+    TerminateProcess(reinterpret_cast<HANDLE>(process), 1);
+    wait();
+}
+
+} // namespace vykeltest

@@ -1,0 +1,83 @@
+#ifndef TESTS_TRANSFERMACHINE_H
+#define TESTS_TRANSFERMACHINE_H
+
+#include "DeviceTable.h"
+#include "support/Machine.h"
+#include "vykel/IDevice.h"
+#include <cstdint>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vykeltest {
+
+/// A device in memory that writes down what it is asked.
+class LegacyDevice : public vykel::IDevice {
+public:
+    LegacyDevice(std::uint32_t deviceNumber, const char* deviceAlias, std::string deviceToken = "")
+        : number(deviceNumber), takesAlias(deviceAlias != nullptr), alias(takesAlias ? deviceAlias : ""),
+          token(std::move(deviceToken)) {}
+    virtual ~LegacyDevice() = default;
+
+    std::int32_t getVersion() override { return 0; }
+    const char* getPersistentToken(std::uint32_t format) override {
+        calls += 't' + std::to_string(format);
+        return token.c_str();
+    }
+    std::uint32_t getSortKey() override { return 0; }
+    void setNumber(std::uint32_t value, vykel::StatusBlock*) override { number = value; }
+    std::uint32_t getNumber() override {
+        calls += 'n';
+        return number;
+    }
+    const char* getAlias() override {
+        calls += 'a';
+        return takesAlias ? alias.c_str() : nullptr;
+    }
+    void setAlias(const char* text, std::int32_t one, std::int32_t zero,
+                  vykel::StatusBlock* status) override {
+        calls += one == 1 && zero == 0 && status->structSize == 8 && status->code == 0 ? 'S' : '?';
+        if (refusal < 0)
+            status->code = refusal;
+        else
+            alias = text;
+    }
+
+    std::uint32_t number;
+    bool takesAlias;
+    std::string alias;
+    std::string token;
+    std::int32_t refusal = 0;
+    std::string calls;
+};
+
+inline std::string readFile(const fs::path& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+inline void writeFile(const fs::path& path, const std::string& bytes) {
+    std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// A machine with a legacy file.
+struct TransferMachine {
+    Machine machine;
+    fs::path iniFile = machine.configurationFolder() / "vykel.ini";
+    fs::path temporaryFile = machine.configurationFolder() / "vykel.TMP";
+};
+
+/// One device table entry per list of devices.
+template <class Device>
+vykel::DeviceTable tableOf(const std::vector<std::unique_ptr<Device>>& devices) {
+    vykel::DeviceTable table(2); // the first list stays empty
+    for (const auto& device : devices)
+        table[1].push_back(device.get());
+    return table;
+}
+
+} // namespace vykeltest
+
+#endif

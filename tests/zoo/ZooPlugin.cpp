@@ -1,0 +1,216 @@
+// A plug-in that is wrong in one way, named by the environment variable VYKEL_ZOO_FAULT; right without it. It
+// has two devices: one with a number and an alias, kept in the file VYKEL_ZOO_STATE, and one with neither.
+
+#include "vykel/PluginEntryPoints.h"
+#include "vykel/StatusCodes.h"
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <set>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+namespace {
+
+using vykel::StatusBlock;
+using vykel::StatusCode;
+
+std::string variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? "" : value;
+}
+
+const std::string fault = variable("VYKEL_ZOO_FAULT");
+int initialisations = 0;
+std::thread::id firstThread;
+
+bool has(const char* name) {
+    return fault == name;
+}
+
+void storeError(StatusBlock* status, StatusCode code) {
+    if (status->code >= 0 || has("replaces-errors"))
+        status->code = vykel::toInteger(code);
+    if (has("fills-small-blocks"))
+        std::strcpy(status->component, "zoo");
+}
+
+/// What outlives the process: number and alias of the first device.
+struct State {
+    std::uint32_t number = 7;
+    std::string alias;
+
+    static State load() {
+        State state;
+        std::ifstream file(variable("VYKEL_ZOO_STATE"));
+        file >> state.number >> std::ws;
+        std::getline(file, state.alias);
+        return state;
+    }
+    void save() const { std::ofstream(variable("VYKEL_ZOO_STATE")) << number << '\n' << alias << '\n'; }
+};
+
+class Device final : public vykel::IDevice {
+public:
+    std::size_t index = 0;
+
+    std::int32_t getVersion() override { return 2; }
+    const char* getPersistentToken(std::uint32_t format) override {
+        static int calls = 0;
+        if (has("null-token") && format == 2)
+            return nullptr;
+        if (has("latin-1-token"))
+            return "Ger\xE4t";
+        token = std::string("zoo/device ") +
+                std::to_string(has("changing-token") ? ++calls : static_cast<int>(index));
+        return token.c_str();
+    }
+    std::uint32_t getSortKey() override { return 0; }
+    void setNumber(std::uint32_t number, StatusBlock* status) override {
+        if (has("refuses-numbers"))
+            return storeError(status, StatusCode::GeneralFault);
+        own.number = number;
+        if (!has("forgets-numbers"))
+            change([&](State& state) { state.number = number; });
+    }
+    std::uint32_t getNumber() override {
+        if (index != 0)
+            return vykel::noDeviceNumber;
+        return has("forgets-numbers") ? own.number : State::load().number;
+    }
+    const char* getAlias() override {
+        if (index != 0)
+            return nullptr;
+        if (!has("caches-aliases"))
+            own.alias = State::load().alias;
+        return own.alias.c_str();
+    }
+    void setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock*) override {
+        own.alias = alias;
+        change([&](State& state) { state.alias = has("cuts-aliases") ? own.alias.substr(0, 3) : own.alias; });
+    }
+
+private:
+    template <class Edit>
+    static void change(Edit&& edit) {
+        State state = State::load();
+        edit(state);
+        state.save();
+    }
+
+    std::string token;
+    State own = State::load();
+};
+
+class List final : public vykel::IDeviceList {
+public:
+    List() : shown(has("full-from-the-start") ? 2 : 0) {
+        for (std::size_t i = 0; i < devices.size(); ++i)
+            devices[i].index = i;
+    }
+    std::int32_t getVersion() override {
+        if (has("throws"))
+            throw std::logic_error("zoo");
+        return 0;
+    }
+    bool isStale() override {
+        if (has("slow-stale"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(5));
+        return shown == 0 || has("always-stale");
+    }
+    void refresh(StatusBlock* status) override {
+        if (has("crashes"))
+            *static_cast<volatile int*>(nullptr) = 0;
+        if (has("hangs"))
+            std::this_thread::sleep_for(std::chrono::minutes(1));
+        if (has("exits"))
+            std::_Exit(0);
+        if (has("throws-own-type"))
+            throw State();
+        if (has("fails"))
+            return storeError(status, StatusCode::GeneralFault);
+        if (has("one-thread") && std::this_thread::get_id() != firstThread)
+            return storeError(status, StatusCode::GeneralFault);
+        if (has("clears-codes"))
+            status->code = 0;
+        shown = 2;
+    }
+    std::uint32_t getCount() override { return has("counts-down") && shown > 0 ? shown-- : shown; }
+    vykel::IDevice* getDevice(std::uint32_t index, std::int32_t minimumVersion,
+                              StatusBlock* status) override {
+        if (index == 1 && (has("null-device") || has("refuses-device"))) {
+            if (has("refuses-device"))
+                storeError(status, StatusCode::GeneralFault);
+            return nullptr;
+        }
+        if (index >= shown) {
+            if (!has("any-index") && !has("silent-index"))
+                storeError(status, StatusCode::InvalidParameter);
+            return has("any-index") ? &devices[0] : nullptr;
+        }
+        if (minimumVersion > 2 && !has("any-device-version")) {
+            storeError(status, StatusCode::VersionMismatch);
+            return nullptr;
+        }
+        if (!has("one-object"))
+            return &devices[index];
+        devices[0].index = index;
+        return &devices[0];
+    }
+    void release() override {
+        static int releases = 0;
+        if (has("leaks-handles") && ++releases % 8 == 0 && // a process may have 1,024 of them
+            std::fopen(variable("VYKEL_ZOO_STATE").c_str(), "r") == nullptr)
+            std::abort();
+        if (!has("leaks-lists") && !has("one-list"))
+            delete this;
+    }
+    void attach(std::uint64_t token, StatusBlock* status) override {
+        if (!attached.insert(token).second)
+            storeError(status, StatusCode::InvalidParameter);
+    }
+    void detach(std::uint64_t token) override {
+        if (!has("stays-attached"))
+            attached.erase(token);
+    }
+
+private:
+    ~List() override = default;
+
+    std::array<Device, 2> devices;
+    std::uint32_t shown;
+    std::set<std::uint64_t> attached;
+};
+
+} // namespace
+
+std::int32_t vykel_initializePlugin() {
+    if (has("refuses") || (has("initialises-once") && initialisations > 0))
+        return vykel::toInteger(StatusCode::GeneralFault);
+    ++initialisations;
+    firstThread = std::this_thread::get_id();
+    return 0;
+}
+
+std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** list) {
+    if (has("no-list"))
+        return vykel::toInteger(StatusCode::GeneralFault);
+    if (version != 0 && !has("any-interface-version"))
+        return vykel::toInteger(StatusCode::VersionMismatch);
+    static List* const only = has("one-list") ? new List : nullptr;
+    if (!has("null-list"))
+        *list = only != nullptr ? only : new List;
+    return 0;
+}
+
+#ifndef ZOO_WITHOUT_FINALIZE
+std::int32_t vykel_finalizePlugin() {
+    if (!has("initialises-once"))
+        --initialisations;
+    return 0;
+}
+#endif
