@@ -50,9 +50,8 @@ Sample manySections(const std::string& shape, std::size_t count) {
         sample.sections.push_back("Alias" + number);
         text += "[Alias" + number + "]\r\nAlias=\"Lab " + number + "\"\r\nPersistentToken=\"USB-" + number +
                 "\"\r\nLocal=True\r\n\r\n";
-        for (const char* key : {"Alias", "PersistentToken", "Local"}) {
+        for (const char* key : {"Alias", "PersistentToken", "Local"})
             sample.keys.emplace_back(i, key);
-        }
     }
     write(sample, text);
     return sample;
@@ -129,19 +128,18 @@ void lookup(benchmark::State& state, const Sample& sample) {
 
 template <typename Engine>
 void removeAll(benchmark::State& state, const Sample& sample) {
-    timeLoaded<Engine>(state, sample, [&](Engine& engine) {
-        bool done = true;
-        if (sample.sections.size() == 1) {
-            for (const auto& [section, key] : sample.keys) {
-                done = engine.removeKey(sample.sections[section].c_str(), key.c_str()) && done;
-            }
-        } else {
-            for (const std::string& section : sample.sections) {
-                done = engine.removeSection(section.c_str()) && done;
-            }
-        }
-        return done;
-    });
+    timeLoaded<Engine>(
+        state, sample,
+        [&](Engine& engine) {
+            bool done = true;
+            if (sample.sections.size() == 1)
+                for (const auto& [section, key] : sample.keys)
+                    done = engine.removeKey(sample.sections[section].c_str(), key.c_str()) && done;
+            else
+                for (const std::string& section : sample.sections)
+                    done = engine.removeSection(section.c_str()) && done;
+            return done;
+        });
 }
 
 template <typename Engine>
@@ -219,9 +217,8 @@ int main(int argc, char** argv) {
         addDeleting<bench::Vykel>(sample);
         addDeleting<bench::SimpleIni>(sample);
         addDeleting<bench::Inih>(sample);
-        if (sample.keys.size() < 10000) {
+        if (sample.keys.size() < 10000)
             addDeleting<bench::GKeyFile>(sample); // quadratic: ten minutes for 100,000
-        }
         addSaving<bench::Vykel>(sample);
         addSaving<bench::SimpleIni>(sample);
         addSaving<bench::GKeyFile>(sample);

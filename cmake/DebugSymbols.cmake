@@ -1,5 +1,6 @@
-# split_debug_symbols(target [-g1]): what is shipped is stripped, its debug symbols lie beside it in <file>.debug, where
-# debuggers look for them; -g1 leaves out all that a stack trace does not need. A static library keeps its symbols for whatever it is linked into.
+# split_debug_symbols(target [-g1]): what is shipped is stripped; its debug symbols lie beside it in <file>.debug,
+# where debuggers look for them. -g1 leaves out all that a stack trace does not need. A static library keeps its
+# symbols for whatever it is linked into.
 function(split_debug_symbols target)
   if(VYKEL_SANITIZE)
     return() # the sanitizers' reports want the symbols in place

@@ -87,11 +87,10 @@ bool canBeWritten(IniDocument& document) {
 /// themselves, and they are quoted, or without blanks and quotes.
 bool canBeSplit(const IniDocument& document) {
     for (const IniSection* section = document.sections.first(); section != nullptr; section = section->next) {
-        for (const IniEntry* entry = section->entries.first(); entry != nullptr; entry = entry->next) {
+        for (const IniEntry* entry = section->entries.first(); entry != nullptr; entry = entry->next)
             if (std::strstr(entry->key, " Line") != nullptr ||
                 (entry->quote == 0 && std::strpbrk(entry->value, " \t\v\f\"'") != nullptr))
                 return false;
-        }
     }
     return true;
 }
@@ -166,11 +165,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const Document same = makeDocument(data);
     parse(same.get(), file.get(), 1);
     checkSame(*document, *same);
-    for (const IniSection* section = document->sections.first(); section != nullptr;
-         section = section->next) {
+    for (const IniSection* section = document->sections.first(); section != nullptr; section = section->next)
         for (const IniEntry* entry = section->entries.first(); entry != nullptr; entry = entry->next)
             encodeAndDecode(entry->value);
-    }
     if (canBeWritten(*document))
         writeAndReadAgain(*document, data);
     lookUpAndDelete(*document);

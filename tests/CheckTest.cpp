@@ -1,6 +1,5 @@
 #include "support/Platform.h"
 
-#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
@@ -13,35 +12,13 @@ namespace {
 namespace fs = std::filesystem;
 using Json = nlohmann::json;
 
-struct ToolRun {
-    int exitCode;
-    std::string output;
-};
-
 /// `vykeldev check` with these arguments.
-ToolRun check(const std::string& arguments) {
-#if defined(_WIN32)
-    const std::string command =
-        "\"\"" + (programFolder() / "vykeldev.exe").string() + "\" check " + arguments + "\"";
-    FILE* const pipe = _popen(command.c_str(), "rt");
-#else
-    const std::string command = "'" + (programFolder() / "vykeldev").string() + "' check " + arguments;
-    FILE* const pipe = popen(command.c_str(), "r");
-#endif
-    ToolRun run = {-1, ""};
-    char bytes[4096];
-    while (const std::size_t count = std::fread(bytes, 1, sizeof bytes, pipe))
-        run.output.append(bytes, count);
-#if defined(_WIN32)
-    run.exitCode = _pclose(pipe);
-#else
-    run.exitCode = WEXITSTATUS(pclose(pipe));
-#endif
-    return run;
+ProgramResult check(const std::string& arguments) {
+    return runProgram("vykeldev", "check " + arguments);
 }
 
-#if defined(_WIN32)
-constexpr bool processesAreCheap = false; // under Wine; there only the rule at stake is checked
+#if defined(_WIN32) || defined(VYKEL_SANITIZED)
+constexpr bool processesAreCheap = false; // under Wine and sanitizers only the rule at stake is checked
 #else
 constexpr bool processesAreCheap = true;
 #endif
@@ -136,7 +113,7 @@ TEST_P(ZooTest, BreaksOneRuleAndNoOther) {
     setEnvironment("VYKEL_ZOO_FAULT", fault);
 
     const std::string rules = processesAreCheap ? "" : " --rule " + std::string(animal.rule);
-    const ToolRun run =
+    const ProgramResult run =
         check("--json --timeout " + std::string(fault == "hangs" ? "5" : "50") + rules + plugin);
     EXPECT_EQ(run.exitCode, animal.result == std::string("failed") ? 5 : 4) << run.output;
     const Json report = Json::parse(run.output);
@@ -163,7 +140,7 @@ INSTANTIATE_TEST_SUITE_P(All, ZooTest, testing::ValuesIn(animals), [](const auto
 
 TEST_F(CheckTest, TheRightOnePassesAndIsLeftAsItWas) {
     setEnvironment("VYKEL_ZOO_FAULT", "");
-    const ToolRun run = check("--timeout 50" + library("zoo_plugin"));
+    const ProgramResult run = check("--timeout 50" + library("zoo_plugin"));
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_NE(run.output.find("25 passed, 0 failed, 0 with warnings, 0 skipped"), std::string::npos)
         << run.output;
@@ -176,7 +153,7 @@ TEST_F(CheckTest, TheSimulatedPluginPassesWhole) {
     const std::string devices =
         "token=a number=4 alias=\"Pump\"\ntoken=b version=2 alias=\"\" number=1\ntoken=c\n";
     std::ofstream(folder / "left.devices", std::ios::binary) << devices;
-    const ToolRun run = check("--timeout 50" + quoted(copy));
+    const ProgramResult run = check("--timeout 50" + quoted(copy));
     EXPECT_EQ(run.exitCode, 0);
     EXPECT_NE(run.output.find("25 passed"), std::string::npos) << run.output;
     std::ifstream file(folder / "left.devices", std::ios::binary);
@@ -186,7 +163,8 @@ TEST_F(CheckTest, TheSimulatedPluginPassesWhole) {
 TEST_F(CheckTest, ReadOnlyLeavesOutWhatAltersAndJUnitTellsAll) {
     setEnvironment("VYKEL_ZOO_FAULT", "latin-1-token");
     const fs::path junit = folder / "junit.xml";
-    const ToolRun run = check("--timeout 50 --read-only --junit" + quoted(junit) + library("zoo_plugin"));
+    const ProgramResult run =
+        check("--timeout 50 --read-only --junit" + quoted(junit) + library("zoo_plugin"));
     EXPECT_EQ(run.exitCode, 5);
     EXPECT_NE(run.output.find("22 passed, 1 failed, 0 with warnings, 2 skipped"), std::string::npos)
         << run.output;

@@ -12,7 +12,7 @@ namespace {
 
 using Json = nlohmann::json;
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(VYKEL_SANITIZED)
 constexpr const char* crashed = "plugin-exited"; // the sanitizer ends a process that crashes
 #else
 constexpr const char* crashed = "plugin-crashed";
@@ -263,7 +263,7 @@ TEST_F(DoctorTest, BundlesWhatSupportNeedsAndNoMore) {
 }
 
 TEST(DoctorDocument, ListsEveryFinding) {
-    const std::string document = replaced(readFile(fs::path("docs") / "troubleshooting.md"), "\r", "");
+    const std::string document = replaced(readFile(fs::path(VYKEL_DOCS) / "troubleshooting.md"), "\r", "");
     std::istringstream table(replaced(runProgram("vykeldev", "doctor --list-findings").output, "\r", ""));
     std::size_t count = 0;
     for (std::string name, severity, meaning, remedy; std::getline(table, name, '\t'); ++count) {

@@ -33,9 +33,8 @@ TEST(IniEdit, NamesCompareWithoutCaseAndOuterBlanks) {
         EXPECT_EQ(compareIniNames(row.left, row.right, 0), row.folded);
         EXPECT_EQ(compareIniNames(row.right, row.left, 0), -row.folded);
         EXPECT_EQ(compareIniNames(row.left, row.right, 1), row.exact);
-        if (row.left != nullptr) {
-            EXPECT_EQ(equalIniNames(row.left, row.right, 0), row.folded == 0);
-        }
+        EXPECT_EQ(row.left != nullptr && equalIniNames(row.left, row.right, 0),
+                  row.left != nullptr && row.folded == 0);
     }
 }
 

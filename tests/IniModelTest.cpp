@@ -231,17 +231,17 @@ public:
     void step() {
         const std::string section = name("s");
         const std::string key = name("k");
-        const std::size_t choice = below(40);
+        const std::size_t choice = below(400);
         if (choice == 0) {
             load();
-        } else if (choice == 1) {
+        } else if (choice < 6) {
             setOptions();
-        } else if (choice < 5) {
+        } else if (choice < 14) {
             ASSERT_EQ(deleteIniSection(engine.get(), section.c_str()), model.removeSection(section));
-        } else if (choice < 16) {
+        } else if (choice < 120) {
             ASSERT_EQ(deleteIniEntry(engine.get(), section.c_str(), key.c_str()),
                       model.removeEntry(section, key));
-        } else if (choice < 24) {
+        } else if (choice < 200) {
             find(section);
         } else {
             const int quote = below(2) != 0 ? '"' : 0;

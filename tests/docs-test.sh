@@ -65,7 +65,8 @@ done
 
 grep -ohE '`vykeldev [a-z]+[^`]*`' "$source_dir"/docs/*.md "$source_dir"/README.md 2>/dev/null | tr -d '`' | sort -u |
   while read -r _ command arguments; do
-    help=$(vykeldev "$command" --help) || { echo "vykeldev $command"; continue; }
+    help=$(vykeldev "$command" --help </dev/null) || true
+    grep -q "^Usage: vykeldev $command " <<<"$help" || { echo "vykeldev $command"; continue; }
     for word in $arguments; do
       case $word in --*) grep -qe "$word" <<<"$help" || echo "vykeldev $command $word" ;; esac
     done

@@ -45,9 +45,9 @@ see() {
   mv devices plugin/simulated.devices
 }
 
-# Checks a file, one JSON document or one a line, against a schema of the kit.
+# Checks what a command of the tool wrote, one JSON document or one a line, against its schema.
 validate() {
-  /usr/bin/python3 - "$kit/share/vykeldevenum/schemas/$1.schema.json" "$2" <<'PYTHON'
+  /usr/bin/python3 - "$kit/share/vykeldevenum/schemas/$1.schema.json" "$1.json" <<'PYTHON'
 import json, sys
 try:
     from jsonschema import Draft202012Validator
@@ -69,22 +69,23 @@ echo "== the binary contract"
 run ./layout$exe | tr -d '\r' | compare layout.txt
 if [ $windows ]; then
   "$OBJDUMP" -p "$kit/bin/vykeldevenum.dll" >objdump.txt
-  sed -n '/Ordinal\/Name Pointer/,/^$/s/.*\] //p' objdump.txt | compare exports.txt
+  awk '/Ordinal\/Name Pointer/ { names = 1; next } /^$/ { names = 0 } names { print $NF }' objdump.txt |
+    compare exports.txt
   # What is asked of Windows; the C runtime's functions are the compiler's affair.
   awk '/DLL Name/ { dll = $3; if (dll == "msvcrt.dll") print dll }
        /^\t[0-9a-f]+\t/ && dll != "msvcrt.dll" { print dll, $3 }' objdump.txt | sort | compare imports.txt
   strings -e l "$kit/bin/vykeldevenum.dll" | grep -qx "$version" || fail "no version resource $version"
 else
-  nm -D --defined-only "$kit/lib/libvykeldevenum.so" | awk '{ print $3 }' | sort | compare exports.txt
+  nm -D --defined-only "$kit/bin/libvykeldevenum.so" | awk '{ print $3 }' | sort | compare exports.txt
 fi
 
 echo "== symbols beside what is stripped"
-for file in "$library" "bin/vykeldev$exe"; do
-  "$OBJDUMP" -h "$kit/$file" >sections.txt
+for file in "$library" "vykeldev$exe"; do
+  "$OBJDUMP" -h "$kit/bin/$file" >sections.txt
   grep -q gnu_debuglink sections.txt || fail "$file does not name its symbols"
   ! grep -q debug_info sections.txt || fail "$file is not stripped"
-  "$OBJDUMP" -h "$kit/$file.debug" | grep -q debug_info || fail "$file.debug has no symbols"
-  ! grep -aqE "$source_dir|$build" "$kit/$file" "$kit/$file.debug" || fail "$file names this machine's folders"
+  "$OBJDUMP" -h "$kit/bin/$file.debug" | grep -q debug_info || fail "$file.debug has no symbols"
+  ! grep -aqE "$source_dir|$build" "$kit/bin/$file" "$kit/bin/$file.debug" || fail "$file names this machine's folders"
 done
 
 echo "== samples, from the kit alone"
@@ -96,20 +97,24 @@ done
 export PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig
 [ "$(pkg-config --modversion vykeldevenum)" = "$version" ] || fail "pkg-config has another version"
 "$CXX" "$kit/share/vykeldevenum/samples/client/main.cpp" $(pkg-config --cflags --libs vykeldevenum) \
-  -o "$kit/${library%/*}/client$exe" ${rpath:+-Wl,-rpath,$kit/lib}
+  -o "$kit/bin/client$exe" ${rpath:+-Wl,-rpath,$kit/bin}
 
 echo "== what they show"
 [ "$(vykeldev --version | tr -d '\r')" = "vykeldev $version" ] || fail "vykeldev has another version"
 see 'token=b token2=same number=9\ntoken=a token2=same number=8 alias=""'
 vykeldev register sample plugin/simulated$module >/dev/null
 printf 'KEL9  takes no alias  b\nKEL8    a\n' >expected.txt
-for client in client/client$exe "$kit/${library%/*}/client$exe"; do
+for client in client/client$exe "$kit/bin/client$exe"; do
   run "$client" | tr -d '\r' | diff -u expected.txt - || fail "$client"
 done
-vykeldev list --json >list.json
-validate list list.json
-vykeldev plugins --json >plugins.json
-validate plugins plugins.json
+for command in list plugins aliases doctor check; do
+  argument=
+  if [ $command = check ]; then argument=plugin/simulated$module; fi
+  status=0
+  vykeldev $command --json $argument >$command.json || status=$?
+  case $command-$status in *-0 | aliases-3) ;; *) cat $command.json >&2; fail "$command ended with $status" ;; esac
+  validate $command
+done
 
 echo "== watch"
 "${runner[@]}" "$kit/bin/vykeldev$exe" watch --json --interval 0.05 >watch.json &
@@ -119,17 +124,17 @@ see 'token=c number=9\ntoken=b token2=same number=7\ntoken=a token2=same number=
 await_lines watch.json 5
 see 'token=b token2=same number=7'
 await_lines watch.json 7
-interrupt $watch
+kill -INT $watch # Wine makes it a Ctrl-C
 wait $watch || fail "watch ended with $?"
-validate watch watch.json
+validate watch
 tr -d '\r' <watch.json | sed 's/"schemaVersion":1,//' | diff -u - <(cat <<'JSON'
 {"event":"added","token":"same","number":9,"alias":null}
 {"event":"added","token":"same","number":8,"alias":""}
 {"event":"added","token":"c","number":9,"alias":null}
 {"event":"renumbered","token":"same","number":7,"alias":null,"previousNumber":9}
 {"event":"renamed","token":"same","number":8,"alias":"A","previousAlias":""}
-{"event":"removed","token":"same","number":8,"alias":"A"}
 {"event":"removed","token":"c","number":9,"alias":null}
+{"event":"removed","token":"same","number":8,"alias":"A"}
 JSON
 ) || fail "watch told something else"
 

@@ -5,9 +5,8 @@ namespace vyini {
 namespace {
 
 void freeOwned(const char* text, bool owned) noexcept {
-    if (owned) {
+    if (owned)
         std::free(const_cast<char*>(text));
-    }
 }
 
 } // namespace

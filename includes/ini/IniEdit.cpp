@@ -8,20 +8,17 @@ namespace {
 
 /// A copy without the blanks at both ends, or null when memory is short.
 IniString trimmedCopy(const char* text) noexcept {
-    while (isBlank(*text)) {
+    while (isBlank(*text))
         ++text;
-    }
     std::size_t length = std::strlen(text);
-    while (length != 0 && isBlank(text[length - 1])) {
+    while (length != 0 && isBlank(text[length - 1]))
         --length;
-    }
     return copyText(text, length);
 }
 
 void setValue(IniEntry& entry, IniString value, int quote) noexcept {
-    if (entry.ownsValue) {
+    if (entry.ownsValue)
         std::free(const_cast<char*>(entry.value));
-    }
     entry.value = value.release();
     entry.ownsValue = true;
     entry.quote = static_cast<std::uint8_t>(quote);
@@ -43,9 +40,8 @@ bool addEntry(IniDocument& document, IniSection& section, const char* key, IniSt
               int quote) noexcept {
     IniString kept = trimmedCopy(key);
     IniEntry* entry = kept != nullptr ? document.entryPool.make() : nullptr;
-    if (entry == nullptr) {
+    if (entry == nullptr)
         return false;
-    }
     entry->key = kept.release();
     entry->ownsKey = true;
     setValue(*entry, std::move(value), quote);
@@ -61,17 +57,14 @@ int memoryFull(IniDocument& document) noexcept {
 } // namespace
 
 IniSection* findIniSection(IniDocument* document, const char* name) noexcept {
-    if (name == nullptr) {
+    if (name == nullptr)
         return nullptr;
-    }
     IniSection* current = document->currentSection;
-    if (current != nullptr && equalIniNames(name, current->name, document->caseSensitive)) {
+    if (current != nullptr && equalIniNames(name, current->name, document->caseSensitive))
         return current;
-    }
     IniSection* found = document->sections.find(name, document->caseSensitive);
-    if (found != nullptr) {
+    if (found != nullptr)
         document->currentSection = found;
-    }
     return found;
 }
 
@@ -81,54 +74,44 @@ IniEntry* findIniEntry(IniSection* section, int caseSensitive, const char* key) 
 
 int getIniUInt(IniDocument* document, const char* section, const char* key, std::uint32_t* out) noexcept {
     const IniEntry* entry = findIniEntry(findIniSection(document, section), document->caseSensitive, key);
-    if (entry == nullptr) {
+    if (entry == nullptr)
         return 0;
-    }
     document->lastKeyLine = entry->line;
-    if (isBlankText(entry->value)) {
+    if (isBlankText(entry->value))
         return 0;
-    }
     const char* text = entry->value;
-    while (isBlank(*text)) {
+    while (isBlank(*text))
         ++text;
-    }
-    if (*text == '+') {
+    if (*text == '+')
         ++text;
-    }
     std::uint32_t number = 0;
-    if (!readDigits(text, number) || !isBlankText(text)) {
+    if (!readDigits(text, number) || !isBlankText(text))
         return IniNotANumber;
-    }
     *out = number;
     return 1;
 }
 
 int setIniValue(IniDocument* document, const char* section, const char* key, const char* value,
                 int quote) noexcept {
-    if (isBlankText(section) || isBlankText(key)) {
+    if (isBlankText(section) || isBlankText(key))
         return IniEmptyName;
-    }
     IniString kept = trimmedCopy(value != nullptr ? value : "");
-    if (kept == nullptr) {
+    if (kept == nullptr)
         return memoryFull(*document);
-    }
     IniSection* found = findIniSection(document, section);
     IniEntry* entry = nullptr;
-    if (document->mergeDuplicates != 0) {
+    if (document->mergeDuplicates != 0)
         entry = findIniEntry(found, document->caseSensitive, key);
-    }
     if (entry != nullptr) {
         setValue(*entry, std::move(kept), quote);
         return 1;
     }
     IniSection* target = found != nullptr ? found : makeSection(*document, section);
-    if (target == nullptr) {
+    if (target == nullptr)
         return memoryFull(*document);
-    }
     if (!addEntry(*document, *target, key, std::move(kept), quote)) {
-        if (found == nullptr) {
+        if (found == nullptr)
             freeIniSection(document, target);
-        }
         return memoryFull(*document);
     }
     if (found == nullptr) {
@@ -140,12 +123,10 @@ int setIniValue(IniDocument* document, const char* section, const char* key, con
 
 int deleteIniSection(IniDocument* document, const char* name) noexcept {
     IniSection* section = name != nullptr ? document->sections.take(name, document->caseSensitive) : nullptr;
-    if (section == nullptr) {
+    if (section == nullptr)
         return 0;
-    }
-    if (document->currentSection == section) {
+    if (document->currentSection == section)
         document->currentSection = nullptr;
-    }
     freeIniSection(document, section);
     return 1;
 }
@@ -154,9 +135,8 @@ int deleteIniEntry(IniDocument* document, const char* section, const char* key) 
     IniSection* found = findIniSection(document, section);
     IniEntry* entry =
         found != nullptr && key != nullptr ? found->entries.take(key, document->caseSensitive) : nullptr;
-    if (entry == nullptr) {
+    if (entry == nullptr)
         return 0;
-    }
     document->entryPool.release(entry);
     return 1;
 }

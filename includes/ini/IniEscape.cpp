@@ -31,20 +31,17 @@ char* encode(char c, char* out) noexcept {
 /// 0 to 15, or -1.
 int hexValue(char c) noexcept {
     const unsigned char upper = fold(c);
-    if (isDigit(c)) {
+    if (isDigit(c))
         return c - '0';
-    }
     return upper >= 'A' && upper <= 'F' ? upper - 'A' + 10 : -1;
 }
 
 /// What the character after a backslash means; `text`, behind that character, moves over hex digits.
 char decodeEscape(char c, const char*& text) noexcept {
-    if (c == 'n') {
+    if (c == 'n')
         return '\n';
-    }
-    if (c == 't') {
+    if (c == 't')
         return '\t';
-    }
     if (c == 'x' && hexValue(text[0]) >= 0 && hexValue(text[1]) >= 0) {
         const int byte = hexValue(text[0]) * 16 + hexValue(text[1]);
         text += 2;
@@ -56,9 +53,8 @@ char decodeEscape(char c, const char*& text) noexcept {
 /// The `length` bytes written to the work buffer as a text of its own.
 int handOver(const IniString& work, const char* end, IniString& out) noexcept {
     IniString exact = copyText(work.get(), static_cast<std::size_t>(end - work.get()));
-    if (exact == nullptr) {
+    if (exact == nullptr)
         return IniMemoryFull;
-    }
     out = std::move(exact);
     return 0;
 }
@@ -68,29 +64,25 @@ int handOver(const IniString& work, const char* end, IniString& out) noexcept {
 int encodeIniValue(const char* text, IniString& out) noexcept {
     text = text != nullptr ? text : "";
     const IniString work(static_cast<char*>(std::malloc(4 * std::strlen(text) + 1)));
-    if (work == nullptr) {
+    if (work == nullptr)
         return IniMemoryFull;
-    }
     char* end = work.get();
-    for (; *text != '\0'; ++text) {
+    for (; *text != '\0'; ++text)
         end = encode(*text, end);
-    }
     return handOver(work, end, out);
 }
 
 int decodeIniValue(const char* text, IniString& out) noexcept {
     text = text != nullptr ? text : "";
     const IniString work(static_cast<char*>(std::malloc(std::strlen(text) + 1)));
-    if (work == nullptr) {
+    if (work == nullptr)
         return IniMemoryFull;
-    }
     char* end = work.get();
     while (*text != '\0') {
         char c = *text++;
         if (c == '\\') {
-            if (*text == '\0') {
+            if (*text == '\0')
                 break;
-            }
             c = *text++;
             c = decodeEscape(c, text);
         }

@@ -7,9 +7,8 @@ namespace vyini {
 bool findFile(const char* path, IniFileFacts* facts) noexcept {
     WIN32_FIND_DATAA found;
     const HANDLE search = FindFirstFileA(path, &found);
-    if (search == INVALID_HANDLE_VALUE) {
+    if (search == INVALID_HANDLE_VALUE)
         return false;
-    }
     FindClose(search);
     if (facts != nullptr) {
         facts->lastWriteTime = found.ftLastWriteTime;

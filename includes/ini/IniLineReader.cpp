@@ -25,9 +25,8 @@ int IniLineReader::readLine(IniRange& line) noexcept {
     for (;;) {
         if (atStart && end != filled) {
             atStart = false;
-            if (isLineEnd(*end) && *end != previousEnd) {
+            if (isLineEnd(*end) && *end != previousEnd)
                 end = ++position; // the second half of the previous line's end
-            }
         }
         end = findLineEnd(end);
         if (end != filled) {
@@ -36,13 +35,11 @@ int IniLineReader::readLine(IniRange& line) noexcept {
         }
         const std::ptrdiff_t length = end - position;
         const int got = refill();
-        if (got < 0 || (got == 0 && length == 0)) {
+        if (got < 0 || (got == 0 && length == 0))
             return got;
-        }
         end = position + length;
-        if (got == 0) {
+        if (got == 0)
             break; // a last line without an end
-        }
     }
     line = {position, end};
     position = end == filled ? end : end + 1;
@@ -52,14 +49,12 @@ int IniLineReader::readLine(IniRange& line) noexcept {
 
 /// Reads more bytes behind those of the line in progress: 1 when some came, 0 at the end of the file.
 int IniLineReader::refill() noexcept {
-    if (filled == blockEnd && !startBlock()) {
+    if (filled == blockEnd && !startBlock())
         return IniMemoryFull;
-    }
     const std::size_t got =
         std::fread(filled, 1, std::min(static_cast<std::size_t>(blockEnd - filled), readSize), file);
-    if (std::ferror(file) != 0) {
+    if (std::ferror(file) != 0)
         return IniReadFailed;
-    }
     filled += got;
     std::memset(filled, 0, scanSlack);
     return got != 0 ? 1 : 0;
@@ -70,9 +65,8 @@ bool IniLineReader::startBlock() noexcept {
     const auto length = static_cast<std::size_t>(filled - position);
     const std::size_t size = std::max(nextBlockSize, 2 * length);
     char* block = text.add(size + scanSlack);
-    if (block == nullptr) {
+    if (block == nullptr)
         return false;
-    }
     std::memcpy(block, position, length);
     position = block;
     filled = block + length;

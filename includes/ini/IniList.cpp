@@ -8,9 +8,8 @@ template <typename T>
 T* IniList<T>::take(const char* name, int caseSensitive) noexcept {
     const Place place = locate(name, caseSensitive);
     if (place.item != nullptr) {
-        if (index != nullptr) {
+        if (index != nullptr)
             index->remove(place.slot);
-        }
         unlink(place.item);
     }
     return place.item;
@@ -18,15 +17,12 @@ T* IniList<T>::take(const char* name, int caseSensitive) noexcept {
 
 template <typename T>
 T* IniList<T>::at(std::uint32_t n) noexcept {
-    if (n == 0 || n > size) {
+    if (n == 0 || n > size)
         return nullptr;
-    }
     T* item = index != nullptr || useIndex(0) ? index->atPosition(n) : nullptr;
-    if (item == nullptr) {
-        for (item = head; n > 1; --n) {
+    if (item == nullptr)
+        for (item = head; n > 1; --n)
             item = item->next;
-        }
-    }
     return item;
 }
 
@@ -39,9 +35,8 @@ void IniList<T>::unlink(T* item) noexcept {
 
 template <typename T>
 typename IniList<T>::Place IniList<T>::lookUp(const char* name, int caseSensitive) noexcept {
-    if (!useIndex(caseSensitive)) {
+    if (!useIndex(caseSensitive))
         return walk(name, caseSensitive);
-    }
     const std::uint32_t hash = index->hashOf(name);
     const std::uint32_t slot = index->find(name, hash);
     return {slot != index->none ? index->itemAt(slot) : nullptr, hash, slot};
@@ -51,14 +46,12 @@ typename IniList<T>::Place IniList<T>::lookUp(const char* name, int caseSensitiv
 template <typename T>
 bool IniList<T>::useIndex(int caseSensitive) noexcept {
     const int kind = caseSensitive != 0 ? 1 : 0;
-    if (index != nullptr && index->caseSensitive != kind) {
+    if (index != nullptr && index->caseSensitive != kind)
         index.reset();
-    }
     if (index == nullptr && size > walkedSize) {
         index.reset(new (std::nothrow) IniIndex<T>(kind));
-        if (index != nullptr && !index->build(head, size)) {
+        if (index != nullptr && !index->build(head, size))
             index.reset();
-        }
     }
     return index != nullptr;
 }

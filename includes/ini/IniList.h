@@ -27,13 +27,11 @@ public:
     template <typename Make>
     T* findOrAppend(const char* name, int caseSensitive, Make make) noexcept {
         const Place place = locate(name, caseSensitive);
-        if (place.item != nullptr) {
+        if (place.item != nullptr)
             return place.item;
-        }
         T* item = make();
-        if (item != nullptr) {
+        if (item != nullptr)
             appendHashed(item, place.hash);
-        }
         return item;
     }
 
@@ -67,9 +65,8 @@ private:
 
     Place walk(const char* name, int caseSensitive) const noexcept {
         T* item = head;
-        while (item != nullptr && !equalIniNames(name, nameOf(*item), caseSensitive)) {
+        while (item != nullptr && !equalIniNames(name, nameOf(*item), caseSensitive))
             item = item->next;
-        }
         return {item, 0, 0};
     }
 
@@ -82,9 +79,8 @@ private:
         (tail != nullptr ? tail->next : head) = item;
         tail = item;
         ++size;
-        if (index != nullptr && !index->append(item, hash)) {
+        if (index != nullptr && !index->append(item, hash))
             index.reset();
-        }
     }
 
     T* head = nullptr;

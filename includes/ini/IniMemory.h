@@ -1,6 +1,7 @@
 #ifndef INI_INIMEMORY_H
 #define INI_INIMEMORY_H
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -42,17 +43,15 @@ public:
     /// A new block of `size` bytes, or null when memory is short.
     char* add(std::size_t size) noexcept {
         void* memory = std::malloc(sizeof(Block) + size);
-        if (memory == nullptr) {
+        if (memory == nullptr)
             return nullptr;
-        }
         newest = new (memory) Block{newest};
         return static_cast<char*>(memory) + sizeof(Block);
     }
 
     void clear() noexcept {
-        while (newest != nullptr) {
+        while (newest != nullptr)
             std::free(std::exchange(newest, newest->older));
-        }
     }
 
 private:
@@ -62,8 +61,8 @@ private:
     Block* newest = nullptr;
 };
 
-/// Hands out items of one type from blocks that double in size up to a limit, and hands out again what is
-/// given back. One thread. Items still alive when the pool ends or is cleared are not destroyed.
+/// Hands out items of one type from blocks that grow with their number up to a limit, and hands out again
+/// what is given back. One thread. Items still alive when the pool ends or is cleared are not destroyed.
 template <typename T>
 class IniPool {
 public:
@@ -79,9 +78,8 @@ public:
             spare = spare->next;
             return new (place) T();
         }
-        if (fresh == freshEnd && !addBlock()) {
+        if (fresh == freshEnd && !addBlock())
             return nullptr;
-        }
         void* place = fresh;
         fresh += sizeof(T);
         return new (place) T();
@@ -95,12 +93,11 @@ public:
 
     /// Frees the memory of all items.
     void clear() noexcept {
-        while (blocks != nullptr) {
+        while (blocks != nullptr)
             std::free(std::exchange(blocks, blocks->next));
-        }
         spare = nullptr;
         fresh = freshEnd = nullptr;
-        blockItems = smallestBlock;
+        items = 0;
     }
 
 private:
@@ -108,20 +105,18 @@ private:
         Spare* next;
     };
     static_assert(sizeof(T) >= sizeof(Spare) && alignof(T) <= alignof(Spare));
-    static constexpr std::size_t smallestBlock = 8;
+    static constexpr std::size_t smallestBlock = 4;
     static constexpr std::size_t largestBlock = 512;
 
     bool addBlock() noexcept {
+        const std::size_t blockItems = std::clamp(items / 2, smallestBlock, largestBlock);
         void* memory = std::malloc(sizeof(Spare) + blockItems * sizeof(T));
-        if (memory == nullptr) {
+        if (memory == nullptr)
             return false;
-        }
         blocks = new (memory) Spare{blocks};
         fresh = static_cast<unsigned char*>(memory) + sizeof(Spare);
         freshEnd = fresh + blockItems * sizeof(T);
-        if (blockItems < largestBlock) {
-            blockItems *= 2;
-        }
+        items += blockItems;
         return true;
     }
 
@@ -129,7 +124,7 @@ private:
     Spare* spare = nullptr;
     unsigned char* fresh = nullptr;
     unsigned char* freshEnd = nullptr;
-    std::size_t blockItems = smallestBlock;
+    std::size_t items = 0; // in all blocks
 };
 
 } // namespace vyini

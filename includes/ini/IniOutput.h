@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdio>
+#include <cstring>
 
 namespace vyini {
 
@@ -15,22 +16,37 @@ public:
     IniOutput& operator=(const IniOutput&) = delete;
 
     /// Appends a text, every line feed as CR LF.
-    void put(const char* text, std::size_t length) noexcept;
+    void put(const char* text, std::size_t length) noexcept {
+        if (length <= sizeof(buffer) - fill && std::memchr(text, '\n', length) == nullptr) {
+            std::memcpy(buffer + fill, text, length);
+            fill += length;
+        } else {
+            putByCharacter(text, length);
+        }
+    }
 
-    void put(char c) noexcept { append(&c, 1); }
-    void endLine() noexcept { append("\r\n", 2); }
+    void put(char c) noexcept {
+        if (fill == sizeof(buffer))
+            writeOut();
+        buffer[fill++] = c;
+    }
+
+    void endLine() noexcept {
+        put('\r');
+        put('\n');
+    }
 
     /// Writes what is left. False when this or an earlier write failed.
     bool finish() noexcept;
 
 private:
-    void append(const char* text, std::size_t length) noexcept;
+    void putByCharacter(const char* text, std::size_t length) noexcept;
     void writeOut() noexcept;
 
     std::FILE* file;
     std::size_t fill = 0;
     bool failed = false;
-    char buffer[8192];
+    char buffer[16384];
 };
 
 } // namespace vyini

@@ -12,9 +12,8 @@ constexpr std::ptrdiff_t wordLength = sizeof(continuationWord) - 1;
 /// Quick to say no: does the key end in the word and digits?
 bool mayContinue(IniRange key) noexcept {
     const char* digits = key.end;
-    while (digits != key.begin && isDigit(digits[-1])) {
+    while (digits != key.begin && isDigit(digits[-1]))
         --digits;
-    }
     return digits != key.end && digits - key.begin >= wordLength &&
            std::memcmp(digits - wordLength, continuationWord, wordLength) == 0;
 }
@@ -35,9 +34,8 @@ public:
     /// Takes one line in: 0 or IniMemoryFull.
     int take(IniRange line, std::int32_t number) noexcept {
         line = withoutTrailingBlanks(withoutLeadingBlanks(line));
-        if (line.empty()) {
+        if (line.empty())
             return unusable(number);
-        }
         switch (*line.begin) {
         case ';':
             return 0;
@@ -50,36 +48,31 @@ public:
 
 private:
     int unusable(std::int32_t number) noexcept {
-        if (document.firstBadLine == -1) {
+        if (document.firstBadLine == -1)
             document.firstBadLine = number;
-        }
         return 0;
     }
 
     int takeHeader(IniRange line, std::int32_t number) noexcept {
         char* bracket = findByte(line.begin, line.end, ']');
-        if (bracket == line.end) {
+        if (bracket == line.end)
             return unusable(number);
-        }
         const IniRange name = withoutLeadingBlanks(withoutTrailingBlanks({line.begin + 1, bracket}));
-        if (name.empty()) {
+        if (name.empty())
             return unusable(number);
-        }
         return openSection(terminated(name), number);
     }
 
     int openSection(const char* name, std::int32_t number) noexcept {
         const auto make = [&] {
             IniSection* made = document.sectionPool.make();
-            if (made != nullptr) {
+            if (made != nullptr)
                 made->name = name;
-            }
             return made;
         };
         IniSection* section = findOrAppend(document.sections, name, make);
-        if (section == nullptr) {
+        if (section == nullptr)
             return IniMemoryFull;
-        }
         section->line = number;
         document.currentSection = section;
         return 0;
@@ -88,41 +81,33 @@ private:
     /// The item of that name to go on with, or null when memory is short.
     template <typename T, typename Make>
     T* findOrAppend(IniList<T>& list, const char* name, Make make) noexcept {
-        if (document.mergeDuplicates != 0) {
+        if (document.mergeDuplicates != 0)
             return list.findOrAppend(name, document.caseSensitive, make);
-        }
         T* made = make();
-        if (made != nullptr) {
+        if (made != nullptr)
             list.append(made);
-        }
         return made;
     }
 
     int takeEntry(IniRange line, std::int32_t number) noexcept {
         const bool colons = (document.parseFlags & IniColonSeparator) != 0;
         char* separator = findByte(line.begin, line.end, '=');
-        if (colons) {
+        if (colons)
             separator = findByte(line.begin, separator, ':');
-        }
-        if (separator == line.end) {
+        if (separator == line.end)
             return unusable(number);
-        }
         char* behind = separator + 1;
-        if (*separator == ':' && behind != line.end && *behind == '=') {
+        if (*separator == ':' && behind != line.end && *behind == '=')
             ++behind;
-        }
         const IniRange key = withoutTrailingBlanks({line.begin, separator});
         const IniRange value = withoutLeadingBlanks({behind, line.end});
-        if (key.empty() || (value.empty() && (document.parseFlags & IniAllowEmptyValue) == 0)) {
+        if (key.empty() || (value.empty() && (document.parseFlags & IniAllowEmptyValue) == 0))
             return unusable(number);
-        }
         if (document.currentSection == nullptr) {
-            if (!colons) {
+            if (!colons)
                 return 0;
-            }
-            if (openSection(IniHeaderless, -1) != 0) {
+            if (openSection(IniHeaderless, -1) != 0)
                 return IniMemoryFull;
-            }
         }
         continuation = continuation || mayContinue(key);
         return store(terminated(key), value, number);
@@ -139,12 +124,10 @@ private:
             return made;
         };
         IniEntry* entry = findOrAppend(document.currentSection->entries, key, make);
-        if (entry == nullptr) {
+        if (entry == nullptr)
             return IniMemoryFull;
-        }
-        if (!isNew) {
+        if (!isNew)
             document.lastKeyLine = entry->line;
-        }
         entry->quote = stripQuotes(value);
         entry->value = terminated(value);
         entry->line = number;
@@ -153,15 +136,13 @@ private:
 
     /// Takes the quotes off that the options name, and tells which.
     std::uint8_t stripQuotes(IniRange& value) const noexcept {
-        if (value.end - value.begin < 2 || *value.begin != value.end[-1]) {
+        if (value.end - value.begin < 2 || *value.begin != value.end[-1])
             return 0;
-        }
         const char quote = *value.begin;
         const bool strips = (quote == '"' && (document.parseFlags & IniStripDoubleQuotes) != 0) ||
                             (quote == '\'' && (document.parseFlags & IniStripSingleQuotes) != 0);
-        if (!strips) {
+        if (!strips)
             return 0;
-        }
         ++value.begin;
         --value.end;
         return static_cast<std::uint8_t>(quote);
@@ -176,13 +157,11 @@ int joinRun(IniDocument& document, IniList<IniEntry>& entries, IniEntry* first, 
     std::size_t length = std::strlen(first->value);
     IniEntry* end = first->next;
     std::uint32_t number = 0;
-    for (; end != nullptr && findContinuation(end->key, number) != nullptr && number != 1; end = end->next) {
+    for (; end != nullptr && findContinuation(end->key, number) != nullptr && number != 1; end = end->next)
         length += std::strlen(end->value);
-    }
     IniString value(static_cast<char*>(std::malloc(length + 1)));
-    if (value == nullptr) {
+    if (value == nullptr)
         return IniMemoryFull;
-    }
     char* out = value.get();
     for (const IniEntry* entry = first; entry != end; entry = entry->next) {
         const std::size_t piece = std::strlen(entry->value);
@@ -208,9 +187,8 @@ int joinContinuations(IniDocument& document) noexcept {
             const char* word = findContinuation(entry->key, number);
             if (word != nullptr && number == 1) {
                 section->entries.dropIndex();
-                if (joinRun(document, section->entries, entry, word) != 0) {
+                if (joinRun(document, section->entries, entry, word) != 0)
                     return IniMemoryFull;
-                }
             }
         }
     }
@@ -221,9 +199,8 @@ int joinContinuations(IniDocument& document) noexcept {
 
 const char* findContinuation(const char* key, std::uint32_t& number) noexcept {
     const char* word = std::strstr(key, continuationWord);
-    if (word == nullptr) {
+    if (word == nullptr)
         return nullptr;
-    }
     const char* digits = word + wordLength;
     return readDigits(digits, number) && *digits == '\0' ? word : nullptr;
 }
@@ -236,9 +213,8 @@ int parseIni(IniDocument* document, IniLineReader* reader) noexcept {
     int result = reader->readLine(line);
     while (result > 0) {
         result = parser.take(line, reader->lineNumber());
-        if (result == 0) {
+        if (result == 0)
             result = reader->readLine(line);
-        }
     }
     document->text = reader->releaseText();
     return result == 0 && parser.metContinuation() ? joinContinuations(*document) : result;

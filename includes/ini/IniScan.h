@@ -47,9 +47,8 @@ inline char* findLineEnd(char* text) noexcept {
             continue;
         }
         text += firstMarked(marks);
-        if (isLineEnd(*text)) {
+        if (isLineEnd(*text))
             return text;
-        }
         ++text; // a tab, or another control character
     }
 }

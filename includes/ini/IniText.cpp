@@ -6,9 +6,8 @@ namespace vyini {
 namespace {
 
 const char* skipBlanks(const char* text) noexcept {
-    while (isBlank(*text)) {
+    while (isBlank(*text))
         ++text;
-    }
     return text;
 }
 
@@ -23,18 +22,15 @@ bool isBlankText(const char* text) noexcept {
 }
 
 int compareIniNames(const char* left, const char* right, int caseSensitive) noexcept {
-    if (left == nullptr || right == nullptr) {
+    if (left == nullptr || right == nullptr)
         return (left != nullptr) - (right != nullptr);
-    }
-    if (caseSensitive != 0) {
+    if (caseSensitive != 0)
         return sign(std::strcmp(left, right));
-    }
     left = skipBlanks(left);
     right = skipBlanks(right);
     while (*left != '\0' && *right != '\0') {
-        if (fold(*left) != fold(*right)) {
+        if (fold(*left) != fold(*right))
             return fold(*left) < fold(*right) ? -1 : 1;
-        }
         ++left;
         ++right;
     }
@@ -46,32 +42,28 @@ std::uint32_t hashIniName(const char* name, int caseSensitive) noexcept {
     constexpr std::uint32_t prime = 16777619;
     std::uint32_t hash = offsetBasis;
     if (caseSensitive != 0) {
-        for (; *name != '\0'; ++name) {
+        for (; *name != '\0'; ++name)
             hash = (hash ^ static_cast<unsigned char>(*name)) * prime;
-        }
         return hash;
     }
     // Blanks at the end must not count, and which ones are at the end shows only there.
     std::uint32_t counting = hash;
     for (name = skipBlanks(name); *name != '\0'; ++name) {
         hash = (hash ^ fold(*name)) * prime;
-        if (!isBlank(*name)) {
+        if (!isBlank(*name))
             counting = hash;
-        }
     }
     return counting;
 }
 
 bool readDigits(const char*& text, std::uint32_t& number) noexcept {
-    if (!isDigit(*text)) {
+    if (!isDigit(*text))
         return false;
-    }
     number = 0;
     for (; isDigit(*text); ++text) {
         const auto digit = static_cast<std::uint32_t>(*text - '0');
-        if (number > (UINT32_MAX - digit) / 10) {
+        if (number > (UINT32_MAX - digit) / 10)
             return false;
-        }
         number = number * 10 + digit;
     }
     return true;

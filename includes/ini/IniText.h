@@ -35,16 +35,14 @@ struct IniRange {
 };
 
 inline IniRange withoutLeadingBlanks(IniRange range) noexcept {
-    while (range.begin != range.end && isBlank(*range.begin)) {
+    while (range.begin != range.end && isBlank(*range.begin))
         ++range.begin;
-    }
     return range;
 }
 
 inline IniRange withoutTrailingBlanks(IniRange range) noexcept {
-    while (range.begin != range.end && isBlank(range.end[-1])) {
+    while (range.begin != range.end && isBlank(range.end[-1]))
         --range.end;
-    }
     return range;
 }
 
@@ -58,16 +56,13 @@ int compareIniNames(const char* left, const char* right, int caseSensitive) noex
 
 /// compareIniNames() == 0, at its cheapest. Neither name is null.
 inline bool equalIniNames(const char* left, const char* right, int caseSensitive) noexcept {
-    if (caseSensitive != 0) {
+    if (caseSensitive != 0)
         return std::strcmp(left, right) == 0;
-    }
     const char* l = left;
     const char* r = right;
-    for (; *l == *r || fold(*l) == fold(*r); ++l, ++r) {
-        if (*l == '\0') {
+    for (; *l == *r || fold(*l) == fold(*r); ++l, ++r)
+        if (*l == '\0')
             return true;
-        }
-    }
     // What differs behind a common beginning settles it, unless one of the two has more blanks there.
     return (isBlank(*l) || isBlank(*r)) && compareIniNames(left, right, 0) == 0;
 }

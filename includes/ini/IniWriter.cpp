@@ -11,8 +11,7 @@ namespace {
 class Writer {
 public:
     Writer(const IniDocument& source, std::FILE* file) noexcept
-        : document(source), output(file), separator((source.writeFlags & IniSpacedEquals) != 0 ? " = " : "="),
-          separatorLength(std::strlen(separator)) {}
+        : document(source), output(file), spaced((source.writeFlags & IniSpacedEquals) != 0) {}
 
     int write() noexcept {
         const bool rules = (document.writeFlags & IniBlankLineRules) != 0;
@@ -20,20 +19,15 @@ public:
         for (const IniSection* section = document.sections.first(); section != nullptr;
              section = section->next) {
             const bool headerless = std::strcmp(section->name, IniHeaderless) == 0;
-            if (rules && section->line == -1 && previous != nullptr && previous->line >= 0) {
+            if (rules && section->line == -1 && previous != nullptr && previous->line >= 0)
                 output.endLine();
-            }
-            if (!headerless) {
+            if (!headerless)
                 writeHeader(*section);
-            }
-            for (const IniEntry* entry = section->entries.first(); entry != nullptr; entry = entry->next) {
-                if (writeEntry(*entry) != 0) {
+            for (const IniEntry* entry = section->entries.first(); entry != nullptr; entry = entry->next)
+                if (writeEntry(*entry) != 0)
                     return output.finish() ? IniKeyTooLong : IniWriteFailed;
-                }
-            }
-            if (!rules || !(section->line != -1 || headerless)) {
+            if (!rules || !(section->line != -1 || headerless))
                 output.endLine();
-            }
             previous = section;
         }
         return output.finish() ? 0 : IniWriteFailed;
@@ -51,7 +45,7 @@ private:
         const std::size_t keyLength = std::strlen(entry.key);
         const std::size_t valueLength = std::strlen(entry.value);
         const std::size_t quotes = entry.quote != 0 ? 2 : 0;
-        const auto length = static_cast<std::int64_t>(keyLength + separatorLength + valueLength + quotes);
+        const auto length = static_cast<std::int64_t>(keyLength + (spaced ? 3 : 1) + valueLength + quotes);
         if (document.maxLineLength == -1 || length <= document.maxLineLength) {
             output.put(entry.key, keyLength);
             writeValue(entry.value, valueLength, entry.quote);
@@ -64,14 +58,15 @@ private:
     }
 
     void writeValue(const char* value, std::size_t length, std::uint8_t quote) noexcept {
-        output.put(separator, separatorLength);
-        if (quote != 0) {
+        if (spaced)
+            output.put(" = ", 3);
+        else
+            output.put('=');
+        if (quote != 0)
             output.put(static_cast<char>(quote));
-        }
         output.put(value, length);
-        if (quote != 0) {
+        if (quote != 0)
             output.put(static_cast<char>(quote));
-        }
         output.endLine();
     }
 
@@ -99,15 +94,12 @@ private:
 
     /// Length of the next piece: as much as fits, but if possible only up to the last splitChar.
     std::size_t measurePiece(const char* text, std::size_t length, std::size_t most) const noexcept {
-        if (length <= most) {
+        if (length <= most)
             return length;
-        }
         if (document.splitChar != 0) {
-            for (std::size_t piece = most; piece != 0; --piece) {
-                if (text[piece - 1] == static_cast<char>(document.splitChar)) {
+            for (std::size_t piece = most; piece != 0; --piece)
+                if (text[piece - 1] == static_cast<char>(document.splitChar))
                     return piece;
-                }
-            }
         }
         return most;
     }
@@ -116,8 +108,7 @@ private:
 
     const IniDocument& document;
     IniOutput output;
-    const char* separator;
-    std::size_t separatorLength;
+    bool spaced;
 };
 
 } // namespace

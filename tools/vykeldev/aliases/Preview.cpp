@@ -30,10 +30,6 @@ std::optional<std::uint32_t> recordNumber(const vyini::IniSection& section) {
     return isRecord ? std::optional(number) : std::nullopt;
 }
 
-std::string lineText(std::int32_t line) {
-    return "line " + std::to_string(line);
-}
-
 class Previewer final : public vykel::AliasTransferObserver {
 public:
     Previewer(vyini::IniDocument& original, vyini::IniDocument& changed)
@@ -44,7 +40,7 @@ public:
         addNames();
         addRecords();
         transfer(devices);
-        markHidden();
+        judgeTheRest();
         std::stable_sort(preview.entries.begin(), preview.entries.end(),
                          [](const auto& a, const auto& b) { return a.line < b.line; });
         return std::move(preview);
@@ -154,35 +150,35 @@ private:
         try {
             vykel::TraditionalAliasTransferManager::transfer(&copy, devices, this);
         } catch (const vyerr::ExceptionBase& exception) {
-            if (exception.status()->code != vykel::toInteger(vykel::StatusCode::ConfigurationFault))
+            preview.fails =
+                std::any_of(preview.entries.begin(), preview.entries.end(),
+                            [](const auto& entry) { return entry.outcome == Outcome::Malformed; });
+            const bool expected =
+                exception.status()->code == vykel::toInteger(vykel::StatusCode::ConfigurationFault);
+            if (!preview.fails || !expected)
                 throw;
-            preview.fails = true;
         }
     }
 
-    void markHidden() {
+    /// What can be said only after the transfer.
+    void judgeTheRest() {
         auto& entries = preview.entries;
         if (preview.fails) {
             for (LegacyEntry& entry : entries) {
                 if (entry.outcome == Outcome::NoDevice)
                     entry.outcome = Outcome::Blocked;
             }
-        } else if (byName()) {
-            markHidden(entries.rbegin(), entries.rend(), " names the same device"); // the last one counts
-            vyini::IniSection* const left = vyini::findIniSection(&copy, aliasesSection);
-            for (LegacyEntry& entry : entries) {
-                if (entry.outcome == Outcome::Unreached && entryOfAlias.count(*entry.alias) != 0)
-                    entry.stays =
-                        vyini::findIniEntry(left, copy.caseSensitive, entry.alias->c_str()) != nullptr;
-            }
-        } else {
-            markHidden(entries.begin(), entries.end(), " has the same token"); // the first one counts
+        } else if (byName()) { // the last one counts; the others leave with their section
+            const bool stay = vyini::findIniSection(&copy, aliasesSection) != nullptr;
+            markHidden(entries.rbegin(), entries.rend(), stay, " names the same device");
+        } else { // the first one counts
+            markHidden(entries.begin(), entries.end(), true, " has the same token");
         }
     }
 
     /// Of the entries for one device, marks those behind the first that found none.
     template <typename Iterator>
-    static void markHidden(Iterator begin, Iterator end, const char* reason) {
+    static void markHidden(Iterator begin, Iterator end, bool stay, const char* reason) {
         std::map<std::string, std::int32_t> firstLine; // by target
         for (; begin != end; ++begin) {
             if (begin->outcome == Outcome::Unreached)
@@ -190,7 +186,8 @@ private:
             const auto [place, isNew] = firstLine.emplace(*begin->target, begin->line);
             if (!isNew && begin->outcome == Outcome::NoDevice) {
                 begin->outcome = Outcome::Unreached;
-                begin->detail = lineText(place->second) + reason;
+                begin->detail = "line " + std::to_string(place->second) + reason;
+                begin->stays = stay;
             }
         }
     }

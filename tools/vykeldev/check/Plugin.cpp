@@ -3,7 +3,6 @@
 #include "check/Trace.h"
 #include "Failure.h"
 #include "Text.h"
-#include <algorithm>
 #include <cstring>
 
 namespace vykeldev::check {
@@ -20,10 +19,10 @@ public:
     vykel::StatusBlock* block() noexcept { return &memory_.block; }
     std::int32_t code() const noexcept { return memory_.block.code; }
     bool isIntact() const noexcept {
-        const auto* const bytes = reinterpret_cast<const unsigned char*>(&memory_);
-        return memory_.block.structSize == size &&
-               std::all_of(bytes + size, bytes + sizeof memory_,
-                           [](unsigned char byte) { return byte == guard; });
+        // All bytes behind are the guard when the first is, and each is like the one before it.
+        const auto* const behind = reinterpret_cast<const unsigned char*>(&memory_) + size;
+        return memory_.block.structSize == size && *behind == guard &&
+               std::memcmp(behind, behind + 1, sizeof memory_ - size - 1) == 0;
     }
 
 private:
@@ -31,7 +30,7 @@ private:
     static constexpr unsigned char guard = 0xA5;
     struct {
         vykel::StatusBlock block;
-        unsigned char behind[64];
+        unsigned char behindBlock[64];
     } memory_;
 };
 

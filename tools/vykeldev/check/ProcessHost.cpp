@@ -1,19 +1,20 @@
 #include "check/Process.h"
 
+#include <cstddef>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <sys/resource.h>
 #include <unistd.h>
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#include <sanitizer/allocator_interface.h>
+#if defined(VYKEL_SANITIZED)
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // GCC brings no header for it
 #endif
 
 namespace vykeldev::check {
 namespace {
 
 std::uint64_t privateBytes() {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#if defined(VYKEL_SANITIZED)
     return __sanitizer_get_current_allocated_bytes(); // what is freed stays resident, in quarantine
 #else
     std::uint64_t total = 0;

@@ -3,8 +3,8 @@
 
 #include "check/Rule.h"
 #include <algorithm>
-#include <array>
 #include <chrono>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -15,17 +15,17 @@ namespace vykeldev::check {
 enum class Outcome { Passed, Warning, Failed, Skipped };
 
 /// As it is shown and stored.
-constexpr std::array<const char*, 4> outcomeNames = {"passed", "warning", "failed", "skipped"};
+constexpr const char* outcomeNames[] = {"passed", "warning", "failed", "skipped"};
 
 constexpr const char* toString(Outcome outcome) noexcept {
     return outcomeNames[static_cast<std::size_t>(outcome)];
 }
 
 inline std::optional<Outcome> outcomeOf(std::string_view name) noexcept {
-    const auto* const found = std::find(outcomeNames.begin(), outcomeNames.end(), name);
-    if (found == outcomeNames.end())
+    const auto* const found = std::find(std::begin(outcomeNames), std::end(outcomeNames), name);
+    if (found == std::end(outcomeNames))
         return std::nullopt;
-    return static_cast<Outcome>(found - outcomeNames.begin());
+    return static_cast<Outcome>(found - std::begin(outcomeNames));
 }
 
 /// How a plug-in stands to one rule.

@@ -96,7 +96,7 @@ constexpr FindingKind kinds[] = {
      "documentation."},
     {FindingId::FolderUnknown, "folder-unknown", Severity::Error,
      "The system does not tell its folder for data common to all users, so no client gets a list.",
-     "Check that the folder (usually C:\\ProgramData) exists and that the registry names it rightly."},
+     "Check that the folder (usually ProgramData on drive C) exists and that the registry names it rightly."},
     {FindingId::FolderMissing, "folder-missing", Severity::Error,
      "The folder of the lock files is missing, so every refresh fails.",
      "Make the folder as administrator and let the users of the devices write there."},
