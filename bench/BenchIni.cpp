@@ -128,18 +128,16 @@ void lookup(benchmark::State& state, const Sample& sample) {
 
 template <typename Engine>
 void removeAll(benchmark::State& state, const Sample& sample) {
-    timeLoaded<Engine>(
-        state, sample,
-        [&](Engine& engine) {
-            bool done = true;
-            if (sample.sections.size() == 1)
-                for (const auto& [section, key] : sample.keys)
-                    done = engine.removeKey(sample.sections[section].c_str(), key.c_str()) && done;
-            else
-                for (const std::string& section : sample.sections)
-                    done = engine.removeSection(section.c_str()) && done;
-            return done;
-        });
+    timeLoaded<Engine>(state, sample, [&](Engine& engine) {
+        bool done = true;
+        if (sample.sections.size() == 1)
+            for (const auto& [section, key] : sample.keys)
+                done = engine.removeKey(sample.sections[section].c_str(), key.c_str()) && done;
+        else
+            for (const std::string& section : sample.sections)
+                done = engine.removeSection(section.c_str()) && done;
+        return done;
+    });
 }
 
 template <typename Engine>

@@ -14,7 +14,7 @@ void translateCurrentException(StatusBlock* block, RaiseSite boundary) noexcept 
                        static_cast<std::uint32_t>(boundary.line));
     };
     try {
-        throw;
+        throw; // cppcheck-suppress rethrowNoCurrentException ; the caller is a catch clause
     } catch (const ExceptionBase& exception) {
         statusToBlock(exception.status(), block);
         store(vykel::StatusCode::GeneralFault); // takes effect only when the exception carried no error

@@ -280,7 +280,7 @@ const char* skipJsonBlanks(const char* position) noexcept {
 }
 
 const char* parseJsonValue(const char* position, JsonToken* token) noexcept {
-    JsonToken local;
+    JsonToken local = {};
     return parseValue(position, token != nullptr ? *token : local, 0);
 }
 

@@ -31,7 +31,7 @@ int loadIniFile(IniDocument* document, const char* path) noexcept {
     IniFileFacts facts;
     findFile(name, &facts);
 
-    unsigned char mark[4];
+    unsigned char mark[4] = {};
     const int start = findTextStart(mark, std::fread(mark, 1, sizeof(mark), file.get()));
     if (start < 0)
         return start;

@@ -11,6 +11,8 @@ namespace vyini {
 /// more is written.
 class IniOutput {
 public:
+    // The buffer is written before it is read.
+    // cppcheck-suppress uninitMemberVar
     explicit IniOutput(std::FILE* stream) noexcept : file(stream) {}
     IniOutput(const IniOutput&) = delete;
     IniOutput& operator=(const IniOutput&) = delete;

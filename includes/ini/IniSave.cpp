@@ -168,7 +168,7 @@ IniString nameTempByPattern(const char* target, std::uint32_t n) noexcept {
         char* out = name.get() + folder;
         std::memcpy(out, "ini$$", 5);
         out = std::to_chars(out + 5, out + 15, n).ptr;
-        std::memcpy(out, ".TMP", 5);
+        std::memcpy(out, ".TMP", sizeof ".TMP");
     }
     return name;
 }

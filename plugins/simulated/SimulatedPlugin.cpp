@@ -73,6 +73,7 @@ class DeviceList;
 
 class Device final : public IDevice {
 public:
+    // cppcheck-suppress passedByValue ; it is moved
     Device(DeviceList& list, DeviceEntry entry) noexcept : list_(list), entry_(std::move(entry)) {}
 
     std::int32_t getVersion() noexcept override { return entry_.version; }

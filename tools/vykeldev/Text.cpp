@@ -92,6 +92,7 @@ std::size_t displayWidth(std::string_view text) {
     for (std::size_t i = 0; i < units.size(); ++i) {
         char32_t character = units[i];
         if (isHighSurrogate(units[i]) && i + 1 < units.size()) {
+            // cppcheck-suppress integerOverflow ; char32_t has no sign
             character = 0x10000 + ((character - 0xD800) << 10) + (char32_t{units[++i]} - 0xDC00);
         }
         columns += contains(withoutWidth, character) ? 0u : contains(wide, character) ? 2u : 1u;

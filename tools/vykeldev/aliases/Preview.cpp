@@ -119,7 +119,7 @@ private:
         vyini::IniString text;
         if (vyini::decodeIniValue(entry->value, text) < 0)
             throw std::bad_alloc();
-        return text.get();
+        return text.get(); // cppcheck-suppress returnDanglingLifetime ; a std::string is made of it
     }
 
     void addTexts(vyini::IniSection& section, LegacyEntry& entry) const {

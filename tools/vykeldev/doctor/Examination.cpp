@@ -131,7 +131,7 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
     }
     plugin.milliseconds = probe.end.duration.count();
     plugin.error = probe.error;
-    const std::optional<Verdict> verdict =
+    std::optional<Verdict> verdict =
         probe.failed() ? judgeFailure(probe, plugin, look) : judgeEnd(probe, limit);
     if (!verdict)
         plugin.deviceNumbers = std::move(probe.deviceNumbers);

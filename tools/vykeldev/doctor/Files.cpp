@@ -6,7 +6,7 @@
 namespace vykeldev::doctor {
 namespace {
 
-constexpr LONGLONG largestFile = 256 * 1024 * 1024;
+constexpr LONGLONG largestFile = LONGLONG{256} << 20;
 
 std::size_t nameBegin(const std::string& path) noexcept {
     return path.find_last_of("\\/") + 1; // 0 when there is no separator
