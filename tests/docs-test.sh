@@ -4,8 +4,9 @@
 # Does what README.md and docs/*.md say, in the kit that kit-test.sh installed for the build in BUILD:
 # - runs every ```sh block, all of one document in one copy of the kit; a comment <!-- not run: why --> on the line
 #   before excepts a block;
-# - finds every block behind a comment <!-- from FILE --> word for word in that file;
+# - finds every block behind a comment <!-- from FILE --> word for word in that file; compiles every other ```cpp block;
 # - asks the tool for the help of every `vykeldev COMMAND` and for each of its `--option`s.
+# ctest sets CXX.
 set -eu -o pipefail
 source_dir=$(cd "$(dirname "$0")/.." && pwd)
 build=$(cd "$1" && pwd)
@@ -21,7 +22,7 @@ printf '#!/bin/sh\nexec %s "$@"\n' "$(printf '%q ' "${runner[@]}" "$kit/bin/vyke
 chmod +x "$work/bin/vykeldev"
 export PATH=$work/bin:$PATH CMAKE_GENERATOR=Ninja CMAKE_TOOLCHAIN_FILE=$source_dir/cmake/mingw-w64.cmake
 
-# Prints the blocks of one document as files block-1.sh ..., from-1.txt ... with their origin in from-1.file.
+# Writes the blocks of one document to files: block-1.sh, code-2.cpp, and from-3.txt with its origin in from-3.file.
 extract() {
   awk -v dir="$2" '
     /^```/ && inside { inside = 0; next }
@@ -30,6 +31,7 @@ extract() {
       inside = 1; n++
       file = "/dev/null"
       if (note ~ /^<!-- from /) { file = dir "/from-" n ".txt"; split(note, word, " "); print word[3] > (dir "/from-" n ".file") }
+      else if ($0 == "```cpp") file = dir "/code-" n ".cpp"
       else if ($0 == "```sh" && note !~ /^<!-- not run: /) file = dir "/block-" sprintf("%02d", n) ".sh"
     }
     { note = $0 }' "$1"
@@ -52,6 +54,10 @@ for document in "$source_dir"/README.md "$source_dir"/docs/*.md; do
     file=$(cat "${text%.txt}.file")
     /usr/bin/python3 -c 'import sys; t, f = (open(n).read() for n in sys.argv[1:]); sys.exit(t not in f)' \
       "$text" "$source_dir/$file" || fail "$name.md shows another $file"
+  done
+  for code in "$blocks"/code-*.cpp; do
+    [ ! -e "$code" ] || "$CXX" -std=c++11 -Wall -Wextra -Werror -fsyntax-only -I"$kit/include" "$code" ||
+      fail "a program of $name.md does not compile"
   done
   if compgen -G "$blocks/block-*.sh" >/dev/null; then
     cp -r "$kit" "$work/$name"

@@ -9,7 +9,7 @@ if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
   set(kit_tests kit)
   if(WIN32) # what the documents say is typed on Windows
     add_test(NAME docs COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/docs-test.sh ${CMAKE_BINARY_DIR})
-    set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit)
+    set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
     list(APPEND kit_tests docs)
   endif()
   set_tests_properties(${kit_tests} PROPERTIES LABELS kit RUN_SERIAL ON TIMEOUT 300)

@@ -104,6 +104,8 @@ HLOCAL LocalFree(HLOCAL memory) {
         std::free(memory);
         winhost::countResources(-1);
     }
+    // As on Windows a failure gives the handle back: a value to compare, not memory to use.
+    // NOLINTNEXTLINE(clang-analyzer-unix.Malloc)
     return winhost::fails(Call::LocalFree) ? memory : nullptr;
 }
 }

@@ -19,9 +19,14 @@ std::u16string redirectedFolder() {
             ? nullptr
             : registry->find(u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion"
                              u"\\Explorer\\User Shell Folders");
-    const winhost::RegistryValue* const value =
-        folders == nullptr ? nullptr : folders->findValue(u"Common AppData");
-    std::u16string text(value == nullptr ? 0 : value->bytes.size() / sizeof(WCHAR), u'\0');
+    if (folders == nullptr) {
+        return {};
+    }
+    const winhost::RegistryValue* const value = folders->findValue(u"Common AppData");
+    if (value == nullptr) {
+        return {};
+    }
+    std::u16string text(value->bytes.size() / sizeof(WCHAR), u'\0');
     if (!text.empty()) {
         std::memcpy(text.data(), value->bytes.data(), text.size() * sizeof(WCHAR));
     }

@@ -27,6 +27,7 @@ bool isInFolders(const std::string& name, const std::string& folders, const std:
             if (folder.rfind(variable, 0) == 0)
                 folder.replace(0, variable.size(), origin);
         }
+        // NOLINTNEXTLINE(performance-inefficient-string-concatenation): once for each dependency
         if (!folder.empty() && access((folder + "/" + name).c_str(), F_OK) == 0)
             return true;
     }
