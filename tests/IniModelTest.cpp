@@ -231,17 +231,17 @@ public:
     void step() {
         const std::string section = name("s");
         const std::string key = name("k");
-        const std::size_t choice = below(400);
+        const std::size_t choice = below(1500);
         if (choice == 0) {
             load();
         } else if (choice < 6) {
             setOptions();
-        } else if (choice < 14) {
+        } else if (choice < 20) {
             ASSERT_EQ(deleteIniSection(engine.get(), section.c_str()), model.removeSection(section));
-        } else if (choice < 120) {
+        } else if (choice < 350) {
             ASSERT_EQ(deleteIniEntry(engine.get(), section.c_str(), key.c_str()),
                       model.removeEntry(section, key));
-        } else if (choice < 200) {
+        } else if (choice < 650) {
             find(section);
         } else {
             const int quote = below(2) != 0 ? '"' : 0;
@@ -277,7 +277,7 @@ public:
             "\r",         "\n",         "\n",   "\r\n",       std::string(1, '\0'),
             ";",          "\xE4",       "=1\n", "k1=\"2\"\n", "\v"};
         std::string text;
-        for (std::size_t count = below(2) * below(400); count != 0; --count)
+        for (std::size_t count = below(2) * below(1500); count != 0; --count)
             text += pieces[below(pieces.size())];
         setOptions();
         model.parse(text);

@@ -86,6 +86,7 @@ for file in "$library" "vykeldev$exe"; do
   ! grep -q debug_info sections.txt || fail "$file is not stripped"
   "$OBJDUMP" -h "$kit/bin/$file.debug" | grep -q debug_info || fail "$file.debug has no symbols"
   ! grep -aqE "$source_dir|$build" "$kit/bin/$file" "$kit/bin/$file.debug" || fail "$file names this machine's folders"
+  [ -z "$windows" ] || "$OBJDUMP" -p "$kit/bin/$file" | grep '^Time/Date.*1970' >/dev/null || fail "$file holds the time of its build"
 done
 
 echo "== samples, from the kit alone"

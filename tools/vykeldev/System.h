@@ -32,7 +32,7 @@ public:
 private:
     bool colourOnOutput_;
     bool colourOnError_;
-    unsigned savedCodePage_ = 0;
+    [[maybe_unused]] unsigned savedCodePage_ = 0; // the host has none
 };
 
 } // namespace vykeldev
