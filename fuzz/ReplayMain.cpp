@@ -1,4 +1,4 @@
-// Runs a fuzz target on every file of the folders given: the seed corpus as an ordinary test, with any
+// Runs a fuzz target on every file of the folders given: the starting corpus as an ordinary test, with any
 // compiler.
 #include <cstdint>
 #include <cstdio>

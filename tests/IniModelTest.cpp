@@ -226,7 +226,7 @@ private:
 
 class Pair {
 public:
-    explicit Pair(unsigned seed) : random(seed) {}
+    explicit Pair(unsigned round) : random(round) {}
 
     void step() {
         const std::string section = name("s");
@@ -307,11 +307,11 @@ private:
 };
 
 TEST(IniModel, AgreesOverRandomFilesAndOperations) {
-    for (unsigned seed = 0; seed < 60; ++seed) {
-        Pair pair(seed);
+    for (unsigned round = 0; round < 60; ++round) {
+        Pair pair(round);
         for (int i = 0; i < 1500; ++i) {
-            ASSERT_NO_FATAL_FAILURE(pair.step()) << seed << ", step " << i;
-            ASSERT_NO_FATAL_FAILURE(i % 8 == 0 ? pair.compare() : void()) << seed << ", step " << i;
+            ASSERT_NO_FATAL_FAILURE(pair.step()) << round << ", step " << i;
+            ASSERT_NO_FATAL_FAILURE(i % 8 == 0 ? pair.compare() : void()) << round << ", step " << i;
         }
     }
 }
