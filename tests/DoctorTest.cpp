@@ -1,7 +1,7 @@
 #include "pellumkelddk/user/FileLock.h"
+#include "support/Files.h"
 #include "support/Machine.h"
 #include "vyfile/internal/FileLockImpl.h"
-#include <fstream>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -17,15 +17,6 @@ constexpr const char* crashed = "plugin-exited"; // the sanitizer ends a process
 #else
 constexpr const char* crashed = "plugin-crashed";
 #endif
-
-std::string readFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-void writeFile(const fs::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
 
 std::string replaced(std::string text, const std::string& from, const std::string& to) {
     for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))

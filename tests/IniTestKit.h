@@ -3,9 +3,8 @@
 
 #include "ini/IniDocument.h"
 #include "ini/IniLoad.h"
+#include "support/Files.h"
 #include "support/Machine.h"
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 
@@ -20,15 +19,6 @@ using IniDocumentPtr = std::unique_ptr<IniDocument, FreeIniDocument>;
 
 inline IniDocumentPtr makeDocument() {
     return IniDocumentPtr(createIniDocument());
-}
-
-inline void writeFile(const fs::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
-
-inline std::string readFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return std::string(std::istreambuf_iterator<char>(file), {});
 }
 
 /// A text of the test's own from a literal that may hold NULs.

@@ -1,16 +1,14 @@
 #include "doctor/LibraryImage.h"
+#include "support/Files.h"
 #include "support/Platform.h"
 #include <algorithm>
-#include <fstream>
 #include <gtest/gtest.h>
-#include <iterator>
 #include <random>
 
 namespace vykeldev::doctor {
 
 static std::string bytesOf(const std::string& library) {
-    std::ifstream file(vykeltest::programFolder() / (library + vykeltest::pluginExtension), std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    return vykeltest::readFile(vykeltest::programFolder() / (library + vykeltest::pluginExtension));
 }
 
 TEST(LibraryImage, ReadsWhatTheLinkerWrote) {

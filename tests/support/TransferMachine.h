@@ -2,11 +2,11 @@
 #define TESTS_TRANSFERMACHINE_H
 
 #include "DeviceTable.h"
+#include "support/Files.h"
 #include "support/Machine.h"
 #include "vykel/IDevice.h"
 #include <cstdint>
 #include <fstream>
-#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -52,15 +52,6 @@ public:
     std::int32_t refusal = 0;
     std::string calls;
 };
-
-inline std::string readFile(const fs::path& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
-inline void writeFile(const fs::path& path, const std::string& bytes) {
-    std::ofstream(path, std::ios::binary) << bytes;
-}
 
 /// A machine with a legacy file.
 struct TransferMachine {
