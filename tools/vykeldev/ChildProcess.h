@@ -24,11 +24,18 @@ struct ChildOutcome {
 };
 
 /// Starts this program with `arguments` (UTF-8), hands each line that it writes to standard output to
-/// `onLine` (without line end, on the calling thread, as soon as it is there), and kills it, with every
-/// process that it started, when `limit` is over. Its standard error is dropped. Throws Failure when it
-/// cannot be started, and what `onLine` throws, the child then being killed.
+/// `onLine` (without line end, on the calling thread, as soon as it is there; of a line of more than 64 KiB
+/// the beginning), and kills it, with every process that it started, when `limit` is over. Its standard error
+/// is dropped. Throws Failure when it cannot be started, and what `onLine` throws, the child then being
+/// killed.
 ChildOutcome runChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
                       const std::function<void(const std::string& line)>& onLine);
+
+/// The same, but `limit` begins anew with each line for which `onLine` returns true: it is the time that the
+/// child may take without a sign of progress.
+ChildOutcome runChildWhileItProgresses(const std::vector<std::string>& arguments,
+                                       std::chrono::milliseconds limit,
+                                       const std::function<bool(const std::string& line)>& onLine);
 
 /// A crash as text: "exception 0xC0000005" or "signal 11", with its usual name where it has one.
 std::string crashText(std::uint32_t code);

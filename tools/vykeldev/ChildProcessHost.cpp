@@ -2,12 +2,14 @@
 
 #include "Failure.h"
 #include "LineSplitter.h"
+#include "TimeLimit.h"
 #include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -35,9 +37,9 @@ public:
     Child& operator=(const Child&) = delete;
 
     /// Waits for the child's end. False when the time is over first.
-    bool endsBefore(Clock::time_point deadline) noexcept {
+    bool endsWithin(const TimeLimit& time) noexcept {
         while (waitpid(pid, &status, WNOHANG) == 0) {
-            if (Clock::now() >= deadline)
+            if (time.isOver())
                 return false;
             usleep(1000); // it has closed its output, so its end is near
         }
@@ -62,8 +64,11 @@ private:
     int status = 0;
 };
 
-[[noreturn]] void becomeTool(const std::vector<std::string>& arguments, int output) {
+[[noreturn]] void becomeTool(const std::vector<std::string>& arguments, int output, pid_t parent) {
     setpgid(0, 0);
+    prctl(PR_SET_PDEATHSIG, SIGKILL); // nobody else would end a child that hangs
+    if (getppid() != parent)
+        _exit(127);
     std::string program = "/proc/self/exe";
     std::vector<char*> pointers{program.data()};
     std::vector<std::string> copies = arguments;
@@ -79,14 +84,13 @@ private:
 }
 
 /// Reads until the child closes its output. False when the time is over first.
-bool readAll(int input, Clock::time_point deadline, LineSplitter& lines) {
-    for (;;) {
-        const auto left =
-            std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
+bool readAll(int input, const TimeLimit& time, LineSplitter& lines) {
+    while (!time.isOver()) {
         pollfd event{input, POLLIN, 0};
-        const int ready = poll(&event, 1, static_cast<int>(std::max<long long>(left, 0)));
+        const auto wait = std::min<std::chrono::milliseconds>(time.left(), std::chrono::hours(1));
+        const int ready = poll(&event, 1, static_cast<int>(wait.count()));
         if (ready == 0)
-            return false;
+            continue;
         char bytes[4096];
         const ssize_t count = ready > 0 ? read(input, bytes, sizeof bytes) : -1;
         if (count == 0) {
@@ -98,28 +102,35 @@ bool readAll(int input, Clock::time_point deadline, LineSplitter& lines) {
         else if (errno != EINTR)
             throw Failure("the output of a child process cannot be read", std::strerror(errno), "");
     }
+    return false;
 }
 
 } // namespace
 
-ChildOutcome runChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
-                      const std::function<void(const std::string&)>& onLine) {
+ChildOutcome runChildWhileItProgresses(const std::vector<std::string>& arguments,
+                                       std::chrono::milliseconds limit,
+                                       const std::function<bool(const std::string&)>& onLine) {
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         throw Failure("a child process cannot be started", std::strerror(errno), "");
     const Descriptor input{ends[0]};
     Descriptor output{ends[1]};
     const Clock::time_point start = Clock::now();
+    const pid_t parent = getpid();
     const pid_t pid = fork();
     if (pid < 0)
         throw Failure("a child process cannot be started", std::strerror(errno), "");
     if (pid == 0)
-        becomeTool(arguments, output.number);
+        becomeTool(arguments, output.number, parent);
     Child child(pid);
     setpgid(pid, pid); // in both processes, whichever comes first
     output.close();
-    LineSplitter lines(onLine);
-    const bool inTime = readAll(input.number, start + limit, lines) && child.endsBefore(start + limit);
+    TimeLimit time(limit);
+    LineSplitter lines([&](const std::string& line) {
+        if (onLine(line))
+            time.restart();
+    });
+    const bool inTime = readAll(input.number, time, lines) && child.endsWithin(time);
     child.kill();
     const int status = child.waitStatus();
     ChildOutcome outcome;

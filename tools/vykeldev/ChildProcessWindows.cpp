@@ -3,6 +3,7 @@
 #include "Failure.h"
 #include "LineSplitter.h"
 #include "Text.h"
+#include "TimeLimit.h"
 #include <cstdio>
 #include <iterator>
 #include <memory>
@@ -12,6 +13,8 @@ namespace vykeldev {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr DWORD pipeSize = 65536; // enough for what is written between two looks
 
 struct CloseTheHandle {
     void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
@@ -60,7 +63,7 @@ std::pair<Handle, Handle> makePipe() {
     SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
     HANDLE input = nullptr;
     HANDLE output = nullptr;
-    if (!CreatePipe(&input, &output, &inherited, 0))
+    if (!CreatePipe(&input, &output, &inherited, pipeSize))
         cannotStart(GetLastError());
     SetHandleInformation(input, HANDLE_FLAG_INHERIT, 0);
     return {Handle(input), Handle(output)};
@@ -96,36 +99,36 @@ Handle start(WideString line, HANDLE output, HANDLE job) {
     return owner;
 }
 
-/// Takes what is in the pipe, if anything. False when its writers are gone.
-bool readAvailable(HANDLE input, LineSplitter& lines) {
+/// Takes what is in the pipe, as long as there is time.
+void readAvailable(HANDLE input, const TimeLimit& time, LineSplitter& lines) {
+    char bytes[4096];
     DWORD available = 0;
-    while (PeekNamedPipe(input, nullptr, 0, nullptr, &available, nullptr)) {
-        char bytes[4096];
-        DWORD count = 0;
-        if (available == 0)
-            return true;
-        if (!ReadFile(input, bytes, sizeof bytes, &count, nullptr))
-            return false;
+    DWORD count = 0;
+    while (PeekNamedPipe(input, nullptr, 0, nullptr, &available, nullptr) && available != 0 &&
+           !time.isOver() && ReadFile(input, bytes, sizeof bytes, &count, nullptr))
         lines.add(bytes, count);
-    }
-    return false;
 }
 
 } // namespace
 
-ChildOutcome runChild(const std::vector<std::string>& arguments, std::chrono::milliseconds limit,
-                      const std::function<void(const std::string&)>& onLine) {
+ChildOutcome runChildWhileItProgresses(const std::vector<std::string>& arguments,
+                                       std::chrono::milliseconds limit,
+                                       const std::function<bool(const std::string&)>& onLine) {
     constexpr DWORD millisecondsBetweenLooks = 10; // a pipe cannot be waited for together with a process
     auto [input, output] = makePipe();
     Handle job = makeJob();
     const Clock::time_point begin = Clock::now();
     const Handle process = start(commandLine(arguments), output.get(), job.get());
     output.reset();
-    LineSplitter lines(onLine);
+    TimeLimit time(limit);
+    LineSplitter lines([&](const std::string& line) {
+        if (onLine(line))
+            time.restart();
+    });
     bool ended = false;
-    while (!ended && Clock::now() - begin < limit) {
+    while (!ended && !time.isOver()) {
         ended = WaitForSingleObject(process.get(), millisecondsBetweenLooks) == WAIT_OBJECT_0;
-        readAvailable(input.get(), lines);
+        readAvailable(input.get(), time, lines);
     }
     ChildOutcome outcome;
     outcome.duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
@@ -138,7 +141,8 @@ ChildOutcome runChild(const std::vector<std::string>& arguments, std::chrono::mi
     DWORD code = 0;
     GetExitCodeProcess(process.get(), &code);
     outcome.code = code;
-    if (code >= 0xC0000000u) // an exception that nobody handled
+    // An exception that nobody handled; small negative numbers are what programs give to exit().
+    if (code >= 0x80000000u && code < 0xF0000000u)
         outcome.end = ChildOutcome::End::Crashed;
     return outcome;
 }
@@ -148,13 +152,11 @@ std::string crashText(std::uint32_t code) {
         std::uint32_t code;
         const char* name;
     };
-    static constexpr Name names[] = {{0xC0000005, "access violation"},
-                                     {0xC000001D, "illegal instruction"},
-                                     {0xC0000094, "division by zero"},
-                                     {0xC00000FD, "stack overflow"},
-                                     {0xC0000409, "fail fast"},
-                                     {0xC0000374, "heap corruption"},
-                                     {0xE06D7363, "uncaught C++ exception"}};
+    static constexpr Name names[] = {
+        {0x80000003, "breakpoint"},          {0xC0000005, "access violation"},
+        {0xC000001D, "illegal instruction"}, {0xC0000094, "division by zero"},
+        {0xC00000FD, "stack overflow"},      {0xC0000409, "fail fast"},
+        {0xC0000374, "heap corruption"},     {0xE06D7363, "uncaught C++ exception"}};
     char text[32];
     std::snprintf(text, sizeof text, "exception 0x%08X", static_cast<unsigned>(code));
     for (const Name& known : names) {

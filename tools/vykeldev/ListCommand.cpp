@@ -33,7 +33,9 @@ DeviceInfo ask(vykel::IDevice& device, std::uint32_t index, std::uint32_t format
     if (const char* const alias = device.getAlias()) {
         info.alias = alias;
     }
-    info.token = device.getPersistentToken(format);
+    if (const char* const token = device.getPersistentToken(format)) { // null breaks the contract
+        info.token = token;
+    }
     return info;
 }
 
