@@ -137,40 +137,6 @@ TEST_F(Winhost, ReadsWhatTheRegistryEditorExports) {
     EXPECT_EQ(Key(u"Software\\K").status, ERROR_FILE_NOT_FOUND);
 }
 
-TEST_F(Winhost, RegistryReadsHaveWindowsSizes) {
-    std::string text = "Windows Registry Editor Version 5.00\n";
-    for (const std::string& name :
-         {std::string("b"), std::string("\xC3\xA4"), std::string("A"), std::string(256, 'n')}) {
-        text += "[HKEY_LOCAL_MACHINE\\K\\" + name + "]\n";
-    }
-    writeRegistry(text + "[HKEY_LOCAL_MACHINE\\K]\n\"v\"=hex:01,02,03\n");
-    const Key key(u"K");
-    const struct {
-        DWORD index, room;
-        LSTATUS status;
-        std::u16string name;
-    } rows[] = {{0, 256, ERROR_SUCCESS, u"A"},      {0, 2, ERROR_SUCCESS, u"A"},
-                {0, 1, ERROR_MORE_DATA, u""},       {1, 256, ERROR_SUCCESS, u"b"},
-                {2, 256, ERROR_MORE_DATA, u""},     {2, 257, ERROR_SUCCESS, std::u16string(256, u'n')},
-                {3, 256, ERROR_SUCCESS, u"\u00E4"}, {4, 256, ERROR_NO_MORE_ITEMS, u""}};
-    for (const auto& row : rows) {
-        WCHAR name[300] = u"";
-        DWORD length = row.room;
-        EXPECT_EQ(RegEnumKeyExW(key.handle, row.index, name, &length, nullptr, nullptr, nullptr, nullptr),
-                  row.status);
-        EXPECT_EQ(row.status == ERROR_SUCCESS ? std::u16string(name, length) : u"", row.name) << row.index;
-    }
-    BYTE data[3] = {};
-    DWORD size = 2;
-    EXPECT_EQ(RegQueryValueExW(key.handle, u"V", nullptr, nullptr, data, &size), ERROR_MORE_DATA);
-    EXPECT_EQ(size, 3U);
-    EXPECT_EQ(data[0], 0);
-    EXPECT_EQ(RegQueryValueExW(key.handle, u"V", nullptr, nullptr, data, &size), ERROR_SUCCESS);
-    size = 0;
-    EXPECT_EQ(RegQueryValueExW(key.handle, u"V", nullptr, nullptr, nullptr, &size), ERROR_SUCCESS);
-    EXPECT_EQ(size, 3U);
-}
-
 TEST_F(Winhost, WrittenRegistryReadsBack) {
     HKEY key = nullptr;
     DWORD disposition = 0;
@@ -298,25 +264,4 @@ TEST_F(Winhost, FaultsStrikeByCount) {
     CRITICAL_SECTION section;
     const ScopedFault armed({Call::InitializeCriticalSection, 1});
     EXPECT_THROW(InitializeCriticalSection(&section), winhost::StructuredException);
-}
-
-TEST_F(Winhost, PendingLockIsGrantedByTheWait) {
-    const std::string path = makeFile("lock");
-    std::FILE* const file = std::fopen(path.c_str(), "rb");
-    OVERLAPPED record = {};
-    DWORD transferred = 0;
-    {
-        const ScopedFault pending({Call::LockFileEx, 1, Effect::Fail, ERROR_IO_PENDING});
-        EXPECT_FALSE(LockFileEx(lockHandle(file), LOCKFILE_EXCLUSIVE_LOCK, 0, 1, 0, &record));
-        EXPECT_EQ(GetLastError(), static_cast<DWORD>(ERROR_IO_PENDING));
-    }
-    std::FILE* const rival = std::fopen(path.c_str(), "rb");
-    {
-        const ScopedFault broken({Call::GetOverlappedResult, 1});
-        EXPECT_FALSE(GetOverlappedResult(lockHandle(file), &record, &transferred, TRUE));
-    }
-    EXPECT_TRUE(GetOverlappedResult(lockHandle(file), &record, &transferred, TRUE));
-    EXPECT_FALSE(tryLock(lockHandle(rival)));
-    std::fclose(rival);
-    std::fclose(file);
 }

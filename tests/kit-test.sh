@@ -49,10 +49,7 @@ see() {
 validate() {
   /usr/bin/python3 - "$kit/share/vykeldevenum/schemas/$1.schema.json" "$1.json" <<'PYTHON'
 import json, sys
-try:
-    from jsonschema import Draft202012Validator
-except ImportError:
-    sys.exit("SKIPPED: no python3-jsonschema")
+from jsonschema import Draft202012Validator
 validator = Draft202012Validator(json.load(open(sys.argv[1])))
 text = open(sys.argv[2], encoding="utf-8").read()
 documents = text.splitlines() if "watch" in sys.argv[1] else [text]
