@@ -90,10 +90,6 @@ void give(std::string_view part, char* out, std::size_t size) noexcept {
 
 extern "C" {
 
-BOOL DeleteFileA(LPCSTR path) {
-    return !winhost::fails(Call::DeleteFileA) && winhost::deleteFile(HostPath(path)) ? TRUE : FALSE;
-}
-
 BOOL DeleteFileW(LPCWSTR path) {
     return !winhost::fails(Call::DeleteFileW) && winhost::deleteFile(HostPath(path)) ? TRUE : FALSE;
 }
@@ -104,21 +100,6 @@ BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags) {
 
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
     return winhost::fails(Call::MoveFileExW) ? FALSE : moveFile(HostPath(from), HostPath(to), flags);
-}
-
-BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
-    if (winhost::fails(Call::CreateDirectoryW)) {
-        return FALSE;
-    }
-    const HostPath folder(path);
-    if (::mkdir(folder.c_str(), 0777) == 0) {
-        return TRUE;
-    }
-    winhost::setErrorFromErrno(folder);
-    if (GetLastError() == ERROR_FILE_EXISTS) {
-        SetLastError(ERROR_ALREADY_EXISTS);
-    }
-    return FALSE;
 }
 
 DWORD GetFileAttributesW(LPCWSTR path) {

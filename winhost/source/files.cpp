@@ -118,22 +118,6 @@ BOOL GetFileSizeEx(HANDLE file, PLARGE_INTEGER size) {
     return TRUE;
 }
 
-BOOL GetFileTime(HANDLE file, LPFILETIME creation, LPFILETIME access, LPFILETIME write) {
-    struct stat status = {};
-    if (winhost::fails(Call::GetFileTime) || !answer(::fstat(descriptorOf(file), &status) == 0)) {
-        return FALSE;
-    }
-    for (FILETIME* const time : {creation, write}) {
-        if (time != nullptr) {
-            *time = winhost::fileTime(status.st_mtim);
-        }
-    }
-    if (access != nullptr) {
-        *access = winhost::fileTime(status.st_atim);
-    }
-    return TRUE;
-}
-
 BOOL FlushFileBuffers(HANDLE file) {
     return winhost::fails(Call::FlushFileBuffers) ? FALSE : answer(::fsync(descriptorOf(file)) == 0);
 }

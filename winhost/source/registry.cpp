@@ -170,18 +170,6 @@ LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LP
     });
 }
 
-LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWORD, LPDWORD type,
-                      LPBYTE data, LPDWORD size) {
-    return readKey(Call::RegEnumValueW, key, [&](const RegistryKey& found) -> LSTATUS {
-        if (index >= found.values().size()) {
-            return ERROR_NO_MORE_ITEMS;
-        }
-        const RegistryValue& value = found.values()[index];
-        const LSTATUS named = giveName(value.name, name, nameLength);
-        return named != ERROR_SUCCESS ? named : giveData(value, type, data, size);
-    });
-}
-
 LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD size) {
     return readKey(Call::RegQueryValueExW, key, [&](const RegistryKey& found) -> LSTATUS {
         const RegistryValue* const value = found.findValue(viewOf(name));
@@ -226,29 +214,9 @@ LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, const BYTE* da
     });
 }
 
-LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR subkey) {
-    return changeKey(Call::RegDeleteKeyW, key, 0, [&](RegistryKey& parent) -> LSTATUS {
-        const RegistryKey* const found = parent.find(viewOf(subkey));
-        if (found == nullptr || viewOf(subkey).empty()) {
-            return found == nullptr ? ERROR_FILE_NOT_FOUND : ERROR_INVALID_PARAMETER;
-        }
-        if (!found->subkeys().empty()) {
-            return ERROR_ACCESS_DENIED;
-        }
-        parent.remove(viewOf(subkey));
-        return ERROR_SUCCESS;
-    });
-}
-
 LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR subkey) {
     return changeKey(Call::RegDeleteTreeW, key, 0, [&](RegistryKey& parent) -> LSTATUS {
         return parent.remove(viewOf(subkey)) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
-    });
-}
-
-LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name) {
-    return changeKey(Call::RegDeleteValueW, key, KEY_SET_VALUE, [&](RegistryKey& found) -> LSTATUS {
-        return found.removeValue(viewOf(name)) ? ERROR_SUCCESS : ERROR_FILE_NOT_FOUND;
     });
 }
 }

@@ -22,14 +22,11 @@
     CALL(RegOpenKeyExW, ERROR_ACCESS_DENIED)                                                                 \
     CALL(RegQueryInfoKeyW, ERROR_KEY_DELETED)                                                                \
     CALL(RegEnumKeyExW, ERROR_KEY_DELETED)                                                                   \
-    CALL(RegEnumValueW, ERROR_KEY_DELETED)                                                                   \
     CALL(RegQueryValueExW, ERROR_KEY_DELETED)                                                                \
     CALL(RegCloseKey, ERROR_INVALID_HANDLE)                                                                  \
     CALL(RegCreateKeyExW, ERROR_ACCESS_DENIED)                                                               \
     CALL(RegSetValueExW, ERROR_NO_SYSTEM_RESOURCES)                                                          \
-    CALL(RegDeleteKeyW, ERROR_ACCESS_DENIED)                                                                 \
     CALL(RegDeleteTreeW, ERROR_ACCESS_DENIED)                                                                \
-    CALL(RegDeleteValueW, ERROR_ACCESS_DENIED)                                                               \
     CALL(SHGetFolderPathW, ERROR_FILE_NOT_FOUND)                                                             \
     CALL(fopen, ERROR_ACCESS_DENIED)                                                                         \
     CALL(fread, ERROR_IO_DEVICE)                                                                             \
@@ -47,14 +44,11 @@
     CALL(SetFilePointerEx, ERROR_SEEK)                                                                       \
     CALL(SetEndOfFile, ERROR_DISK_FULL)                                                                      \
     CALL(GetFileSizeEx, ERROR_IO_DEVICE)                                                                     \
-    CALL(GetFileTime, ERROR_IO_DEVICE)                                                                       \
     CALL(FlushFileBuffers, ERROR_IO_DEVICE)                                                                  \
     CALL(CloseHandle, ERROR_INVALID_HANDLE)                                                                  \
-    CALL(DeleteFileA, ERROR_ACCESS_DENIED)                                                                   \
     CALL(DeleteFileW, ERROR_ACCESS_DENIED)                                                                   \
     CALL(MoveFileExA, ERROR_ACCESS_DENIED)                                                                   \
     CALL(MoveFileExW, ERROR_ACCESS_DENIED)                                                                   \
-    CALL(CreateDirectoryW, ERROR_ACCESS_DENIED)                                                              \
     CALL(GetFileAttributesW, ERROR_ACCESS_DENIED)                                                            \
     CALL(GetFileAttributesExW, ERROR_ACCESS_DENIED)                                                          \
     CALL(GetFullPathNameW, ERROR_NOT_ENOUGH_MEMORY)                                                          \

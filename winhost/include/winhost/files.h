@@ -85,18 +85,15 @@ BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER positi
 BOOL SetEndOfFile(HANDLE file);
 BOOL GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
 /// The creation time is given as the last-write time.
-BOOL GetFileTime(HANDLE file, LPFILETIME creation, LPFILETIME access, LPFILETIME write);
 BOOL FlushFileBuffers(HANDLE file);
 /// For files and events.
 BOOL CloseHandle(HANDLE handle);
 
-BOOL DeleteFileA(LPCSTR path);
 BOOL DeleteFileW(LPCWSTR path);
 /// One rename, within one volume. Onto an open file or a directory: ERROR_ACCESS_DENIED; of an open file:
 /// ERROR_SHARING_VIOLATION.
 BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags);
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
-BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
 DWORD GetFileAttributesW(LPCWSTR path);
 BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data);
 /// A relative path is taken below the working directory; `.` and `..` are resolved by their text alone.

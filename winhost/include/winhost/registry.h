@@ -41,8 +41,6 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, LPDWORD classLength, LPDWOR
 LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWORD reserved,
                       LPWSTR className, LPDWORD classLength, LPFILETIME lastWrite);
 /// Values come in the file's order.
-LSTATUS RegEnumValueW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWORD reserved, LPDWORD type,
-                      LPBYTE data, LPDWORD size);
 LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD reserved, LPDWORD type, LPBYTE data, LPDWORD size);
 LSTATUS RegCloseKey(HKEY key);
 
@@ -50,9 +48,7 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR classNa
                         REGSAM access, const LPSECURITY_ATTRIBUTES security, PHKEY result,
                         LPDWORD disposition);
 LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size);
-LSTATUS RegDeleteKeyW(HKEY key, LPCWSTR subkey);
 LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR subkey);
-LSTATUS RegDeleteValueW(HKEY key, LPCWSTR name);
 }
 
 #endif
