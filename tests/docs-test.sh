@@ -4,7 +4,8 @@
 # Does what README.md and docs/*.md say, in the kit that kit-test.sh installed for the build in BUILD:
 # - runs every ```sh block, all of one document in one copy of the kit; a comment <!-- not run: why --> on the line
 #   before excepts a block;
-# - finds every block behind a comment <!-- from FILE --> word for word in that file; compiles every other ```cpp block;
+# - finds every block behind a comment <!-- from FILE --> word for word in that file; compiles every other ```cpp block,
+#   and checks those that are plug-ins;
 # - asks the tool for the help of every `vykeldev COMMAND` and for each of its `--option`s.
 # ctest sets CXX.
 set -eu -o pipefail
@@ -58,6 +59,9 @@ for document in "$source_dir"/README.md "$source_dir"/docs/*.md; do
   for code in "$blocks"/code-*.cpp; do
     [ ! -e "$code" ] || "$CXX" -std=c++11 -Wall -Wextra -Werror -fsyntax-only -I"$kit/include" "$code" ||
       fail "a program of $name.md does not compile"
+    [ -e "$code" ] && grep -q vykel_initializePlugin "$code" || continue
+    "$CXX" -shared ${rpath:+-fPIC} -static-libstdc++ -static-libgcc -I"$kit/include" "$code" -o "$work/plugin$module" &&
+      vykeldev check "$work/plugin$module" || fail "a plug-in of $name.md is not right"
   done
   if compgen -G "$blocks/block-*.sh" >/dev/null; then
     cp -r "$kit" "$work/$name"
