@@ -8,7 +8,7 @@ namespace vyini {
 
 namespace {
 
-constexpr std::size_t readSize = 2084;
+constexpr std::size_t readSize = 32768; // more than a stream buffers, so that no byte is copied twice
 constexpr std::size_t largestFirstBlock = std::size_t{1} << 28; // the size of a file may be wrong or a lie
 constexpr std::size_t largestNextBlock = std::size_t{1} << 20;
 

@@ -23,11 +23,9 @@ int findTextStart(const unsigned char* bytes, std::size_t count) noexcept {
 
 int loadIniFile(IniDocument* document, const char* path) noexcept {
     const char* name = path != nullptr ? path : "";
-    char streamBuffer[32768]; // the system is asked less often than the usual buffer would
     const IniFile file(std::fopen(name, "rb"));
     if (file == nullptr)
         return findFile(name, nullptr) ? IniOpenFailed : IniNoFile;
-    std::setvbuf(file.get(), streamBuffer, _IOFBF, sizeof(streamBuffer));
     IniFileFacts facts;
     findFile(name, &facts);
 
