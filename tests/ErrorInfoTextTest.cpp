@@ -36,20 +36,6 @@ TEST(ErrorInfoText, LaysATextOnlyWhereItFits) {
     EXPECT_EQ(layStatusText(buffer, 3, nullptr), nullptr);
 }
 
-TEST(ErrorInfoText, FindsTheEndOfClosedContainersOnly) {
-    const struct {
-        const char* text;
-        int end;
-    } cases[] = {
-        {"{}", 1},   {"{\"a\":[1,{}]}", 11}, {"[ 1 , 2 ]", 8}, {"{", -1}, {"[1", -1}, {"1", -1}, {"", -1},
-        {"[1,]", -1}};
-    for (const auto& each : cases) {
-        std::string text = each.text;
-        const char* const end = errorInfoEnd(text.data());
-        EXPECT_EQ(end == nullptr ? -1 : end - text.data(), each.end) << each.text;
-    }
-}
-
 TEST(ErrorInfoText, InsertsAtTheCursor) {
     using Add = std::function<char*(char*)>;
     const auto string = [](const char* key, const char* value) -> Add {

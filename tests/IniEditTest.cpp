@@ -99,20 +99,6 @@ TEST(IniEdit, SetsInPlaceOrAtTheEnd) {
     EXPECT_EQ(countIniEntries(nullptr), 0U);
 }
 
-TEST(IniEdit, TheCurrentSectionComesBeforeTheFirst) {
-    IniFolder folder;
-    const IniDocumentPtr document = makeDocument();
-    document->mergeDuplicates = 0;
-    ASSERT_EQ(folder.load(document.get(), "[a]\n[b]\n[a]\n"), 0);
-    EXPECT_EQ(findIniSection(document.get(), "a")->line, 3) << "the parser was there last";
-    EXPECT_EQ(findIniSection(document.get(), "b")->line, 2);
-    EXPECT_EQ(findIniSection(document.get(), "a")->line, 1);
-    EXPECT_EQ(findIniSection(document.get(), "c"), nullptr);
-    EXPECT_EQ(document->currentSection->line, 1);
-    EXPECT_EQ(deleteIniSection(document.get(), "a"), 1);
-    EXPECT_EQ(findIniSection(document.get(), "a")->line, 3) << "the next of that name is the first now";
-}
-
 TEST(IniEscape, EncodesAndDecodes) {
     const struct {
         std::string text;

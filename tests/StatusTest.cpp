@@ -102,21 +102,6 @@ TEST(Status, MergingMovesTheText) {
     EXPECT_NE(other.json, into.json);
 }
 
-TEST(Status, ReallocatesToPowersOfTwo) {
-    OwnedStatus status;
-    const struct {
-        std::uint32_t wanted;
-        bool done;
-        std::uint32_t capacity;
-    } cases[] = {
-        {4, true, 512},   {512, true, 512}, {513, true, 1024}, {1024, true, 1024}, {0x80000000, false, 1024},
-        {10, true, 1024}, {0, true, 0},     {0, true, 0}};
-    for (const auto& each : cases) {
-        EXPECT_EQ(defaultStatusReallocate(&status, each.wanted), each.done) << each.wanted;
-        EXPECT_EQ(status.capacity, each.capacity) << each.wanted;
-    }
-}
-
 TEST(StatusBlock, KeepsBothEndsOfALongPath) {
     for (const std::size_t length : {0u, 99u, 100u, 101u, 150u}) {
         std::string file;
