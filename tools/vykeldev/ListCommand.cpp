@@ -1,11 +1,11 @@
 #include "Commands.h"
 #include "Enumerator.h"
 #include "Failure.h"
+#include "Json.h"
 #include "Table.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <vector>
 
@@ -72,23 +72,17 @@ void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
 }
 
 void printJson(const std::vector<DeviceInfo>& devices, std::uint32_t format) {
-    nlohmann::ordered_json document = {{"schemaVersion", 1}, {"tokenFormat", format}};
-    nlohmann::ordered_json& list = document["devices"] = nlohmann::ordered_json::array();
+    Json document = {{"schemaVersion", 1}, {"tokenFormat", format}, {"devices", Json::array()}};
     for (const DeviceInfo& device : devices) {
-        nlohmann::ordered_json entry = {{"index", device.index}, {"number", nullptr}, {"alias", nullptr}};
-        if (device.number != vykel::noDeviceNumber) {
-            entry["number"] = device.number;
-        }
-        if (device.alias) {
-            entry["alias"] = *device.alias;
-        }
-        entry["version"] = device.version;
-        entry["sortKey"] = device.sortKey;
-        entry["token"] = device.token;
-        list.push_back(std::move(entry));
+        const bool numbered = device.number != vykel::noDeviceNumber;
+        document["devices"].push_back({{"index", device.index},
+                                       {"number", numbered ? Json(device.number) : Json()},
+                                       {"alias", orNull(device.alias)},
+                                       {"version", device.version},
+                                       {"sortKey", device.sortKey},
+                                       {"token", device.token}});
     }
-    // A plug-in's text that is not UTF-8 must not cost the user the rest.
-    std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    std::cout << textOf(document) << '\n';
 }
 
 ExitCode listDevices(const Context& context, const ListOptions& options) {

@@ -1,10 +1,10 @@
 #include "Commands.h"
+#include "Json.h"
 #include "Registrations.h"
 #include "Table.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vykeldev {
 namespace {
@@ -19,19 +19,14 @@ void printTable(const std::vector<Registration>& registrations, bool colour) {
 }
 
 void printJson(const std::vector<Registration>& registrations) {
-    nlohmann::ordered_json document = {{"schemaVersion", 1}};
-    nlohmann::ordered_json& list = document["plugins"] = nlohmann::ordered_json::array();
+    Json document = {{"schemaVersion", 1}, {"plugins", Json::array()}};
     for (const Registration& registration : registrations) {
-        nlohmann::ordered_json entry = {{"name", registration.name}, {"path", nullptr}, {"problem", nullptr}};
-        if (registration.path) {
-            entry["path"] = *registration.path;
-        }
-        if (!registration.problem.empty()) {
-            entry["problem"] = registration.problem;
-        }
-        list.push_back(std::move(entry));
+        const std::string& problem = registration.problem;
+        document["plugins"].push_back({{"name", registration.name},
+                                       {"path", orNull(registration.path)},
+                                       {"problem", problem.empty() ? Json() : Json(problem)}});
     }
-    std::cout << document.dump(2, ' ', false, nlohmann::ordered_json::error_handler_t::replace) << '\n';
+    std::cout << textOf(document) << '\n';
 }
 
 ExitCode showPlugins(const Context& context, bool json) {
