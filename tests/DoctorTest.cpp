@@ -133,6 +133,7 @@ TEST_F(DoctorTest, NamesWhatAPluginDoesAndGoesOn) {
                  {"null-list", "failed at list", "list-missing", 5},
                  {"throws-own-type", "failed at refresh", "plugin-threw", 5},
                  {"fails", "failed at refresh", "refresh-failed", 5},
+                 {"refuses-device", "failed at refresh", "device-refused", 5},
                  {"exits", "failed at refresh", "plugin-exited", 5},
                  {"hangs", "failed at refresh", "plugin-hung", 5},
                  {"crashes", "failed at refresh", crashed, 5}};
@@ -166,12 +167,14 @@ TEST_F(DoctorTest, ChecksRegistrationsAndNumbers) {
     machine.registerPlugin("c", &types[1], (text + WCHAR{'x'}).c_str(), text.size() * sizeof(WCHAR));
     machine.registerPlugin("d", "relative" + path.filename().string());
     machine.registerPlugin("e", path.parent_path() / std::string(40000, 'x'));
+    machine.registerPlugin("f", fs::path('"' + path.string() + '"'));
     diagnose();
     EXPECT_EQ(findings("a"), "number-missing");
     EXPECT_EQ(findings("b"), "value-type path-duplicate number-missing");
     EXPECT_EQ(findings("c"), "value-unterminated path-duplicate number-missing");
     EXPECT_EQ(findings("d"), "path-relative file-missing");
     EXPECT_EQ(findings("e"), "file-missing"); // whatever cannot even be handed to a child
+    EXPECT_EQ(findings("f"), "file-missing"); // not also "path-relative"
     EXPECT_EQ(findings("number 3"), "number-duplicate");
 }
 
@@ -184,6 +187,8 @@ TEST_F(DoctorTest, ChecksFolderAndLocks) {
         lock.lock();
         diagnose();
         EXPECT_EQ(findings(), "lock-held");
+        EXPECT_EQ(report["legacyFile"]["state"], "not read");
+        EXPECT_EQ(runProgram("vykeldev", "aliases").exitCode, 1); // and does not wait for good
         EXPECT_EQ(exitCode, 4);
         EXPECT_EQ(report["locks"][0]["state"], "free");
         EXPECT_GE(report["locks"][1]["secondsWaited"], 1.9);
@@ -206,14 +211,15 @@ TEST_F(DoctorTest, ChecksTheLegacyFile) {
     } cases[] = {
         {"[Aliases]\n; a comment\n\nLab = KEL0\n", ""},
         {std::string("\xFF\xFE[\0A\0", 6), "legacy-encoding"},
-        {"[Aliases]\nnonsense\nLab =\nOne = KEL7\nTwo = KEL7\n[Open\n",
-         "legacy-line-ignored:2 legacy-line-ignored:3 legacy-line-ignored:6 legacy-duplicate:4"},
+        {std::string("[\0A\0]\0", 6), "legacy-encoding"},
+        {"a=b\n[Aliases]\r\nLab =\r\n\rOne = KEL7\nTwo = KEL7\n[Open\n",
+         "legacy-line-ignored:1 legacy-line-ignored:3 legacy-line-ignored:7 legacy-duplicate:5"},
         {"[Aliases]\nA = kel1\nB = KEL01\nC = KEL\nD = KEL4294967295\nE = KEL4294967294\n[Alias0]\nAlias=x\n",
-         "legacy-other-layout:7 legacy-resource-name:2 legacy-resource-name:3 legacy-resource-name:4 "
-         "legacy-resource-name:5"},
+         "legacy-resource-name:2 legacy-resource-name:3 legacy-resource-name:4 legacy-resource-name:5 "
+         "legacy-other-layout:7"},
         {tokens + "[Alias0]\nAlias=x\nPersistentToken=t\nLocal=False\n[Alias1]\nAlias=y\nPersistentToken=t\n"
-                  "Local=true\n[Alias3]\nAlias=z\n[Aliases]\n",
-         "legacy-other-layout:14 legacy-behind-gap:12 legacy-not-local:4 legacy-duplicate:8"},
+                  "Local=true\n[Alias3]\nAlias=z\n[Aliases]\nA=b\n",
+         "legacy-not-local:4 legacy-duplicate:8 legacy-behind-gap:12 legacy-other-layout:15"},
         {tokens + "[Alias0]\nAlias=x\nPersistentToken=t\nLocal=yes\n", "legacy-malformed:7"},
         {tokens + "\n[Alias0]\nAlias=x\nLocal=True\n", "legacy-malformed:5"},
     };
@@ -224,6 +230,16 @@ TEST_F(DoctorTest, ChecksTheLegacyFile) {
         EXPECT_EQ(findings(), each.findings) << each.text;
         EXPECT_EQ(readFile(machine.configurationFolder() / "vykel.ini"), each.text);
     }
+    std::string text = "[Aliases]\nLab = KEL0\n";
+    for (int i = 0; i < 23; ++i)
+        text += "x\n";
+    writeFile(machine.configurationFolder() / "vykel.ini", text);
+    fs::create_directory(machine.configurationFolder() / "vykel.TMP"); // the name of the file to be saved
+    diagnose();
+    const Json& all = report["findings"];
+    ASSERT_EQ(all.size(), 22u);
+    EXPECT_EQ(all[20]["id"], "legacy-not-writable");
+    EXPECT_EQ(all[21]["detail"], "3 more");
 }
 
 TEST_F(DoctorTest, BundlesWhatSupportNeedsAndNoMore) {

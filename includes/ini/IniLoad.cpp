@@ -1,6 +1,5 @@
 #include "ini/IniLoad.h"
 #include "ini/IniFile.h"
-#include "ini/IniParser.h"
 #include <cstring>
 
 namespace vyini {
@@ -21,7 +20,7 @@ int findTextStart(const unsigned char* bytes, std::size_t count) noexcept {
 
 } // namespace
 
-int loadIniFile(IniDocument* document, const char* path) noexcept {
+int loadIniFile(IniDocument* document, const char* path, const IniSkippedLineObserver* observer) noexcept {
     const char* name = path != nullptr ? path : "";
     const IniFile file(std::fopen(name, "rb"));
     if (file == nullptr)
@@ -39,7 +38,7 @@ int loadIniFile(IniDocument* document, const char* path) noexcept {
     if (kept == nullptr)
         return IniMemoryFull;
     IniLineReader reader(file.get(), facts.size);
-    const int result = parseIni(document, &reader);
+    const int result = parseIni(document, &reader, observer);
     if (result == 0) {
         document->path = std::move(kept);
         document->lastWriteTime = facts.lastWriteTime;

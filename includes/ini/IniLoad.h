@@ -1,18 +1,19 @@
 #ifndef INI_INILOAD_H
 #define INI_INILOAD_H
 
-#include "ini/IniDocument.h"
+#include "ini/IniParser.h"
 
 namespace vyini {
 
 /// Replaces the document's sections by the file's (see parseIni), and keeps its path and last-write time.
 /// `path` is narrow, as the system's file functions take it. A byte-order mark of UTF-8 is skipped. Nothing
-/// is written.
+/// is written. `observer` may be null.
 ///
 /// 0; IniNoFile the file does not exist; IniOpenFailed it exists but cannot be opened; IniWideText it is
 /// UTF-16 or UTF-32; IniSeekFailed, IniReadFailed, IniMemoryFull. After a failure path and time are the
 /// former ones, and the sections either the former ones or those read before the failure.
-int loadIniFile(IniDocument* document, const char* path) noexcept;
+int loadIniFile(IniDocument* document, const char* path,
+                const IniSkippedLineObserver* observer = nullptr) noexcept;
 
 } // namespace vyini
 

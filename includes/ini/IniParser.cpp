@@ -26,7 +26,8 @@ const char* terminated(IniRange range) noexcept {
 
 class Parser {
 public:
-    explicit Parser(IniDocument& target) noexcept : document(target) {}
+    Parser(IniDocument& target, const IniSkippedLineObserver* lineObserver) noexcept
+        : document(target), observer(lineObserver) {}
 
     /// True when a key may be that of a continuation entry.
     bool metContinuation() const noexcept { return continuation; }
@@ -35,7 +36,7 @@ public:
     int take(IniRange line, std::int32_t number) noexcept {
         line = withoutTrailingBlanks(withoutLeadingBlanks(line));
         if (line.empty())
-            return unusable(number);
+            return unusable(line, number);
         switch (*line.begin) {
         case ';':
             return 0;
@@ -47,19 +48,25 @@ public:
     }
 
 private:
-    int unusable(std::int32_t number) noexcept {
+    int unusable(IniRange line, std::int32_t number) noexcept {
         if (document.firstBadLine == -1)
             document.firstBadLine = number;
+        return skip(line, number);
+    }
+
+    int skip(IniRange line, std::int32_t number) const noexcept {
+        if (observer != nullptr)
+            observer->onSkipped(observer->context, line, number);
         return 0;
     }
 
     int takeHeader(IniRange line, std::int32_t number) noexcept {
         char* bracket = findByte(line.begin, line.end, ']');
         if (bracket == line.end)
-            return unusable(number);
+            return unusable(line, number);
         const IniRange name = withoutLeadingBlanks(withoutTrailingBlanks({line.begin + 1, bracket}));
         if (name.empty())
-            return unusable(number);
+            return unusable(line, number);
         return openSection(terminated(name), number);
     }
 
@@ -95,17 +102,17 @@ private:
         if (colons)
             separator = findByte(line.begin, separator, ':');
         if (separator == line.end)
-            return unusable(number);
+            return unusable(line, number);
         char* behind = separator + 1;
         if (*separator == ':' && behind != line.end && *behind == '=')
             ++behind;
         const IniRange key = withoutTrailingBlanks({line.begin, separator});
         const IniRange value = withoutLeadingBlanks({behind, line.end});
         if (key.empty() || (value.empty() && (document.parseFlags & IniAllowEmptyValue) == 0))
-            return unusable(number);
+            return unusable(line, number);
         if (document.currentSection == nullptr) {
             if (!colons)
-                return 0;
+                return skip(line, number);
             if (openSection(IniHeaderless, -1) != 0)
                 return IniMemoryFull;
         }
@@ -149,6 +156,7 @@ private:
     }
 
     IniDocument& document;
+    const IniSkippedLineObserver* observer;
     bool continuation = false;
 };
 
@@ -205,10 +213,10 @@ const char* findContinuation(const char* key, std::uint32_t& number) noexcept {
     return readDigits(digits, number) && *digits == '\0' ? word : nullptr;
 }
 
-int parseIni(IniDocument* document, IniLineReader* reader) noexcept {
+int parseIni(IniDocument* document, IniLineReader* reader, const IniSkippedLineObserver* observer) noexcept {
     clearIniSections(document);
     document->firstBadLine = -1;
-    Parser parser(*document);
+    Parser parser(*document, observer);
     IniRange line = {};
     int result = reader->readLine(line);
     while (result > 0) {

@@ -7,6 +7,13 @@
 
 namespace vyini {
 
+/// Told of every line that the parser skips, without blanks around it: those that it cannot use, blank ones
+/// included, and entries before the first section. It must not throw. For tools; the library has none.
+struct IniSkippedLineObserver {
+    void (*onSkipped)(void* context, IniRange line, std::int32_t number);
+    void* context;
+};
+
 /// Replaces the document's sections by what the reader yields, as the document's options say: 0,
 /// IniReadFailed or IniMemoryFull, after which the document holds what was read so far, its continuation
 /// entries perhaps not joined. The document takes the reader's text.
@@ -18,7 +25,8 @@ namespace vyini {
 ///
 /// Consecutive entries `<key> Line0001`, `<key> Line0002`, ... are one entry whose value was split: they are
 /// joined under the key of the first. A run begins at number 1 and takes in what follows with other numbers.
-int parseIni(IniDocument* document, IniLineReader* reader) noexcept;
+int parseIni(IniDocument* document, IniLineReader* reader,
+             const IniSkippedLineObserver* observer = nullptr) noexcept;
 
 /// The text " Line" in a key that ends in it and a decimal number of 32 bits, which is stored in `number`;
 /// otherwise null.

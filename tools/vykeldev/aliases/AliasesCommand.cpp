@@ -1,11 +1,14 @@
-#include "aliases/LegacyFile.h"
+#include "aliases/BoundedLock.h"
 #include "aliases/Preview.h"
 #include "aliases/PreviewDevices.h"
 #include "Commands.h"
+#include "ConfigurationFolder.h"
 #include "errors/Exception.h"
 #include "Failure.h"
+#include "pellumkelddk/user/FileLock.h"
 #include "Table.h"
 #include "Text.h"
+#include <algorithm>
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
@@ -35,20 +38,27 @@ const char* layoutText(AliasLayout layout) noexcept {
     return "resource names";
 }
 
-std::string outcomeText(const LegacyEntry& entry) {
+std::string unreachedText(const EntryPreview& entry) {
+    if (!entry.stays)
+        return "never reached, goes with its section: " + entry.detail;
+    const bool later = entry.flaw == Flaw::Duplicate; // once the other is gone
+    return (later ? "not reached this time, stays: " : "never reached, stays: ") + entry.detail;
+}
+
+std::string outcomeText(const EntryPreview& entry) {
     const std::string device = "device KEL" + std::to_string(entry.device);
     switch (entry.outcome) {
     case Outcome::Moves:
-        return "moves to " + device;
+        return "moves to " + device + (entry.stays ? ", yet an entry of the same name goes for it" : "");
     case Outcome::Dropped:
         return device + " has an alias, entry is dropped";
     case Outcome::NoDevice:
-        return "no such device takes an alias, stays";
+        return entry.stays ? "no such device takes an alias, stays"
+                           : "no such device takes an alias, yet goes for one of the same name";
     case Outcome::NotLocal:
         return "not local, stays";
     case Outcome::Unreached:
-        return "never reached, " + std::string(entry.stays ? "stays: " : "goes with its section: ") +
-               entry.detail;
+        return unreachedText(entry);
     case Outcome::Malformed:
         return "malformed: " + entry.detail;
     case Outcome::Blocked:
@@ -72,7 +82,7 @@ void printTable(const std::string& path, const Preview& preview, bool colour) {
                  {"ALIAS", Align::Left},
                  {preview.layout == AliasLayout::ByResourceName ? "DEVICE" : "TOKEN", Align::Left},
                  {"NEXT REFRESH", Align::Left}});
-    for (const LegacyEntry& entry : preview.entries) {
+    for (const EntryPreview& entry : preview.entries) {
         table.addRow({std::to_string(entry.line), entry.alias.value_or("-"), entry.target.value_or("-"),
                       outcomeText(entry)});
     }
@@ -86,7 +96,7 @@ void printJson(const std::string& path, const Preview* preview) {
     if (preview != nullptr) {
         document["layout"] = layoutText(preview->layout);
         document["fails"] = preview->fails;
-        for (const LegacyEntry& entry : preview->entries) {
+        for (const EntryPreview& entry : preview->entries) {
             const bool hasDevice = entry.device != vykel::noDeviceNumber;
             document["entries"].push_back({{"line", entry.line},
                                            {"alias", orNull(entry.alias)},
@@ -100,20 +110,59 @@ void printJson(const std::string& path, const Preview* preview) {
     std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
 }
 
+/// Keeps transfers from running while it lives. Makes no lock file: without one nobody has transferred yet.
+class TransferPause {
+public:
+    /// Throws Failure when a transfer does not end, vyerr::Exception when the folder is unknown.
+    TransferPause() {
+        const std::string path = vykel::getConfigurationFolder() + "vykel.lck";
+        stream.reset(std::fopen(path.c_str(), "rb"));
+        if (stream == nullptr)
+            return;
+        const DWORD error = lockInTime(stream.get(), [](auto) {});
+        if (error != ERROR_SUCCESS)
+            throw systemFailure("locking '" + printable(path) + "'", error,
+                                "'vykeldev doctor' tells more; most likely a client hangs in a refresh.");
+    }
+
+private:
+    vykel::FileStream stream;
+};
+
+/// Two readings of the legacy file: one for a transfer to change, the other to compare with.
+struct LegacyFiles {
+    LegacyFiles(const std::string& path, const TransferPause&) : untouched(path), copy(path) {}
+    LegacyFile untouched;
+    LegacyFile copy;
+};
+
+/// Whether there is a file. Throws Failure when it cannot be read.
+bool isRead(const LegacyFiles& files, const std::string& path) {
+    const int result = std::min(files.untouched.result(), files.copy.result());
+    if (result == 0 || result == vyini::IniNoFile)
+        return result == 0;
+    const std::string what = "reading '" + printable(path) + "' failed with " + std::to_string(result);
+    const std::string meaning = "Every refresh leaves the file as it is and moves no alias.";
+    if (result == vyini::IniWideText)
+        throw Failure(what + ": it is UTF-16 or UTF-32", meaning, "Save it as UTF-8.");
+    throw Failure(what, meaning, "Close the program that holds it, and see that this user may read it.");
+}
+
 ExitCode showPreview(bool json, bool colour) {
-    const LegacyFile file;
-    if (!file.exists()) {
+    const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
+    const LegacyFiles files(path, TransferPause());
+    if (!isRead(files, path)) {
         if (json)
-            printJson(file.path(), nullptr);
-        std::cerr << "vykeldev: no legacy file " << printable(file.path()) << '\n';
+            printJson(path, nullptr);
+        std::cerr << "vykeldev: no legacy file " << printable(path) << '\n';
         return ExitCode::NothingListed;
     }
     const PreviewDevices devices;
-    const Preview preview = previewTransfer(file.untouched(), file.copy(), devices.table());
+    const Preview preview = previewTransfer(files.untouched, files.copy, devices.table());
     if (json)
-        printJson(file.path(), &preview);
+        printJson(path, &preview);
     else
-        printTable(file.path(), preview, colour);
+        printTable(path, preview, colour);
     if (!preview.fails)
         return ExitCode::Success;
     std::cout.flush();
@@ -144,7 +193,7 @@ void addAliasesCommand(CLI::App& app, Run& chosen) {
         "aliases",
         "Shows what the next refresh does with the aliases of an older release, and changes nothing");
     command->add_flag("--json", *json, "Prints one JSON object (schemas/aliases.schema.json)");
-    command->footer("Exit codes: 0 done, 1 the file is malformed or cannot be read, 3 there is none. "
+    command->footer("Exit codes: 0 done, 1 the file is malformed, locked or cannot be read, 3 there is none. "
                     "docs/legacy-aliases.md "
                     "explains the file.");
     command->callback([json, &chosen] {

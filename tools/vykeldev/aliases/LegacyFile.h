@@ -2,31 +2,68 @@
 #define VYKELDEV_ALIASES_LEGACYFILE_H
 
 #include "pellumkelddk/user/AutoIniText.h"
+#include "TraditionalAliasTransferManager.h"
+#include <cstddef>
+#include <cstdint>
+#include <optional>
 #include <string>
+#include <vector>
 
 namespace vykeldev::aliases {
 
-/// The legacy alias file, read twice: the one document for a transfer to change, the other to compare with.
+/// Why an entry of the legacy file is not handed over, as far as the file itself tells.
+enum class Flaw {
+    None,
+    Malformed,    ///< It makes the whole transfer fail.
+    OtherLayout,  ///< The file's version asks for entries of the other layout.
+    BehindGap,    ///< Its section's number is not reached.
+    ResourceName, ///< No device is ever called that.
+    NotLocal,     ///< It is about a device of another machine.
+    Duplicate     ///< Another entry for the same device comes first.
+};
+
+/// One entry of the legacy file.
+struct LegacyEntry {
+    std::optional<std::string> alias;
+    std::optional<std::string> target; ///< A resource name, or a persistent token.
+    std::int32_t line = 0;             ///< Where it stands; of a malformed one, where to mend it.
+    Flaw flaw = Flaw::None;
+    std::string detail;                ///< About the flaw, for people.
+    std::optional<std::size_t> record; ///< The number of its section, when a transfer reads that.
+};
+
+/// A line that counts for nothing.
+struct SkippedLine {
+    std::int32_t number = 0;
+    std::string text;
+};
+
+/// The legacy alias file, as a transfer reads it. To be read while no transfer runs: an open file is in the
+/// way of one.
 class LegacyFile {
 public:
-    /// Reads the file while no transfer runs, and waits without limit for one that does. Makes no lock file:
-    /// without one nobody has transferred yet. Throws Failure when there is a file that cannot be read,
-    /// vyerr::Exception when its folder is unknown, the lock is refused or memory is short.
-    LegacyFile();
+    /// Reads the file. Throws vyerr::Exception when memory is short.
+    explicit LegacyFile(const std::string& path);
 
-    const std::string& path() const noexcept { return filePath; }
-    bool exists() const noexcept { return found; }
-    vyini::IniDocument& untouched() const noexcept { return *first.document(); }
-    vyini::IniDocument& copy() const noexcept { return *second.document(); }
+    /// The result of vyini::loadIniFile: 0, or why there is nothing in here.
+    int result() const noexcept { return loadResult; }
+    vyini::IniDocument& document() const noexcept { return *text.document(); }
+    /// But for blank ones.
+    const std::vector<SkippedLine>& skippedLines() const noexcept { return skipped; }
+    vykel::AliasLayout layout() const;
+    /// In the order of their lines. Throws std::bad_alloc.
+    std::vector<LegacyEntry> entries() const;
 
 private:
-    bool load(const vykel::AutoIniText& text) const;
+    static void keepSkipped(void* file, vyini::IniRange line, std::int32_t number);
 
-    std::string filePath;
-    vykel::AutoIniText first;
-    vykel::AutoIniText second;
-    bool found = false;
+    vykel::AutoIniText text;
+    std::vector<SkippedLine> skipped;
+    int loadResult;
 };
+
+/// The section "Alias<index>", in which the layout by tokens keeps an alias.
+std::string recordName(std::size_t index);
 
 } // namespace vykeldev::aliases
 

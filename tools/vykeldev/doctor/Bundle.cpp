@@ -9,9 +9,8 @@ std::vector<ZipEntry> writeBundle(const std::string& path, const Report& report,
                                      {"registrations.json", dumped(registrationsToJson(report)) + '\n'},
                                      {"locks.json", dumped(toJson(report.locks)) + '\n'},
                                      {"versions.json", dumped(toJson(report.versions)) + '\n'}};
-    std::string legacy;
-    if (!report.legacy.path.empty() && readFile(report.legacy.path, legacy) == ERROR_SUCCESS)
-        entries.push_back({"vykel.ini", std::move(legacy)});
+    if (report.legacy.bytes)
+        entries.push_back({"vykel.ini", *report.legacy.bytes});
     writeFile(path, makeZip(entries), replace);
     return entries;
 }

@@ -1,10 +1,10 @@
 #include "Commands.h"
 #include "doctor/Bundle.h"
 #include "doctor/FolderCheck.h"
-#include "doctor/LegacyCheck.h"
+#include "doctor/Platform.h"
 #include "doctor/PluginCheck.h"
 #include "doctor/Probe.h"
-#include "Failure.h"
+#include "System.h"
 #include "Text.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
@@ -21,13 +21,28 @@ struct DoctorOptions {
     std::string bundle;
 };
 
+/// Whether clients of this tool's release can load the library.
+void checkLibrary(const Versions& versions, Findings& findings) {
+    const HMODULE library = LoadLibraryExW(toWide(versions.libraryPath).c_str(), nullptr, 0);
+    if (library == nullptr || GetProcAddress(library, "vykeldevenum_initialize") == nullptr)
+        findings.push_back(
+            {FindingId::LibraryMissing, versions.libraryPath, systemErrorText(GetLastError())});
+    if (library != nullptr)
+        FreeLibrary(library);
+    const bool same = (versions.library + '.').rfind(versions.tool + '.', 0) == 0;
+    if (!versions.library.empty() && !same)
+        findings.push_back({FindingId::LibraryVersion, versions.libraryPath,
+                            "library " + versions.library + ", tool " + versions.tool});
+}
+
 Report makeReport(const Context& context, const DoctorOptions& options) {
     Progress progress;
     Report report;
-    report.versions = {VYKELDEV_VERSION, context.library, fileVersion(context.library), systemVersion()};
+    const std::string library = absolutePath(context.library);
+    report.versions = {VYKELDEV_VERSION, library, fileVersion(library), systemVersion()};
+    checkLibrary(report.versions, report.findings);
     checkPlugins(report, std::chrono::milliseconds(static_cast<long long>(options.timeout * 1000)), progress);
     checkFolder(report, progress);
-    checkLegacyFile(report);
     return report;
 }
 
@@ -52,6 +67,7 @@ ExitCode diagnose(const Context& context, const DoctorOptions& options) {
         printFindings();
         return ExitCode::Success;
     }
+    silenceCrashes();
     const Report report = makeReport(context, options);
     if (options.json)
         std::cout << dumped(toJson(report)) << '\n';

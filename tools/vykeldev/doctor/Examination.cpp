@@ -32,11 +32,32 @@ std::string describe(const LibraryError& error) {
     return text + (error.systemText.empty() ? "" : ": " + error.systemText);
 }
 
-void findMissingImports(LibraryImage& image, const std::string& folder) {
+/// What is odd about a path as it stands in the registry, as "; ..." or nothing.
+std::string pathOddity(const std::string& path) {
+    if (path.find('"') != std::string::npos)
+        return "; the quotes belong to the value and must go";
+    if (path.front() == ' ' || path.back() == ' ')
+        return "; the value begins or ends with a blank, which must go";
+    const std::size_t percent = path.find('%');
+    if (percent != std::string::npos && path.find('%', percent + 1) != std::string::npos)
+        return "; nobody replaces the variable between the percent signs";
+    return "";
+}
+
+std::optional<Verdict> lookAtImports(LibraryImage& image, const std::string& folder) {
     for (const std::string& name : image.imports) {
         if (!isImportFound(name, image, folder))
             image.missingImports.push_back(name);
     }
+    if (image.missingImports.empty())
+        return std::nullopt;
+    std::string detail = "not found: " + joined(image.missingImports);
+    const std::string prefix = folder + '\\';
+    for (const std::string& name : image.missingImports) {
+        if (GetFileAttributesW(toWide(prefix + name).c_str()) != INVALID_FILE_ATTRIBUTES)
+            detail += "; " + name + " lies beside the plug-in, where the system does not look";
+    }
+    return Verdict{FindingId::DependencyMissing, Step::Dependency, detail};
 }
 
 /// Looks at the file without loading it. What it finds tells why a load will fail, or nothing.
@@ -48,92 +69,110 @@ std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
                        path.empty() ? "the path is empty" : "this is a folder"};
     if (!isAbsolutePath(path))
         return std::nullopt; // only the loader knows which file it is
+    if (!isOrdinaryFile(path))
+        return Verdict{FindingId::FileNotALibrary, Step::File, "this is a device or a pipe"};
     if (const DWORD error = readFile(path, bytes); error != ERROR_SUCCESS) {
         const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
         return Verdict{missing ? FindingId::FileMissing : FindingId::FileUnreadable, Step::File,
-                       systemErrorText(error)};
+                       systemErrorText(error) + pathOddity(path)};
     }
     LibraryImage& image = plugin.image.emplace(readNativeImage(bytes));
     if (image.kind == LibraryImage::Kind::NotALibrary)
         return Verdict{FindingId::FileNotALibrary, Step::File, image.detail};
     if (image.kind == LibraryImage::Kind::OtherMachine)
         return Verdict{FindingId::ArchitectureWrong, Step::Architecture, image.detail};
-    findMissingImports(image, folderOf(path));
-    if (!image.missingImports.empty()) {
-        std::string detail = "not found: " + joined(image.missingImports);
-        for (const std::string& name : image.missingImports) {
-            if (GetFileAttributesW(toWide(folderOf(path) + "\\" + name).c_str()) != INVALID_FILE_ATTRIBUTES)
-                detail += "; " + name + " lies beside the plug-in, where the system does not look";
-        }
-        return Verdict{FindingId::DependencyMissing, Step::Dependency, detail};
-    }
-    return std::nullopt;
+    return lookAtImports(image, folderOf(path));
 }
 
 Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
                   const std::optional<Verdict>& look) {
-    if (look)
-        return {look->id, look->step, look->detail + " (" + describe(error) + ")"};
+    const std::string system = " (" + describe(error) + ")";
+    if (error.system == ERROR_PROC_NOT_FOUND)
+        return {FindingId::DependencyMissing, Step::Dependency,
+                "a library that it needs is of another version: it lacks a function" + system};
+    const bool lacksLibrary = look && look->id == FindingId::DependencyMissing;
+    // The stand-in for Windows has one code for all that the system's loader says.
+    if (look &&
+        (!lacksLibrary || error.system == ERROR_MOD_NOT_FOUND || error.system == ERROR_BAD_EXE_FORMAT))
+        return {look->id, look->step, look->detail + system};
     if (!isAbsolutePath(*plugin.path))
         return {FindingId::FileMissing, Step::Path,
-                "the relative path leads nowhere (" + describe(error) + ")"};
+                "the relative path leads nowhere" + system + pathOddity(*plugin.path)};
     if (error.system == ERROR_MOD_NOT_FOUND)
         return {FindingId::DependencyMissing, Step::Dependency,
-                "a library that it needs cannot be loaded itself (" + describe(error) + ")"};
+                "a library that it needs cannot be loaded itself" + system};
     return {FindingId::LoadRefused, Step::Load, describe(error)};
+}
+
+Verdict judgeEntryPoints(const LibraryError& error, const PluginAccount& plugin,
+                         const std::optional<Verdict>& look) {
+    if (look && look->step != Step::Dependency)
+        return *look; // a program, which the system loads like a library
+    const bool known = plugin.image && !plugin.image->missingExports.empty();
+    return {FindingId::EntryPointMissing, Step::EntryPoint,
+            known ? "missing: " + joined(plugin.image->missingExports) : describe(error)};
 }
 
 /// A step that the library or the plug-in ended with an error.
 Verdict judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
                      const std::optional<Verdict>& look) {
+    const Step step = *probe.failedStep;
     if (probe.listMissing)
-        return {FindingId::ListMissing, probe.step, ""};
+        return {FindingId::ListMissing, step, ""};
     if (probe.thrown)
-        return {FindingId::PluginThrew, probe.step, *probe.thrown};
-    switch (probe.step) {
+        return {FindingId::PluginThrew, step, *probe.thrown};
+    switch (step) {
     case Step::Load:
         return judgeLoad(*probe.error, plugin, look);
     case Step::EntryPoint:
-        return {FindingId::EntryPointMissing, probe.step,
-                "missing: " + (plugin.image ? joined(plugin.image->missingExports) : describe(*probe.error))};
+        return judgeEntryPoints(*probe.error, plugin, look);
     case Step::Initialise:
     case Step::List:
-        return {FindingId::PluginRefused, probe.step, describe(*probe.error)};
+        return {FindingId::PluginRefused, step, describe(*probe.error)};
     default:
-        return {FindingId::RefreshFailed, probe.step, describe(*probe.error)};
+        return {probe.deviceRefused ? FindingId::DeviceRefused : FindingId::RefreshFailed, step,
+                describe(*probe.error)};
     }
 }
 
-/// A child that ended before all steps were done, or after.
+/// A child that ended before all steps were done, or badly after them.
 std::optional<Verdict> judgeEnd(const ProbeResult& probe, std::chrono::milliseconds limit) {
+    const std::string before = probe.error ? ", after " + describe(*probe.error) : "";
     switch (probe.end.end) {
     case ChildOutcome::End::Crashed:
-        return Verdict{FindingId::PluginCrashed, probe.step, crashText(probe.end.code)};
+        return Verdict{FindingId::PluginCrashed, probe.step, crashText(probe.end.code) + before};
     case ChildOutcome::End::TimedOut:
         return Verdict{FindingId::PluginHung, probe.step,
-                       "no answer within " + std::to_string(limit.count()) + " ms"};
+                       "no answer within " + std::to_string(limit.count()) + " ms" + before};
     case ChildOutcome::End::Exited:
         break;
     }
     if (probe.done)
         return std::nullopt;
-    return Verdict{FindingId::PluginExited, probe.step, "exit code " + std::to_string(probe.end.code)};
+    return Verdict{FindingId::PluginExited, probe.step,
+                   "exit code " + std::to_string(probe.end.code) + before};
 }
 
 /// Looks and probes. Nothing when the plug-in loaded.
 std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds limit) {
+    if (plugin.path->size() > longestPath) // no command line could hold it
+        return Verdict{FindingId::FileMissing, Step::Path, "no file has so long a path"};
     const std::optional<Verdict> look = lookAtFile(plugin);
     ProbeResult probe;
     try {
         probe = probePlugin(*plugin.path, limit);
-    } catch (const Failure& failure) { // for example a path too long for any command line
-        return look ? look : Verdict{FindingId::LoadRefused, Step::Load, failure.what()};
+    } catch (const Failure& failure) {
+        return Verdict{FindingId::ProbeImpossible, Step::Load,
+                       failure.what() + (failure.meaning.empty() ? "" : ": " + failure.meaning)};
     }
     plugin.milliseconds = probe.end.duration.count();
     plugin.error = probe.error;
-    std::optional<Verdict> verdict =
-        probe.failed() ? judgeFailure(probe, plugin, look) : judgeEnd(probe, limit);
-    if (!verdict)
+    std::optional<Verdict> verdict = judgeEnd(probe, limit);
+    if (!verdict && probe.failedStep)
+        verdict = judgeFailure(probe, plugin, look);
+    else if (verdict && verdict->step == Step::Load && look)
+        verdict->detail += "; " + look->detail;
+    if (!verdict || verdict->id == FindingId::DeviceRefused)
         plugin.deviceNumbers = std::move(probe.deviceNumbers);
     return verdict;
 }
@@ -141,7 +180,7 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
 } // namespace
 
 void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
-    if (!plugin.path->empty() && !isAbsolutePath(*plugin.path))
+    if (!plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
         findings.push_back({FindingId::PathRelative, plugin.name, *plugin.path});
     const std::optional<Verdict> verdict = judge(plugin, limit);
     if (!verdict) {

@@ -37,14 +37,18 @@ DWORD readFile(const std::string& path, std::string& bytes) {
 }
 
 void writeFile(const std::string& path, std::string_view bytes, bool replace) {
-    const FileHandle file = openFile(path, GENERIC_WRITE, replace ? CREATE_ALWAYS : CREATE_NEW);
+    FileHandle file = openFile(path, GENERIC_WRITE, replace ? CREATE_ALWAYS : CREATE_NEW);
     DWORD done = 0;
     if (file && WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr) &&
         done == bytes.size())
         return;
     const DWORD error = GetLastError();
-    if (error == ERROR_FILE_EXISTS)
+    if (file) { // half a file is none
+        file.reset();
+        DeleteFileW(toWide(path).c_str());
+    } else if (error == ERROR_FILE_EXISTS) {
         throw Failure("'" + printable(path) + "' exists already", "", "Give another name, or --force.");
+    }
     throw systemFailure("writing '" + printable(path) + "'", error, "Give a name in another folder.");
 }
 

@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_DOCTOR_FILES_H
 #define VYKELDEV_DOCTOR_FILES_H
 
+#include <cstddef>
 #include <memory>
 #include <string>
 #include <string_view>
@@ -8,6 +9,9 @@
 
 /// Whole files by their UTF-8 paths.
 namespace vykeldev::doctor {
+
+/// In bytes; what is longer is no file.
+constexpr std::size_t longestPath = 32000;
 
 struct CloseFile {
     void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }

@@ -8,10 +8,21 @@ namespace {
 
 // docs/troubleshooting.md lists the same identifiers and remedies; a test compares them.
 constexpr FindingKind kinds[] = {
+    {FindingId::LibraryMissing, "library-missing", Severity::Error,
+     "The library vykeldevenum is not there, cannot be loaded or is another one, so nothing lists devices "
+     "with it.",
+     "Install tool and library again, from one release and into one folder, or give the library's path with "
+     "--library."},
+    {FindingId::LibraryVersion, "library-version", Severity::Warning,
+     "Tool and library are from different releases, so clients may see something else than the doctor.",
+     "Install both from one release, or give the path of the right library with --library."},
     {FindingId::PluginsKeyMissing, "plugins-key-missing", Severity::Error,
-     "The registry key of the plug-ins is missing or cannot be read, so no client can initialise the "
-     "library.",
+     "The registry key of the plug-ins is missing, so no client can initialise the library.",
      "Register a plug-in with 'vykeldev register NAME PATH' as administrator; that makes the key."},
+    {FindingId::PluginsKeyDenied, "plugins-key-denied", Severity::Error,
+     "This user may not read the registry key of the plug-ins, so no client of this user can initialise the "
+     "library.",
+     "Let the users of the devices read the key and its subkeys."},
     {FindingId::PluginsNone, "plugins-none", Severity::Warning,
      "No plug-in is registered, so every list of devices is empty.",
      "Install the driver of your device, or register its plug-in with 'vykeldev register NAME PATH'."},
@@ -50,8 +61,8 @@ constexpr FindingKind kinds[] = {
      "The registered library is made for another kind of processor or process.",
      "Install the plug-in's 64-bit (x86-64) version."},
     {FindingId::DependencyMissing, "dependency-missing", Severity::Error,
-     "The plug-in needs a library that the system does not find. It looks beside the client program, in the "
-     "system's folders and along PATH, but not beside the plug-in.",
+     "The plug-in needs a library, or a function of one, that the system does not find. It looks beside the "
+     "client program, in the system's folders and along PATH, but not beside the plug-in.",
      "Install what is missing (often a runtime of the plug-in's compiler), or ask the plug-in's maker for a "
      "version that brings it along."},
     {FindingId::LoadRefused, "load-refused", Severity::Error,
@@ -64,6 +75,10 @@ constexpr FindingKind kinds[] = {
      "one.",
      "Register the right file; authors: export vykel_initializePlugin, vykel_getPluginInterface and "
      "vykel_finalizePlugin undecorated."},
+    {FindingId::ProbeImpossible, "probe-impossible", Severity::Warning,
+     "The tool could not start the process in which it tries the plug-in; nothing is known about the "
+     "plug-in.",
+     "End other programs and try again, and see that this user may start processes here."},
     {FindingId::PluginRefused, "plugin-refused", Severity::Warning,
      "The plug-in itself answered that it cannot be used now.",
      "Look the code up in the plug-in's documentation; often its driver or service is not installed or not "
@@ -73,8 +88,14 @@ constexpr FindingKind kinds[] = {
     {FindingId::RefreshFailed, "refresh-failed", Severity::Error,
      "The plug-in cannot bring its list of devices up to date; its devices are left out.",
      "Look the code up in the plug-in's documentation."},
+    {FindingId::DeviceRefused, "device-refused", Severity::Error,
+     "The plug-in's list counts a device that it does not hand out. That one and all later devices of the "
+     "list are left out; the earlier ones stay.",
+     "Look the code up in the plug-in's documentation, and report it to the plug-in's maker."},
     {FindingId::PluginThrew, "plugin-threw", Severity::Error,
-     "The plug-in let an exception out, which its contract forbids.", "Report it to the plug-in's maker."},
+     "The plug-in let an exception out, which its contract forbids. At the step refresh it makes every "
+     "client's refresh fail, for all plug-ins.",
+     "Remove it with 'vykeldev unregister NAME' until its maker has mended it."},
     {FindingId::PluginCrashed, "plugin-crashed", Severity::Error,
      "The plug-in crashed its process, as it would crash every client.",
      "Remove it with 'vykeldev unregister NAME' until its maker has mended it."},
@@ -100,9 +121,11 @@ constexpr FindingKind kinds[] = {
     {FindingId::FolderMissing, "folder-missing", Severity::Error,
      "The folder of the lock files is missing, so every refresh fails.",
      "Make the folder as administrator and let the users of the devices write there."},
-    {FindingId::FolderReadOnly, "folder-read-only", Severity::Warning,
-     "This user may not make files in the folder, so legacy aliases cannot be handed over.",
-     "Let the users of the devices write in the folder."},
+    {FindingId::FolderReadOnly, "folder-read-only", Severity::Info,
+     "This user may not make files in the folder. That matters only while a lock file is missing or "
+     "vykel.ini "
+     "holds aliases, and is then told as lock-unusable or legacy-not-writable.",
+     "Nothing, or let the users of the devices write in the folder."},
     {FindingId::LockUnusable, "lock-unusable", Severity::Error,
      "A lock file can be neither opened nor made, or the system refuses to lock it, so every refresh fails.",
      "Let the users of the devices read and write the file and its folder; the folder must lie on a local "
@@ -116,33 +139,39 @@ constexpr FindingKind kinds[] = {
      "The legacy alias file is there but cannot be read, so its aliases are not handed over.",
      "Close the program that holds the file open, and let the users of the devices read it."},
     {FindingId::LegacyEncoding, "legacy-encoding", Severity::Warning,
-     "The legacy alias file is in UTF-16 or UTF-32 and is left alone.",
+     "The legacy alias file is in UTF-16 or UTF-32, so that none of its aliases is handed over.",
      "Save the file in UTF-8, or delete it when its aliases are no longer wanted."},
+    {FindingId::LegacyNotWritable, "legacy-not-writable", Severity::Error,
+     "The legacy alias file cannot be replaced, so every refresh that finds a device for one of its entries "
+     "fails with -50209.",
+     "Let the users of the devices write the file and its folder, and remove what is in the way; or delete "
+     "the file when its aliases are no longer wanted."},
     {FindingId::LegacyMalformed, "legacy-malformed", Severity::Error,
      "The legacy alias file holds a malformed alias section, so every refresh fails.",
-     "Mend or delete the section that is named. It needs Alias, PersistentToken, and Local=True or "
-     "Local=False."},
+     "Mend the section that is named: it needs Alias, PersistentToken, and Local=True or Local=False. Or "
+     "delete it, and number those behind it anew: a gap ends the reading."},
     {FindingId::LegacyLineIgnored, "legacy-line-ignored", Severity::Warning,
-     "A line of the legacy alias file is neither a section, an entry with a value nor a comment; it is "
-     "ignored.",
+     "A line of the legacy alias file is neither a section, an entry with a value nor a comment, or it "
+     "stands "
+     "before the first section; it is ignored.",
      "Mend the line, or delete it."},
     {FindingId::LegacyOtherLayout, "legacy-other-layout", Severity::Warning,
-     "A section belongs to another layout than MajorVersion and MinorVersion in [General] name, so it is "
-     "never "
-     "read.",
-     "Correct the two versions, or delete the section."},
+     "An entry belongs to another layout than MajorVersion and MinorVersion in [General] name, so it is "
+     "never read.",
+     "Correct the two versions, or delete the entry."},
     {FindingId::LegacyResourceName, "legacy-resource-name", Severity::Warning,
      "The entry never matches a device: a resource name is KEL and a number, exactly so (for example KEL3).",
      "Correct the resource name, or delete the entry."},
     {FindingId::LegacyNotLocal, "legacy-not-local", Severity::Info,
      "The alias is of another machine (Local=False) and is never handed over.",
-     "Nothing, or delete the section."},
+     "Nothing, or delete the section and number those behind it anew: a gap ends the reading."},
     {FindingId::LegacyBehindGap, "legacy-behind-gap", Severity::Warning,
-     "The section is never read, because a number before it is missing.",
+     "The section is never read, because a number before it is missing or its own is oddly written.",
      "Number the sections from Alias0 without gaps."},
     {FindingId::LegacyDuplicate, "legacy-duplicate", Severity::Warning,
-     "The alias is not handed over, because another entry names the same device.",
-     "Delete the entry that is not wanted."},
+     "The alias is not handed over, because another entry for the same device comes first.",
+     "Delete the entry that is not wanted; in the layout by tokens its section, and number those behind it "
+     "anew: a gap ends the reading."},
 };
 
 constexpr bool isInOrder() {

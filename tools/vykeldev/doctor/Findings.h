@@ -10,7 +10,10 @@ enum class Severity { Info, Warning, Error };
 
 /// Everything that the doctor can find, in the order of the table in Findings.cpp.
 enum class FindingId {
+    LibraryMissing,
+    LibraryVersion,
     PluginsKeyMissing,
+    PluginsKeyDenied,
     PluginsNone,
     ValueMissing,
     ValueType,
@@ -25,9 +28,11 @@ enum class FindingId {
     DependencyMissing,
     LoadRefused,
     EntryPointMissing,
+    ProbeImpossible,
     PluginRefused,
     ListMissing,
     RefreshFailed,
+    DeviceRefused,
     PluginThrew,
     PluginCrashed,
     PluginExited,
@@ -41,6 +46,7 @@ enum class FindingId {
     LockHeld,
     LegacyUnreadable,
     LegacyEncoding,
+    LegacyNotWritable,
     LegacyMalformed,
     LegacyLineIgnored,
     LegacyOtherLayout,

@@ -1,185 +1,119 @@
 #include "doctor/LegacyCheck.h"
 
+#include "aliases/LegacyFile.h"
 #include "doctor/Files.h"
-#include "errors/Exception.h"
-#include "ini/IniEdit.h"
-#include "ini/IniLoad.h"
-#include "pellumkelddk/user/AutoIniText.h"
-#include "TraditionalAliasTransferManager.h"
+#include "ini/IniSave.h"
+#include "System.h"
+#include "Text.h"
+#include <algorithm>
 #include <map>
+#include <new>
 
 namespace vykeldev::doctor {
 namespace {
 
-using Manager = vykel::TraditionalAliasTransferManager;
-using vykel::AliasLayout;
+using aliases::Flaw;
+using aliases::LegacyEntry;
+using aliases::LegacyFile;
 
-/// One check of one file.
-class LegacyFile {
+/// The findings about one file, of each kind no more than anybody reads.
+class LegacyFindings {
 public:
-    LegacyFile(std::string filePath, Findings& found) : path(std::move(filePath)), findings(found) {}
+    LegacyFindings(std::string filePath, Findings& all) : path(std::move(filePath)), findings(all) {}
 
-    void check(LegacyState& state) {
-        const int result = vyini::loadIniFile(document(), path.c_str());
-        if (result == vyini::IniNoFile)
-            return;
-        state.state = "unreadable";
-        if (result == vyini::IniWideText) {
-            add(FindingId::LegacyEncoding, 0, "");
-        } else if (result != 0) {
-            add(FindingId::LegacyUnreadable, 0, "reading it gives " + std::to_string(result));
-        } else {
-            state.state = "read";
-            checkLines();
-            const bool byName = Manager::layoutOf(document()) == AliasLayout::ByResourceName;
-            state.layout = byName ? "resource names" : "tokens";
-            if (byName)
-                checkResourceNames();
-            else
-                checkRecords();
+    void add(FindingId id, int line, const std::string& detail) {
+        constexpr std::size_t longestDetail = 200;
+        if (++counts[id] <= mostOfAKind)
+            findings.push_back({id, path, detail.substr(0, longestDetail), line});
+    }
+
+    /// Tells how many were left out.
+    void finish() {
+        for (const auto& [id, count] : counts) {
+            if (count > mostOfAKind)
+                findings.push_back({id, path, std::to_string(count - mostOfAKind) + " more"});
         }
     }
 
 private:
-    vyini::IniDocument* document() const noexcept { return text.document(); }
-
-    void add(FindingId id, int line, const std::string& detail) {
-        constexpr std::size_t longestDetail = 200;
-        findings.push_back({id, path, detail.substr(0, longestDetail), line});
-    }
-
-    /// The parser tells only the first line that it cannot use, and blank ones count.
-    void checkLines() {
-        std::string bytes;
-        if (readFile(path, bytes) != ERROR_SUCCESS)
-            return;
-        int number = 0;
-        for (std::size_t begin = 0, end = 0; begin < bytes.size(); begin = end + 1) {
-            end = std::min(bytes.find('\n', begin), bytes.size());
-            ++number;
-            if (isIgnored(bytes.substr(begin, end - begin), number == 1))
-                add(FindingId::LegacyLineIgnored, number, bytes.substr(begin, end - begin));
-        }
-    }
-
-    static bool isIgnored(std::string line, bool mayHaveMark) {
-        if (mayHaveMark && line.rfind("\xEF\xBB\xBF", 0) == 0)
-            line.erase(0, 3);
-        const vyini::IniRange range = vyini::withoutTrailingBlanks(
-            vyini::withoutLeadingBlanks({line.data(), line.data() + line.size()}));
-        const std::string content(range.begin, range.end);
-        if (content.empty() || content[0] == ';')
-            return false;
-        if (content[0] == '[')
-            return content.find(']') == std::string::npos;
-        const std::size_t separator = content.find('=');
-        return separator == std::string::npos || separator == 0 || separator + 1 == content.size();
-    }
-
-    /// Sections named Alias<number>, which only the token layout reads.
-    void addSections(FindingId id) {
-        for (const auto* section = document()->sections.first(); section != nullptr;
-             section = section->next) {
-            const std::string name = section->name;
-            const bool isNumbered = name.size() > 5 &&
-                                    vyini::compareIniNames(name.substr(0, 5).c_str(), "Alias", 0) == 0 &&
-                                    name.find_first_not_of("0123456789", 5) == std::string::npos;
-            if (isNumbered)
-                add(id, section->line, "[" + name + "]");
-        }
-    }
-
-    void checkResourceNames() {
-        addSections(FindingId::LegacyOtherLayout);
-        std::map<std::string, const vyini::IniEntry*> last; // by resource name; the last one counts
-        vyini::IniSection* const section = vyini::findIniSection(document(), "Aliases");
-        const auto* entry = section != nullptr ? section->entries.first() : nullptr;
-        for (; entry != nullptr; entry = entry->next) {
-            if (!isResourceName(entry->value)) {
-                add(FindingId::LegacyResourceName, entry->line, entryText(*entry));
-                continue;
-            }
-            const vyini::IniEntry*& previous = last[entry->value];
-            if (previous != nullptr)
-                add(FindingId::LegacyDuplicate, previous->line,
-                    entryText(*previous) + " gives way to line " + std::to_string(entry->line));
-            previous = entry;
-        }
-    }
-
-    static std::string entryText(const vyini::IniEntry& entry) {
-        return std::string(entry.key) + " = " + entry.value;
-    }
-
-    /// Whether a device's number can give this text.
-    static bool isResourceName(const std::string& name) {
-        const char* digits = name.c_str() + 3;
-        std::uint32_t number = 0;
-        return name.rfind("KEL", 0) == 0 && vyini::readDigits(digits, number) &&
-               number != vykel::noDeviceNumber && name == "KEL" + std::to_string(number);
-    }
-
-    void checkRecords() {
-        if (const auto* section = vyini::findIniSection(document(), "Aliases"))
-            add(FindingId::LegacyOtherLayout, section->line, "[Aliases]");
-        const std::vector<int> lines = recordLines();
-        std::vector<vykel::TraditionalAliasRecord> records;
-        try {
-            Manager::readAliasRecords(document(), records); // takes them out of the document
-            addSections(FindingId::LegacyBehindGap);
-        } catch (const vyerr::Exception&) {
-            addMalformed(records.size());
-        }
-        std::map<std::string, int> first; // line, by token
-        for (std::size_t i = 0; i < records.size(); ++i) {
-            const auto [place, isNew] = first.emplace(records[i].persistentToken, lines[i]);
-            if (!records[i].local)
-                add(FindingId::LegacyNotLocal, lines[i], records[i].alias);
-            else if (!isNew)
-                add(FindingId::LegacyDuplicate, lines[i],
-                    records[i].alias + " has the token of line " + std::to_string(place->second));
-        }
-    }
-
-    vyini::IniSection* record(std::size_t index) const {
-        return vyini::findIniSection(document(), ("Alias" + std::to_string(index)).c_str());
-    }
-
-    std::vector<int> recordLines() const {
-        std::vector<int> lines;
-        while (const auto* section = record(lines.size()))
-            lines.push_back(section->line);
-        return lines;
-    }
-
-    /// The section at which the reading of the records ended.
-    void addMalformed(std::size_t index) {
-        vyini::IniSection* const section = record(index);
-        if (section == nullptr)
-            return;
-        const std::string name = "[" + std::string(section->name) + "]";
-        for (const char* const key : {"Alias", "PersistentToken", "Local"}) {
-            if (vyini::findIniEntry(section, document()->caseSensitive, key) == nullptr) {
-                add(FindingId::LegacyMalformed, section->line, name + " has no " + key);
-                return;
-            }
-        }
-        const auto* const local = vyini::findIniEntry(section, document()->caseSensitive, "Local");
-        add(FindingId::LegacyMalformed, local->line, name + " " + entryText(*local));
-    }
+    static constexpr std::size_t mostOfAKind = 20;
 
     std::string path;
     Findings& findings;
-    vykel::AutoIniText text;
+    std::map<FindingId, std::size_t> counts;
 };
+
+/// What UTF-16 looks like, even without its byte-order mark.
+bool isHalfZeros(const std::string& bytes) {
+    return std::count(bytes.begin(), bytes.end(), '\0') > static_cast<std::ptrdiff_t>(bytes.size() / 4);
+}
+
+FindingId findingOf(Flaw flaw) noexcept {
+    static constexpr FindingId ids[] = {FindingId::LegacyMalformed, FindingId::LegacyOtherLayout,
+                                        FindingId::LegacyBehindGap, FindingId::LegacyResourceName,
+                                        FindingId::LegacyNotLocal,  FindingId::LegacyDuplicate};
+    return ids[static_cast<std::size_t>(flaw) - 1];
+}
+
+void addEntry(const LegacyEntry& entry, LegacyFindings& findings) {
+    const std::string text = entry.alias.value_or("(no alias)") + " = " + entry.target.value_or("(no token)");
+    findings.add(findingOf(entry.flaw), entry.line,
+                 entry.detail.empty() ? text : entry.detail + " (" + text + ")");
+}
+
+/// Why a transfer could not save the file, or nothing.
+std::string savingTrouble(const std::string& path, bool folderWritable) {
+    if (!openFile(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING))
+        return "it cannot be written: " + systemErrorText(GetLastError());
+    const vyini::IniString name = vyini::nameTempByExtension(path.c_str());
+    if (name == nullptr)
+        throw std::bad_alloc();
+    const std::string temporary = name.get();
+    const DWORD attributes = GetFileAttributesW(toWide(temporary).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return folderWritable ? "" : "no new file can be made beside it";
+    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+        return "'" + temporary + "', where the new file is to be written, is a folder";
+    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? "'" + temporary + "' is in the way and read-only"
+                                                       : "";
+}
+
+void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::string& trouble) {
+    for (const aliases::SkippedLine& line : file.skippedLines())
+        findings.add(FindingId::LegacyLineIgnored, line.number, line.text);
+    bool canMove = false;
+    for (const LegacyEntry& entry : file.entries()) {
+        if (entry.flaw == Flaw::None)
+            canMove = true;
+        else
+            addEntry(entry, findings);
+    }
+    if (canMove && !trouble.empty())
+        findings.add(FindingId::LegacyNotWritable, 0, trouble);
+}
 
 } // namespace
 
-void checkLegacyFile(Report& report) {
-    if (report.folder.empty())
+void checkLegacyFile(Report& report, bool folderWritable) {
+    LegacyState& state = report.legacy;
+    const LegacyFile file(state.path);
+    if (file.result() == vyini::IniNoFile)
         return;
-    report.legacy.path = Manager().iniPath();
-    LegacyFile(report.legacy.path, report.findings).check(report.legacy);
+    if (std::string bytes; readFile(state.path, bytes) == ERROR_SUCCESS)
+        state.bytes = std::move(bytes);
+    LegacyFindings findings(state.path, report.findings);
+    state.state = "unreadable";
+    if (file.result() == vyini::IniWideText || (state.bytes && isHalfZeros(*state.bytes))) {
+        findings.add(FindingId::LegacyEncoding, 0, "");
+    } else if (file.result() != 0) {
+        findings.add(FindingId::LegacyUnreadable, 0, "reading it gives " + std::to_string(file.result()));
+    } else {
+        state.state = "read";
+        const bool byName = file.layout() == vykel::AliasLayout::ByResourceName;
+        state.layout = byName ? "resource names" : "tokens";
+        checkContent(file, findings, savingTrouble(state.path, folderWritable));
+    }
+    findings.finish();
 }
 
 } // namespace vykeldev::doctor

@@ -12,7 +12,8 @@ constexpr std::uint16_t optionalHeader64 = 0x20B;
 constexpr std::uint32_t exportDirectory = 0;
 constexpr std::uint32_t importDirectory = 1;
 constexpr std::uint64_t mostImports = 4096;
-constexpr std::uint16_t mostSections = 96; // the system refuses more
+constexpr std::uint32_t mostExports = 65536; // their ordinals have 16 bits
+constexpr std::uint16_t mostSections = 96;   // the system refuses more
 
 struct Headers {
     std::uint64_t coff;     // offset of the COFF header
@@ -50,10 +51,10 @@ std::vector<std::string> findMissingExports(const ByteView& file, const Headers&
     if (address == 0)
         return missing;
     const std::uint64_t exports = offsetOf(file, headers, address);
-    const std::uint64_t count = std::min<std::uint64_t>(file.u32(exports + 24), file.size() / 4);
+    const std::uint32_t count = std::min(file.u32(exports + 24), mostExports);
     const std::uint64_t names = count == 0 ? 0 : offsetOf(file, headers, file.u32(exports + 32));
-    for (std::uint64_t i = 0; i < count && !missing.empty(); ++i) {
-        const std::string name = file.text(offsetOf(file, headers, file.u32(names + i * 4)));
+    for (std::uint32_t i = 0; i < count && !missing.empty(); ++i) {
+        const std::string name = file.text(offsetOf(file, headers, file.u32(names + std::uint64_t{i} * 4)));
         missing.erase(std::remove(missing.begin(), missing.end(), name), missing.end());
     }
     return missing;

@@ -2,6 +2,7 @@
 #define VYKELDEV_DOCTOR_PLATFORM_H
 
 #include "doctor/LibraryImage.h"
+#include "pellumkelddk/user/FileLock.h"
 #include <string>
 #include <string_view>
 
@@ -15,7 +16,19 @@ LibraryImage readNativeImage(std::string_view bytes);
 /// Whether the system's loader finds a library that `image`, a file in `folder`, asks for by that name.
 bool isImportFound(const std::string& name, const LibraryImage& image, const std::string& folder);
 
-/// Keeps the system from showing, asking or storing anything when this process crashes.
+/// False when opening `path`, which is absolute, could wait for a device or a pipe.
+bool isOrdinaryFile(const std::string& path);
+
+/// A text that two paths of one file have in common; empty when the system does not tell it.
+std::string fileIdentity(const std::string& path);
+
+/// Makes a file that is gone again at once. False, with the system's last error, when that fails.
+bool makeTemporaryFile(const std::string& path);
+
+/// Standard output once more, which stays open when somebody closes the original.
+vykel::FileStream duplicateOutput();
+
+/// Keeps the system from showing, asking or storing anything when this process crashes or meets a bad file.
 void silenceCrashes() noexcept;
 
 /// Whether standard error is a terminal.

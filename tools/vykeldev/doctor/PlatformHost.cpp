@@ -1,9 +1,12 @@
 #include "doctor/Platform.h"
 
+#include "doctor/Files.h"
+#include "Text.h"
 #include <cstdlib>
 #include <dlfcn.h>
 #include <sstream>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
@@ -47,6 +50,24 @@ bool isImportFound(const std::string& name, const LibraryImage& image, const std
     return isLoaded(name) || isInFolders(name, image.searchPath, folder) ||
            isInFolders(name, more != nullptr ? more : "", folder) ||
            isInFolders(name, standardFolders, folder);
+}
+
+bool isOrdinaryFile(const std::string& path) {
+    struct stat status = {};
+    return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode); // one that is missing keeps nobody
+}
+
+std::string fileIdentity(const std::string&) {
+    return {};
+}
+
+bool makeTemporaryFile(const std::string& path) {
+    const bool made = openFile(path, GENERIC_WRITE, CREATE_NEW) != nullptr;
+    return made && DeleteFileW(toWide(path).c_str()) != FALSE;
+}
+
+vykel::FileStream duplicateOutput() {
+    return vykel::FileStream{fdopen(dup(STDOUT_FILENO), "w")};
 }
 
 void silenceCrashes() noexcept {

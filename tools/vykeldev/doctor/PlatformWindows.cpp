@@ -1,8 +1,11 @@
 #include "doctor/Platform.h"
 
+#include "doctor/Files.h"
+#include "Failure.h"
 #include "Text.h"
 #include <algorithm>
 #include <cctype>
+#include <io.h>
 #include <vector>
 #include <windows.h>
 
@@ -27,6 +30,34 @@ bool isImportFound(const std::string& name, const LibraryImage&, const std::stri
     const WideString file = toWide(name);
     return isApiSet(name) || GetModuleHandleW(file.c_str()) != nullptr ||
            SearchPathW(nullptr, file.c_str(), L".dll", 0, nullptr, nullptr) != 0;
+}
+
+bool isOrdinaryFile(const std::string& path) {
+    try { // names such as NUL and COM1 lead to a device, whatever folder they seem to lie in
+        return absolutePath(path).rfind("\\\\.\\", 0) != 0;
+    } catch (const Failure&) {
+        return true; // whoever opens it will see
+    }
+}
+
+std::string fileIdentity(const std::string& path) {
+    BY_HANDLE_FILE_INFORMATION facts = {};
+    const FileHandle file = isOrdinaryFile(path) ? openFile(path, 0, OPEN_EXISTING) : nullptr;
+    if (!file || !GetFileInformationByHandle(file.get(), &facts) ||
+        (facts.nFileIndexHigh == 0 && facts.nFileIndexLow == 0)) // a file system without numbers
+        return {};
+    return std::to_string(facts.dwVolumeSerialNumber) + ':' + std::to_string(facts.nFileIndexHigh) + ':' +
+           std::to_string(facts.nFileIndexLow);
+}
+
+bool makeTemporaryFile(const std::string& path) {
+    const HANDLE file = CreateFileW(toWide(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
+                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
+    return file != INVALID_HANDLE_VALUE && CloseHandle(file);
+}
+
+vykel::FileStream duplicateOutput() {
+    return vykel::FileStream{_fdopen(_dup(_fileno(stdout)), "w")};
 }
 
 void silenceCrashes() noexcept {

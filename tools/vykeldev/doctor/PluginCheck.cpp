@@ -1,7 +1,10 @@
 #include "doctor/PluginCheck.h"
 
 #include "doctor/Examination.h"
+#include "doctor/Files.h"
+#include "doctor/Platform.h"
 #include "errors/Exception.h"
+#include "Failure.h"
 #include "PluginRegistrations.h"
 #include "Text.h"
 #include "vysys/windowsRegistry.h"
@@ -59,14 +62,23 @@ std::string folded(std::string text) {
     return text;
 }
 
-constexpr std::size_t longestPath = 32000; // what is longer is no file
+/// What paths of one file have in common.
+std::string identityOf(const std::string& path) {
+    try {
+        const std::string absolute = absolutePath(path);
+        const std::string identity = fileIdentity(absolute);
+        return identity.empty() ? folded(absolute) : identity;
+    } catch (const Failure&) {
+        return folded(path);
+    }
+}
 
 void checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& findings) {
     std::map<std::string, std::string> firstOf; // by path
     for (const PluginAccount& plugin : plugins) {
         if (!plugin.path || plugin.path->empty() || plugin.path->size() > longestPath)
             continue;
-        const auto [first, isNew] = firstOf.emplace(folded(absolutePath(*plugin.path)), plugin.name);
+        const auto [first, isNew] = firstOf.emplace(identityOf(*plugin.path), plugin.name);
         if (!isNew)
             findings.push_back({FindingId::PathDuplicate, plugin.name, "the same file as " + first->second});
     }
@@ -104,7 +116,8 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
         count = vykel::countPlugins();
     } catch (const vyerr::Exception& exception) {
         const LibraryError error = makeLibraryError(exception.status()->code, exception.errorInfoJson());
-        report.findings.push_back({FindingId::PluginsKeyMissing,
+        const bool denied = error.system == ERROR_ACCESS_DENIED;
+        report.findings.push_back({denied ? FindingId::PluginsKeyDenied : FindingId::PluginsKeyMissing,
                                    std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey,
                                    error.systemText});
         return;

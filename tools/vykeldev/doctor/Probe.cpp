@@ -3,10 +3,13 @@
 #include "DeviceCollection.h"
 #include "doctor/Platform.h"
 #include "errors/Exception.h"
+#include "pellumkelddk/user/FileLock.h"
 #include "PellumKelPlugin.h"
 #include "PluginCall.h"
+#include "vykel/StatusBlock.h"
+#include <algorithm>
+#include <cstdio>
 #include <exception>
-#include <iostream>
 
 namespace vykeldev::doctor {
 namespace {
@@ -23,25 +26,45 @@ public:
     }
     void begin(Step step) { tell("begun", nameOf(step)); }
     void tell(const char* key, const Json& value) {
-        std::cout << mark << Json(key) << ':' << dumped(value, -1) << '}' << std::endl;
+        const std::string line = mark + Json(key).dump() + ':' + dumped(value, -1) + "}\n";
+        std::fputs(line.c_str(), output.get());
+        std::fflush(output.get());
     }
+
+private:
+    vykel::FileStream output = duplicateOutput(); // a plug-in may close standard output
 };
 
-Json numbersOf(const std::vector<vykel::IDevice*>& devices) {
-    Json numbers = Json::array();
-    vykel::callPlugin([&] {
-        for (vykel::IDevice* const device : devices) {
-            const std::uint32_t number = device->getNumber();
-            numbers.push_back(number == vykel::noDeviceNumber ? Json() : Json(number));
-        }
-    });
-    return numbers;
+/// In several lines, because long ones are cut off.
+void tellNumbers(const std::vector<vykel::IDevice*>& devices, Teller& teller) {
+    constexpr std::size_t numbersPerLine = 1000;
+    for (std::size_t begin = 0; begin < devices.size(); begin += numbersPerLine) {
+        const std::size_t end = std::min(begin + numbersPerLine, devices.size());
+        Json numbers = Json::array();
+        vykel::callPlugin([&] {
+            for (std::size_t i = begin; i < end; ++i) {
+                const std::uint32_t number = devices[i]->getNumber();
+                numbers.push_back(number == vykel::noDeviceNumber ? Json() : Json(number));
+            }
+        });
+        teller.tell("deviceNumbers", numbers);
+    }
 }
 
-void walk(vykel::PellumKelPlugin& plugin, Teller& teller) {
+/// After a collection that failed: whether a device was refused, and not the refresh.
+bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*>& devices) {
+    return !devices.empty() || vykel::callPlugin([&] {
+        vykel::StatusBlock block = vykel::makeStatusBlock();
+        if (list.getCount() > 0)
+            list.getDevice(0, 0, &block);
+        return block.code < 0;
+    });
+}
+
+void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Teller& teller) {
     plugin.load(&teller);
     teller.begin(Step::List);
-    vykel::DeviceListPtr list = plugin.getInterface();
+    list = plugin.getInterface();
     if (list == nullptr) {
         teller.tell("listMissing", true);
         return;
@@ -49,29 +72,31 @@ void walk(vykel::PellumKelPlugin& plugin, Teller& teller) {
     teller.begin(Step::Refresh);
     std::vector<vykel::IDevice*> devices;
     const std::int32_t code = vykel::collectDevices(*list, devices);
-    if (code < 0)
-        teller.tell("error", {{"code", code}, {"document", ""}});
-    else
-        teller.tell("deviceNumbers", numbersOf(devices));
-    teller.begin(Step::Unload);
-    list.reset();
-    plugin.unload();
+    tellNumbers(devices, teller);
+    if (code >= 0)
+        return;
+    if (isDeviceRefused(*list, devices))
+        teller.tell("deviceRefused", true);
+    teller.tell("error", {{"code", code}, {"document", ""}});
 }
 
 void take(const Json& line, ProbeResult& result) {
-    if (line.contains("begun") && !result.failed()) {
+    if (line.contains("begun"))
         result.step = stepOf(line["begun"].get<std::string>()).value_or(result.step);
-    } else if (line.contains("error")) {
+    if (line.contains("error") || line.contains("thrown") || line.contains("listMissing"))
+        result.failedStep = result.step;
+    if (line.contains("error"))
         result.error = makeLibraryError(line["error"].at("code").get<std::int32_t>(),
                                         line["error"].at("document").get<std::string>());
-    } else if (line.contains("deviceNumbers")) {
+    if (line.contains("thrown"))
+        result.thrown = line["thrown"].get<std::string>();
+    if (line.contains("deviceNumbers")) {
         for (const Json& number : line["deviceNumbers"])
             result.deviceNumbers.push_back(number.is_null() ? std::nullopt
                                                             : std::optional(number.get<std::uint32_t>()));
-    } else if (line.contains("thrown")) {
-        result.thrown = line["thrown"].get<std::string>();
     }
     result.listMissing = result.listMissing || line.contains("listMissing");
+    result.deviceRefused = result.deviceRefused || line.contains("deviceRefused");
     result.done = result.done || line.contains("done");
 }
 
@@ -81,13 +106,16 @@ void runProbe(const std::string& path) {
     silenceCrashes();
     Teller teller;
     vykel::PellumKelPlugin plugin(path);
+    vykel::DeviceListPtr list;
     try {
-        walk(plugin, teller);
+        walk(plugin, list, teller);
     } catch (const vyerr::Exception& exception) {
         teller.tell("error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}});
     } catch (const std::exception& exception) {
         teller.tell("thrown", exception.what());
     }
+    teller.begin(Step::Unload);
+    list.reset();
     plugin.unload();
     teller.tell("done", true);
 }

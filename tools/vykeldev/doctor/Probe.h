@@ -17,20 +17,20 @@ namespace vykeldev::doctor {
 /// The hidden subcommand that runs runProbe.
 constexpr const char* probeCommand = "doctor-probe";
 
-/// The child's side: writes one JSON object a line to standard output.
+/// The child's side: writes one JSON object a line to what is now standard output.
 void runProbe(const std::string& path);
 
 /// How far a plug-in came.
 struct ProbeResult {
     Step step = Step::Load;            ///< the last one begun
-    std::optional<LibraryError> error; ///< the library's, when the step failed with one
-    std::optional<std::string> thrown; ///< or what was thrown
+    std::optional<Step> failedStep;    ///< the one that the library ended, for one of the three reasons below
+    std::optional<LibraryError> error; ///< it failed with an error
+    std::optional<std::string> thrown; ///< this was thrown
     bool listMissing = false;          ///< success was reported without a list
-    bool done = false;                 ///< all steps were done
+    bool deviceRefused = false;        ///< `error` is that of a device; the list had been refreshed
+    bool done = false;                 ///< everything was unloaded again
     std::vector<std::optional<std::uint32_t>> deviceNumbers;
     ChildOutcome end; ///< how the child ended
-
-    bool failed() const noexcept { return error || thrown || listMissing; }
 };
 
 /// The parent's side. Throws Failure when no child can be started.

@@ -1,5 +1,6 @@
 #include "doctor/Report.h"
 
+#include "System.h"
 #include "Text.h"
 #include <iterator>
 
@@ -33,17 +34,17 @@ const char* nameOf(LockState::State state) noexcept {
     return names[static_cast<std::size_t>(state)];
 }
 
+// Texts in the document are in the system's code page, its structure is ASCII.
 LibraryError makeLibraryError(std::int32_t code, const std::string& document) {
     LibraryError error;
     error.code = code;
-    error.document = Json::parse(document, nullptr, false);
+    error.document = Json::parse(toUtf8(toWide(document)), nullptr, false);
     if (error.document.is_discarded())
         error.document = nullptr;
     const Json system = error.document.is_object() ? error.document.value("internal_error", Json()) : Json();
     if (system.is_object() && system.value("code", Json()).is_number_integer()) {
         error.system = system["code"].get<std::uint32_t>();
-        if (const Json text = system.value("string", Json()); text.is_string())
-            error.systemText = trimmed(text.get<std::string>());
+        error.systemText = systemErrorText(*error.system);
     }
     return error;
 }

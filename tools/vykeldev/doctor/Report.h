@@ -77,8 +77,9 @@ const char* nameOf(LockState::State state) noexcept;
 
 struct LegacyState {
     std::string path;
-    std::string state = "none"; ///< "none", "read" or "unreadable"
+    std::string state = "none"; ///< "none", "read", "unreadable", or "not read" for want of its lock
     std::string layout;         ///< "resource names" or "tokens"; empty when it was not read
+    std::optional<std::string> bytes;
 };
 
 struct Versions {

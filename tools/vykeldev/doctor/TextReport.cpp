@@ -24,11 +24,11 @@ void printPlugins(std::ostream& out, const Report& report, bool colour) {
                  {"DEVICES", Align::Right},
                  {"PATH", Align::Left}});
     for (const PluginAccount& plugin : report.plugins) {
-        const bool loaded = plugin.outcome == Outcome::Loaded;
+        const bool listed = plugin.outcome == Outcome::Loaded || !plugin.deviceNumbers.empty();
         table.addRow({plugin.name, nameOf(plugin.outcome),
                       plugin.failedStep ? nameOf(*plugin.failedStep) : "-",
                       std::to_string(plugin.milliseconds),
-                      loaded ? std::to_string(plugin.deviceNumbers.size()) : "-", plugin.path.value_or("-")});
+                      listed ? std::to_string(plugin.deviceNumbers.size()) : "-", plugin.path.value_or("-")});
     }
     table.print(out, colour);
     out << '\n';
