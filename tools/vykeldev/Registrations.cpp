@@ -1,68 +1,31 @@
 #include "Registrations.h"
 
 #include "Failure.h"
-#include "System.h"
+#include "LibraryError.h"
+#include "PluginRegistrations.h"
 #include "Text.h"
-#include <utility>
+#include "vysys/windowsRegistry.h"
 
 namespace vykeldev {
 namespace {
 
-constexpr const char* pluginsKey = "SOFTWARE\\Morvance\\VY-KEL\\Plugins";
-constexpr const char* pathValue = "EnumeratorPluginPath";
 constexpr std::size_t longestName = 255; // in UTF-16 units; the registry's limit
 
-/// An open registry key, closed at the end of its scope.
-class Key {
-public:
-    Key() noexcept = default;
-    Key(const Key&) = delete;
-    Key& operator=(const Key&) = delete;
-    ~Key() {
-        if (handle_ != nullptr) {
-            RegCloseKey(handle_);
-        }
-    }
-    HKEY get() const noexcept { return handle_; }
-    HKEY* out() noexcept { return &handle_; }
-
-private:
-    HKEY handle_ = nullptr;
-};
-
-std::string explained(LSTATUS error) {
-    return systemErrorText(static_cast<DWORD>(error)) + " (" + std::to_string(error) + ")";
+Failure registryFailure(const std::string& action, DWORD error) {
+    return systemFailure(action, error, "Check the rights on this registry key.");
 }
 
-Failure registryFailure(const std::string& action, LSTATUS error) {
-    return systemFailure(action, static_cast<DWORD>(error), "Check the rights on this registry key.");
-}
-
-/// Reads the path of a subkey as the library does: whatever its type, up to the first 0.
-Registration readRegistration(HKEY plugins, const WideString& name) {
-    Registration result{toUtf8(name), std::nullopt, {}};
-    Key key;
-    LSTATUS error = RegOpenKeyExW(plugins, name.c_str(), 0, KEY_READ, key.out());
-    WideString text;
-    DWORD bytes = 0;
-    if (error == ERROR_SUCCESS) {
-        const WideString value = toWide(pathValue);
-        do { // again when it grew meanwhile
-            error = RegQueryValueExW(key.get(), value.c_str(), nullptr, nullptr, nullptr, &bytes);
-            text.resize(bytes / sizeof(WCHAR) + 1);
-            if (error == ERROR_SUCCESS) {
-                error = RegQueryValueExW(key.get(), value.c_str(), nullptr, nullptr,
-                                         reinterpret_cast<BYTE*>(text.data()), &bytes);
-            }
-        } while (error == ERROR_MORE_DATA);
+Registration readRegistration(std::uint32_t index) {
+    Registration result{"(subkey " + std::to_string(index) + ")", std::nullopt, {}};
+    try {
+        result.name = vykel::pluginName(index);
+        result.path = vykel::pluginPath(result.name);
+        result.problem = pathProblem(*result.path);
+    } catch (const vyerr::Exception& exception) {
+        const LibraryError error = makeLibraryError(exception);
+        result.problem = std::string(vykel::pluginPathValue) + " cannot be read: " + error.systemText +
+                         (error.system ? " (" + std::to_string(*error.system) + ")" : "");
     }
-    if (error != ERROR_SUCCESS) {
-        result.problem = std::string(pathValue) + " cannot be read: " + explained(error);
-        return result;
-    }
-    text.resize(bytes / sizeof(WCHAR));
-    result.path = toUtf8(text.substr(0, text.find(WCHAR{0})));
-    result.problem = pathProblem(*result.path);
     return result;
 }
 
@@ -78,64 +41,55 @@ bool isAbsolutePath(const std::string& path) noexcept {
 }
 
 std::vector<Registration> readRegistrations() {
-    Key plugins;
-    const LSTATUS opened =
-        RegOpenKeyExW(HKEY_LOCAL_MACHINE, toWide(pluginsKey).c_str(), 0, KEY_READ, plugins.out());
-    if (opened == ERROR_FILE_NOT_FOUND) {
-        return {};
-    }
-    if (opened != ERROR_SUCCESS) {
-        throw registryFailure("opening the registry key of the plug-ins", opened);
-    }
     std::vector<Registration> registrations;
-    for (DWORD index = 0;; ++index) {
-        WideString name(longestName + 1, 0);
-        DWORD length = static_cast<DWORD>(name.size());
-        const LSTATUS error =
-            RegEnumKeyExW(plugins.get(), index, name.data(), &length, nullptr, nullptr, nullptr, nullptr);
-        if (error == ERROR_SUCCESS) {
-            name.resize(length);
-            registrations.push_back(readRegistration(plugins.get(), name));
-        } else if (error == ERROR_MORE_DATA) {
-            registrations.push_back(
-                {"(subkey " + std::to_string(index) + ")", std::nullopt, "the name is too long"});
-        } else if (error == ERROR_NO_MORE_ITEMS) {
-            return registrations;
-        } else {
-            throw registryFailure("listing the plug-ins", error);
+    try {
+        const std::uint32_t count = vykel::countPlugins();
+        for (std::uint32_t index = 0; index < count; ++index) {
+            registrations.push_back(readRegistration(index));
+        }
+    } catch (const vyerr::Exception& exception) {
+        const LibraryError error = makeLibraryError(exception);
+        if (!error.system) {
+            throw statusFailure("reading the registry key of the plug-ins", error.code);
+        }
+        if (*error.system != ERROR_FILE_NOT_FOUND) {
+            throw registryFailure("reading the registry key of the plug-ins", *error.system);
         }
     }
+    return registrations;
 }
 
 void writeRegistration(const std::string& name, const std::string& path) {
-    Key key;
-    const WideString keyPath = toWide(std::string(pluginsKey) + "\\" + name);
+    vysys::RegistryKey key;
+    const WideString keyPath = toWide(vykel::pluginsKey + name);
     LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                    KEY_WRITE, nullptr, key.out(), nullptr);
-    if (error == ERROR_SUCCESS) {
+                                    KEY_WRITE, nullptr, &key.handle, nullptr);
+    key.opened = error == ERROR_SUCCESS;
+    if (key.opened) {
         const WideString text = toWide(path);
         const DWORD bytes = static_cast<DWORD>((text.size() + 1) * sizeof(WCHAR)); // with its terminator
-        error = RegSetValueExW(key.get(), toWide(pathValue).c_str(), 0, REG_SZ,
+        error = RegSetValueExW(key.handle, toWide(vykel::pluginPathValue).c_str(), 0, REG_SZ,
                                reinterpret_cast<const BYTE*>(text.c_str()), bytes);
     }
     if (error != ERROR_SUCCESS) {
-        throw registryFailure("registering '" + printable(name) + "'", error);
+        throw registryFailure("registering '" + printable(name) + "'", static_cast<DWORD>(error));
     }
 }
 
 void removeRegistration(const std::string& name) {
-    Key plugins;
-    LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, toWide(pluginsKey).c_str(), 0,
-                                  KEY_READ | KEY_WRITE | DELETE, plugins.out());
-    if (error == ERROR_SUCCESS) {
-        error = RegDeleteTreeW(plugins.get(), toWide(name).c_str());
+    vysys::RegistryKey plugins;
+    LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, toWide(vykel::pluginsKey).c_str(), 0,
+                                  KEY_READ | KEY_WRITE | DELETE, &plugins.handle);
+    plugins.opened = error == ERROR_SUCCESS;
+    if (plugins.opened) {
+        error = RegDeleteTreeW(plugins.handle, toWide(name).c_str());
     }
     if (error == ERROR_FILE_NOT_FOUND) {
         throw Failure("no plug-in is registered as '" + printable(name) + "'", "",
                       "'vykeldev plugins' shows the names.");
     }
     if (error != ERROR_SUCCESS) {
-        throw registryFailure("unregistering '" + printable(name) + "'", error);
+        throw registryFailure("unregistering '" + printable(name) + "'", static_cast<DWORD>(error));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
 #include "Failure.h"
+#include "Json.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "Table.h"
 #include "Text.h"
@@ -12,12 +13,10 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
-#include <nlohmann/json.hpp>
 
 namespace vykeldev::aliases {
 namespace {
 
-using Json = nlohmann::ordered_json;
 using vykel::AliasLayout;
 
 const char* nameOf(Outcome outcome) noexcept {
@@ -67,10 +66,6 @@ std::string outcomeText(const EntryPreview& entry) {
     return "waits until the malformed entries are mended";
 }
 
-Json orNull(const std::optional<std::string>& text) {
-    return text ? Json(*text) : Json();
-}
-
 void printTable(const std::string& path, const Preview& preview, bool colour) {
     std::cout << printable(path) << ": aliases by " << layoutText(preview.layout) << '\n';
     if (preview.entries.empty()) {
@@ -107,7 +102,7 @@ void printJson(const std::string& path, const Preview* preview) {
                                            {"stays", entry.stays}});
         }
     }
-    std::cout << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    std::cout << textOf(document) << '\n';
 }
 
 /// Keeps transfers from running while it lives. Makes no lock file: without one nobody has transferred yet.

@@ -70,7 +70,7 @@ ExitCode diagnose(const Context& context, const DoctorOptions& options) {
     silenceCrashes();
     const Report report = makeReport(context, options);
     if (options.json)
-        std::cout << dumped(toJson(report)) << '\n';
+        std::cout << textOf(toJson(report)) << '\n';
     else
         printReport(std::cout, report, context.colour);
     if (!options.bundle.empty())

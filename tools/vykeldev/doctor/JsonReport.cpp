@@ -3,11 +3,6 @@
 namespace vykeldev::doctor {
 namespace {
 
-template <typename T>
-Json orNull(const std::optional<T>& value) {
-    return value ? Json(*value) : Json();
-}
-
 Json toJson(const LibraryImage& image) {
     static constexpr const char* kinds[] = {"no library", "other machine", "library"};
     return {{"kind", kinds[static_cast<std::size_t>(image.kind)]},

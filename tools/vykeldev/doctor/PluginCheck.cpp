@@ -46,7 +46,7 @@ bool readRegistration(std::uint32_t index, PluginAccount& plugin, Findings& find
         plugin.path = vykel::pluginPath(plugin.name);
         return true;
     } catch (const vyerr::Exception& exception) {
-        plugin.error = makeLibraryError(exception.status()->code, exception.errorInfoJson());
+        plugin.error = makeLibraryError(exception);
         plugin.failedStep = Step::RegistryValue;
         plugin.detail = plugin.error->systemText;
         findings.push_back({FindingId::ValueMissing, plugin.name, plugin.detail});
@@ -115,7 +115,7 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
     try {
         count = vykel::countPlugins();
     } catch (const vyerr::Exception& exception) {
-        const LibraryError error = makeLibraryError(exception.status()->code, exception.errorInfoJson());
+        const LibraryError error = makeLibraryError(exception);
         const bool denied = error.system == ERROR_ACCESS_DENIED;
         report.findings.push_back({denied ? FindingId::PluginsKeyDenied : FindingId::PluginsKeyMissing,
                                    std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey,

@@ -26,7 +26,7 @@ public:
     }
     void begin(Step step) { tell("begun", nameOf(step)); }
     void tell(const char* key, const Json& value) {
-        const std::string line = mark + Json(key).dump() + ':' + dumped(value, -1) + "}\n";
+        const std::string line = mark + Json(key).dump() + ':' + textOf(value, -1) + "}\n";
         std::fputs(line.c_str(), output.get());
         std::fflush(output.get());
     }

@@ -1,7 +1,5 @@
 #include "doctor/Report.h"
 
-#include "System.h"
-#include "Text.h"
 #include <iterator>
 
 namespace vykeldev::doctor {
@@ -32,21 +30,6 @@ const char* nameOf(Outcome outcome) noexcept {
 const char* nameOf(LockState::State state) noexcept {
     static constexpr const char* names[] = {"free", "held", "unusable"};
     return names[static_cast<std::size_t>(state)];
-}
-
-// Texts in the document are in the system's code page, its structure is ASCII.
-LibraryError makeLibraryError(std::int32_t code, const std::string& document) {
-    LibraryError error;
-    error.code = code;
-    error.document = Json::parse(toUtf8(toWide(document)), nullptr, false);
-    if (error.document.is_discarded())
-        error.document = nullptr;
-    const Json system = error.document.is_object() ? error.document.value("internal_error", Json()) : Json();
-    if (system.is_object() && system.value("code", Json()).is_number_integer()) {
-        error.system = system["code"].get<std::uint32_t>();
-        error.systemText = systemErrorText(*error.system);
-    }
-    return error;
 }
 
 } // namespace vykeldev::doctor

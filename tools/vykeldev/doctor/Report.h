@@ -3,23 +3,16 @@
 
 #include "doctor/Findings.h"
 #include "doctor/LibraryImage.h"
+#include "LibraryError.h"
 #include <algorithm>
 #include <cstdint>
 #include <iosfwd>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <vector>
 
 /// What the doctor sees, as plain data. Texts are UTF-8 but come from the machine and may hold anything.
 namespace vykeldev::doctor {
-
-using Json = nlohmann::ordered_json;
-
-/// JSON as text; whatever is no UTF-8 in it becomes U+FFFD.
-inline std::string dumped(const Json& json, int indent = 2) {
-    return json.dump(indent, ' ', false, Json::error_handler_t::replace);
-}
 
 /// The way of a plug-in from its registration to its devices and back. The names are part of the report.
 enum class Step {
@@ -40,17 +33,6 @@ std::optional<Step> stepOf(const std::string& name) noexcept;
 
 enum class Outcome { Loaded, Refused, Failed };
 const char* nameOf(Outcome outcome) noexcept;
-
-/// An error as the library accounts for it.
-struct LibraryError {
-    std::int32_t code = 0;
-    Json document;                       ///< null when there is none
-    std::optional<std::uint32_t> system; ///< the system's code in it
-    std::string systemText;
-};
-
-/// Reads a library's error and its JSON text.
-LibraryError makeLibraryError(std::int32_t code, const std::string& document);
 
 /// One registered plug-in, in the registry's order.
 struct PluginAccount {
