@@ -136,6 +136,8 @@ TEST_F(DoctorTest, NamesWhatAPluginDoesAndGoesOn) {
                  {"refuses-device", "failed at refresh", "device-refused", 5},
                  {"exits", "failed at refresh", "plugin-exited", 5},
                  {"hangs", "failed at refresh", "plugin-hung", 5},
+                 {"floods", "failed at refresh", "plugin-hung", 5},
+                 {"fails-and-crashes", "failed at unload", crashed, 5},
                  {"crashes", "failed at refresh", crashed, 5}};
     installSimulated("a", "token=a number=0\n");
     machine.install("zoo_plugin", "b");
@@ -143,7 +145,7 @@ TEST_F(DoctorTest, NamesWhatAPluginDoesAndGoesOn) {
     for (const auto& each : cases) {
         SCOPED_TRACE(each.fault);
         setEnvironment("VYKEL_ZOO_FAULT", each.fault);
-        diagnose(each.fault == std::string("hangs") ? "--timeout 3" : "--timeout 50");
+        diagnose(each.finding == std::string("plugin-hung") ? "--timeout 3" : "--timeout 50");
         EXPECT_EQ(exitCode, each.exitCode);
         EXPECT_EQ(outcome(0) + ", " + outcome(1) + ", " + outcome(2),
                   std::string("loaded, ") + each.outcome + ", loaded");

@@ -60,8 +60,9 @@ for document in "$source_dir"/README.md "$source_dir"/docs/*.md; do
     [ ! -e "$code" ] || "$CXX" -std=c++11 -Wall -Wextra -Werror -fsyntax-only -I"$kit/include" "$code" ||
       fail "a program of $name.md does not compile"
     [ -e "$code" ] && grep -q vykel_initializePlugin "$code" || continue
-    "$CXX" -shared ${rpath:+-fPIC} -static-libstdc++ -static-libgcc -I"$kit/include" "$code" -o "$work/plugin$module" &&
-      vykeldev check "$work/plugin$module" || fail "a plug-in of $name.md is not right"
+    "$CXX" -shared ${rpath:+-fPIC} ${windows:+-static} -I"$kit/include" "$code" -o "$work/plugin$module" &&
+      (cd "$work" && vykeldev check plugin$module >check.log) ||
+      { cat "$work/check.log" >&2; fail "a plug-in of $name.md is not right"; }
   done
   if compgen -G "$blocks/block-*.sh" >/dev/null; then
     cp -r "$kit" "$work/$name"

@@ -13,6 +13,7 @@
 #include <stdexcept>
 #include <string>
 #include <thread>
+#include <vector>
 
 namespace {
 
@@ -26,6 +27,17 @@ std::string variable(const char* name) {
 
 const std::string fault = variable("VYKEL_ZOO_FAULT");
 int initialisations = 0;
+
+void crash() {
+    *static_cast<volatile int*>(nullptr) = 0;
+}
+
+struct UnloadCrash {
+    ~UnloadCrash() {
+        if (fault == "crashes-unloading")
+            crash();
+    }
+} const unloadCrash;
 std::thread::id firstThread;
 
 bool has(const char* name) {
@@ -33,6 +45,8 @@ bool has(const char* name) {
 }
 
 void storeError(StatusBlock* status, StatusCode code) {
+    if (has("keeps-warnings") && status->code > 0)
+        return;
     if (status->code >= 0 || has("replaces-errors"))
         status->code = vykel::toInteger(code);
     if (has("fills-small-blocks"))
@@ -61,26 +75,35 @@ public:
     std::int32_t getVersion() override { return 2; }
     const char* getPersistentToken(std::uint32_t format) override {
         static int calls = 0;
+        static char shared[32];
+        static const auto born = std::chrono::system_clock::now().time_since_epoch().count();
         if (has("null-token") && format == 2)
             return nullptr;
         if (has("latin-1-token"))
             return "Ger\xE4t";
         token = std::string("zoo/device ") +
                 std::to_string(has("changing-token") ? ++calls : static_cast<int>(index));
-        return token.c_str();
+        if (has("process-token"))
+            token += std::to_string(born);
+        if (!has("one-buffer"))
+            return token.c_str();
+        std::snprintf(shared, sizeof shared, "%s", token.c_str());
+        return shared;
     }
     std::uint32_t getSortKey() override { return 0; }
     void setNumber(std::uint32_t number, StatusBlock* status) override {
         if (has("refuses-numbers"))
             return storeError(status, StatusCode::GeneralFault);
-        own.number = number;
+        kept.number = number;
         if (!has("forgets-numbers"))
             change([&](State& state) { state.number = number; });
+        if (has("crashes-numbering") && number != 7)
+            std::abort();
     }
     std::uint32_t getNumber() override {
         if (index != 0)
             return vykel::noDeviceNumber;
-        return has("forgets-numbers") ? own.number : State::load().number;
+        return has("forgets-numbers") ? kept.number : State::load().number;
     }
     const char* getAlias() override {
         if (index != 0)
@@ -104,7 +127,10 @@ private:
 
     std::string token;
     State own = State::load();
+    static State kept; // by this process
 };
+
+State Device::kept = State::load();
 
 class List final : public vykel::IDeviceList {
 public:
@@ -124,14 +150,22 @@ public:
     }
     void refresh(StatusBlock* status) override {
         if (has("crashes"))
-            *static_cast<volatile int*>(nullptr) = 0;
+            crash();
         if (has("hangs"))
             std::this_thread::sleep_for(std::chrono::minutes(1));
-        if (has("exits"))
+        while (has("floods"))
+            std::puts("a line of no end of lines");
+        if (has("exits")) {
+            std::puts("{\"calling\":5}\n{\"outcome\":\"passed\"}"); // it may print what it likes
+            std::fflush(stdout);
             std::_Exit(0);
+        }
+        if (has("ends-by-foreign-exception")) // as its runtime does when nobody catches it
+            std::_Exit(static_cast<int>(0xE06D7363));
         if (has("throws-own-type"))
             throw State();
-        if (has("fails"))
+        static int refreshes = 0;
+        if (has("fails") || has("fails-and-crashes") || (has("wears-out") && ++refreshes > 500))
             return storeError(status, StatusCode::GeneralFault);
         if (has("one-thread") && std::this_thread::get_id() != firstThread)
             return storeError(status, StatusCode::GeneralFault);
@@ -163,6 +197,8 @@ public:
     }
     void release() override {
         static int releases = 0;
+        if (has("fails-and-crashes"))
+            crash();
         if (has("leaks-handles") && ++releases % 8 == 0 && // a process may have 1,024 of them
             std::fopen(variable("VYKEL_ZOO_STATE").c_str(), "r") == nullptr)
             std::abort();
@@ -170,6 +206,9 @@ public:
             delete this;
     }
     void attach(std::uint64_t token, StatusBlock* status) override {
+        static std::vector<std::string> kept;
+        if (has("leaks-attachments"))
+            kept.emplace_back(64, 'x');
         if (!attached.insert(token).second)
             storeError(status, StatusCode::InvalidParameter);
     }

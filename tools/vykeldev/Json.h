@@ -1,6 +1,8 @@
 #ifndef VYKELDEV_JSON_H
 #define VYKELDEV_JSON_H
 
+#include "vykel/IDevice.h"
+#include <cstdint>
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
@@ -14,6 +16,11 @@ using Json = nlohmann::ordered_json;
 template <class T>
 Json orNull(const std::optional<T>& value) {
     return value ? Json(*value) : Json(nullptr);
+}
+
+/// The number of a device, or null when it has none.
+inline Json numberOrNull(std::uint32_t number) {
+    return number == vykel::noDeviceNumber ? Json(nullptr) : Json(number);
 }
 
 /// The text of a document; an indentation of -1 makes it one line. Text that is not UTF-8, as a plug-in may

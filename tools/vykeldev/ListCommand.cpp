@@ -74,9 +74,8 @@ void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
 void printJson(const std::vector<DeviceInfo>& devices, std::uint32_t format) {
     Json document = {{"schemaVersion", 1}, {"tokenFormat", format}, {"devices", Json::array()}};
     for (const DeviceInfo& device : devices) {
-        const bool numbered = device.number != vykel::noDeviceNumber;
         document["devices"].push_back({{"index", device.index},
-                                       {"number", numbered ? Json(device.number) : Json()},
+                                       {"number", numberOrNull(device.number)},
                                        {"alias", orNull(device.alias)},
                                        {"version", device.version},
                                        {"sortKey", device.sortKey},

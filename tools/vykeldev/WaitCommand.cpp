@@ -1,9 +1,9 @@
 #include "Commands.h"
 #include "Enumerator.h"
+#include "NumberRange.h"
 #include <algorithm>
 #include <chrono>
 #include <CLI/CLI.hpp>
-#include <functional>
 #include <iostream>
 #include <limits>
 #include <memory>
@@ -42,27 +42,18 @@ ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
     }
 }
 
-/// Refuses numbers below `least`, and what is no number.
-std::function<std::string(const std::string&)> atLeast(double least, const char* wanted) {
-    return [least, wanted](const std::string& text) {
-        double value = 0;
-        const bool good = CLI::detail::lexical_cast(text, value) && value >= least;
-        return good ? std::string() : std::string(wanted) + " expected, not '" + text + "'";
-    };
-}
-
 } // namespace
 
 void addWaitCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<WaitOptions>();
     CLI::App* const command = app.add_subcommand("wait", "Waits until devices are listed");
     command->add_option("--count", options->count, "How many (default 1)")
-        ->check(atLeast(1, "at least 1 device"))
+        ->check(numberFrom(1, "at least 1 device"))
         ->type_name("N");
     command
         ->add_option("--timeout", options->timeout,
                      "Gives up, with exit code 3, after so many seconds (default: never)")
-        ->check(atLeast(0, "0 seconds or more"))
+        ->check(numberFrom(0, "0 seconds or more"))
         ->type_name("S");
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return waitForDevices(context, *options); };

@@ -1,6 +1,6 @@
-#include "aliases/BoundedLock.h"
 #include "aliases/Preview.h"
 #include "aliases/PreviewDevices.h"
+#include "BoundedLock.h"
 #include "Commands.h"
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
@@ -92,12 +92,11 @@ void printJson(const std::string& path, const Preview* preview) {
         document["layout"] = layoutText(preview->layout);
         document["fails"] = preview->fails;
         for (const EntryPreview& entry : preview->entries) {
-            const bool hasDevice = entry.device != vykel::noDeviceNumber;
             document["entries"].push_back({{"line", entry.line},
                                            {"alias", orNull(entry.alias)},
                                            {"target", orNull(entry.target)},
                                            {"outcome", nameOf(entry.outcome)},
-                                           {"device", hasDevice ? Json(entry.device) : Json()},
+                                           {"device", numberOrNull(entry.device)},
                                            {"detail", entry.detail.empty() ? Json() : Json(entry.detail)},
                                            {"stays", entry.stays}});
         }

@@ -2,6 +2,7 @@
 #include "check/Runner.h"
 #include "Commands.h"
 #include "Failure.h"
+#include "NumberRange.h"
 #include "Registrations.h"
 #include "Text.h"
 #include <CLI/CLI.hpp>
@@ -58,10 +59,15 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     return check::countOf(results, Outcome::Warning) != 0 ? ExitCode::Warnings : ExitCode::Success;
 }
 
+/// The table of rules, for those who document it.
+void printRules() {
+    for (const check::Rule& rule : check::allRules())
+        std::cout << rule.id << '\t' << rule.title << '\n';
+}
+
 } // namespace
 
 void addCheckCommand(CLI::App& app, Run& chosen) {
-    constexpr double longestTimeout = 86400;
     const auto options = std::make_shared<CheckOptions>();
     CLI::App* const command = app.add_subcommand("check", "Checks a plug-in against its contract");
     command->add_option("PLUGIN", options->path, "The plug-in's DLL; it need not be registered")
@@ -70,11 +76,13 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command->add_flag("--json", options->json, "Prints one JSON object");
     command->add_option("--junit", options->junitFile, "Writes the results for a build server, too")
         ->type_name("FILE");
-    command->add_option("--timeout", options->timeout, "Seconds after which a rule has failed (default 10)")
-        ->check(CLI::Range(0.001, longestTimeout))
+    command
+        ->add_option("--timeout", options->timeout,
+                     "Seconds without any progress after which a rule has failed (default 10)")
+        ->check(numberFrom(1, "1 to 86400 seconds", 86400))
         ->type_name("S");
     command->add_flag("--read-only", options->readOnly,
-                      "Leaves out the rules that change a number and an alias and put them back");
+                      "Leaves out the rules that change one number and one alias for a moment");
     command
         ->add_option("--rule", options->rules,
                      "Checks this rule only, and those that it needs; may be given again")
@@ -84,12 +92,19 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         ->take_all()
         ->expected(1)
         ->type_name("ID");
+    command->add_flag_callback(
+        "--list-rules",
+        [] {
+            printRules();
+            throw CLI::Success();
+        },
+        "Lists the rules and checks nothing");
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return checkPlugin(context, *options); };
     });
     command->footer(
-        "Each rule runs in a process of its own. Exit code 0: no rule is broken; 4: warnings only; "
-        "5: a rule is broken.");
+        "Each rule runs in a process of its own. Exit code 0: every rule passed or was skipped; 4: warnings "
+        "only; 5: a rule is broken.");
 }
 
 } // namespace vykeldev

@@ -3,8 +3,8 @@
 
 #include "check/Rule.h"
 
-/// The work of each rule, named as the rule. Each returns when the rule is kept and throws Broken or Skipped
-/// otherwise.
+/// The work of each rule, named as the rule. Each returns when the rule is kept and throws Broken, Doubtful
+/// or Skipped otherwise.
 namespace vykeldev::check {
 
 // LifeChecks.cpp: the library, its entry points, the life of lists.
@@ -28,10 +28,13 @@ void checkMinimumVersion(const Subject& subject);
 void checkStaleCheap(const Subject& subject);
 void checkStaleSettles(const Subject& subject);
 
-// DeviceChecks.cpp: what a device says and keeps.
+// DeviceChecks.cpp: what a device says.
 void checkTokenPresent(const Subject& subject);
 void checkTokenStable(const Subject& subject);
 void checkTextsUtf8(const Subject& subject);
+void checkTextsStay(const Subject& subject);
+
+// AlteringChecks.cpp: what a device keeps when it is set.
 void checkNumberKept(const Subject& subject);
 void checkAliasKept(const Subject& subject);
 

@@ -1,5 +1,6 @@
 #include "check/Plugin.h"
 
+#include "check/Process.h"
 #include "check/Trace.h"
 #include "Failure.h"
 #include "Text.h"
@@ -62,12 +63,22 @@ std::string quoted(const PluginText& text) {
     return text ? "'" + printable(*text) + "'" : "null";
 }
 
+bool isUtf8(const PluginText& text) {
+    return !text || text->empty() ||
+           MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text->data(), static_cast<int>(text->size()),
+                               nullptr, 0) != 0;
+}
+
 std::int32_t Device::getVersion() const {
     return trace_->call("IDevice::getVersion", [this] { return device_->getVersion(); });
 }
 
 PluginText Device::getPersistentToken(std::uint32_t format) const {
     return trace_->call("getPersistentToken", [&] { return copied(device_->getPersistentToken(format)); });
+}
+
+const char* Device::ownToken(std::uint32_t format) const {
+    return trace_->call("getPersistentToken", [&] { return device_->getPersistentToken(format); });
 }
 
 std::uint32_t Device::getSortKey() const {
@@ -80,6 +91,10 @@ std::uint32_t Device::getNumber() const {
 
 PluginText Device::getAlias() const {
     return trace_->call("getAlias", [this] { return copied(device_->getAlias()); });
+}
+
+const char* Device::ownAlias() const {
+    return trace_->call("getAlias", [this] { return device_->getAlias(); });
 }
 
 std::int32_t Device::setNumber(std::uint32_t number) const {
@@ -133,14 +148,21 @@ void List::Release::operator()(vykel::IDeviceList* list) const noexcept {
     }
 }
 
-Module::Module(const std::string& path) : handle_(LoadLibraryExW(toWide(path).c_str(), nullptr, 0)) {
-    if (!handle_) {
+Module::Module(const Subject& subject, Ending ending) : ending_(ending) {
+    subject.trace.calling("loading the library");
+    handle_ = LoadLibraryExW(toWide(subject.path).c_str(), nullptr, 0);
+    if (handle_ == nullptr) {
         const Failure failure = systemFailure("loading it", GetLastError(), "");
         throw Broken{failure.what() + (failure.meaning.empty() ? "" : ": " + failure.meaning)};
     }
 }
 
-Plugin::Plugin(const Subject& subject) : trace_(subject.trace), module_(subject.path) {
+Module::~Module() {
+    if (ending_ == Ending::Unloaded)
+        unload(handle_);
+}
+
+Plugin::Plugin(const Subject& subject, Ending ending) : trace_(subject.trace), module_(subject, ending) {
     std::string missing;
     initialize_ = find<decltype(vykel_initializePlugin)>(module_.get(), "vykel_initializePlugin", missing);
     getInterface_ =
@@ -178,7 +200,7 @@ List Plugin::makeList() const {
     std::optional<List> list;
     const std::int32_t code = getInterface(0, list);
     if (code < 0)
-        throw Broken{"no list this time: vykel_getPluginInterface answered " + std::to_string(code), true};
+        throw Refused{{"no list this time: vykel_getPluginInterface answered " + std::to_string(code)}};
     if (!list)
         throw Broken{"vykel_getPluginInterface answered " + std::to_string(code) + " and stored no list"};
     return std::move(*list);

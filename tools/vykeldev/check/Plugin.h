@@ -20,6 +20,9 @@ using PluginText = std::optional<std::string>;
 /// A text as it may stand in an observation.
 std::string quoted(const PluginText& text);
 
+/// True of valid UTF-8, and of no text.
+bool isUtf8(const PluginText& text);
+
 /// A device. As valid as the object behind it.
 class Device {
 public:
@@ -30,6 +33,9 @@ public:
     std::uint32_t getSortKey() const;
     std::uint32_t getNumber() const;
     PluginText getAlias() const;
+    /// The plug-in's own texts instead of copies.
+    const char* ownToken(std::uint32_t format) const;
+    const char* ownAlias() const;
     /// Answer with the code that is left.
     std::int32_t setNumber(std::uint32_t number) const;
     std::int32_t setAlias(const std::string& alias) const;
@@ -70,23 +76,27 @@ private:
     Trace* trace_;
 };
 
-/// A loaded library. Throws Broken.
+/// What becomes of the library. How it takes being unloaded is the matter of one rule alone.
+enum class Ending { StaysLoaded, Unloaded };
+
+/// A loaded library. Construction throws Broken.
 class Module {
 public:
-    explicit Module(const std::string& path);
-    HMODULE get() const noexcept { return handle_.get(); }
+    explicit Module(const Subject& subject, Ending ending = Ending::StaysLoaded);
+    ~Module();
+    Module(const Module&) = delete;
+    Module& operator=(const Module&) = delete;
+    HMODULE get() const noexcept { return handle_; }
 
 private:
-    struct Free {
-        void operator()(HMODULE module) const noexcept { FreeLibrary(module); }
-    };
-    std::unique_ptr<std::remove_pointer_t<HMODULE>, Free> handle_;
+    HMODULE handle_ = nullptr;
+    Ending ending_;
 };
 
 /// The plug-in, loaded; finalised at the end when it is initialised. Construction throws Broken.
 class Plugin {
 public:
-    explicit Plugin(const Subject& subject);
+    explicit Plugin(const Subject& subject, Ending ending = Ending::StaysLoaded);
     ~Plugin();
     Plugin(const Plugin&) = delete;
     Plugin& operator=(const Plugin&) = delete;

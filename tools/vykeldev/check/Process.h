@@ -2,6 +2,7 @@
 #define VYKELDEV_CHECK_PROCESS_H
 
 #include <cstdint>
+#include <windows.h>
 
 /// What differs between Windows and the host: ProcessWindows.cpp and ProcessHost.cpp.
 namespace vykeldev::check {
@@ -16,6 +17,12 @@ Usage usageOfThisProcess();
 
 /// A crash of this process ends it at once: no dialog, no report, no dump.
 void crashQuietly() noexcept;
+
+/// Ends this process with exit code 0: nothing of it, nor of the plug-in, is called any more.
+[[noreturn]] void endAtOnce() noexcept;
+
+/// Unloads a library. A crash in that ends this process, also where the system would hide it.
+void unload(HMODULE library) noexcept;
 
 } // namespace vykeldev::check
 

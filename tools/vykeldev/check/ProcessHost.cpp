@@ -37,4 +37,12 @@ void crashQuietly() noexcept {
     setrlimit(RLIMIT_CORE, &none);
 }
 
+void endAtOnce() noexcept {
+    _exit(0);
+}
+
+void unload(HMODULE library) noexcept {
+    FreeLibrary(library);
+}
+
 } // namespace vykeldev::check

@@ -1,14 +1,12 @@
 #include "check/Report.h"
 
+#include "Json.h"
 #include "Text.h"
 #include <iomanip>
-#include <nlohmann/json.hpp>
 #include <ostream>
 
 namespace vykeldev::check {
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 const char* colourOf(Outcome outcome) noexcept {
     switch (outcome) {
@@ -42,7 +40,7 @@ Json toJson(const Result& result) {
     return {{"id", rule.id},
             {"title", rule.title},
             {"severity", rule.severity == Severity::Error ? "error" : "warning"},
-            {"alters", rule.alters},
+            {"alters", rule.alters()},
             {"result", toString(result.outcome)},
             {"observed", result.observed.empty() ? Json() : Json(result.observed)},
             {"meaning", rule.meaning},
@@ -78,7 +76,7 @@ void printJson(std::ostream& out, const std::string& plugin, const Results& resu
     Json& list = document["rules"] = Json::array();
     for (const Result& result : results)
         list.push_back(toJson(result));
-    out << document.dump(2, ' ', false, Json::error_handler_t::replace) << '\n';
+    out << textOf(document) << '\n';
 }
 
 } // namespace vykeldev::check

@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_CHECK_RULE_H
 #define VYKELDEV_CHECK_RULE_H
 
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -11,11 +12,24 @@ namespace vykeldev::check {
 
 class Trace;
 
+/// A rule about what outlives a process leaves notes (see Trace::note) in the first and is then called once
+/// more in a second process, with these notes.
+enum class Stage {
+    First,
+    Second, ///< The first passed.
+    PutBack ///< The first did not pass: only puts back what it altered.
+};
+
 /// What is checked, and where what happens is told.
 struct Subject {
     std::string path; ///< The plug-in, absolute, UTF-8.
     Trace& trace;
+    Stage stage;
+    std::vector<std::string> notes; ///< Those of the first stage, in the others.
 };
+
+/// Bytes of notes that one rule may leave at most: they travel as an argument.
+constexpr std::size_t longestNotes = 4000;
 
 enum class Severity {
     Warning, ///< The library gets along with it, but somebody will be surprised.
@@ -28,17 +42,29 @@ struct Rule {
     const char* title;
     Severity severity;
     const char* needs; ///< The rule without which this one makes no sense, or an empty text.
-    bool alters;       ///< Changes what the plug-in keeps, and puts it back.
+    /// The machine's lock file that is held meanwhile, when the rule alters what the plug-in keeps; empty
+    /// otherwise. Such a rule notes, before it alters anything, the device's token, the old value and the
+    /// new.
+    const char* lock;
     const char* meaning;
     const char* remedy;
-    /// Returns when the rule is kept, throws Broken or Skipped otherwise.
+    /// Returns when the rule is kept, throws Broken, Doubtful or Skipped otherwise.
     void (*check)(const Subject& subject);
+
+    bool alters() const noexcept { return *lock != '\0'; }
 };
 
 /// The rule is broken.
 struct Broken {
     std::string observed;
-    bool onlyWarning = false; ///< Less serious than the rule itself.
+};
+
+/// It is broken because the plug-in answered with a negative code.
+struct Refused : Broken {};
+
+/// It is broken in a way that may be meant: a warning, whatever the severity of the rule.
+struct Doubtful {
+    std::string observed;
 };
 
 /// The rule cannot be judged here.

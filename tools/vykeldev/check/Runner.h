@@ -8,13 +8,14 @@ namespace vykeldev::check {
 
 struct RunOptions {
     std::string path;                ///< The plug-in, absolute, UTF-8.
-    std::chrono::milliseconds limit; ///< For each rule.
+    std::chrono::milliseconds limit; ///< Within which a rule must begin another call.
     bool readOnly = false;           ///< Leaves out rules that alter what the plug-in keeps.
     std::vector<std::string> rules;  ///< Only these and those that they need; all when empty.
 };
 
-/// Checks the rules, one after the other, and hands each result out as soon as it is there. Throws Failure
-/// when no child process can be started.
+/// Checks the rules, one after the other, and hands each result out as soon as nothing can change it. Also
+/// tells of a rule that was not wanted when another finds it broken. Throws Failure when no child process can
+/// be started, or this tool itself fails there.
 Results runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult);
 
 } // namespace vykeldev::check

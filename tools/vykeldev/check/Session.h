@@ -9,19 +9,29 @@
 /// Steps that many rules start with. All throw Broken when the plug-in does not come that far.
 namespace vykeldev::check {
 
+/// Makes a step in which the plug-in may have a reason to refuse.
+template <class Step>
+decltype(auto) refusalIsDoubtful(Step&& step) {
+    try {
+        return step();
+    } catch (const Refused& refused) {
+        throw Doubtful{refused.observed};
+    }
+}
+
 /// The plug-in, loaded and initialised.
 struct InitializedPlugin : Plugin {
     explicit InitializedPlugin(const Subject& subject) : Plugin(subject) {
         const std::int32_t code = initialize();
         if (code < 0)
-            throw Broken{"vykel_initializePlugin refused with " + std::to_string(code), true};
+            throw Broken{"vykel_initializePlugin refused with " + std::to_string(code)};
     }
 };
 
 inline void refresh(const List& list) {
     const std::int32_t code = list.refresh();
     if (code < 0)
-        throw Broken{"refresh left the code " + std::to_string(code), true};
+        throw Refused{{"refresh left the code " + std::to_string(code)}};
 }
 
 /// The device at an index below the count.
@@ -32,7 +42,7 @@ inline Device deviceAt(const List& list, std::uint32_t index) {
     const std::string place =
         "getDevice(" + std::to_string(index) + ") of " + std::to_string(list.getCount());
     if (fetched.code < 0)
-        throw Broken{place + " left the code " + std::to_string(fetched.code), true};
+        throw Refused{{place + " left the code " + std::to_string(fetched.code)}};
     throw Broken{place + " answered null and left no error"};
 }
 

@@ -5,11 +5,15 @@
 namespace vykeldev::check {
 namespace {
 
+[[noreturn]] void wrongCode(const char* operation, std::int32_t before, std::int32_t after) {
+    throw Broken{std::string(operation) + " found the code " + std::to_string(before) + " and left " +
+                 std::to_string(after)};
+}
+
 void mustKeepCode(const char* operation, std::int32_t before, std::int32_t after) {
     if (after == before || (before > 0 && after < 0)) // an error may replace a warning
         return;
-    throw Broken{std::string(operation) + " found the code " + std::to_string(before) + " and left " +
-                 std::to_string(after)};
+    wrongCode(operation, before, after);
 }
 
 } // namespace
@@ -22,7 +26,10 @@ void checkFirstErrorWins(const Subject& subject) {
         mustKeepCode("refresh", preset, session.list.refresh(preset));
         refresh(session.list);
         const std::uint32_t count = session.list.getCount();
-        mustKeepCode("getDevice beyond the count", preset, session.list.getDevice(count, 0, preset).code);
+        const std::int32_t beyond = session.list.getDevice(count, 0, preset).code;
+        mustKeepCode("getDevice beyond the count", preset, beyond);
+        if (beyond >= 0)
+            wrongCode("getDevice beyond the count", preset, beyond);
         if (count > 0)
             mustKeepCode("getDevice", preset, session.list.getDevice(0, 0, preset).code);
     }

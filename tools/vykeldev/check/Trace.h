@@ -2,17 +2,27 @@
 #define VYKELDEV_CHECK_TRACE_H
 
 #include "check/Result.h"
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
 #include <exception>
 #include <mutex>
 #include <set>
 #include <string>
+#include <thread>
 
 namespace vykeldev::check {
 
-/// Tells the parent process what a rule is doing, one JSON object a line, so that the last words of a plug-in
-/// that crashes or hangs are known. Any thread may call.
+/// Tells the parent process what a rule is doing, one JSON object a line behind a mark that no plug-in knows,
+/// so that the last words of a plug-in that crashes or hangs are known. While calls are begun
+/// it also tells so, ten times a second: the plug-in does not hang. Any thread may call.
 class Trace {
 public:
+    explicit Trace(std::string mark);
+    ~Trace();
+    Trace(const Trace&) = delete;
+    Trace& operator=(const Trace&) = delete;
+
     /// Makes a call into the plug-in. When an exception comes out, that is an incident of its own, and the
     /// rule at work is skipped (throws Skipped).
     template <class Call>
@@ -29,23 +39,40 @@ public:
         exceptionLeft(operation, escaped);
     }
 
+    /// Names what is done next.
+    void calling(const char* operation);
+
     /// Says once what the many calls from here on are for, and no longer names each.
     void repeating(const std::string& what);
+
+    /// Leaves notes, valid UTF-8, for the rule's second process.
+    void note(const std::vector<std::string>& notes);
+
+    /// What the rule altered is as it was before.
+    void putBack();
 
     /// A rule other than the one at work turns out to be broken.
     void incident(const char* rule, const std::string& observed);
 
     void finished(Outcome outcome, const std::string& observed);
 
-private:
-    void calling(const char* operation);
-    [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);
-    void write(const char* key, const std::string& value, const char* secondKey = nullptr,
-               const std::string& secondValue = {});
+    /// This tool itself failed.
+    void toolFailed(const std::string& what);
 
+private:
+    [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);
+    template <class Line>
+    void write(const Line& line);
+    void tellProgress();
+
+    const std::string mark_;
     bool repeating_ = false;
+    std::atomic<std::uint64_t> calls_{0};
     std::mutex mutex_;
     std::set<std::string> incidents_; // each is told once
+    bool ended_ = false;
+    std::condition_variable end_;
+    std::thread progress_;
 };
 
 } // namespace vykeldev::check

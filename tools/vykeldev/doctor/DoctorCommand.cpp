@@ -4,6 +4,7 @@
 #include "doctor/Platform.h"
 #include "doctor/PluginCheck.h"
 #include "doctor/Probe.h"
+#include "NumberRange.h"
 #include "System.h"
 #include "Text.h"
 #include <CLI/CLI.hpp>
@@ -92,7 +93,7 @@ void addDoctorCommand(CLI::App& app, Run& chosen) {
         app.add_subcommand("doctor", "Says why a device is missing: tries every plug-in, changes nothing");
     command->add_flag("--json", options->json, "Prints one JSON object (schemas/doctor.schema.json)");
     command->add_option("--timeout", options->timeout, "Seconds that each plug-in is given (default 10)")
-        ->check(CLI::Range(0.001, 86400.0))
+        ->check(numberFrom(0.001, "0.001 to 86400 seconds", 86400))
         ->type_name("S");
     command
         ->add_option("--bundle", options->bundle,

@@ -1,6 +1,6 @@
 #include "doctor/FolderCheck.h"
 
-#include "aliases/BoundedLock.h"
+#include "BoundedLock.h"
 #include "ConfigurationFolder.h"
 #include "doctor/Files.h"
 #include "doctor/LegacyCheck.h"
@@ -32,7 +32,7 @@ bool checkLock(const std::string& name, Report& report, Progress& progress, Work
         report.findings.push_back({FindingId::LockUnusable, lock.path, "it can be neither opened nor made"});
         return false;
     }
-    const DWORD error = aliases::lockInTime(stream.get(), [&](auto waited) {
+    const DWORD error = lockInTime(stream.get(), [&](auto waited) {
         progress.show("waiting for " + lock.path);
         lock.secondsWaited = std::round(std::chrono::duration<double>(waited).count() * 100) / 100;
     });
@@ -42,10 +42,9 @@ bool checkLock(const std::string& name, Report& report, Progress& progress, Work
     }
     const bool held = error == ERROR_LOCK_VIOLATION;
     lock.state = held ? LockState::State::Held : LockState::State::Unusable;
-    report.findings.push_back({held ? FindingId::LockHeld : FindingId::LockUnusable, lock.path,
-                               held
-                                   ? "waited " + std::to_string(aliases::longestLockWait.count()) + " seconds"
-                                   : systemErrorText(error)});
+    report.findings.push_back(
+        {held ? FindingId::LockHeld : FindingId::LockUnusable, lock.path,
+         held ? "waited " + std::to_string(longestLockWait.count()) + " seconds" : systemErrorText(error)});
     return false;
 }
 

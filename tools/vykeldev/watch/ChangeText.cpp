@@ -1,9 +1,9 @@
 #include "watch/ChangeText.h"
 
+#include "Json.h"
 #include "Text.h"
 #include "vykel/IDevice.h"
 #include <algorithm>
-#include <nlohmann/json.hpp>
 
 namespace vykeldev {
 namespace {
@@ -42,14 +42,6 @@ std::string padded(std::string text, std::size_t columns) {
     return text;
 }
 
-nlohmann::ordered_json numberJson(std::uint32_t number) {
-    return number == vykel::noDeviceNumber ? nlohmann::ordered_json() : nlohmann::ordered_json(number);
-}
-
-nlohmann::ordered_json aliasJson(const std::optional<std::string>& alias) {
-    return alias ? nlohmann::ordered_json(*alias) : nlohmann::ordered_json();
-}
-
 } // namespace
 
 std::string toText(const DeviceChange& change, bool colour) {
@@ -70,17 +62,17 @@ std::string toText(const DeviceChange& change, bool colour) {
 }
 
 std::string toJson(const DeviceChange& change) {
-    nlohmann::ordered_json event = {{"schemaVersion", 1},
-                                    {"event", nameOf(change.kind).name},
-                                    {"token", change.now.token},
-                                    {"number", numberJson(change.now.number)},
-                                    {"alias", aliasJson(change.now.alias)}};
+    Json event = {{"schemaVersion", 1},
+                  {"event", nameOf(change.kind).name},
+                  {"token", change.now.token},
+                  {"number", numberOrNull(change.now.number)},
+                  {"alias", orNull(change.now.alias)}};
     if (change.kind == Kind::Renumbered) {
-        event["previousNumber"] = numberJson(change.before.number);
+        event["previousNumber"] = numberOrNull(change.before.number);
     } else if (change.kind == Kind::Renamed) {
-        event["previousAlias"] = aliasJson(change.before.alias);
+        event["previousAlias"] = orNull(change.before.alias);
     }
-    return event.dump(-1, ' ', false, nlohmann::ordered_json::error_handler_t::replace);
+    return textOf(event, -1);
 }
 
 } // namespace vykeldev

@@ -1,12 +1,14 @@
 #include "Commands.h"
 #include "Enumerator.h"
 #include "Failure.h"
+#include "NumberRange.h"
 #include "watch/ChangeText.h"
 #include "watch/StopRequest.h"
 #include <algorithm>
 #include <chrono>
 #include <CLI/CLI.hpp>
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <memory>
 #include <optional>
@@ -51,7 +53,8 @@ std::vector<DeviceState> readStates(vykel::IDeviceList& list) {
         if (device == nullptr) {
             throw statusFailure("getting device " + std::to_string(index), status);
         }
-        DeviceState state{device->getPersistentToken(2), device->getNumber(), std::nullopt};
+        const char* const token = device->getPersistentToken(2);
+        DeviceState state{token != nullptr ? token : "", device->getNumber(), std::nullopt};
         if (const char* const alias = device->getAlias()) {
             state.alias = alias;
         }
@@ -60,9 +63,11 @@ std::vector<DeviceState> readStates(vykel::IDeviceList& list) {
     return states;
 }
 
-/// Refreshes the list and compares it with what is known of it. Throws Failure; then all is as before.
+/// Refreshes the list when it is stale and compares it with what is known of it; other processes change
+/// numbers and aliases of a list that is not. Throws Failure; then all is as before.
 std::vector<DeviceChange> findChanges(vykel::IDeviceList& list, std::vector<DeviceState>& known) {
-    refresh(list);
+    if (list.isStale())
+        refresh(list);
     std::vector<DeviceState> now = readStates(list);
     std::vector<DeviceChange> changes = compareStates(known, now);
     known.swap(now);
@@ -79,13 +84,10 @@ ExitCode watchDevices(const Context& context, const WatchOptions& options) {
     std::string trouble; // reported last: what lasts is reported once
     while (print(changes, options, context.colour) && !stop.waitFor(interval)) {
         changes.clear();
-        if (!list->isStale()) {
-            continue;
-        }
         try {
             changes = findChanges(*list, known);
             trouble.clear();
-        } catch (const Failure& failure) {
+        } catch (const std::exception& failure) {
             if (trouble != failure.what()) {
                 trouble = failure.what();
                 std::cerr << "vykeldev: " << trouble << "; watching on\n";
@@ -102,7 +104,7 @@ void addWatchCommand(CLI::App& app, Run& chosen) {
     CLI::App* const command = app.add_subcommand("watch", "Shows the devices and then what changes");
     command->add_flag("--json", options->json, "Prints one JSON object a line for each change");
     command->add_option("--interval", options->interval, "Seconds between two looks (default 0.5)")
-        ->check(CLI::Range(0.01, 86400.0))
+        ->check(numberFrom(0.01, "0.01 to 86400 seconds", 86400))
         ->type_name("S");
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return watchDevices(context, *options); };

@@ -1,12 +1,12 @@
-#ifndef VYKELDEV_ALIASES_BOUNDEDLOCK_H
-#define VYKELDEV_ALIASES_BOUNDEDLOCK_H
+#ifndef VYKELDEV_BOUNDEDLOCK_H
+#define VYKELDEV_BOUNDEDLOCK_H
 
 #include <chrono>
 #include <cstdio>
 #include <io.h>
 #include <windows.h>
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 
 constexpr std::chrono::seconds longestLockWait{2};
 
@@ -33,6 +33,6 @@ DWORD lockInTime(std::FILE* stream, OnWait onWait) {
     }
 }
 
-} // namespace vykeldev::aliases
+} // namespace vykeldev
 
 #endif

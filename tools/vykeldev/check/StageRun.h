@@ -1,0 +1,32 @@
+#ifndef VYKELDEV_CHECK_STAGERUN_H
+#define VYKELDEV_CHECK_STAGERUN_H
+
+#include "check/Child.h"
+#include "check/Result.h"
+
+namespace vykeldev::check {
+
+/// A rule that turned out to be broken, perhaps while another was checked.
+struct Incident {
+    std::string rule;
+    std::string observed;
+};
+
+/// What came out of one stage of a rule.
+struct Account {
+    std::optional<Outcome> outcome; ///< None before its end.
+    std::string observed;
+    std::vector<std::string> notes; ///< For the next stage.
+    bool putBack = false;           ///< What was altered is as it was before.
+    std::string toolFailed;         ///< How this tool itself failed there, if it did.
+    std::vector<Incident> incidents;
+    std::chrono::milliseconds duration{0};
+};
+
+/// Does the task in a process of its own, which is killed when it makes no progress for `limit`. Throws
+/// Failure when it cannot be started.
+Account runStage(const ChildTask& task, std::chrono::milliseconds limit);
+
+} // namespace vykeldev::check
+
+#endif
