@@ -66,10 +66,9 @@ double threadSeconds() {
 void floorPass(const Machine& machine) {
     std::vector<std::uint32_t> keys;
     keys.reserve(machine.devices.size());
-    for (vykel::IDevice* const device : machine.table[0]) {
+    for (vykel::IDevice* const device : machine.table[0])
         if (device->getNumber() == vykel::noDeviceNumber)
             keys.push_back(device->getSortKey());
-    }
     std::sort(keys.begin(), keys.end());
     benchmark::DoNotOptimize(keys.data());
     std::uint32_t candidate = 0;
@@ -101,10 +100,9 @@ void numberingFloor(benchmark::State& state) {
 
 void sizes(benchmark::internal::Benchmark* benchmark) {
     benchmark->ArgNames({"devices", "oneInNumbered"})->UseManualTime();
-    for (const int oneInNumbered : {0, 2}) {
+    for (const int oneInNumbered : {0, 2})
         for (const int devices : {1000, 100000, 1000000})
             benchmark->Args({devices, oneInNumbered});
-    }
 }
 
 BENCHMARK(numbering)->Name("Number/vykel")->Apply(sizes);

@@ -30,10 +30,9 @@ TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
         const ListPtr list = library.newList();
         EXPECT_EQ(refresh(*list), 0);
         std::vector<std::uint32_t> numbers;
-        for (const char* const name : {"a", "b"}) {
+        for (const char* const name : {"a", "b"})
             for (const FakeDevice& device : plugins.devicesOf[name])
                 numbers.push_back(device.number);
-        }
         EXPECT_EQ(numbers, each.numbers);
         const std::string log = plugins.takeLog({"setNumber"});
         EXPECT_EQ(static_cast<std::size_t>(std::count(log.begin(), log.end(), '(')), each.set);

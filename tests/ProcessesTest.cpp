@@ -77,10 +77,9 @@ TEST_F(ProcessesTest, RefreshingAtOnceLosesNoNumber) {
     for (ChildProcess& child : children)
         EXPECT_EQ(child.wait(), 0);
     std::set<std::uint32_t> numbers;
-    for (const char* const name : names) {
+    for (const char* const name : names)
         for (FakeDevice& device : plugins.devicesOf[name])
             numbers.insert(plugins.getNumber(device));
-    }
     EXPECT_EQ(numbers.size(), 2 * devicesEach);
     EXPECT_EQ(*numbers.rbegin(), 2 * devicesEach - 1);
 }

@@ -138,9 +138,8 @@ TEST_F(SimulatedPlugin, LosesNothingWhenManyWriteAndFoldAtOnce) {
     constexpr std::uint32_t writers = 4;
     constexpr std::uint32_t each = 25;
     std::string text;
-    for (std::uint32_t i = 0; i < writers * each; ++i) {
+    for (std::uint32_t i = 0; i < writers * each; ++i)
         text += "token=d" + std::to_string(i) + "\n";
-    }
     writeFile(devicesFile, text);
     std::vector<std::thread> threads;
     for (std::uint32_t writer = 0; writer < writers; ++writer) {
@@ -154,14 +153,12 @@ TEST_F(SimulatedPlugin, LosesNothingWhenManyWriteAndFoldAtOnce) {
             EXPECT_EQ(status.code, 0);
         });
     }
-    for (std::thread& thread : threads) {
+    for (std::thread& thread : threads)
         thread.join();
-    }
     const ListPtr list = makeList();
     ASSERT_EQ(refresh(*list), 0);
-    for (std::uint32_t i = 0; i < writers * each; ++i) {
+    for (std::uint32_t i = 0; i < writers * each; ++i)
         EXPECT_EQ(deviceAt(list, i).getNumber(), i);
-    }
 }
 
 } // namespace

@@ -64,9 +64,8 @@ struct Key {
         status = RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, access, &handle);
     }
     ~Key() {
-        if (status == ERROR_SUCCESS) {
+        if (status == ERROR_SUCCESS)
             RegCloseKey(handle);
-        }
     }
     Key(const Key&) = delete;
     Key& operator=(const Key&) = delete;
@@ -78,9 +77,8 @@ struct Key {
 std::string valueOf(const Key& key, LPCWSTR name) {
     BYTE data[64];
     DWORD type = 0, size = sizeof data;
-    if (const LSTATUS error = RegQueryValueExW(key.handle, name, nullptr, &type, data, &size)) {
+    if (const LSTATUS error = RegQueryValueExW(key.handle, name, nullptr, &type, data, &size))
         return "error " + std::to_string(error);
-    }
     std::string text = std::to_string(type) + ":";
     for (DWORD i = 0; i < size; ++i) {
         char digits[3];
@@ -186,9 +184,8 @@ TEST_F(Winhost, OpenFilesCannotBeReplaced) {
                                           row.alone ? 0 : shareAll, nullptr, OPEN_ALWAYS, 0, nullptr);
         std::FILE* const again = std::fopen(held.c_str(), "rb");
         EXPECT_EQ(again == nullptr, row.alone);
-        if (again != nullptr) {
+        if (again != nullptr)
             std::fclose(again);
-        }
         const BOOL moved =
             MoveFileExA((root / row.from).c_str(), (root / row.to).c_str(), MOVEFILE_REPLACE_EXISTING);
         EXPECT_EQ(moved == FALSE ? GetLastError() : 0, row.error) << row.from << " onto " << row.to;

@@ -24,20 +24,16 @@ std::string readRange(const File& file, std::uint64_t from, std::uint64_t to) {
 
 void applyChanges(std::vector<DeviceEntry>& devices, std::vector<DeviceChange> changes) {
     std::unordered_map<std::string_view, DeviceEntry*> byToken;
-    for (DeviceEntry& device : devices) {
+    for (DeviceEntry& device : devices)
         byToken.emplace(device.token, &device);
-    }
     for (DeviceChange& change : changes) {
         const auto found = byToken.find(change.token);
-        if (found == byToken.end()) {
+        if (found == byToken.end())
             continue; // somebody took the device out of the file
-        }
-        if (change.number) {
+        if (change.number)
             found->second->number = *change.number;
-        }
-        if (change.alias) {
+        if (change.alias)
             found->second->alias = std::move(change.alias);
-        }
     }
 }
 
@@ -75,13 +71,11 @@ bool DeviceStore::isFileChanged() const noexcept {
 }
 
 std::vector<DeviceChange> DeviceStore::readChanges() {
-    if (!journal_) {
+    if (!journal_)
         return {};
-    }
     JournalStamp now = journalStamp();
-    if (now.header == seen_.header && now.size == seen_.size) {
+    if (now.header == seen_.header && now.size == seen_.size)
         return {};
-    }
     const FileLock lock = lockStore();
     now = journalStamp();
     std::vector<DeviceChange> changes;
@@ -90,14 +84,12 @@ std::vector<DeviceChange> DeviceStore::readChanges() {
     } else { // folded meanwhile: what the journal held stands in the file
         for (DeviceEntry& device : parseFile(readFile())) {
             DeviceChange change{std::move(device.token), {}, std::move(device.alias)};
-            if (device.number != vykel::noDeviceNumber) {
+            if (device.number != vykel::noDeviceNumber)
                 change.number = device.number;
-            }
             changes.push_back(std::move(change));
         }
-        for (DeviceChange& change : readJournal(headerSize, now.size)) {
+        for (DeviceChange& change : readJournal(headerSize, now.size))
             changes.push_back(std::move(change));
-        }
     }
     seen_ = now;
     return changes;
@@ -115,49 +107,41 @@ void DeviceStore::append(const DeviceChange& change) {
         journal_.truncate(before.size);
         throw StoreError(Code::NotWritable, 0, "the journal cannot be written");
     }
-    if (before.header == seen_.header && before.size == seen_.size) {
+    if (before.header == seen_.header && before.size == seen_.size)
         seen_.size += record.size();
-    }
 }
 
 void DeviceStore::fold() {
-    if (journal_ && journalStamp().size > headerSize) {
+    if (journal_ && journalStamp().size > headerSize)
         load();
-    }
 }
 
 void DeviceStore::openSideFiles() {
-    if (!lockFile_) {
+    if (!lockFile_)
         lockFile_ = File(path_ + ".lck", GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
-    }
-    if (!lockFile_) {
+    if (!lockFile_)
         throw StoreError(Code::NotWritable, 0, "the lock file cannot be opened for writing");
-    }
-    if (journal_) {
+    if (journal_)
         return;
-    }
     const FileLock lock = lockStore();
     File journal(path_ + ".journal", GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
     const auto size = journal.size();
-    if (!size || (*size < headerSize && !journal.write(0, noFolding))) {
+    if (!size || (*size < headerSize && !journal.write(0, noFolding)))
         throw StoreError(Code::NotWritable, 0, "the journal cannot be opened for writing");
-    }
     journal_ = std::move(journal);
 }
 
 FileLock DeviceStore::lockStore() const {
     FileLock lock(lockFile_);
-    if (!lock.held()) {
+    if (!lock.held())
         throw StoreError(Code::NotWritable, 0, "the lock file cannot be locked");
-    }
     return lock;
 }
 
 DeviceStore::FileStamp DeviceStore::fileStamp() const noexcept {
     WIN32_FILE_ATTRIBUTE_DATA data = {};
-    if (!GetFileAttributesExW(path_.c_str(), GetFileExInfoStandard, &data)) {
+    if (!GetFileAttributesExW(path_.c_str(), GetFileExInfoStandard, &data))
         return {};
-    }
     const auto join = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
     return {join(data.nFileSizeHigh, data.nFileSizeLow),
             join(data.ftLastWriteTime.dwHighDateTime, data.ftLastWriteTime.dwLowDateTime)};
@@ -166,9 +150,8 @@ DeviceStore::FileStamp DeviceStore::fileStamp() const noexcept {
 DeviceStore::JournalStamp DeviceStore::journalStamp() const {
     JournalStamp stamp;
     const auto size = journal_.size();
-    if (!size || *size < headerSize || journal_.read(0, stamp.header.data(), headerSize) != headerSize) {
+    if (!size || *size < headerSize || journal_.read(0, stamp.header.data(), headerSize) != headerSize)
         throw StoreError(Code::NotWritable, 0, "the journal cannot be read");
-    }
     stamp.size = *size;
     return stamp;
 }
@@ -176,9 +159,8 @@ DeviceStore::JournalStamp DeviceStore::journalStamp() const {
 std::string DeviceStore::readFile() const {
     const File file(path_, GENERIC_READ, OPEN_EXISTING);
     const auto size = file.size();
-    if (!size) {
+    if (!size)
         throw StoreError(Code::FileMissing, 0, "the file cannot be opened");
-    }
     return readRange(file, 0, *size);
 }
 
@@ -195,9 +177,8 @@ std::vector<DeviceChange> DeviceStore::readJournal(std::uint64_t from, std::uint
     std::vector<DeviceChange> changes;
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = text.find('\n', begin);
-        if (auto change = parseChange(std::string_view(text).substr(begin, end - begin))) {
+        if (auto change = parseChange(std::string_view(text).substr(begin, end - begin)))
             changes.push_back(std::move(*change));
-        }
         begin = end == std::string::npos ? text.size() : end + 1;
     }
     return changes;
@@ -211,10 +192,9 @@ bool DeviceStore::replaceFile(const std::string& text) const noexcept {
             const File file(temporary, GENERIC_WRITE, CREATE_ALWAYS);
             written = file && file.write(0, text) && FlushFileBuffers(file.handle());
         }
-        if (written && MoveFileExW(temporary.c_str(), path_.c_str(),
-                                   MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH)) {
+        if (written &&
+            MoveFileExW(temporary.c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
             return true;
-        }
         DeleteFileW(temporary.c_str());
     } catch (const std::bad_alloc&) { // as any other failure: the file stays as it was
     }

@@ -31,9 +31,8 @@ bool isBlank(char c) noexcept {
 void requireUtf8(std::string_view line) {
     const bool valid = line.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.data(),
                                                            static_cast<int>(line.size()), nullptr, 0) > 0;
-    if (!valid || line.find('\0') != std::string_view::npos) {
+    if (!valid || line.find('\0') != std::string_view::npos)
         fail("the line is not UTF-8 text");
-    }
 }
 
 /// Reads the quoted text that starts at `line[at]` and moves `at` behind it.
@@ -60,9 +59,8 @@ std::string readQuoted(std::string_view line, std::size_t& at) {
             fail("after \\ only \\ \" n and r may stand in a quoted text");
         }
     }
-    if (at == line.size()) {
+    if (at == line.size())
         fail("a quoted text has no end");
-    }
     ++at;
     return value;
 }
@@ -71,16 +69,13 @@ std::vector<Item> parseItems(std::string_view line) {
     std::vector<Item> items;
     std::size_t at = 0;
     for (;;) {
-        while (at < line.size() && isBlank(line[at])) {
+        while (at < line.size() && isBlank(line[at]))
             ++at;
-        }
-        if (at == line.size() || line[at] == '#') {
+        if (at == line.size() || line[at] == '#')
             return items;
-        }
         const std::size_t equals = line.find_first_of("= \t\r#\"", at);
-        if (equals == std::string_view::npos || line[equals] != '=') {
+        if (equals == std::string_view::npos || line[equals] != '=')
             fail("key=value expected at '" + std::string(line.substr(at, 20)) + "'");
-        }
         Item item{line.substr(at, equals - at), {}, equals + 1, 0};
         at = equals + 1;
         if (at < line.size() && line[at] == '"') {
@@ -89,15 +84,12 @@ std::vector<Item> parseItems(std::string_view line) {
             at = std::min(line.find_first_of(" \t\r#\"", at), line.size());
             item.value = line.substr(item.begin, at - item.begin);
         }
-        if (at == item.begin || (at < line.size() && !isBlank(line[at]) && line[at] != '#')) {
+        if (at == item.begin || (at < line.size() && !isBlank(line[at]) && line[at] != '#'))
             fail("the value of '" + std::string(item.key) + "' is not one word; put it in quotes");
-        }
         item.end = at;
-        for (const Item& earlier : items) {
-            if (earlier.key == item.key) {
+        for (const Item& earlier : items)
+            if (earlier.key == item.key)
                 fail("'" + std::string(item.key) + "' stands twice in the line");
-            }
-        }
         items.push_back(std::move(item));
     }
 }
@@ -106,9 +98,8 @@ std::uint32_t parseInteger(const Item& item, std::uint32_t highest) {
     std::uint32_t result = 0;
     const char* const end = item.value.data() + item.value.size();
     const auto parsed = std::from_chars(item.value.data(), end, result);
-    if (parsed.ec != std::errc() || parsed.ptr != end || result > highest) {
+    if (parsed.ec != std::errc() || parsed.ptr != end || result > highest)
         fail("'" + std::string(item.key) + "' must be a whole number from 0 to " + std::to_string(highest));
-    }
     return result;
 }
 
@@ -136,12 +127,10 @@ DeviceEntry toEntry(std::vector<Item> items) {
             fail("unknown key '" + std::string(item.key) + "'");
         }
     }
-    if (entry.token.empty()) {
+    if (entry.token.empty())
         fail("a device needs a token");
-    }
-    if (entry.token2.empty()) {
+    if (entry.token2.empty())
         entry.token2 = entry.token;
-    }
     return entry;
 }
 
@@ -152,9 +141,8 @@ std::string quoted(std::string_view text) {
             result += c == '\n' ? "\\n" : "\\r";
             continue;
         }
-        if (c == '"' || c == '\\') {
+        if (c == '"' || c == '\\')
             result += '\\';
-        }
         result += c;
     }
     return result += '"';
@@ -165,9 +153,8 @@ void setItem(std::string& line, std::string_view key, const std::string& value, 
     std::size_t end = 0;
     for (const Item& item : parseItems(line)) {
         if (item.key == key) {
-            if (item.value != value) {
+            if (item.value != value)
                 line.replace(item.begin, item.end - item.begin, written);
-            }
             return;
         }
         end = item.end;
@@ -198,15 +185,13 @@ std::vector<DeviceEntry> parseDevices(std::string_view text) {
         try {
             requireUtf8(line);
             std::vector<Item> items = parseItems(line);
-            if (items.empty()) {
+            if (items.empty())
                 return;
-            }
             DeviceEntry entry = toEntry(std::move(items));
             entry.line = number;
             const auto [earlier, isNew] = lineOfToken.emplace(entry.token, number);
-            if (!isNew) {
+            if (!isNew)
                 fail("the token already stands in line " + std::to_string(earlier->second));
-            }
             devices.push_back(std::move(entry));
         } catch (const TextError& error) {
             throw TextError(number, error.what());
@@ -225,42 +210,36 @@ std::string rewriteDevices(std::string_view text, const std::vector<DeviceEntry>
                 const std::string value = std::to_string(device->number);
                 setItem(line, "number", value, value);
             }
-            if (device->alias) {
+            if (device->alias)
                 setItem(line, "alias", *device->alias, quoted(*device->alias));
-            }
             ++device;
         }
         result += line;
-        if (original.data() + original.size() != text.data() + text.size()) {
+        if (original.data() + original.size() != text.data() + text.size())
             result += '\n';
-        }
     });
     return result;
 }
 
 std::string formatChange(const DeviceChange& change) {
     std::string line;
-    if (change.number) {
+    if (change.number)
         line += "number=" + std::to_string(*change.number) + " ";
-    }
-    if (change.alias) {
+    if (change.alias)
         line += "alias=" + quoted(*change.alias) + " ";
-    }
     return line + "token=" + quoted(change.token);
 }
 
 std::optional<DeviceChange> parseChange(std::string_view line) {
     try {
         DeviceChange change;
-        for (Item& item : parseItems(line)) {
-            if (item.key == "number") {
+        for (Item& item : parseItems(line))
+            if (item.key == "number")
                 change.number = parseDeviceNumber(item);
-            } else if (item.key == "alias") {
+            else if (item.key == "alias")
                 change.alias = std::move(item.value);
-            } else if (item.key == "token") {
+            else if (item.key == "token")
                 change.token = std::move(item.value);
-            }
-        }
         return change.token.empty() ? std::nullopt : std::optional(std::move(change));
     } catch (const TextError&) {
         return std::nullopt;

@@ -15,9 +15,8 @@ using Path = std::basic_string<WCHAR>;
 
 /// `path` followed by an ASCII `suffix`.
 inline Path operator+(Path path, const char* suffix) {
-    for (; *suffix != '\0'; ++suffix) {
+    for (; *suffix != '\0'; ++suffix)
         path += static_cast<WCHAR>(*suffix);
-    }
     return path;
 }
 
@@ -35,9 +34,8 @@ public:
         return *this;
     }
     ~File() {
-        if (*this) {
+        if (*this)
             CloseHandle(handle_);
-        }
     }
 
     explicit operator bool() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
@@ -46,9 +44,8 @@ public:
     /// Size in bytes, or nothing when it cannot be told.
     std::optional<std::uint64_t> size() const noexcept {
         LARGE_INTEGER size = {};
-        if (!GetFileSizeEx(handle_, &size)) {
+        if (!GetFileSizeEx(handle_, &size))
             return std::nullopt;
-        }
         return static_cast<std::uint64_t>(size.QuadPart);
     }
 
@@ -89,9 +86,8 @@ public:
     FileLock(FileLock&& other) noexcept : handle_(other.handle_), held_(std::exchange(other.held_, false)) {}
     FileLock& operator=(FileLock&&) = delete;
     ~FileLock() {
-        if (held_) {
+        if (held_)
             UnlockFileEx(handle_, 0, wholeFile, wholeFile, &region_);
-        }
     }
 
     bool held() const noexcept { return held_; }

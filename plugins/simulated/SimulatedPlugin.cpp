@@ -34,13 +34,11 @@ std::string fileName(const Path& path) {
 /// Stores an error, unless `status` holds one: the first wins. The detail fields exist only in a block that
 /// says that it is large enough; the blocks of the library end behind `code`.
 void storeError(StatusBlock* status, std::int32_t code, std::string_view file, std::size_t line) noexcept {
-    if (status->code < 0) {
+    if (status->code < 0)
         return;
-    }
     status->code = code;
-    if (status->structSize < sizeof(StatusBlock)) {
+    if (status->structSize < sizeof(StatusBlock))
         return;
-    }
     std::memset(status->component, 0, sizeof status->component);
     std::memcpy(status->component, "simulated", sizeof "simulated" - 1);
     std::memset(status->file, 0, sizeof status->file);
@@ -89,12 +87,10 @@ public:
 
     std::string_view token() const noexcept { return entry_.token; }
     void apply(DeviceChange change) noexcept {
-        if (change.number) {
+        if (change.number)
             entry_.number = *change.number;
-        }
-        if (change.alias) {
+        if (change.alias)
             entry_.alias = std::move(change.alias);
-        }
     }
 
 private:
@@ -162,9 +158,8 @@ public:
         guard(&nobodyLooks, [this] {
             for (DeviceChange& change : store_.readChanges()) {
                 const auto found = byToken_.find(change.token);
-                if (found != byToken_.end()) {
+                if (found != byToken_.end())
                     found->second->apply(std::move(change));
-                }
             }
         });
     }
@@ -230,12 +225,10 @@ std::int32_t vykel_initializePlugin() {
 }
 
 std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** list) {
-    if (list == nullptr) {
+    if (list == nullptr)
         return vykel::toInteger(vykel::StatusCode::InvalidParameter);
-    }
-    if (version != 0) {
+    if (version != 0)
         return vykel::toInteger(vykel::StatusCode::VersionMismatch);
-    }
     try {
         *list = new simulated::DeviceList(simulated::devicesFile());
         return 0;

@@ -43,10 +43,9 @@ bool AggregatedDeviceList::isStale() {
     if (dirty)
         return true;
     return callPlugin([this] {
-        for (const auto& list : deviceLists) {
+        for (const auto& list : deviceLists)
             if (list->isStale())
                 return true;
-        }
         return false;
     });
 }
@@ -60,10 +59,9 @@ void AggregatedDeviceList::refresh(StatusBlock* status) {
 void AggregatedDeviceList::refreshAll() {
     try {
         bool changed = dirty;
-        for (std::size_t i = 0; i < deviceLists.size(); ++i) {
+        for (std::size_t i = 0; i < deviceLists.size(); ++i)
             if (refreshList(*deviceLists[i], devicesPerList[i]))
                 changed = true;
-        }
         if (!changed)
             return;
         assignDeviceNumbers(devicesPerList);

@@ -70,10 +70,9 @@ private:
                            [](const Waiting& a, const Waiting& b) { return a.sortKey < b.sortKey; }))
             return;
         std::array<Counts, sizeof(std::uint32_t)> counts = {};
-        for (const Waiting& entry : waiting) {
+        for (const Waiting& entry : waiting)
             for (unsigned byte = 0; byte < counts.size(); ++byte)
                 ++counts[byte][entry.digit(byte)];
-        }
         std::vector<Waiting> sorted(waiting.size());
         for (unsigned byte = 0; byte < counts.size(); ++byte)
             distribute(byte, counts[byte], sorted);

@@ -112,10 +112,9 @@ public:
 
     std::vector<TraditionalAliasRecord> takeRemaining() {
         std::vector<TraditionalAliasRecord> remaining;
-        for (std::size_t i = 0; i < records.size(); ++i) {
+        for (std::size_t i = 0; i < records.size(); ++i)
             if (!consumed[i])
                 remaining.push_back(std::move(records[i]));
-        }
         return remaining;
     }
 

@@ -41,12 +41,11 @@ struct Plugin {
                            reinterpret_cast<const WCHAR*>(this), &module);
         const DWORD length = GetModuleFileNameW(module, path, 1024);
         // Only the name, without extension: a short text, so that this never needs memory.
-        for (const WCHAR* at = path; at != path + length; ++at) {
+        for (const WCHAR* at = path; at != path + length; ++at)
             if (*at == '/' || *at == '\\')
                 name.clear();
             else
                 name += static_cast<char>(*at);
-        }
         name.erase(std::min(name.size(), name.rfind('.')));
     }
     ~Plugin() {

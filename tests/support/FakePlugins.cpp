@@ -17,11 +17,10 @@ FakePlugins::FakePlugins() {
 
 std::string FakePlugins::takeLog(const std::vector<std::string>& operations) {
     std::string text;
-    for (const Entry& entry : log) {
+    for (const Entry& entry : log)
         if (operations.empty() ||
             std::find(operations.begin(), operations.end(), entry.operation) != operations.end())
             text += (text.empty() ? "" : " ") + entry.text;
-    }
     log.clear();
     return text;
 }

@@ -35,12 +35,10 @@ int toInteger(ExitCode code) noexcept {
 void printFailure(const Failure& failure, bool colour) {
     std::cerr << (colour ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ") << failure.what()
               << '\n';
-    if (!failure.meaning.empty()) {
+    if (!failure.meaning.empty())
         std::cerr << "  meaning:    " << failure.meaning << '\n';
-    }
-    if (!failure.remedy.empty()) {
+    if (!failure.remedy.empty())
         std::cerr << "  what to do: " << failure.remedy << '\n';
-    }
 }
 
 int runParsed(const std::vector<std::string>& arguments, Context& context) {
@@ -72,13 +70,11 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
         return app.exit(error) == 0 ? 0
                                     : toInteger(ExitCode::WrongUsage); // --help and --version end here, too
     }
-    if (context.library.empty()) {
+    if (context.library.empty())
         context.library = defaultLibraryPath();
-    }
     const int result = toInteger(chosen(context));
-    if (!std::cout.flush()) {
+    if (!std::cout.flush())
         throw Failure("standard output cannot be written", "", "Is the disk full, or has the reader gone?");
-    }
     return result;
 }
 

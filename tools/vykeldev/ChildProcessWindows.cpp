@@ -159,10 +159,9 @@ std::string crashText(std::uint32_t code) {
         {0xC0000374, "heap corruption"},     {0xE06D7363, "uncaught C++ exception"}};
     char text[32];
     std::snprintf(text, sizeof text, "exception 0x%08X", static_cast<unsigned>(code));
-    for (const Name& known : names) {
+    for (const Name& known : names)
         if (known.code == code)
             return std::string(text) + " (" + known.name + ")";
-    }
     return text;
 }
 

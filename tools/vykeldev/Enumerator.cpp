@@ -34,9 +34,8 @@ Enumerator::Enumerator(const std::string& path) : path_(absolutePath(path)) {
     getAllKelDevices_ = resolve<decltype(vykeldevenum_getAllKelDevices)>("vykeldevenum_getAllKelDevices");
     finalize_ = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
     const std::int32_t code = initialize();
-    if (code < 0) {
+    if (code < 0)
         throw statusFailure("initialising the library", code);
-    }
 }
 
 Enumerator::~Enumerator() {
@@ -46,18 +45,16 @@ Enumerator::~Enumerator() {
 DeviceListHandle Enumerator::makeList() const {
     vykel::IDeviceList* list = nullptr;
     const std::int32_t code = getAllKelDevices_(0, &list);
-    if (code < 0) {
+    if (code < 0)
         throw statusFailure("making a device list", code);
-    }
     return DeviceListHandle(list);
 }
 
 void refresh(vykel::IDeviceList& list) {
     vykel::StatusBlock status = vykel::makeStatusBlock();
     list.refresh(&status);
-    if (status.code < 0) {
+    if (status.code < 0)
         throw statusFailure("refreshing the devices", status);
-    }
 }
 
 } // namespace vykeldev

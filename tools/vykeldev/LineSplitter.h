@@ -17,12 +17,11 @@ public:
         : onLine(std::move(lineHandler)) {}
 
     void add(const char* bytes, std::size_t count) {
-        for (const char* const end = bytes + count; bytes != end; ++bytes) {
+        for (const char* const end = bytes + count; bytes != end; ++bytes)
             if (*bytes == '\n')
                 finish();
             else if (line.size() < longestLine)
                 line += *bytes;
-        }
     }
 
     /// Hands out a last line that has no end.

@@ -30,12 +30,10 @@ struct DeviceInfo {
 
 DeviceInfo ask(vykel::IDevice& device, std::uint32_t index, std::uint32_t format) {
     DeviceInfo info{index, device.getNumber(), std::nullopt, device.getVersion(), device.getSortKey(), {}};
-    if (const char* const alias = device.getAlias()) {
+    if (const char* const alias = device.getAlias())
         info.alias = alias;
-    }
-    if (const char* const token = device.getPersistentToken(format)) { // null breaks the contract
+    if (const char* const token = device.getPersistentToken(format)) // null breaks the contract
         info.token = token;
-    }
     return info;
 }
 
@@ -45,11 +43,10 @@ std::vector<DeviceInfo> askAll(vykel::IDeviceList& list, const ListOptions& opti
     for (std::uint32_t index = 0; index < count; ++index) {
         vykel::StatusBlock status = vykel::makeStatusBlock();
         vykel::IDevice* const device = list.getDevice(index, options.minimumVersion, &status);
-        if (device != nullptr) {
+        if (device != nullptr)
             devices.push_back(ask(*device, index, options.format));
-        } else if (status.code != vykel::toInteger(vykel::StatusCode::VersionMismatch)) {
+        else if (status.code != vykel::toInteger(vykel::StatusCode::VersionMismatch))
             throw statusFailure("getting device " + std::to_string(index), status);
-        }
     }
     return devices;
 }
@@ -89,14 +86,12 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
     const DeviceListHandle list = enumerator.makeList();
     refresh(*list);
     const std::vector<DeviceInfo> devices = askAll(*list, options);
-    if (options.json) {
+    if (options.json)
         printJson(devices, options.format);
-    } else if (!devices.empty()) {
+    else if (!devices.empty())
         printTable(devices, context.colour);
-    }
-    if (!devices.empty()) {
+    if (!devices.empty())
         return ExitCode::Success;
-    }
     std::cerr << "vykeldev: no devices; 'vykeldev plugins' shows which plug-ins are registered\n";
     return ExitCode::NothingListed;
 }

@@ -31,14 +31,12 @@ void printJson(const std::vector<Registration>& registrations) {
 
 ExitCode showPlugins(const Context& context, bool json) {
     const std::vector<Registration> registrations = readRegistrations();
-    if (json) {
+    if (json)
         printJson(registrations);
-    } else if (!registrations.empty()) {
+    else if (!registrations.empty())
         printTable(registrations, context.colour);
-    }
-    if (!registrations.empty()) {
+    if (!registrations.empty())
         return ExitCode::Success;
-    }
     std::cerr << "vykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n";
     return ExitCode::NothingListed;
 }

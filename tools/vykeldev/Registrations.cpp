@@ -44,17 +44,14 @@ std::vector<Registration> readRegistrations() {
     std::vector<Registration> registrations;
     try {
         const std::uint32_t count = vykel::countPlugins();
-        for (std::uint32_t index = 0; index < count; ++index) {
+        for (std::uint32_t index = 0; index < count; ++index)
             registrations.push_back(readRegistration(index));
-        }
     } catch (const vyerr::Exception& exception) {
         const LibraryError error = makeLibraryError(exception);
-        if (!error.system) {
+        if (!error.system)
             throw statusFailure("reading the registry key of the plug-ins", error.code);
-        }
-        if (*error.system != ERROR_FILE_NOT_FOUND) {
+        if (*error.system != ERROR_FILE_NOT_FOUND)
             throw registryFailure("reading the registry key of the plug-ins", *error.system);
-        }
     }
     return registrations;
 }
@@ -71,9 +68,8 @@ void writeRegistration(const std::string& name, const std::string& path) {
         error = RegSetValueExW(key.handle, toWide(vykel::pluginPathValue).c_str(), 0, REG_SZ,
                                reinterpret_cast<const BYTE*>(text.c_str()), bytes);
     }
-    if (error != ERROR_SUCCESS) {
+    if (error != ERROR_SUCCESS)
         throw registryFailure("registering '" + printable(name) + "'", static_cast<DWORD>(error));
-    }
 }
 
 void removeRegistration(const std::string& name) {
@@ -81,26 +77,22 @@ void removeRegistration(const std::string& name) {
     LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, toWide(vykel::pluginsKey).c_str(), 0,
                                   KEY_READ | KEY_WRITE | DELETE, &plugins.handle);
     plugins.opened = error == ERROR_SUCCESS;
-    if (plugins.opened) {
+    if (plugins.opened)
         error = RegDeleteTreeW(plugins.handle, toWide(name).c_str());
-    }
     if (error == ERROR_FILE_NOT_FOUND) {
         throw Failure("no plug-in is registered as '" + printable(name) + "'", "",
                       "'vykeldev plugins' shows the names.");
     }
-    if (error != ERROR_SUCCESS) {
+    if (error != ERROR_SUCCESS)
         throw registryFailure("unregistering '" + printable(name) + "'", static_cast<DWORD>(error));
-    }
 }
 
 std::string pathProblem(const std::string& path) {
-    if (!isAbsolutePath(path)) {
+    if (!isAbsolutePath(path))
         return "the path is not absolute"; // which file it means depends on the client
-    }
     const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) {
+    if (attributes == INVALID_FILE_ATTRIBUTES)
         return "there is no such file";
-    }
     return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? "this is a folder" : "";
 }
 

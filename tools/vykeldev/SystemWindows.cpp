@@ -30,9 +30,8 @@ std::vector<std::string> commandLineArguments(int, const char* const*) {
     int count = 0;
     const std::unique_ptr<LPWSTR, FreeLocal> arguments(CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> result;
-    for (int i = 1; arguments && i < count; ++i) {
+    for (int i = 1; arguments && i < count; ++i)
         result.push_back(toUtf8(arguments.get()[i]));
-    }
     return result;
 }
 
@@ -56,9 +55,8 @@ Console::Console() noexcept
 
 Console::~Console() {
     std::cout.flush();
-    if (savedCodePage_ != 0) {
+    if (savedCodePage_ != 0)
         SetConsoleOutputCP(savedCodePage_);
-    }
 }
 
 } // namespace vykeldev

@@ -8,9 +8,8 @@
 namespace vykeldev {
 
 Table::Table(std::vector<Column> columns) : columns_(std::move(columns)) {
-    for (const Column& column : columns_) {
+    for (const Column& column : columns_)
         widths_.push_back(displayWidth(column.heading));
-    }
 }
 
 void Table::addRow(const std::vector<std::string>& cells) {
@@ -24,15 +23,13 @@ void Table::addRow(const std::vector<std::string>& cells) {
 
 void Table::print(std::ostream& out, bool colour) const {
     Row headings;
-    for (const Column& column : columns_) {
+    for (const Column& column : columns_)
         headings.push_back(column.heading);
-    }
     out << (colour ? "\x1b[1m" : "");
     printRow(out, headings);
     out << (colour ? "\x1b[0m" : "");
-    for (const Row& row : rows_) {
+    for (const Row& row : rows_)
         printRow(out, row);
-    }
 }
 
 void Table::printRow(std::ostream& out, const Row& row) const {

@@ -45,9 +45,8 @@ bool isHighSurrogate(WCHAR unit) noexcept {
 } // namespace
 
 WideString toWide(std::string_view utf8) {
-    if (utf8.empty()) {
+    if (utf8.empty())
         return {};
-    }
     const int size = static_cast<int>(utf8.size());
     const int length = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
     WideString wideText(static_cast<std::size_t>(length), 0);
@@ -56,9 +55,8 @@ WideString toWide(std::string_view utf8) {
 }
 
 std::string toUtf8(const WideString& wideText) {
-    if (wideText.empty()) {
+    if (wideText.empty())
         return {};
-    }
     const int size = static_cast<int>(wideText.size());
     const int length = WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, nullptr, 0, nullptr, nullptr);
     std::string utf8(static_cast<std::size_t>(length), '\0');

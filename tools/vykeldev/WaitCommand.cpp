@@ -25,9 +25,8 @@ ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
     const DeviceListHandle list = enumerator.makeList();
     const Clock::time_point start = Clock::now();
     for (;;) {
-        if (list->isStale()) {
+        if (list->isStale())
             refresh(*list);
-        }
         const std::uint32_t count = list->getCount();
         if (count >= options.count) {
             std::cout << count << (count == 1 ? " device\n" : " devices\n");

@@ -36,36 +36,32 @@ bool findEntry(const char* folder, char* name) noexcept {
 } // namespace
 
 HostPath::HostPath(const char* path) noexcept {
-    if (path != nullptr) {
+    if (path != nullptr)
         map(path);
-    }
 }
 
 HostPath::HostPath(const WCHAR* path) noexcept {
     char narrow[PATH_MAX];
     const std::u16string_view wide = path != nullptr ? path : u"";
     const std::size_t length = utf8FromUtf16(wide, narrow, sizeof narrow).units;
-    if (length < sizeof narrow) {
+    if (length < sizeof narrow)
         map({narrow, length});
-    }
 }
 
 HostPath HostPath::folder() const noexcept {
     HostPath parent(*this);
     char* const separator = std::strrchr(parent.text_, '/');
-    if (separator == nullptr) {
+    if (separator == nullptr)
         std::strcpy(parent.text_, ".");
-    } else {
+    else
         separator[separator == parent.text_ ? 1 : 0] = '\0';
-    }
     return parent;
 }
 
 void HostPath::map(std::string_view path) noexcept {
     const std::string_view root = isDrivePath(path) ? hostRoot() : "";
-    if (root.size() + path.size() + 4 > sizeof text_ || (isDrivePath(path) && root.empty())) {
+    if (root.size() + path.size() + 4 > sizeof text_ || (isDrivePath(path) && root.empty()))
         return;
-    }
     if (!isDrivePath(path)) {
         text_[path.copy(text_, path.size())] = '\0';
         return;
@@ -76,14 +72,12 @@ void HostPath::map(std::string_view path) noexcept {
     *end++ = '/';
     for (const char unit : path.substr(2)) {
         const char mapped = unit == '\\' ? '/' : unit;
-        if (mapped != '/' || end[-1] != '/') {
+        if (mapped != '/' || end[-1] != '/')
             *end++ = mapped;
-        }
     }
     *end = '\0';
-    if (::access(text_, F_OK) != 0) {
+    if (::access(text_, F_OK) != 0)
         matchCase(root.size() + 3);
-    }
 }
 
 /// Corrects the case of each component from `begin` on, as far as they exist.
@@ -99,9 +93,8 @@ void HostPath::matchCase(std::size_t begin) noexcept {
             name[-1] = '/';
         }
         *end = separator;
-        if (!found) {
+        if (!found)
             return;
-        }
         name = separator == '\0' ? end : end + 1;
     }
 }
@@ -109,9 +102,8 @@ void HostPath::matchCase(std::size_t begin) noexcept {
 std::string_view hostRoot() noexcept {
     const char* const value = std::getenv("WINHOST_ROOT");
     std::string_view root = value != nullptr ? value : "";
-    while (root.size() > 1 && root.back() == '/') {
+    while (root.size() > 1 && root.back() == '/')
         root.remove_suffix(1);
-    }
     return root;
 }
 

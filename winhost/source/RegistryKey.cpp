@@ -29,9 +29,8 @@ const RegistryKey* RegistryKey::find(std::u16string_view path) const {
     for (std::u16string_view name = takeName(path); !name.empty(); name = takeName(path)) {
         const std::u16string folded = upperCase(name);
         const auto found = key->position(folded);
-        if (found == key->subkeys_.end() || found->folded_ != folded) {
+        if (found == key->subkeys_.end() || found->folded_ != folded)
             return nullptr;
-        }
         key = &*found;
     }
     return key;
@@ -54,9 +53,8 @@ bool RegistryKey::remove(std::u16string_view path) {
     RegistryKey* key = this;
     for (std::u16string_view name = takeName(path); !name.empty(); name = takeName(path)) {
         const RegistryKey* const found = key->find(name);
-        if (found == nullptr) {
+        if (found == nullptr)
             return false;
-        }
         parent = key;
         key = &key->subkeys_[static_cast<std::size_t>(found - key->subkeys_.data())];
     }
@@ -79,18 +77,16 @@ const RegistryValue* RegistryKey::findValue(std::u16string_view name) const {
 
 void RegistryKey::setValue(RegistryValue value) {
     const RegistryValue* const found = findValue(value.name);
-    if (found == nullptr) {
+    if (found == nullptr)
         values_.push_back(std::move(value));
-    } else {
+    else
         values_[static_cast<std::size_t>(found - values_.data())] = std::move(value);
-    }
 }
 
 bool RegistryKey::removeValue(std::u16string_view name) {
     const RegistryValue* const found = findValue(name);
-    if (found != nullptr) {
+    if (found != nullptr)
         values_.erase(values_.begin() + (found - values_.data()));
-    }
     return found != nullptr;
 }
 

@@ -68,9 +68,8 @@ bool deleteFile(const HostPath& path) noexcept {
         return false;
     }
     const bool done = ::unlink(path.c_str()) == 0;
-    if (!done) {
+    if (!done)
         setErrorFromErrno(path);
-    }
     return done;
 }
 

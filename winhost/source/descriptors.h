@@ -12,9 +12,8 @@ class Descriptor {
 public:
     explicit Descriptor(int number) noexcept : number_(number) {}
     ~Descriptor() {
-        if (number_ >= 0) {
+        if (number_ >= 0)
             ::close(number_);
-        }
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;

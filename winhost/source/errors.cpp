@@ -70,9 +70,8 @@ void SetLastError(DWORD error) {
 }
 
 DWORD FormatMessageA(DWORD flags, LPCVOID, DWORD error, DWORD, LPSTR buffer, DWORD, void*) {
-    if (winhost::fails(Call::FormatMessageA)) {
+    if (winhost::fails(Call::FormatMessageA))
         return 0;
-    }
     constexpr DWORD known =
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     if (flags != known || buffer == nullptr) {
@@ -80,9 +79,8 @@ DWORD FormatMessageA(DWORD flags, LPCVOID, DWORD error, DWORD, LPSTR buffer, DWO
         return 0;
     }
     for (const ErrorText& entry : errorTexts) {
-        if (entry.error != error) {
+        if (entry.error != error)
             continue;
-        }
         const std::size_t length = std::strlen(entry.text);
         char* const message = static_cast<char*>(std::malloc(length + 3));
         if (message == nullptr) {

@@ -21,9 +21,8 @@ inline DWORD faultOf(Call call) noexcept {
 /// The same, for calls that report through the last error.
 inline bool fails(Call call) noexcept {
     const DWORD error = faultOf(call);
-    if (error != 0) {
+    if (error != 0)
         SetLastError(error);
-    }
     return error != 0;
 }
 

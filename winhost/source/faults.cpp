@@ -40,25 +40,22 @@ Fault parseFault(const std::string& text) {
     char name[64] = "", effect[16] = "";
     unsigned long nth = 0;
     unsigned error = 0;
-    if (std::sscanf(text.c_str(), "%63[^:]:%lu:%15[^:]:%u", name, &nth, effect, &error) < 3) {
+    if (std::sscanf(text.c_str(), "%63[^:]:%lu:%15[^:]:%u", name, &nth, effect, &error) < 3)
         rejectEnvironment(text);
-    }
     const auto* const call =
         std::find_if(std::begin(callTraits), std::end(callTraits),
                      [&](const CallTraits& traits) { return name == std::string(traits.name); });
     const std::string effects[] = {"fail", "onward", "kill"};
     const auto* const found = std::find(std::begin(effects), std::end(effects), effect);
-    if (call == std::end(callTraits) || found == std::end(effects)) {
+    if (call == std::end(callTraits) || found == std::end(effects))
         rejectEnvironment(text);
-    }
     return {static_cast<Call>(call - callTraits), nth, static_cast<Effect>(found - effects), error};
 }
 
 struct EnvironmentFault {
     EnvironmentFault() {
-        if (const char* text = std::getenv("WINHOST_FAULT")) {
+        if (const char* text = std::getenv("WINHOST_FAULT"))
             fault.emplace(parseFault(text));
-        }
     }
     std::optional<ScopedFault> fault;
 };
@@ -76,9 +73,8 @@ ScopedFault::ScopedFault(const Fault& fault) noexcept : fault_(fault) {
 ScopedFault::~ScopedFault() {
     const std::lock_guard<std::mutex> guard(faultsMutex);
     ScopedFault** link = &newestFault;
-    while (*link != this) {
+    while (*link != this)
         link = &(*link)->next_;
-    }
     *link = next_;
     armedFaults.fetch_sub(1, std::memory_order_release);
 }
@@ -98,21 +94,17 @@ DWORD armedFault(Call call) noexcept {
     DWORD error = 0;
     for (ScopedFault* armed = newestFault; armed != nullptr; armed = armed->next_) {
         const Fault& fault = armed->fault_;
-        if (fault.call != call && fault.call != Call::Any) {
+        if (fault.call != call && fault.call != Call::Any)
             continue;
-        }
         const std::size_t count = ++armed->calls_;
         const bool onward = fault.effect == Effect::FailOnward && fault.nth != 0 && count > fault.nth;
-        if (count != fault.nth && !onward) {
+        if (count != fault.nth && !onward)
             continue;
-        }
-        if (fault.effect == Effect::Kill) {
+        if (fault.effect == Effect::Kill)
             ::kill(::getpid(), SIGKILL);
-        }
         ++armed->struck_;
-        if (error == 0) {
+        if (error == 0)
             error = fault.error != 0 ? fault.error : callTraits[static_cast<std::size_t>(call)].naturalError;
-        }
     }
     return error;
 }

@@ -15,9 +15,8 @@ bool lockWholeFile(HANDLE file, int operation) noexcept {
     do {
         result = ::flock(winhost::descriptorOf(file), operation);
     } while (result != 0 && errno == EINTR);
-    if (result != 0) {
+    if (result != 0)
         winhost::setErrorFromErrno();
-    }
     return result == 0;
 }
 
@@ -45,15 +44,13 @@ BOOL UnlockFileEx(HANDLE file, DWORD, DWORD, DWORD, LPOVERLAPPED) {
 }
 
 BOOL GetOverlappedResult(HANDLE file, LPOVERLAPPED overlapped, LPDWORD transferred, BOOL wait) {
-    if (winhost::fails(Call::GetOverlappedResult)) {
+    if (winhost::fails(Call::GetOverlappedResult))
         return FALSE;
-    }
     if (overlapped->Internal == STATUS_PENDING) {
         if (!lockWholeFile(file,
                            static_cast<int>(overlapped->InternalHigh) | (wait != FALSE ? 0 : LOCK_NB))) {
-            if (GetLastError() == ERROR_LOCK_VIOLATION) {
+            if (GetLastError() == ERROR_LOCK_VIOLATION)
                 SetLastError(ERROR_IO_INCOMPLETE);
-            }
             return FALSE;
         }
         overlapped->Internal = 0;

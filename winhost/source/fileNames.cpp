@@ -25,23 +25,20 @@ BOOL moveFile(const HostPath& from, const HostPath& to, DWORD flags) noexcept {
         SetLastError(ERROR_ACCESS_DENIED);
         return FALSE;
     }
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), replace ? 0 : RENAME_NOREPLACE) == 0) {
+    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), replace ? 0 : RENAME_NOREPLACE) == 0)
         return TRUE;
-    }
     const bool sourceExists = ::access(from.c_str(), F_OK) == 0;
     errno = sourceExists ? errno : ENOENT;
     winhost::setErrorFromErrno(sourceExists ? to : from);
-    if (GetLastError() == ERROR_FILE_EXISTS) {
+    if (GetLastError() == ERROR_FILE_EXISTS)
         SetLastError(ERROR_ALREADY_EXISTS);
-    }
     return FALSE;
 }
 
 bool findStatus(const HostPath& path, struct stat& status) noexcept {
     const bool found = ::stat(path.c_str(), &status) == 0;
-    if (!found) {
+    if (!found)
         winhost::setErrorFromErrno(path);
-    }
     return found;
 }
 
@@ -52,28 +49,24 @@ std::u16string normalized(std::u16string prefix, std::u16string_view path, std::
         const std::size_t length = std::min(path.find_first_of(separators), path.size());
         const std::u16string_view part = path.substr(0, length);
         path.remove_prefix(std::min(length + 1, path.size()));
-        if (part == u"..") {
+        if (part == u"..")
             parts.resize(parts.empty() ? 0 : parts.size() - 1);
-        } else if (!part.empty() && part != u".") {
+        else if (!part.empty() && part != u".")
             parts.push_back(part);
-        }
     }
     const std::size_t root = prefix.size();
-    for (const std::u16string_view part : parts) {
+    for (const std::u16string_view part : parts)
         prefix.append(prefix.size() > root ? 1 : 0, separators[0]).append(part);
-    }
     return prefix;
 }
 
 std::u16string fullPath(std::u16string_view path) {
-    if (path.size() > 1 && path[1] == u':') {
+    if (path.size() > 1 && path[1] == u':')
         return normalized(std::u16string(path.substr(0, 2)) + u'\\', path.substr(2), u"\\/");
-    }
     std::u16string absolute(path);
     char folder[PATH_MAX];
-    if (path.front() != u'/' && ::getcwd(folder, sizeof folder) != nullptr) {
+    if (path.front() != u'/' && ::getcwd(folder, sizeof folder) != nullptr)
         absolute = winhost::toUtf16(folder) + u'/' + absolute;
-    }
     return normalized(u"/", absolute, u"/");
 }
 
@@ -81,9 +74,8 @@ std::u16string fullPath(std::u16string_view path) {
 struct Find {};
 
 void give(std::string_view part, char* out, std::size_t size) noexcept {
-    if (out != nullptr) {
+    if (out != nullptr)
         out[part.copy(out, size - 1)] = '\0';
-    }
 }
 
 } // namespace
@@ -110,17 +102,15 @@ DWORD GetFileAttributesW(LPCWSTR path) {
 
 BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS, LPVOID data) {
     struct stat status = {};
-    if (winhost::fails(Call::GetFileAttributesExW) || !findStatus(HostPath(path), status)) {
+    if (winhost::fails(Call::GetFileAttributesExW) || !findStatus(HostPath(path), status))
         return FALSE;
-    }
     winhost::describe(status, *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data));
     return TRUE;
 }
 
 DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* name) {
-    if (winhost::fails(Call::GetFullPathNameW)) {
+    if (winhost::fails(Call::GetFullPathNameW))
         return 0;
-    }
     if (path == nullptr || *path == u'\0') {
         SetLastError(ERROR_INVALID_NAME);
         return 0;
@@ -128,9 +118,8 @@ DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* name) {
     return winhost::guardMemory(DWORD{0}, [&] {
         const std::u16string full = fullPath(path);
         const DWORD length = static_cast<DWORD>(full.size());
-        if (length >= size) {
+        if (length >= size)
             return length + 1;
-        }
         buffer[full.copy(buffer, length)] = u'\0';
         if (name != nullptr) {
             const std::size_t at = full.find_last_of(u"\\/") + 1;
@@ -142,9 +131,8 @@ DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* name) {
 
 HANDLE FindFirstFileA(LPCSTR path, LPWIN32_FIND_DATAA data) {
     struct stat status = {};
-    if (winhost::fails(Call::FindFirstFileA) || !findStatus(HostPath(path), status)) {
+    if (winhost::fails(Call::FindFirstFileA) || !findStatus(HostPath(path), status))
         return INVALID_HANDLE_VALUE;
-    }
     const std::string_view text(path);
     const std::string_view name = text.substr(text.find_last_of("\\/") + 1);
     if (name.empty()) { // a folder is found by its name, not by its separator

@@ -13,9 +13,8 @@ namespace {
 
 /// The answer of a call that has set errno when `done` is false.
 BOOL answer(bool done) noexcept {
-    if (!done) {
+    if (!done)
         winhost::setErrorFromErrno();
-    }
     return done ? TRUE : FALSE;
 }
 
@@ -29,9 +28,8 @@ HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, DWOR
     request.denySharing = share == 0;
     const bool existed = ::access(path.c_str(), F_OK) == 0;
     const int descriptor = winhost::openFile(path, request);
-    if (descriptor < 0) {
+    if (descriptor < 0)
         return INVALID_HANDLE_VALUE;
-    }
     const bool mayExist = disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
     SetLastError(existed && mayExist ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     winhost::countResources(+1);
@@ -41,9 +39,8 @@ HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, DWOR
 bool writeAll(int descriptor, const void* buffer, DWORD size, DWORD& done) noexcept {
     for (done = 0; done < size;) {
         const ssize_t count = ::write(descriptor, static_cast<const char*>(buffer) + done, size - done);
-        if (count < 0) {
+        if (count < 0)
             return false;
-        }
         done += static_cast<DWORD>(count);
     }
     return true;
@@ -89,21 +86,18 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD done, LPOVERLAPP
 }
 
 BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD method) {
-    if (winhost::fails(Call::SetFilePointerEx)) {
+    if (winhost::fails(Call::SetFilePointerEx))
         return FALSE;
-    }
     static_assert(FILE_BEGIN == SEEK_SET && FILE_CURRENT == SEEK_CUR && FILE_END == SEEK_END, "same numbers");
     const off_t at = ::lseek(descriptorOf(file), distance.QuadPart, static_cast<int>(method));
-    if (position != nullptr) {
+    if (position != nullptr)
         position->QuadPart = at;
-    }
     return answer(at >= 0);
 }
 
 BOOL SetEndOfFile(HANDLE file) {
-    if (winhost::fails(Call::SetEndOfFile)) {
+    if (winhost::fails(Call::SetEndOfFile))
         return FALSE;
-    }
     const int descriptor = descriptorOf(file);
     const off_t at = ::lseek(descriptor, 0, SEEK_CUR);
     return answer(at >= 0 && ::ftruncate(descriptor, at) == 0);
@@ -111,9 +105,8 @@ BOOL SetEndOfFile(HANDLE file) {
 
 BOOL GetFileSizeEx(HANDLE file, PLARGE_INTEGER size) {
     struct stat status = {};
-    if (winhost::fails(Call::GetFileSizeEx) || !answer(::fstat(descriptorOf(file), &status) == 0)) {
+    if (winhost::fails(Call::GetFileSizeEx) || !answer(::fstat(descriptorOf(file), &status) == 0))
         return FALSE;
-    }
     size->QuadPart = status.st_size;
     return TRUE;
 }

@@ -19,32 +19,26 @@ std::u16string redirectedFolder() {
             ? nullptr
             : registry->find(u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion"
                              u"\\Explorer\\User Shell Folders");
-    if (folders == nullptr) {
+    if (folders == nullptr)
         return {};
-    }
     const winhost::RegistryValue* const value = folders->findValue(u"Common AppData");
-    if (value == nullptr) {
+    if (value == nullptr)
         return {};
-    }
     std::u16string text(value->bytes.size() / sizeof(WCHAR), u'\0');
-    if (!text.empty()) {
+    if (!text.empty())
         std::memcpy(text.data(), value->bytes.data(), text.size() * sizeof(WCHAR));
-    }
     return text.substr(0, text.find(u'\0'));
 }
 
 HRESULT findCommonAppData(LPWSTR path) {
     std::u16string folder = redirectedFolder();
-    if (folder.empty() || folder == u"%ProgramData%") {
+    if (folder.empty() || folder == u"%ProgramData%")
         folder = u"C:\\ProgramData";
-    }
-    if (folder.size() >= MAX_PATH) {
+    if (folder.size() >= MAX_PATH)
         return E_FAIL;
-    }
     struct stat status = {};
-    if (::stat(winhost::HostPath(folder.c_str()).c_str(), &status) != 0 || !S_ISDIR(status.st_mode)) {
+    if (::stat(winhost::HostPath(folder.c_str()).c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
         return hresultOf(ERROR_FILE_NOT_FOUND);
-    }
     path[folder.copy(path, folder.size())] = u'\0';
     return S_OK;
 }
@@ -52,11 +46,9 @@ HRESULT findCommonAppData(LPWSTR path) {
 } // namespace
 
 extern "C" HRESULT SHGetFolderPathW(HWND, int folder, HANDLE, DWORD, LPWSTR path) {
-    if (const DWORD error = winhost::faultOf(winhost::Call::SHGetFolderPathW)) {
+    if (const DWORD error = winhost::faultOf(winhost::Call::SHGetFolderPathW))
         return hresultOf(error);
-    }
-    if (folder != CSIDL_COMMON_APPDATA || path == nullptr) {
+    if (folder != CSIDL_COMMON_APPDATA || path == nullptr)
         return E_INVALIDARG;
-    }
     return winhost::guardMemory(hresultOf(ERROR_OUTOFMEMORY), [&] { return findCommonAppData(path); });
 }

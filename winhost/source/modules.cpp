@@ -13,11 +13,10 @@ using winhost::Call;
 namespace {
 
 HMODULE answer(void* module, DWORD errorWhenNull) noexcept {
-    if (module == nullptr) {
+    if (module == nullptr)
         SetLastError(errorWhenNull);
-    } else {
+    else
         winhost::countResources(+1);
-    }
     return static_cast<HMODULE>(module);
 }
 
@@ -41,9 +40,8 @@ bool findModulePath(HMODULE module, char (&path)[PATH_MAX]) noexcept {
 extern "C" {
 
 HMODULE LoadLibraryExW(LPCWSTR path, HANDLE, DWORD) {
-    if (winhost::fails(Call::LoadLibraryExW)) {
+    if (winhost::fails(Call::LoadLibraryExW))
         return nullptr;
-    }
     const winhost::HostPath file(path);
     if (::access(file.c_str(), F_OK) != 0) {
         SetLastError(ERROR_MOD_NOT_FOUND);
@@ -56,29 +54,25 @@ HMODULE LoadLibraryExW(LPCWSTR path, HANDLE, DWORD) {
 }
 
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
-    if (winhost::fails(Call::GetProcAddress)) {
+    if (winhost::fails(Call::GetProcAddress))
         return nullptr;
-    }
     void* const address = ::dlsym(module, name);
-    if (address == nullptr) {
+    if (address == nullptr)
         SetLastError(ERROR_PROC_NOT_FOUND);
-    }
     return reinterpret_cast<FARPROC>(address);
 }
 
 BOOL FreeLibrary(HMODULE module) {
     const bool freed = module != nullptr && ::dlclose(module) == 0;
     winhost::countResources(freed ? -1 : 0);
-    if (!freed) {
+    if (!freed)
         SetLastError(ERROR_INVALID_HANDLE);
-    }
     return freed && !winhost::fails(Call::FreeLibrary) ? TRUE : FALSE;
 }
 
 BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
-    if (winhost::fails(Call::GetModuleHandleExW)) {
+    if (winhost::fails(Call::GetModuleHandleExW))
         return FALSE;
-    }
     Dl_info info = {};
     void* map = nullptr;
     if ((flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) == 0 ||
@@ -97,14 +91,12 @@ BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
 
 DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
     char path[PATH_MAX];
-    if (winhost::fails(Call::GetModuleFileNameW) || !findModulePath(module, path)) {
+    if (winhost::fails(Call::GetModuleFileNameW) || !findModulePath(module, path))
         return 0;
-    }
     const std::size_t length = winhost::utf16FromUtf8(path, buffer, size).units;
     if (length >= size) {
-        if (size > 0) {
+        if (size > 0)
             buffer[size - 1] = u'\0';
-        }
         SetLastError(ERROR_INSUFFICIENT_BUFFER);
         return size;
     }

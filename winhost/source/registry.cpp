@@ -31,17 +31,14 @@ std::u16string pathOf(HKEY key, std::u16string_view subkey = {}) {
 /// What every reading call does: runs `use` on the key of a handle, as the registry is now.
 template <typename Use>
 LSTATUS readKey(Call call, HKEY key, Use use) noexcept {
-    if (const LSTATUS fault = faultStatus(call)) {
+    if (const LSTATUS fault = faultStatus(call))
         return fault;
-    }
-    if (key == nullptr) {
+    if (key == nullptr)
         return ERROR_INVALID_HANDLE;
-    }
     return winhost::guardMemory(LSTATUS{ERROR_NOT_ENOUGH_MEMORY}, [&]() -> LSTATUS {
         const winhost::RegistrySnapshot registry = winhost::registrySnapshot();
-        if (registry == nullptr) {
+        if (registry == nullptr)
             return ERROR_BADDB;
-        }
         const RegistryKey* const found = registry->find(pathOf(key));
         return found == nullptr ? ERROR_KEY_DELETED : use(*found);
     });
@@ -51,15 +48,12 @@ LSTATUS readKey(Call call, HKEY key, Use use) noexcept {
 /// result.
 template <typename Change>
 LSTATUS changeKey(Call call, HKEY key, REGSAM right, Change change) noexcept {
-    if (const LSTATUS fault = faultStatus(call)) {
+    if (const LSTATUS fault = faultStatus(call))
         return fault;
-    }
-    if (key == nullptr) {
+    if (key == nullptr)
         return ERROR_INVALID_HANDLE;
-    }
-    if (key != HKEY_LOCAL_MACHINE && (key->access & right) != right) {
+    if (key != HKEY_LOCAL_MACHINE && (key->access & right) != right)
         return ERROR_ACCESS_DENIED;
-    }
     return winhost::guardMemory(LSTATUS{ERROR_NOT_ENOUGH_MEMORY}, [&]() -> LSTATUS {
         const std::u16string path = pathOf(key);
         return winhost::changeRegistry([&](RegistryKey& root) -> LSTATUS {
@@ -75,9 +69,8 @@ void giveHandle(std::u16string path, REGSAM access, PHKEY result) {
 
 /// A name needs room for its terminator; the length given back does not count it.
 LSTATUS giveName(std::u16string_view name, LPWSTR buffer, LPDWORD length) noexcept {
-    if (*length <= name.size()) {
+    if (*length <= name.size())
         return ERROR_MORE_DATA;
-    }
     buffer[name.copy(buffer, name.size())] = u'\0';
     *length = static_cast<DWORD>(name.size());
     return ERROR_SUCCESS;
@@ -85,36 +78,30 @@ LSTATUS giveName(std::u16string_view name, LPWSTR buffer, LPDWORD length) noexce
 
 /// Null data asks for the size; too little room gives the size needed and nothing else.
 LSTATUS giveData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size) noexcept {
-    if (type != nullptr) {
+    if (type != nullptr)
         *type = value.type;
-    }
-    if (size == nullptr) {
+    if (size == nullptr)
         return data == nullptr ? ERROR_SUCCESS : ERROR_INVALID_PARAMETER;
-    }
     const std::size_t room = *size;
     *size = static_cast<DWORD>(value.bytes.size());
-    if (data != nullptr && room < value.bytes.size()) {
+    if (data != nullptr && room < value.bytes.size())
         return ERROR_MORE_DATA;
-    }
-    if (data != nullptr) {
+    if (data != nullptr)
         std::copy(value.bytes.begin(), value.bytes.end(), data);
-    }
     return ERROR_SUCCESS;
 }
 
 void giveCount(LPDWORD out, std::size_t count) noexcept {
-    if (out != nullptr) {
+    if (out != nullptr)
         *out = static_cast<DWORD>(count);
-    }
 }
 
 /// The largest measure of the elements, 0 for none.
 template <typename Elements, typename Measure>
 std::size_t largest(const Elements& elements, Measure measure) noexcept {
     std::size_t result = 0;
-    for (const auto& element : elements) {
+    for (const auto& element : elements)
         result = std::max(result, measure(element));
-    }
     return result;
 }
 
@@ -124,9 +111,8 @@ extern "C" {
 
 LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, REGSAM access, PHKEY result) {
     return readKey(Call::RegOpenKeyExW, key, [&](const RegistryKey& parent) -> LSTATUS {
-        if (parent.find(viewOf(subkey)) == nullptr) {
+        if (parent.find(viewOf(subkey)) == nullptr)
             return ERROR_FILE_NOT_FOUND;
-        }
         giveHandle(pathOf(key, viewOf(subkey)), access, result);
         return ERROR_SUCCESS;
     });
@@ -147,9 +133,8 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, LPDWORD classLength, LPDWOR
                   largest(found.values(), [](const RegistryValue& value) { return value.bytes.size(); }));
         giveCount(longestClass, 0);
         giveCount(security, 0);
-        if (lastWrite != nullptr) {
+        if (lastWrite != nullptr)
             *lastWrite = {};
-        }
         return className == nullptr ? LSTATUS{ERROR_SUCCESS} : giveName(u"", className, classLength);
     });
 }
@@ -157,15 +142,12 @@ LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, LPDWORD classLength, LPDWOR
 LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWORD, LPWSTR className,
                       LPDWORD classLength, LPFILETIME lastWrite) {
     return readKey(Call::RegEnumKeyExW, key, [&](const RegistryKey& found) -> LSTATUS {
-        if (index >= found.subkeys().size()) {
+        if (index >= found.subkeys().size())
             return ERROR_NO_MORE_ITEMS;
-        }
-        if (lastWrite != nullptr) {
+        if (lastWrite != nullptr)
             *lastWrite = {};
-        }
-        if (className != nullptr) {
+        if (className != nullptr)
             giveName(u"", className, classLength);
-        }
         return giveName(found.subkeys()[index].name(), name, nameLength);
     });
 }
@@ -178,9 +160,8 @@ LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD, LPDWORD type, LPBYTE d
 }
 
 LSTATUS RegCloseKey(HKEY key) {
-    if (key == nullptr) {
+    if (key == nullptr)
         return ERROR_INVALID_HANDLE;
-    }
     if (key != HKEY_LOCAL_MACHINE) {
         delete key;
         winhost::countResources(-1);
@@ -197,9 +178,8 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD, LPWSTR, DWORD, REGSAM a
             parent.create(viewOf(subkey));
             return ERROR_SUCCESS;
         });
-    if (status != ERROR_SUCCESS) {
+    if (status != ERROR_SUCCESS)
         return status;
-    }
     giveCount(disposition, found);
     return winhost::guardMemory(LSTATUS{ERROR_NOT_ENOUGH_MEMORY}, [&]() -> LSTATUS {
         giveHandle(pathOf(key, viewOf(subkey)), access, result);

@@ -22,18 +22,16 @@ std::string readAll(int descriptor) {
     std::string bytes;
     char block[65536];
     for (ssize_t count = ::read(descriptor, block, sizeof block); count > 0;
-         count = ::read(descriptor, block, sizeof block)) {
+         count = ::read(descriptor, block, sizeof block))
         bytes.append(block, static_cast<std::size_t>(count));
-    }
     return bytes;
 }
 
 /// The content of the file; no file is an empty registry. Null when it is no registry file.
 std::shared_ptr<RegistryKey> load(const Descriptor& file) {
     auto root = std::make_shared<RegistryKey>();
-    if (file.get() >= 0 && !parseRegistry(readAll(file.get()), *root)) {
+    if (file.get() >= 0 && !parseRegistry(readAll(file.get()), *root))
         return nullptr;
-    }
     root->create(u"HKEY_LOCAL_MACHINE");
     return root;
 }
@@ -66,9 +64,8 @@ bool writeFile(const std::string& path, const std::string& bytes) noexcept {
     std::size_t done = 0;
     while (file.get() >= 0 && done < bytes.size()) {
         const ssize_t count = ::write(file.get(), bytes.data() + done, bytes.size() - done);
-        if (count < 0) {
+        if (count < 0)
             return false;
-        }
         done += static_cast<std::size_t>(count);
     }
     return file.get() >= 0;
@@ -103,21 +100,17 @@ RegistrySnapshot registrySnapshot() {
 LSTATUS changeRegistry(const std::function<LSTATUS(RegistryKey& root)>& change) {
     const std::string path = registryFile();
     const Descriptor lock(::open((path + ".lck").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666));
-    if (lock.get() < 0 || ::flock(lock.get(), LOCK_EX) != 0) {
+    if (lock.get() < 0 || ::flock(lock.get(), LOCK_EX) != 0)
         return static_cast<LSTATUS>(windowsError(errno));
-    }
     const std::shared_ptr<RegistryKey> root = load(Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC)));
-    if (root == nullptr) {
+    if (root == nullptr)
         return ERROR_BADDB;
-    }
     const LSTATUS result = change(*root);
-    if (result != ERROR_SUCCESS) {
+    if (result != ERROR_SUCCESS)
         return result;
-    }
     const std::string next = path + ".new";
-    if (!writeFile(next, formatRegistry(*root)) || std::rename(next.c_str(), path.c_str()) != 0) {
+    if (!writeFile(next, formatRegistry(*root)) || std::rename(next.c_str(), path.c_str()) != 0)
         return static_cast<LSTATUS>(windowsError(errno));
-    }
     return ERROR_SUCCESS;
 }
 

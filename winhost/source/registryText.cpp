@@ -28,16 +28,14 @@ public:
     Parser(std::u16string_view text, RegistryKey& root) : text_(text), root_(root) {}
 
     bool parse() {
-        if (!take(formatLine)) {
+        if (!take(formatLine))
             return false;
-        }
         for (skipLine(); !text_.empty(); skipLine()) {
             skipAny(u" \t\r\n");
-            if (take(u"[")) {
+            if (take(u"["))
                 parseKey();
-            } else if (!text_.empty() && (text_.front() == u'"' || text_.front() == u'@')) {
+            else if (!text_.empty() && (text_.front() == u'"' || text_.front() == u'@'))
                 parseValue();
-            }
         }
         return true;
     }
@@ -59,41 +57,35 @@ private:
         const std::u16string_view line = text_.substr(0, text_.find_first_of(u"\r\n"));
         const std::size_t end = line.rfind(u']'); // a name may hold one, too
         key_ = nullptr;
-        if (end == std::u16string_view::npos) {
+        if (end == std::u16string_view::npos)
             return;
-        }
         const std::u16string_view path = line.substr(0, end);
-        if (path.substr(0, 1) == u"-") {
+        if (path.substr(0, 1) == u"-")
             root_.remove(path.substr(1));
-        } else {
+        else
             key_ = &root_.create(path);
-        }
     }
 
     void parseValue() {
         RegistryValue value;
-        if ((!take(u"@") && !takeQuoted(value.name)) || key_ == nullptr) {
+        if ((!take(u"@") && !takeQuoted(value.name)) || key_ == nullptr)
             return;
-        }
         skipAny(u" \t");
-        if (!take(u"=")) {
+        if (!take(u"="))
             return;
-        }
         skipAny(u" \t");
-        if (take(u"-")) {
+        if (take(u"-"))
             key_->removeValue(value.name);
-        } else if (takeData(value)) {
+        else if (takeData(value))
             key_->setValue(std::move(value));
-        }
     }
 
     bool takeData(RegistryValue& value) {
         std::u16string text;
         if (takeQuoted(text)) {
             value.type = REG_SZ;
-            for (const char16_t unit : text) {
+            for (const char16_t unit : text)
                 appendUnit(value.bytes, unit);
-            }
             appendUnit(value.bytes, u'\0');
             return true;
         }
@@ -106,18 +98,16 @@ private:
             return good;
         }
         value.type = REG_BINARY;
-        if (!take(u"hex") || (take(u"(") && !(takeNumber(value.type) && take(u")"))) || !take(u":")) {
+        if (!take(u"hex") || (take(u"(") && !(takeNumber(value.type) && take(u")"))) || !take(u":"))
             return false;
-        }
         takeBytes(value.bytes);
         return true;
     }
 
     /// A text between quotes; it may go over line ends.
     bool takeQuoted(std::u16string& text) {
-        if (!take(u"\"")) {
+        if (!take(u"\""))
             return false;
-        }
         while (!text_.empty() && !take(u"\"")) {
             take(u"\\");
             text.append(text_.substr(0, 1));
@@ -140,12 +130,10 @@ private:
         DWORD byte = 0;
         do {
             skipAny(u" \t,");
-            if (take(u"\\")) {
+            if (take(u"\\"))
                 skipAny(u" \t\r\n");
-            }
-            if (!takeNumber(byte)) {
+            if (!takeNumber(byte))
                 return;
-            }
             bytes.push_back(static_cast<BYTE>(byte));
         } while (true);
     }
@@ -156,9 +144,8 @@ private:
 };
 
 std::u16string decoded(std::string_view bytes) {
-    if (bytes.substr(0, 2) != "\xFF\xFE") {
+    if (bytes.substr(0, 2) != "\xFF\xFE")
         return toUtf16(bytes.substr(0, 3) == "\xEF\xBB\xBF" ? bytes.substr(3) : bytes);
-    }
     std::u16string text((bytes.size() - 2) / sizeof(char16_t), u'\0');
     std::memcpy(text.data(), bytes.data() + 2, text.size() * sizeof(char16_t));
     return text;
@@ -166,18 +153,16 @@ std::u16string decoded(std::string_view bytes) {
 
 std::u16string quoted(std::u16string_view text) {
     std::u16string result = u"\"";
-    for (const char16_t unit : text) {
+    for (const char16_t unit : text)
         result.append(unit == u'"' || unit == u'\\' ? 1 : 0, u'\\').append(1, unit);
-    }
     return result + u'"';
 }
 
 /// The text of a value that can stand between quotes: terminated, valid, without line ends and the like.
 bool isPlainText(const RegistryValue& value, std::u16string& text) {
     const std::size_t units = value.bytes.size() / sizeof(char16_t);
-    if (value.type != REG_SZ || units == 0 || value.bytes.size() % sizeof(char16_t) != 0) {
+    if (value.type != REG_SZ || units == 0 || value.bytes.size() % sizeof(char16_t) != 0)
         return false;
-    }
     text.resize(units);
     std::memcpy(text.data(), value.bytes.data(), value.bytes.size());
     const bool terminated = text.back() == u'\0';
@@ -192,11 +177,10 @@ std::u16string hexData(const RegistryValue& value) {
     std::u16string text = toUtf16(buffer);
     std::size_t column = 0;
     for (const BYTE byte : value.bytes) {
-        if (column == 25) {
+        if (column == 25)
             text += u",\\\r\n  ";
-        } else if (column > 0) {
+        else if (column > 0)
             text += u',';
-        }
         column = column == 25 ? 1 : column + 1;
         std::snprintf(buffer, sizeof buffer, "%02x", byte);
         text += toUtf16(buffer);
@@ -206,9 +190,8 @@ std::u16string hexData(const RegistryValue& value) {
 
 std::u16string formatData(const RegistryValue& value) {
     std::u16string text;
-    if (isPlainText(value, text)) {
+    if (isPlainText(value, text))
         return quoted(text);
-    }
     DWORD number = 0;
     if (value.type == REG_DWORD && value.bytes.size() == sizeof number) {
         char buffer[16];
@@ -221,12 +204,10 @@ std::u16string formatData(const RegistryValue& value) {
 
 void formatKey(const RegistryKey& key, const std::u16string& path, std::u16string& out) {
     out += u"\r\n[" + path + u"]\r\n";
-    for (const RegistryValue& value : key.values()) {
+    for (const RegistryValue& value : key.values())
         out += (value.name.empty() ? u"@" : quoted(value.name)) + u'=' + formatData(value) + u"\r\n";
-    }
-    for (const RegistryKey& subkey : key.subkeys()) {
+    for (const RegistryKey& subkey : key.subkeys())
         formatKey(subkey, path + u'\\' + subkey.name(), out);
-    }
 }
 
 } // namespace
@@ -238,12 +219,10 @@ bool parseRegistry(std::string_view bytes, RegistryKey& root) {
 
 std::string formatRegistry(const RegistryKey& root) {
     std::u16string text = std::u16string(formatLine) + u"\r\n";
-    for (const RegistryKey& key : root.subkeys()) {
+    for (const RegistryKey& key : root.subkeys())
         formatKey(key, key.name(), text);
-    }
-    if (std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; })) {
+    if (std::all_of(text.begin(), text.end(), [](char16_t unit) { return unit < 0x80; }))
         return {text.begin(), text.end()};
-    }
     std::string bytes("\xFF\xFE");
     for (const char16_t unit : text) {
         bytes += static_cast<char>(unit);

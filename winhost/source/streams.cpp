@@ -35,9 +35,8 @@ int errnoOf(DWORD error) noexcept {
 
 bool strikes(Call call) noexcept {
     const bool struck = winhost::fails(call);
-    if (struck) {
+    if (struck)
         errno = errnoOf(GetLastError());
-    }
     return struck;
 }
 
@@ -74,26 +73,22 @@ int __wrap_fclose(std::FILE* stream);
 int __wrap_remove(const char* path);
 
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
-    if (strikes(Call::fopen)) {
+    if (strikes(Call::fopen))
         return nullptr;
-    }
     const int descriptor = winhost::openFile(winhost::HostPath(path), requestOf(mode));
-    if (descriptor < 0) {
+    if (descriptor < 0)
         return nullptr;
-    }
     std::FILE* const stream = ::fdopen(descriptor, mode);
-    if (stream == nullptr) {
+    if (stream == nullptr)
         ::close(descriptor);
-    } else {
+    else
         winhost::countResources(+1);
-    }
     return stream;
 }
 
 std::size_t __wrap_fread(void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
-    if (!strikes(Call::fread, stream)) {
+    if (!strikes(Call::fread, stream))
         return std::fread(buffer, size, count, stream);
-    }
     const int error = errno;
     const std::size_t done = size == 0 ? 0 : std::fread(buffer, 1, size * count / 2, stream) / size;
     setErrorFlag(stream);
@@ -102,9 +97,8 @@ std::size_t __wrap_fread(void* buffer, std::size_t size, std::size_t count, std:
 }
 
 std::size_t __wrap_fwrite(const void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
-    if (!strikes(Call::fwrite, stream)) {
+    if (!strikes(Call::fwrite, stream))
         return std::fwrite(buffer, size, count, stream);
-    }
     const int error = errno;
     const std::size_t done = size == 0 ? 0 : std::fwrite(buffer, 1, size * count / 2, stream) / size;
     setErrorFlag(stream);
@@ -129,16 +123,14 @@ int __wrap_fclose(std::FILE* stream) {
     const int error = errno;
     const int result = std::fclose(stream);
     winhost::countResources(-1);
-    if (struck) {
+    if (struck)
         errno = error;
-    }
     return struck ? EOF : result;
 }
 
 int __wrap_remove(const char* path) {
-    if (strikes(Call::remove)) {
+    if (strikes(Call::remove))
         return -1;
-    }
     return winhost::deleteFile(winhost::HostPath(path)) ? 0 : -1;
 }
 

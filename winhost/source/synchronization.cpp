@@ -27,9 +27,8 @@ pthread_mutex_t* mutexOf(LPCRITICAL_SECTION section) noexcept {
 extern "C" {
 
 void InitializeCriticalSection(LPCRITICAL_SECTION section) {
-    if (const DWORD error = winhost::faultOf(Call::InitializeCriticalSection)) {
+    if (const DWORD error = winhost::faultOf(Call::InitializeCriticalSection))
         throw winhost::StructuredException{error};
-    }
     pthread_mutexattr_t attributes;
     ::pthread_mutexattr_init(&attributes);
     ::pthread_mutexattr_settype(&attributes, PTHREAD_MUTEX_RECURSIVE);
@@ -52,9 +51,8 @@ void DeleteCriticalSection(LPCRITICAL_SECTION section) {
 }
 
 HANDLE CreateEventA(LPSECURITY_ATTRIBUTES, BOOL, BOOL initialState, LPCSTR) {
-    if (winhost::fails(Call::CreateEventA)) {
+    if (winhost::fails(Call::CreateEventA))
         return nullptr;
-    }
     const int descriptor = ::eventfd(initialState != FALSE ? 1 : 0, EFD_CLOEXEC);
     if (descriptor < 0) {
         winhost::setErrorFromErrno();
@@ -78,8 +76,7 @@ ULONGLONG GetTickCount64() {
 }
 
 void OutputDebugStringA(LPCSTR text) {
-    if (std::getenv("WINHOST_DEBUG") != nullptr) {
+    if (std::getenv("WINHOST_DEBUG") != nullptr)
         std::fputs(text, stderr);
-    }
 }
 }

@@ -45,9 +45,8 @@ char32_t takeUtf16(std::u16string_view& text) noexcept {
     char32_t code = text[0];
     const bool pair =
         code >= 0xD800 && code < 0xDC00 && text.size() > 1 && text[1] >= 0xDC00 && text[1] < 0xE000;
-    if (pair) {
+    if (pair)
         code = 0x10000 + ((code - 0xD800) << 10U) + (text[1] - 0xDC00U);
-    }
     text.remove_prefix(pair ? 2 : 1);
     return isSurrogate(code) ? invalid : code;
 }
@@ -65,9 +64,8 @@ std::size_t encode(char32_t code, WCHAR (&out)[4]) noexcept {
 std::size_t encode(char32_t code, char (&out)[4]) noexcept {
     const std::size_t length = code < 0x80 ? 1 : code < 0x800 ? 2 : code < 0x10000 ? 3 : 4;
     constexpr char32_t marks[] = {0, 0, 0xC0, 0xE0, 0xF0};
-    for (std::size_t i = length; i-- > 1; code >>= 6U) {
+    for (std::size_t i = length; i-- > 1; code >>= 6U)
         out[i] = static_cast<char>(0x80U | (code & 0x3FU));
-    }
     out[0] = static_cast<char>(marks[length] | code);
     return length;
 }
@@ -80,11 +78,9 @@ Converted convert(Text text, char32_t (*take)(Text&) noexcept, Unit* out, std::s
         result.valid = result.valid && code != invalid;
         Unit units[4];
         const std::size_t count = encode(code == invalid ? replacement : code, units);
-        for (std::size_t i = 0; i < count; ++i, ++result.units) {
-            if (result.units < capacity) {
+        for (std::size_t i = 0; i < count; ++i, ++result.units)
+            if (result.units < capacity)
                 out[result.units] = units[i];
-            }
-        }
     }
     return result;
 }
@@ -148,9 +144,8 @@ std::basic_string_view<Unit> viewOf(const Unit* text, int length) noexcept {
 
 bool rejects(UINT codePage, const void* text, int length) noexcept {
     const bool wrong = codePage != CP_UTF8 || text == nullptr || length == 0;
-    if (wrong) {
+    if (wrong)
         SetLastError(ERROR_INVALID_PARAMETER);
-    }
     return wrong;
 }
 
@@ -160,18 +155,16 @@ bool rejects(UINT codePage, const void* text, int length) noexcept {
 extern "C" {
 
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, LPWSTR buffer, int size) {
-    if (winhost::fails(winhost::Call::MultiByteToWideChar) || winhost::rejects(codePage, text, length)) {
+    if (winhost::fails(winhost::Call::MultiByteToWideChar) || winhost::rejects(codePage, text, length))
         return 0;
-    }
     return winhost::convertInto(winhost::viewOf(text, length), winhost::utf16FromUtf8,
                                 (flags & MB_ERR_INVALID_CHARS) != 0, buffer, size);
 }
 
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LPSTR buffer, int size, LPCSTR,
                         LPBOOL) {
-    if (winhost::fails(winhost::Call::WideCharToMultiByte) || winhost::rejects(codePage, text, length)) {
+    if (winhost::fails(winhost::Call::WideCharToMultiByte) || winhost::rejects(codePage, text, length))
         return 0;
-    }
     return winhost::convertInto(winhost::viewOf(text, length), winhost::utf8FromUtf16,
                                 (flags & WC_ERR_INVALID_CHARS) != 0, buffer, size);
 }

@@ -116,10 +116,9 @@ private:
 
     /// What can be said of a record by itself.
     void judge(vyini::IniSection& section, LegacyEntry& entry) const {
-        for (const char* const key : {"Alias", "PersistentToken", "Local"}) {
+        for (const char* const key : {"Alias", "PersistentToken", "Local"})
             if (find(section, key) == nullptr)
                 return mark(entry, Flaw::Malformed, std::string(key) + " is missing or empty");
-        }
         const vyini::IniEntry& local = *find(section, "Local");
         if (vyini::compareIniNames(local.value, "False", 0) == 0) {
             mark(entry, Flaw::NotLocal);

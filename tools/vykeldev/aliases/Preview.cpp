@@ -80,10 +80,9 @@ private:
             if (!preview.fails ||
                 exception.status()->code != vykel::toInteger(vykel::StatusCode::ConfigurationFault))
                 throw;
-            for (EntryPreview& entry : entries) {
+            for (EntryPreview& entry : entries)
                 if (entry.outcome == Outcome::NoDevice)
                     entry.outcome = Outcome::Blocked;
-            }
         }
     }
 

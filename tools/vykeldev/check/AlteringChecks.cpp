@@ -23,10 +23,9 @@ struct Alteration {
 
 /// Finds a device again by its token.
 Device find(const List& list, const std::string& token) {
-    for (const Device& device : devicesOf(list)) {
+    for (const Device& device : devicesOf(list))
         if (quoted(device.getPersistentToken(1)) == token)
             return device;
-    }
     throw Skipped{"the device " + token + " has gone meanwhile"};
 }
 

@@ -28,10 +28,9 @@ void mustBeUtf8(const PluginText& text, const std::string& what) {
 /// All tokens, quoted, in an order that does not depend on that of the devices.
 std::vector<std::string> tokensOf(const List& list) {
     std::vector<std::string> tokens;
-    for (const Device& device : devicesOf(list)) {
+    for (const Device& device : devicesOf(list))
         for (const std::uint32_t format : formats)
             tokens.push_back(quoted(device.getPersistentToken(format)));
-    }
     std::sort(tokens.begin(), tokens.end());
     return tokens;
 }

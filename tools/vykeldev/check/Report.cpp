@@ -24,10 +24,9 @@ const char* colourOf(Outcome outcome) noexcept {
 
 /// The worst that was found.
 Outcome overall(const Results& results) {
-    for (const Outcome outcome : {Outcome::Failed, Outcome::Warning}) {
+    for (const Outcome outcome : {Outcome::Failed, Outcome::Warning})
         if (countOf(results, outcome) != 0)
             return outcome;
-    }
     return Outcome::Passed;
 }
 

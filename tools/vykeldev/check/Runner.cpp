@@ -28,10 +28,9 @@ std::string randomMark() {
 /// True when the rule is one of those, or one of them needs it.
 bool isWanted(const Rule& rule, const std::vector<std::string>& wanted) {
     for (const std::string& id : wanted) {
-        for (const Rule* other = findRule(id); other != nullptr; other = findRule(other->needs)) {
+        for (const Rule* other = findRule(id); other != nullptr; other = findRule(other->needs))
             if (other == &rule)
                 return true;
-        }
     }
     return wanted.empty();
 }
@@ -165,10 +164,9 @@ Results runRules(const RunOptions& options, const std::function<void(const Resul
         if (!isWatched(rule))
             onResult(result);
     }
-    for (const std::string_view id : watched) {
+    for (const std::string_view id : watched)
         if (const Result* const result = run.finish(*findRule(id)))
             onResult(*result);
-    }
     return run.take();
 }
 

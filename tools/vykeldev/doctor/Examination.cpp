@@ -45,18 +45,16 @@ std::string pathOddity(const std::string& path) {
 }
 
 std::optional<Verdict> lookAtImports(LibraryImage& image, const std::string& folder) {
-    for (const std::string& name : image.imports) {
+    for (const std::string& name : image.imports)
         if (!isImportFound(name, image, folder))
             image.missingImports.push_back(name);
-    }
     if (image.missingImports.empty())
         return std::nullopt;
     std::string detail = "not found: " + joined(image.missingImports);
     const std::string prefix = folder + '\\';
-    for (const std::string& name : image.missingImports) {
+    for (const std::string& name : image.missingImports)
         if (GetFileAttributesW(toWide(prefix + name).c_str()) != INVALID_FILE_ATTRIBUTES)
             detail += "; " + name + " lies beside the plug-in, where the system does not look";
-    }
     return Verdict{FindingId::DependencyMissing, Step::Dependency, detail};
 }
 

@@ -176,10 +176,9 @@ constexpr FindingKind kinds[] = {
 
 constexpr bool isInOrder() {
     std::size_t position = 0;
-    for (const FindingKind& kind : kinds) {
+    for (const FindingKind& kind : kinds)
         if (kind.id != static_cast<FindingId>(position++))
             return false;
-    }
     return position == static_cast<std::size_t>(FindingId::Count);
 }
 static_assert(isInOrder(), "the table follows FindingId");

@@ -29,10 +29,9 @@ public:
 
     /// Tells how many were left out.
     void finish() {
-        for (const auto& [id, count] : counts) {
+        for (const auto& [id, count] : counts)
             if (count > mostOfAKind)
                 findings.push_back({id, path, std::to_string(count - mostOfAKind) + " more"});
-        }
     }
 
 private:
@@ -82,12 +81,11 @@ void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::s
     for (const aliases::SkippedLine& line : file.skippedLines())
         findings.add(FindingId::LegacyLineIgnored, line.number, line.text);
     bool canMove = false;
-    for (const LegacyEntry& entry : file.entries()) {
+    for (const LegacyEntry& entry : file.entries())
         if (entry.flaw == Flaw::None)
             canMove = true;
         else
             addEntry(entry, findings);
-    }
     if (canMove && !trouble.empty())
         findings.add(FindingId::LegacyNotWritable, 0, trouble);
 }

@@ -26,10 +26,9 @@ bool isLoaded(const std::string& name) noexcept {
 bool isInFolders(const std::string& name, const std::string& folders, const std::string& origin) {
     std::istringstream list(folders);
     for (std::string folder; std::getline(list, folder, ':');) {
-        for (const std::string& variable : {std::string("$ORIGIN"), std::string("${ORIGIN}")}) {
+        for (const std::string& variable : {std::string("$ORIGIN"), std::string("${ORIGIN}")})
             if (folder.rfind(variable, 0) == 0)
                 folder.replace(0, variable.size(), origin);
-        }
         // NOLINTNEXTLINE(performance-inefficient-string-concatenation): once for each dependency
         if (!folder.empty() && access((folder + "/" + name).c_str(), F_OK) == 0)
             return true;

@@ -55,10 +55,9 @@ bool readRegistration(std::uint32_t index, PluginAccount& plugin, Findings& find
 }
 
 std::string folded(std::string text) {
-    for (char& c : text) {
+    for (char& c : text)
         if (c >= 'A' && c <= 'Z')
             c = static_cast<char>(c - 'A' + 'a');
-    }
     return text;
 }
 
@@ -88,12 +87,11 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
     std::map<std::uint32_t, std::vector<std::string>> holders;
     for (const PluginAccount& plugin : plugins) {
         std::size_t missing = 0;
-        for (std::size_t i = 0; i < plugin.deviceNumbers.size(); ++i) {
+        for (std::size_t i = 0; i < plugin.deviceNumbers.size(); ++i)
             if (plugin.deviceNumbers[i])
                 holders[*plugin.deviceNumbers[i]].push_back(plugin.name + "[" + std::to_string(i) + "]");
             else
                 ++missing;
-        }
         if (missing > 0)
             findings.push_back({FindingId::NumberMissing, plugin.name,
                                 std::to_string(missing) + " of " +

@@ -57,10 +57,9 @@ void printReport(std::ostream& out, const Report& report, bool colour) {
                 << " seconds\n";
     }
     for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Info}) {
-        for (const Finding& finding : report.findings) {
+        for (const Finding& finding : report.findings)
             if (kindOf(finding.id).severity == severity)
                 printFinding(out, finding, colour);
-        }
     }
     const std::size_t errors = report.count(Severity::Error);
     const std::size_t warnings = report.count(Severity::Warning);

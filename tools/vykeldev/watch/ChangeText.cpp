@@ -47,17 +47,15 @@ std::string padded(std::string text, std::size_t columns) {
 std::string toText(const DeviceChange& change, bool colour) {
     const KindName kind = nameOf(change.kind);
     std::string line = padded(kind.name, 12);
-    if (colour) {
+    if (colour)
         line = kind.colour + line + "\x1b[0m";
-    }
     line += padded(numberText(change.now.number), 8) + printable(change.now.token);
-    if (change.kind == Kind::Renumbered) {
+    if (change.kind == Kind::Renumbered)
         line += "  was " + numberText(change.before.number);
-    } else if (change.kind == Kind::Renamed) {
+    else if (change.kind == Kind::Renamed)
         line += "  alias " + aliasText(change.now.alias) + ", was " + aliasText(change.before.alias);
-    } else if (change.now.alias) {
+    else if (change.now.alias)
         line += "  alias " + aliasText(change.now.alias);
-    }
     return line;
 }
 
@@ -67,11 +65,10 @@ std::string toJson(const DeviceChange& change) {
                   {"token", change.now.token},
                   {"number", numberOrNull(change.now.number)},
                   {"alias", orNull(change.now.alias)}};
-    if (change.kind == Kind::Renumbered) {
+    if (change.kind == Kind::Renumbered)
         event["previousNumber"] = numberOrNull(change.before.number);
-    } else if (change.kind == Kind::Renamed) {
+    else if (change.kind == Kind::Renamed)
         event["previousAlias"] = orNull(change.before.alias);
-    }
     return textOf(event, -1);
 }
 

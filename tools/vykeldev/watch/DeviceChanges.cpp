@@ -15,9 +15,8 @@ std::vector<const DeviceState*> findCounterparts(const std::vector<DeviceState>&
         std::size_t next = 0;
     };
     std::unordered_map<std::string_view, SameToken> byToken;
-    for (const DeviceState& other : others) {
+    for (const DeviceState& other : others)
         byToken[other.token].devices.push_back(&other);
-    }
     std::vector<const DeviceState*> counterparts;
     for (const DeviceState& device : devices) {
         SameToken& same = byToken[device.token];
@@ -33,11 +32,9 @@ std::vector<DeviceChange> compareStates(const std::vector<DeviceState>& before,
     using Kind = DeviceChange::Kind;
     std::vector<DeviceChange> changes;
     const std::vector<const DeviceState*> successors = findCounterparts(before, now);
-    for (std::size_t i = 0; i < before.size(); ++i) {
-        if (successors[i] == nullptr) {
+    for (std::size_t i = 0; i < before.size(); ++i)
+        if (successors[i] == nullptr)
             changes.push_back({Kind::Removed, before[i], before[i]});
-        }
-    }
     const std::vector<const DeviceState*> predecessors = findCounterparts(now, before);
     for (std::size_t i = 0; i < now.size(); ++i) {
         const DeviceState* const old = predecessors[i];
@@ -45,12 +42,10 @@ std::vector<DeviceChange> compareStates(const std::vector<DeviceState>& before,
             changes.push_back({Kind::Added, now[i], now[i]});
             continue;
         }
-        if (old->number != now[i].number) {
+        if (old->number != now[i].number)
             changes.push_back({Kind::Renumbered, *old, now[i]});
-        }
-        if (old->alias != now[i].alias) {
+        if (old->alias != now[i].alias)
             changes.push_back({Kind::Renamed, *old, now[i]});
-        }
     }
     return changes;
 }

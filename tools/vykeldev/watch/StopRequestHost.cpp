@@ -31,19 +31,16 @@ void handle(int signal, void (*handler)(int), int flags) noexcept {
 } // namespace
 
 StopRequest::StopRequest() {
-    if (pipe2(stopPipe, O_CLOEXEC | O_NONBLOCK) != 0) {
+    if (pipe2(stopPipe, O_CLOEXEC | O_NONBLOCK) != 0)
         throw Failure("preparing for Ctrl-C failed", std::strerror(errno), "");
-    }
-    for (const int signal : {SIGINT, SIGTERM}) {
+    for (const int signal : {SIGINT, SIGTERM})
         handle(signal, askToStop, SA_RESTART | static_cast<int>(SA_RESETHAND));
-    }
     handle(SIGPIPE, SIG_IGN, 0);
 }
 
 StopRequest::~StopRequest() {
-    for (const int signal : {SIGINT, SIGTERM, SIGPIPE}) {
+    for (const int signal : {SIGINT, SIGTERM, SIGPIPE})
         handle(signal, SIG_DFL, 0);
-    }
     close(stopPipe[0]);
     close(stopPipe[1]);
 }

@@ -14,9 +14,8 @@ std::atomic<bool> asked{false};
 BOOL WINAPI askToStop(DWORD event) {
     const bool again = asked.exchange(true);
     SetEvent(stopEvent);
-    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT) {
+    if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(INFINITE); // window closed, logging off: the process is killed as soon as this returns
-    }
     return again ? FALSE : TRUE;
 }
 
@@ -25,9 +24,8 @@ BOOL WINAPI askToStop(DWORD event) {
 StopRequest::StopRequest() {
     asked = false;
     stopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    if (stopEvent == nullptr || !SetConsoleCtrlHandler(askToStop, TRUE)) {
+    if (stopEvent == nullptr || !SetConsoleCtrlHandler(askToStop, TRUE))
         throw systemFailure("preparing for Ctrl-C", GetLastError(), "");
-    }
 }
 
 StopRequest::~StopRequest() {

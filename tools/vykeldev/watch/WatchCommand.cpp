@@ -26,12 +26,10 @@ struct WatchOptions {
 
 /// Hands a line to the reader at once. False when there is no reader any more. Throws Failure.
 bool writeLine(const std::string& line) {
-    if (std::cout << line << '\n' << std::flush) {
+    if (std::cout << line << '\n' << std::flush)
         return true;
-    }
-    if (!isReaderGone()) {
+    if (!isReaderGone())
         throw Failure("standard output cannot be written", "", "Is the disk full?");
-    }
     std::cout.clear();
     return false;
 }
@@ -50,14 +48,12 @@ std::vector<DeviceState> readStates(vykel::IDeviceList& list) {
     for (std::uint32_t index = 0; index < count; ++index) {
         vykel::StatusBlock status = vykel::makeStatusBlock();
         vykel::IDevice* const device = list.getDevice(index, 0, &status);
-        if (device == nullptr) {
+        if (device == nullptr)
             throw statusFailure("getting device " + std::to_string(index), status);
-        }
         const char* const token = device->getPersistentToken(2);
         DeviceState state{token != nullptr ? token : "", device->getNumber(), std::nullopt};
-        if (const char* const alias = device->getAlias()) {
+        if (const char* const alias = device->getAlias())
             state.alias = alias;
-        }
         states.push_back(std::move(state));
     }
     return states;
