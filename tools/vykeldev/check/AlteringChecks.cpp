@@ -81,6 +81,37 @@ const Device* findAlterable(const std::vector<Device>& devices, const Property& 
     return found == devices.end() ? nullptr : &*found;
 }
 
+/// A number that no device of these has.
+std::string unusedNumber(const std::vector<Device>& devices) {
+    std::uint32_t unused = 0;
+    for (const Device& device : devices) {
+        const std::uint32_t number = device.getNumber();
+        unused = std::max(unused, number == vykel::noDeviceNumber ? 0 : number + 1);
+    }
+    if (unused == vykel::noDeviceNumber)
+        throw Skipped{"the highest number is in use"};
+    return std::to_string(unused);
+}
+
+std::string unusedAlias(const std::vector<Device>&) {
+    return "vykeldev check \xC3\xA4\xE2\x82\xAC";
+}
+
+/// Alters the property of one device, or puts it back in the second process. Only where it is set: what is
+/// given for the check alone could not be taken back. `none` says what to do when no device has it.
+void checkKept(const Subject& subject, const Property& property, const char* none,
+               std::string (*newValue)(const std::vector<Device>&)) {
+    if (subject.stage != Stage::First)
+        return putBack(subject, property);
+    const Session session(subject);
+    const std::vector<Device> devices = devicesOf(session.list);
+    const Device* const device = findAlterable(devices, property);
+    if (device == nullptr)
+        throw Skipped{none};
+    alter(subject, session, property,
+          {quoted(device->getPersistentToken(1)), *property.read(*device), newValue(devices)});
+}
+
 } // namespace
 
 void checkNumberKept(const Subject& subject) {
@@ -93,42 +124,19 @@ void checkNumberKept(const Subject& subject) {
         [](const Device& device, const std::string& number) {
             return device.setNumber(static_cast<std::uint32_t>(std::stoul(number)));
         }};
-    if (subject.stage != Stage::First)
-        return putBack(subject, property);
-    const Session session(subject);
-    const std::vector<Device> devices = devicesOf(session.list);
-    const Device* const device = findAlterable(devices, property);
-    // A number that is given for the check alone could not be taken back.
-    if (device == nullptr)
-        throw Skipped{"no device with a token of its own has a number; register the plug-in and let "
-                      "'vykeldev list' number them"};
-    std::uint32_t unused = 0;
-    for (const Device& each : devices) {
-        const std::uint32_t number = each.getNumber();
-        unused = std::max(unused, number == vykel::noDeviceNumber ? 0 : number + 1);
-    }
-    if (unused == vykel::noDeviceNumber)
-        throw Skipped{"the highest number is in use"};
-    alter(subject, session, property,
-          {quoted(device->getPersistentToken(1)), *property.read(*device), std::to_string(unused)});
+    checkKept(subject, property,
+              "no device with a token of its own has a number; register the plug-in and let 'vykeldev list' "
+              "number them",
+              unusedNumber);
 }
 
 void checkAliasKept(const Subject& subject) {
     static constexpr Property property = {
         "the alias", [](const Device& device) { return device.getAlias(); },
         [](const Device& device, const std::string& alias) { return device.setAlias(alias); }};
-    if (subject.stage != Stage::First)
-        return putBack(subject, property);
-    const Session session(subject);
-    const std::vector<Device> devices = devicesOf(session.list);
-    const Device* const device = findAlterable(devices, property);
-    // A device without alias might be given one by the library meanwhile.
-    if (device == nullptr)
-        throw Skipped{"no device with a token of its own has an alias; give one device an alias to have this "
-                      "checked"};
-    alter(subject, session, property,
-          {quoted(device->getPersistentToken(1)), *property.read(*device),
-           "vykeldev check \xC3\xA4\xE2\x82\xAC"});
+    checkKept(subject, property,
+              "no device with a token of its own has an alias; give one device an alias to have this checked",
+              unusedAlias);
 }
 
 } // namespace vykeldev::check
