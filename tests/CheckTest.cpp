@@ -18,7 +18,7 @@ ProgramResult check(const std::string& arguments) {
     return runProgram("vykeldev", "check " + arguments);
 }
 
-#if defined(_WIN32) || defined(VYKEL_SANITIZED)
+#if defined(_WIN32)
 constexpr bool processesAreCheap = false;
 #else
 constexpr bool processesAreCheap = true;
@@ -115,7 +115,7 @@ constexpr Animal animals[] = {
 
 class ZooTest : public CheckTest, public testing::WithParamInterface<Animal> {};
 
-// Where processes are dear, under Wine and sanitizers, only that rule and those that it needs are checked.
+// Where processes are dear, under Wine, only that rule and those that it needs are checked.
 TEST_P(ZooTest, BreaksItsRuleAndNoOtherThatIsChecked) {
     const Animal animal = GetParam();
     const std::string fault = animal.fault;

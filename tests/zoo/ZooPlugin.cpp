@@ -29,7 +29,8 @@ const std::string fault = variable("VYKEL_ZOO_FAULT");
 int initialisations = 0;
 
 void crash() {
-    *static_cast<volatile int*>(nullptr) = 0;
+    volatile int* volatile nowhere = nullptr; // the compiler must not know
+    *nowhere = 0;
 }
 
 struct UnloadCrash {

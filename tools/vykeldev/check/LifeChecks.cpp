@@ -76,7 +76,10 @@ void checkEntryPoints(const Subject& subject) {
 }
 
 void checkInitialises(const Subject& subject) {
-    const InitializedPlugin plugin(subject);
+    Plugin plugin(subject);
+    const std::int32_t code = plugin.initialize();
+    if (code < 0)
+        throw Broken{"vykel_initializePlugin refused with " + std::to_string(code)};
 }
 
 void checkReload(const Subject& subject) {

@@ -100,7 +100,7 @@ const std::vector<Rule>& allRules() {
          "A legacy alias is handed over exactly once; a plug-in that forgets it has lost it for good.",
          "Store the alias outside your process in setAlias, any valid UTF-8, or leave a negative code.",
          checkAliasKept},
-        {"first-error-wins", "A code in a status block is kept", error, "refresh", "",
+        {"first-error-wins", "A code in a status block is kept", error, "index-beyond", "",
          "Callers pass one block through many calls and look at it in the end.",
          "Write the code only to report an error, and only when there is none yet; never clear it.",
          checkFirstErrorWins},

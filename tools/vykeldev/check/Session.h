@@ -6,7 +6,8 @@
 #include <string>
 #include <vector>
 
-/// Steps that many rules start with. All throw Broken when the plug-in does not come that far.
+/// Steps that many rules start with. All throw Broken when the plug-in does not come that far, but for the
+/// first: there are rules about being initialised.
 namespace vykeldev::check {
 
 /// Makes a step in which the plug-in may have a reason to refuse.
@@ -24,7 +25,7 @@ struct InitializedPlugin : Plugin {
     explicit InitializedPlugin(const Subject& subject) : Plugin(subject) {
         const std::int32_t code = initialize();
         if (code < 0)
-            throw Broken{"vykel_initializePlugin refused with " + std::to_string(code)};
+            throw Skipped{"vykel_initializePlugin refused with " + std::to_string(code)};
     }
 };
 

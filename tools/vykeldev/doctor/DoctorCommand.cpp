@@ -89,8 +89,8 @@ namespace vykeldev {
 
 void addDoctorCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<doctor::DoctorOptions>();
-    CLI::App* const command =
-        app.add_subcommand("doctor", "Says why a device is missing: tries every plug-in, numbers and moves nothing");
+    CLI::App* const command = app.add_subcommand(
+        "doctor", "Says why a device is missing: tries every plug-in, numbers and moves nothing");
     command->add_flag("--json", options->json, "Prints one JSON object (schemas/doctor.schema.json)");
     command->add_option("--timeout", options->timeout, "Seconds that each plug-in is given (default 10)")
         ->check(numberFrom(0.001, "0.001 to 86400 seconds", 86400))
