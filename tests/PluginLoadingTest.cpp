@@ -159,12 +159,12 @@ TEST_F(PluginLoadingTest, LoadsAPathOutsideAscii) {
     EXPECT_NE(plugins.takeLog({"initialize"}), "");
 }
 
+#if defined(_WIN32)
 TEST_F(PluginLoadingTest, ServesAPluginOfTheOtherWindowsAbi) {
     const fs::path built = programFolder() / "other_abi_plugin.dll";
-    if (!fs::exists(built))
-        GTEST_SKIP() << "a Windows library";
     machine.registerPlugin("other", built);
     const HMODULE plugin = LoadLibraryExW(built.string<WCHAR>().c_str(), nullptr, 0);
+    ASSERT_NE(plugin, nullptr);
     ASSERT_EQ(library.initialize(), 0);
     {
         const ListPtr list = library.newList();
@@ -186,5 +186,6 @@ TEST_F(PluginLoadingTest, ServesAPluginOfTheOtherWindowsAbi) {
     EXPECT_EQ(library.finalize(), 0);
     FreeLibrary(plugin);
 }
+#endif
 
 } // namespace vykeltest
