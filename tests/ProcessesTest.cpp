@@ -1,3 +1,4 @@
+#include "support/Files.h"
 #include "support/LibraryTest.h"
 
 #include <chrono>
@@ -25,11 +26,6 @@ void shareDevices(FakePlugins& plugins, const Machine& machine) {
             plugins.devicesOf[name].push_back(
                 {vykel::noDeviceNumber, (slot + processId()) * 7 % (2 * devicesEach), 0, slot});
     }
-}
-
-void waitFor(const fs::path& file) {
-    while (!fs::exists(file))
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
 }
 
 int refreshOnce() {

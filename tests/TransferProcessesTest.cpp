@@ -160,8 +160,7 @@ TEST(TransferProcesses, KilledAtAnyMomentLosesNothing) {
         shared.reset();
         fs::remove(ready);
         ChildProcess child("transferOnce");
-        while (!fs::exists(ready))
-            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        waitFor(ready);
         std::this_thread::sleep_for(std::chrono::microseconds(delay(random)));
         child.kill();
         expectNothingLost(shared);

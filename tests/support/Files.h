@@ -1,10 +1,13 @@
 #ifndef TESTS_FILES_H
 #define TESTS_FILES_H
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <stdexcept>
 #include <string>
+#include <thread>
 
 namespace vykeltest {
 
@@ -18,6 +21,16 @@ inline std::string readFile(const fs::path& path) {
 
 inline void writeFile(const fs::path& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
+}
+
+/// Waits for a file that another process makes; throws when it does not come, as when that process died.
+inline void waitFor(const fs::path& file) {
+    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    while (!fs::exists(file)) {
+        if (std::chrono::steady_clock::now() > patience)
+            throw std::runtime_error(file.string() + " does not come");
+        std::this_thread::sleep_for(std::chrono::microseconds(200));
+    }
 }
 
 } // namespace vykeltest

@@ -48,7 +48,7 @@ bool passesOn(const std::function<void()>& body);
 /// This test program once more, as another process of the same machine: it runs runRole(role).
 class ChildProcess {
 public:
-    explicit ChildProcess(const std::string& role);
+    explicit ChildProcess(const std::string& role); ///< Throws std::system_error when it cannot be started.
     /// Its exit code.
     int wait();
     /// Ends it at once, as a power cut would, and waits for that.

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <system_error>
 #include <unistd.h>
 #include <winhost/faults.h>
 
@@ -65,14 +66,16 @@ bool passesOn(const std::function<void()>& body) {
     return false;
 }
 
-ChildProcess::ChildProcess(const std::string& role) : process(-1) {
+ChildProcess::ChildProcess(const std::string& role) {
     setEnvironment("VYKEL_TEST_ROLE", role);
     char name[] = "child";
     char* arguments[] = {name, nullptr};
     pid_t child = -1;
-    if (::posix_spawn(&child, "/proc/self/exe", nullptr, nullptr, arguments, environ) == 0)
-        process = child;
+    const int error = ::posix_spawn(&child, "/proc/self/exe", nullptr, nullptr, arguments, environ);
     setEnvironment("VYKEL_TEST_ROLE", "");
+    if (error != 0)
+        throw std::system_error(error, std::generic_category(), "starting role " + role);
+    process = child;
 }
 
 int ChildProcess::wait() {

@@ -1,9 +1,11 @@
 #include "support/Platform.h"
 
+#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
 #include <process.h>
+#include <system_error>
 #include <windows.h>
 
 namespace vykeltest {
@@ -98,7 +100,10 @@ bool passesOn(const std::function<void()>& body) {
 ChildProcess::ChildProcess(const std::string& role) {
     setEnvironment("VYKEL_TEST_ROLE", role);
     process = _wspawnl(_P_NOWAIT, programPath().c_str(), L"child", nullptr);
+    const int error = errno;
     setEnvironment("VYKEL_TEST_ROLE", "");
+    if (process == -1)
+        throw std::system_error(error, std::generic_category(), "starting role " + role);
 }
 
 int ChildProcess::wait() {
