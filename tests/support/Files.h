@@ -29,7 +29,7 @@ inline void waitFor(const fs::path& file) {
     while (!fs::exists(file)) {
         if (std::chrono::steady_clock::now() > patience)
             throw std::runtime_error(file.string() + " does not come");
-        std::this_thread::sleep_for(std::chrono::microseconds(200));
+        std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
 }
 
