@@ -1,6 +1,7 @@
 #include "check/Checks.h"
 #include "check/Process.h"
 #include "check/Session.h"
+#include <chrono>
 #include <exception>
 #include <functional>
 #include <mutex>
@@ -47,8 +48,9 @@ void repeat(int times, const std::function<void()>& step) {
 void mustNotGrow(const char* what, const std::function<void()>& step) {
     constexpr int warmUp = 100; // what is allocated once
     constexpr int steps = 1000;
-    constexpr int rounds = 4;                     // a leak grows every time, anything else settles
-    constexpr std::uint64_t tolerated = 12 << 10; // a few pages
+    constexpr int rounds = 4;                      // a leak grows every time, anything else settles ...
+    constexpr std::chrono::milliseconds rest(100); // ... given the time, such as a thread's start
+    constexpr std::uint64_t tolerated = 12 << 10;  // a few pages
     constexpr std::uint64_t toleratedHandles = 10;
     std::string growth;
     repeat(warmUp, step);
@@ -60,6 +62,7 @@ void mustNotGrow(const char* what, const std::function<void()>& step) {
         const std::uint64_t handles = after.handles > before.handles ? after.handles - before.handles : 0;
         if (memory <= tolerated && handles <= toleratedHandles)
             return;
+        std::this_thread::sleep_for(rest);
         growth = std::to_string(memory >> 10) + " KiB and " + std::to_string(handles) + " handles";
     }
     throw Broken{std::string("1,000 ") + what + " left " + growth + " behind, each of four times"};
