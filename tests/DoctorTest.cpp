@@ -86,8 +86,12 @@ TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
     const bool isWindows = library[0] == 'M';
     std::string otherMachine = library;
     otherMachine[isWindows ? library.find(std::string("PE\0\0", 4)) + 4 : 18] = 3;
-    const std::string needy = isWindows ? replaced(library, "msvcrt.dll", "msvcrx.dll")
-                                        : replaced(library, "libwinhost.so", "libwinhosx.so");
+    const std::string own = isWindows ? "msvcrt.dll" : "libwinhost.so";
+    const std::string missing = isWindows ? "msvcrx.dll" : "libwinhosx.so";
+    const std::string helper = isWindows ? "helper.dll" : "libhelperx.so";
+    const std::string needy = replaced(library, own, missing);
+    writeFile(machine.folder() / helper, needy);
+    setEnvironment(isWindows ? "PATH" : "LD_LIBRARY_PATH", machine.folder().string());
     const DWORD text = REG_SZ;
     machine.registerPlugin("a", nullptr, nullptr, 0);
     machine.registerPlugin("b", &text, "\0", 2);
@@ -97,6 +101,7 @@ TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
     installBytes("f", library.substr(0, 200));
     installBytes("g", otherMachine);
     installBytes("h", needy);
+    installBytes("k", replaced(library, own, helper));
     machine.install("zoo_plugin_without_finalize", "i");
     installSimulated("j", "token=a number=0\n");
     diagnose();
@@ -109,16 +114,19 @@ TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
                                        {"failed at architecture", "architecture-wrong"},
                                        {"failed at dependency", "dependency-missing"},
                                        {"failed at entry point", "entry-point-missing"},
-                                       {"loaded", ""}};
+                                       {"loaded", ""},
+                                       {"failed at dependency", "dependency-missing"}};
     for (std::size_t i = 0; i < std::size(expected); ++i) {
         EXPECT_EQ(outcome(i), expected[i][0]) << i;
         EXPECT_EQ(findings(std::string(1, static_cast<char>('a' + i))), expected[i][1]);
     }
     EXPECT_EQ(exitCode, 5);
-    EXPECT_EQ(report["counts"], Json({{"registered", 10}, {"loaded", 1}, {"refused", 0}, {"failed", 9}}));
-    const Json& missing = report["plugins"][3];
-    EXPECT_EQ(missing["system"]["code"], ERROR_MOD_NOT_FOUND);
-    EXPECT_EQ(missing["error"]["document"]["vydynlib_debug"]["path"], missing["path"]);
+    EXPECT_EQ(report["counts"], Json({{"registered", 11}, {"loaded", 1}, {"refused", 0}, {"failed", 10}}));
+    const Json& missingFile = report["plugins"][3];
+    EXPECT_EQ(missingFile["system"]["code"], ERROR_MOD_NOT_FOUND);
+    EXPECT_EQ(missingFile["error"]["document"]["vydynlib_debug"]["path"], missingFile["path"]);
+    const std::string why = report["plugins"][10]["detail"];
+    EXPECT_NE(why.find("not found: " + missing + " (asked for by " + helper + ")"), std::string::npos) << why;
     EXPECT_EQ(report["plugins"][8]["image"]["missingExports"], Json({"vykel_finalizePlugin"}));
 }
 

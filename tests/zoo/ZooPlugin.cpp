@@ -14,6 +14,10 @@
 #include <string>
 #include <thread>
 #include <vector>
+#if !defined(_WIN32)
+#include <csignal>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -100,6 +104,10 @@ public:
             change([&](State& state) { state.number = number; });
         if (has("crashes-numbering") && number != 7)
             std::abort();
+#if !defined(_WIN32)
+        if (has("interrupts") && number != 7)
+            kill(getppid(), SIGINT);
+#endif
     }
     std::uint32_t getNumber() override {
         if (index != 0)

@@ -44,6 +44,7 @@ void printFailure(const Failure& failure, bool colour) {
 int runParsed(const std::vector<std::string>& arguments, Context& context) {
     CLI::App app("Lists the devices that the VY-KEL enumerator plug-ins of this machine see.", "vykeldev");
     app.footer(footer);
+    app.allow_windows_style_options(false); // a path may begin with a slash
     app.set_version_flag("--version", "vykeldev " VYKELDEV_VERSION);
     app.add_option("--library", context.library,
                    "The vykeldevenum library to use (default: beside this tool)")

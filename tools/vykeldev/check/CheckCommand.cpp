@@ -44,7 +44,7 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
                       "Give the path of the plug-in's DLL.");
     if (!options.json)
         std::cout << "Checking " << printable(run.path) << std::endl;
-    const Results results = check::runRules(run, [&](const check::Result& result) {
+    const auto [results, stopped] = check::runRules(run, [&](const check::Result& result) {
         if (!options.json)
             check::printResult(std::cout, result, context.colour);
     });
@@ -54,6 +54,8 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
         check::printSummary(std::cout, results);
     if (!options.junitFile.empty())
         writeJUnit(options, run.path, results);
+    if (stopped)
+        throw Failure("stopped before every rule was checked", "", "Check the plug-in again.");
     if (check::countOf(results, Outcome::Failed) != 0)
         return ExitCode::Broken;
     return check::countOf(results, Outcome::Warning) != 0 ? ExitCode::Warnings : ExitCode::Success;

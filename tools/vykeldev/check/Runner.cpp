@@ -3,6 +3,7 @@
 #include "check/MachineLock.h"
 #include "check/StageRun.h"
 #include "Failure.h"
+#include "StopRequest.h"
 #include <map>
 #include <random>
 
@@ -50,7 +51,9 @@ public:
     /// The result of a watched rule with all that was seen of it; null when it was neither wanted nor broken.
     const Result* finish(const Rule& rule);
 
-    Results take() { return std::move(results_); }
+    bool isStopped() const noexcept { return stopped_; }
+
+    RunResults take() { return {std::move(results_), stopped_}; }
 
 private:
     std::string reasonToSkip(const Rule& rule) const;
@@ -67,6 +70,7 @@ private:
     const RunOptions& options_;
     const std::string mark_ = randomMark();
     Results results_;
+    bool stopped_ = false;
     std::map<std::string, std::vector<std::string>> incidents_; // by rule
 };
 
@@ -84,11 +88,15 @@ std::string Run::reasonToSkip(const Rule& rule) const {
 Result Run::check(const Rule& rule) {
     try {
         std::optional<MachineLock> lock;
-        if (rule.alters())
+        std::optional<StopRequest> stopRequest;
+        if (rule.alters()) {
             lock.emplace(rule.lock);
+            stopRequest.emplace();
+        }
         Account account = runOnce(rule, Stage::First, {});
         if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
             runSecond(rule, account);
+        stopped_ = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
         if (!account.toolFailed.empty())
             throw Failure("the rule '" + std::string(rule.id) + "' cannot be checked: " + account.toolFailed,
                           "This tool failed, not the plug-in.", "Leave it out with --rule, and report it.");
@@ -155,9 +163,11 @@ const Result* Run::finish(const Rule& rule) {
 
 } // namespace
 
-Results runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult) {
+RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult) {
     Run run(options);
     for (const Rule& rule : allRules()) {
+        if (run.isStopped())
+            break;
         if (!isWanted(rule, options.rules))
             continue;
         const Result& result = run.add(rule);

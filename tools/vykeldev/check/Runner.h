@@ -13,10 +13,16 @@ struct RunOptions {
     std::vector<std::string> rules;  ///< Only these and those that they need; all when empty.
 };
 
+struct RunResults {
+    Results results;
+    bool stopped = false; ///< By Ctrl-C, before all rules were checked.
+};
+
 /// Checks the rules, one after the other, and hands each result out as soon as nothing can change it. Also
-/// tells of a rule that was not wanted when another finds it broken. Throws Failure when no child process can
-/// be started, or this tool itself fails there.
-Results runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult);
+/// tells of a rule that was not wanted when another finds it broken. Ctrl-C during a rule that alters what
+/// the plug-in keeps is heeded when that is put back; at any other time it ends this process. Throws Failure
+/// when no child process can be started, or this tool itself fails there.
+RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult);
 
 } // namespace vykeldev::check
 

@@ -1,5 +1,6 @@
 #include "doctor/Examination.h"
 
+#include "doctor/Dependencies.h"
 #include "doctor/Files.h"
 #include "doctor/Platform.h"
 #include "doctor/Probe.h"
@@ -44,17 +45,27 @@ std::string pathOddity(const std::string& path) {
     return "";
 }
 
-std::optional<Verdict> lookAtImports(LibraryImage& image, const std::string& folder) {
-    for (const std::string& name : image.imports)
-        if (!isImportFound(name, image, folder))
-            image.missingImports.push_back(name);
-    if (image.missingImports.empty())
+/// A problem with a library that is asked for, as the account tells it.
+std::string describe(const BadDependency& bad, const std::string& pluginFolder) {
+    const std::string asker = bad.asker.empty() ? "" : " (asked for by " + bad.asker + ")";
+    if (!bad.unfit.empty())
+        return bad.name + asker + " cannot be used: " + bad.unfit;
+    const std::string beside = pluginFolder + '\\' + bad.name;
+    return "not found: " + bad.name + asker +
+           (GetFileAttributesW(toWide(beside).c_str()) == INVALID_FILE_ATTRIBUTES
+                ? ""
+                : ", which lies beside the plug-in, where the system does not look");
+}
+
+std::optional<Verdict> lookAtDependencies(LibraryImage& image, const std::string& folder) {
+    std::string detail;
+    for (const BadDependency& bad : findBadDependencies(image, folder)) {
+        if (bad.unfit.empty())
+            image.missingImports.push_back(bad.name);
+        detail += (detail.empty() ? "" : "; ") + describe(bad, folder);
+    }
+    if (detail.empty())
         return std::nullopt;
-    std::string detail = "not found: " + joined(image.missingImports);
-    const std::string prefix = folder + '\\';
-    for (const std::string& name : image.missingImports)
-        if (GetFileAttributesW(toWide(prefix + name).c_str()) != INVALID_FILE_ATTRIBUTES)
-            detail += "; " + name + " lies beside the plug-in, where the system does not look";
     return Verdict{FindingId::DependencyMissing, Step::Dependency, detail};
 }
 
@@ -79,7 +90,7 @@ std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
         return Verdict{FindingId::FileNotALibrary, Step::File, image.detail};
     if (image.kind == LibraryImage::Kind::OtherMachine)
         return Verdict{FindingId::ArchitectureWrong, Step::Architecture, image.detail};
-    return lookAtImports(image, folderOf(path));
+    return lookAtDependencies(image, folderOf(path));
 }
 
 Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,

@@ -19,7 +19,7 @@ struct LibraryImage {
     std::string detail;                      ///< what it is when it is no library of this machine
     std::vector<std::string> missingExports; ///< of entryPointNames
     std::vector<std::string> imports;        ///< the libraries that it asks for
-    std::vector<std::string> missingImports; ///< of these, what the system would not find; filled by callers
+    std::vector<std::string> missingImports; ///< of these and theirs, what is not found; filled by callers
     std::string searchPath;                  ///< where the file itself says to look for them, as it says it
 };
 

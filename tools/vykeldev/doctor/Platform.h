@@ -3,6 +3,7 @@
 
 #include "doctor/LibraryImage.h"
 #include "pellumkelddk/user/FileLock.h"
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,8 +14,10 @@ namespace vykeldev::doctor {
 /// Reads the headers of a library of this system.
 LibraryImage readNativeImage(std::string_view bytes);
 
-/// Whether the system's loader finds a library that `image`, a file in `folder`, asks for by that name.
-bool isImportFound(const std::string& name, const LibraryImage& image, const std::string& folder);
+/// Where the system's loader finds a library that `image`, a file in `folder`, asks for by that name. An
+/// empty path: it is loaded already, or the system's own. Nothing: it is not found.
+std::optional<std::string> findImport(const std::string& name, const LibraryImage& image,
+                                      const std::string& folder);
 
 /// False when opening `path`, which is absolute, could wait for a device or a pipe.
 bool isOrdinaryFile(const std::string& path);

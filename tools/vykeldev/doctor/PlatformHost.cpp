@@ -23,17 +23,18 @@ bool isLoaded(const std::string& name) noexcept {
     return module != nullptr;
 }
 
-bool isInFolders(const std::string& name, const std::string& folders, const std::string& origin) {
+std::optional<std::string> findInFolders(const std::string& name, const std::string& folders,
+                                         const std::string& origin) {
     std::istringstream list(folders);
     for (std::string folder; std::getline(list, folder, ':');) {
         for (const std::string& variable : {std::string("$ORIGIN"), std::string("${ORIGIN}")})
             if (folder.rfind(variable, 0) == 0)
                 folder.replace(0, variable.size(), origin);
-        // NOLINTNEXTLINE(performance-inefficient-string-concatenation): once for each dependency
-        if (!folder.empty() && access((folder + "/" + name).c_str(), F_OK) == 0)
-            return true;
+        const std::string path = folder.append("/").append(name);
+        if (path.size() > name.size() + 1 && access(path.c_str(), F_OK) == 0)
+            return path;
     }
-    return false;
+    return std::nullopt;
 }
 
 } // namespace
@@ -42,13 +43,17 @@ LibraryImage readNativeImage(std::string_view bytes) {
     return readElfImage(bytes);
 }
 
-bool isImportFound(const std::string& name, const LibraryImage& image, const std::string& folder) {
+std::optional<std::string> findImport(const std::string& name, const LibraryImage& image,
+                                      const std::string& folder) {
     if (name.find('/') != std::string::npos)
-        return access(name.c_str(), F_OK) == 0;
+        return access(name.c_str(), F_OK) == 0 ? std::optional(name) : std::nullopt;
+    if (isLoaded(name))
+        return "";
     const char* const more = std::getenv("LD_LIBRARY_PATH");
-    return isLoaded(name) || isInFolders(name, image.searchPath, folder) ||
-           isInFolders(name, more != nullptr ? more : "", folder) ||
-           isInFolders(name, standardFolders, folder);
+    for (const std::string& folders : {image.searchPath, std::string(more != nullptr ? more : "")})
+        if (auto path = findInFolders(name, folders, folder))
+            return path;
+    return findInFolders(name, standardFolders, folder) ? std::optional(std::string()) : std::nullopt;
 }
 
 bool isOrdinaryFile(const std::string& path) {

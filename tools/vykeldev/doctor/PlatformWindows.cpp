@@ -3,8 +3,6 @@
 #include "doctor/Files.h"
 #include "Failure.h"
 #include "Text.h"
-#include <algorithm>
-#include <cctype>
 #include <io.h>
 #include <vector>
 #include <windows.h>
@@ -12,11 +10,21 @@
 namespace vykeldev::doctor {
 namespace {
 
+bool beginsWith(const WideString& text, const WideString& beginning) {
+    const auto length = static_cast<int>(beginning.size());
+    return text.size() >= beginning.size() &&
+           CompareStringOrdinal(text.c_str(), length, beginning.c_str(), length, TRUE) == CSTR_EQUAL;
+}
+
 /// Names that stand for a set of functions, not for a file; the loader itself knows where those are.
-bool isApiSet(std::string name) {
-    std::transform(name.begin(), name.end(), name.begin(),
-                   [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
-    return name.rfind("api-ms-", 0) == 0 || name.rfind("ext-ms-", 0) == 0;
+bool isApiSet(const WideString& name) {
+    return beginsWith(name, L"api-ms-") || beginsWith(name, L"ext-ms-");
+}
+
+bool isInSystemFolder(const WideString& path) {
+    WCHAR folder[MAX_PATH] = {};
+    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
+    return length != 0 && length < MAX_PATH && beginsWith(path, WideString(folder) + L'\\');
 }
 
 } // namespace
@@ -25,11 +33,18 @@ LibraryImage readNativeImage(std::string_view bytes) {
     return readPeImage(bytes);
 }
 
-bool isImportFound(const std::string& name, const LibraryImage&, const std::string&) {
-    // The loader's way for libraries that a library asks for; the folder of the latter is not on it.
+std::optional<std::string> findImport(const std::string& name, const LibraryImage&, const std::string&) {
     const WideString file = toWide(name);
-    return isApiSet(name) || GetModuleHandleW(file.c_str()) != nullptr ||
-           SearchPathW(nullptr, file.c_str(), L".dll", 0, nullptr, nullptr) != 0;
+    if (isApiSet(file) || GetModuleHandleW(file.c_str()) != nullptr)
+        return "";
+    // The loader's way for libraries that a library asks for; the folder of the latter is not on it.
+    WideString path(longestPath, L'\0');
+    const DWORD length =
+        SearchPathW(nullptr, file.c_str(), L".dll", static_cast<DWORD>(path.size()), path.data(), nullptr);
+    if (length == 0 || length >= path.size())
+        return std::nullopt;
+    path.resize(length);
+    return isInSystemFolder(path) ? "" : toUtf8(path);
 }
 
 bool isOrdinaryFile(const std::string& path) {

@@ -2,8 +2,8 @@
 #include "Enumerator.h"
 #include "Failure.h"
 #include "NumberRange.h"
+#include "StopRequest.h"
 #include "watch/ChangeText.h"
-#include "watch/StopRequest.h"
 #include <algorithm>
 #include <chrono>
 #include <CLI/CLI.hpp>

@@ -1,4 +1,4 @@
-#include "watch/StopRequest.h"
+#include "StopRequest.h"
 
 #include "Failure.h"
 #include <cerrno>

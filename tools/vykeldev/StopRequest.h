@@ -7,8 +7,8 @@
 namespace vykeldev {
 
 /// While it lives, the first Ctrl-C (or whatever else asks this process to end) does not end it but is told
-/// by waitFor, so that the tool can finalise the library; the second one ends it as ever, in case a plug-in
-/// hangs. One object at a time, used by one thread.
+/// by waitFor, so that the tool can tidy up before; the second one ends it as ever, in case a plug-in hangs.
+/// One object at a time, used by one thread.
 class StopRequest {
 public:
     /// Throws Failure when the system refuses.
