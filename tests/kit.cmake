@@ -12,5 +12,5 @@ if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
     set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
     list(APPEND kit_tests docs)
   endif()
-  set_tests_properties(${kit_tests} PROPERTIES LABELS kit RUN_SERIAL ON TIMEOUT 300)
+  set_tests_properties(${kit_tests} PROPERTIES LABELS kit TIMEOUT 300 COST 300)
 endif()
