@@ -127,21 +127,6 @@ void writeAndReadAgain(IniDocument& document, const std::uint8_t* options) {
     checkSame(document, *again);
 }
 
-/// Everything is found by its name and position, until everything is deleted.
-void lookUpAndDelete(IniDocument& document) {
-    while (IniSection* section = document.sections.first()) {
-        document.currentSection = nullptr;
-        IniSection* found = findIniSection(&document, section->name);
-        check(found != nullptr && compareIniNames(found->name, section->name, document.caseSensitive) == 0);
-        while (const std::uint32_t count = countIniEntries(found)) {
-            IniEntry* last = getIniEntry(found, count);
-            check(last != nullptr && last->next == nullptr && getIniEntry(found, count + 1) == nullptr);
-            check(deleteIniEntry(&document, section->name, last->key) == 1);
-        }
-        check(deleteIniSection(&document, section->name) == 1);
-    }
-}
-
 void encodeAndDecode(const char* text) {
     IniString encoded;
     IniString decoded;
@@ -170,6 +155,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             encodeAndDecode(entry->value);
     if (canBeWritten(*document))
         writeAndReadAgain(*document, data);
-    lookUpAndDelete(*document);
     return 0;
 }

@@ -1,7 +1,4 @@
 # What the kit brings beside the library: its tool's watch command, its files, its samples, its documents.
-target_sources(unit_tests PRIVATE WatchTest.cpp ${CMAKE_SOURCE_DIR}/tools/vykeldev/watch/DeviceChanges.cpp)
-target_include_directories(unit_tests PRIVATE ${CMAKE_SOURCE_DIR}/tools/vykeldev)
-
 if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
   add_test(NAME kit COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/kit-test.sh ${CMAKE_BINARY_DIR})
   set_tests_properties(kit PROPERTIES FIXTURES_SETUP kit
