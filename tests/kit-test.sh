@@ -71,7 +71,7 @@ if [ $windows ]; then
   # What is asked of Windows; the C runtime's functions are the compiler's affair.
   awk '/DLL Name/ { dll = $3; if (dll == "msvcrt.dll") print dll }
        /^\t[0-9a-f]+\t/ && dll != "msvcrt.dll" { print dll, $3 }' objdump.txt | sort | compare imports.txt
-  strings -e l "$kit/bin/vykeldevenum.dll" | grep -qx "$version" || fail "no version resource $version"
+  strings -e l "$kit/bin/vykeldevenum.dll" | grep -x "$version" >/dev/null || fail "no version resource $version"
 else
   nm -D --defined-only "$kit/bin/libvykeldevenum.so" | awk '{ print $3 }' | sort | compare exports.txt
 fi
@@ -81,7 +81,7 @@ for file in "$library" "vykeldev$exe"; do
   "$OBJDUMP" -h "$kit/bin/$file" >sections.txt
   grep -q gnu_debuglink sections.txt || fail "$file does not name its symbols"
   ! grep -q debug_info sections.txt || fail "$file is not stripped"
-  "$OBJDUMP" -h "$kit/bin/$file.debug" | grep -q debug_info || fail "$file.debug has no symbols"
+  "$OBJDUMP" -h "$kit/bin/$file.debug" | grep debug_info >/dev/null || fail "$file.debug has no symbols"
   ! grep -aqE "$source_dir|$build" "$kit/bin/$file" "$kit/bin/$file.debug" || fail "$file names this machine's folders"
   [ -z "$windows" ] || "$OBJDUMP" -p "$kit/bin/$file" | grep '^Time/Date.*1970' >/dev/null || fail "$file holds the time of its build"
 done
