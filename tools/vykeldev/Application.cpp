@@ -1,9 +1,9 @@
 #include "Application.h"
 
-#include "Commands.h"
-#include "Enumerator.h"
-#include "Failure.h"
-#include "System.h"
+#include "commands/Commands.h"
+#include "platform/System.h"
+#include "support/Enumerator.h"
+#include "support/Failure.h"
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>

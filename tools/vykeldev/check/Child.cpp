@@ -1,8 +1,8 @@
 #include "check/Child.h"
 
-#include "check/Process.h"
 #include "check/Trace.h"
-#include "Commands.h"
+#include "commands/Commands.h"
+#include "platform/Process.h"
 #include <CLI/CLI.hpp>
 #include <memory>
 #include <nlohmann/json.hpp>

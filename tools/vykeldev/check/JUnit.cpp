@@ -1,6 +1,6 @@
 #include "check/Report.h"
 
-#include "Text.h"
+#include "support/Text.h"
 #include <cstdio>
 #include <ostream>
 

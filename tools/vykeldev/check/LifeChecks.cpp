@@ -1,6 +1,6 @@
 #include "check/Checks.h"
-#include "check/Process.h"
 #include "check/Session.h"
+#include "platform/Process.h"
 #include <chrono>
 #include <exception>
 #include <functional>

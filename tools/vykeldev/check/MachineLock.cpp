@@ -1,9 +1,9 @@
 #include "check/MachineLock.h"
 
-#include "BoundedLock.h"
 #include "check/Rule.h"
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
+#include "support/BoundedLock.h"
 
 namespace vykeldev::check {
 namespace {

@@ -1,9 +1,9 @@
 #include "check/Plugin.h"
 
-#include "check/Process.h"
 #include "check/Trace.h"
-#include "Failure.h"
-#include "Text.h"
+#include "platform/Process.h"
+#include "support/Failure.h"
+#include "support/Text.h"
 #include <cstring>
 
 namespace vykeldev::check {

@@ -1,7 +1,7 @@
 #include "check/Report.h"
 
-#include "Json.h"
-#include "Text.h"
+#include "support/Json.h"
+#include "support/Text.h"
 #include <iomanip>
 #include <ostream>
 

@@ -2,8 +2,8 @@
 
 #include "check/MachineLock.h"
 #include "check/StageRun.h"
-#include "Failure.h"
-#include "StopRequest.h"
+#include "platform/StopRequest.h"
+#include "support/Failure.h"
 #include <map>
 #include <random>
 

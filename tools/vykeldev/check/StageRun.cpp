@@ -1,6 +1,6 @@
 #include "check/StageRun.h"
 
-#include "ChildProcess.h"
+#include "child/ChildProcess.h"
 #include <nlohmann/json.hpp>
 
 namespace vykeldev::check {

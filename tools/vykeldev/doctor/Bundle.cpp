@@ -1,6 +1,6 @@
 #include "doctor/Bundle.h"
 
-#include "doctor/Files.h"
+#include "support/Files.h"
 
 namespace vykeldev::doctor {
 

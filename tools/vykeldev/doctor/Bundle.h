@@ -2,7 +2,7 @@
 #define VYKELDEV_DOCTOR_BUNDLE_H
 
 #include "doctor/Report.h"
-#include "doctor/Zip.h"
+#include "support/Zip.h"
 #include <string>
 #include <vector>
 

@@ -1,7 +1,7 @@
 #include "doctor/Dependencies.h"
 
-#include "doctor/Files.h"
-#include "doctor/Platform.h"
+#include "platform/DoctorPlatform.h"
+#include "support/Files.h"
 #include <deque>
 #include <set>
 #include <utility>

@@ -1,12 +1,12 @@
-#include "Commands.h"
+#include "commands/Commands.h"
 #include "doctor/Bundle.h"
 #include "doctor/FolderCheck.h"
-#include "doctor/Platform.h"
 #include "doctor/PluginCheck.h"
 #include "doctor/Probe.h"
-#include "NumberRange.h"
-#include "System.h"
-#include "Text.h"
+#include "platform/DoctorPlatform.h"
+#include "platform/System.h"
+#include "support/NumberRange.h"
+#include "support/Text.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>

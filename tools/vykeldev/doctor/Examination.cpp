@@ -1,13 +1,13 @@
 #include "doctor/Examination.h"
 
 #include "doctor/Dependencies.h"
-#include "doctor/Files.h"
-#include "doctor/Platform.h"
 #include "doctor/Probe.h"
-#include "Failure.h"
-#include "Registrations.h"
-#include "System.h"
-#include "Text.h"
+#include "platform/DoctorPlatform.h"
+#include "platform/System.h"
+#include "support/Failure.h"
+#include "support/Files.h"
+#include "support/Registrations.h"
+#include "support/Text.h"
 
 namespace vykeldev::doctor {
 namespace {

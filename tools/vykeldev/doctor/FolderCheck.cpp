@@ -1,13 +1,13 @@
 #include "doctor/FolderCheck.h"
 
-#include "BoundedLock.h"
 #include "ConfigurationFolder.h"
-#include "doctor/Files.h"
 #include "doctor/LegacyCheck.h"
-#include "doctor/Platform.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
-#include "System.h"
+#include "platform/DoctorPlatform.h"
+#include "platform/System.h"
+#include "support/BoundedLock.h"
+#include "support/Files.h"
 #include <cmath>
 
 namespace vykeldev::doctor {

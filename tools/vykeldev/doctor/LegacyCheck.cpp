@@ -1,10 +1,10 @@
 #include "doctor/LegacyCheck.h"
 
 #include "aliases/LegacyFile.h"
-#include "doctor/Files.h"
 #include "ini/IniSave.h"
-#include "System.h"
-#include "Text.h"
+#include "platform/System.h"
+#include "support/Files.h"
+#include "support/Text.h"
 #include <algorithm>
 #include <map>
 #include <new>

@@ -1,12 +1,12 @@
 #include "doctor/PluginCheck.h"
 
 #include "doctor/Examination.h"
-#include "doctor/Files.h"
-#include "doctor/Platform.h"
 #include "errors/Exception.h"
-#include "Failure.h"
+#include "platform/DoctorPlatform.h"
 #include "PluginRegistrations.h"
-#include "Text.h"
+#include "support/Failure.h"
+#include "support/Files.h"
+#include "support/Text.h"
 #include "vysys/windowsRegistry.h"
 #include <map>
 

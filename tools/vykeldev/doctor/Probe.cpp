@@ -1,10 +1,10 @@
 #include "doctor/Probe.h"
 
 #include "DeviceCollection.h"
-#include "doctor/Platform.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "PellumKelPlugin.h"
+#include "platform/DoctorPlatform.h"
 #include "PluginCall.h"
 #include "vykel/StatusBlock.h"
 #include <algorithm>

@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_DOCTOR_PROBE_H
 #define VYKELDEV_DOCTOR_PROBE_H
 
-#include "ChildProcess.h"
+#include "child/ChildProcess.h"
 #include "doctor/Report.h"
 #include <chrono>
 #include <cstdint>

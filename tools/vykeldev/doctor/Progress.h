@@ -1,8 +1,8 @@
 #ifndef VYKELDEV_DOCTOR_PROGRESS_H
 #define VYKELDEV_DOCTOR_PROGRESS_H
 
-#include "doctor/Platform.h"
-#include "Text.h"
+#include "platform/DoctorPlatform.h"
+#include "support/Text.h"
 #include <algorithm>
 #include <iostream>
 #include <string>

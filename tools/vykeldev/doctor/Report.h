@@ -3,7 +3,7 @@
 
 #include "doctor/Findings.h"
 #include "doctor/LibraryImage.h"
-#include "LibraryError.h"
+#include "support/LibraryError.h"
 #include <algorithm>
 #include <cstdint>
 #include <iosfwd>

@@ -1,6 +1,6 @@
 #include "doctor/Report.h"
-#include "Table.h"
-#include "Text.h"
+#include "support/Table.h"
+#include "support/Text.h"
 #include <ostream>
 
 namespace vykeldev::doctor {

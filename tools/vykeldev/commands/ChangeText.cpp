@@ -1,0 +1,75 @@
+#include "commands/ChangeText.h"
+
+#include "support/Json.h"
+#include "support/Text.h"
+#include "vykel/IDevice.h"
+#include <algorithm>
+
+namespace vykeldev {
+namespace {
+
+using Kind = DeviceChange::Kind;
+
+struct KindName {
+    const char* name;
+    const char* colour;
+};
+
+KindName nameOf(Kind kind) noexcept {
+    switch (kind) {
+    case Kind::Added:
+        return {"added", "\x1b[32m"};
+    case Kind::Removed:
+        return {"removed", "\x1b[31m"};
+    case Kind::Renumbered:
+        return {"renumbered", "\x1b[33m"};
+    case Kind::Renamed:
+        break;
+    }
+    return {"renamed", "\x1b[33m"};
+}
+
+std::string numberText(std::uint32_t number) {
+    return number == vykel::noDeviceNumber ? "-" : "KEL" + std::to_string(number);
+}
+
+std::string aliasText(const std::optional<std::string>& alias) {
+    return alias ? '"' + printable(*alias) + '"' : "-";
+}
+
+std::string padded(std::string text, std::size_t columns) {
+    text.resize(std::max(text.size(), columns), ' ');
+    return text;
+}
+
+} // namespace
+
+std::string toText(const DeviceChange& change, bool colour) {
+    const KindName kind = nameOf(change.kind);
+    std::string line = padded(kind.name, 12);
+    if (colour)
+        line = kind.colour + line + "\x1b[0m";
+    line += padded(numberText(change.now.number), 8) + printable(change.now.token);
+    if (change.kind == Kind::Renumbered)
+        line += "  was " + numberText(change.before.number);
+    else if (change.kind == Kind::Renamed)
+        line += "  alias " + aliasText(change.now.alias) + ", was " + aliasText(change.before.alias);
+    else if (change.now.alias)
+        line += "  alias " + aliasText(change.now.alias);
+    return line;
+}
+
+std::string toJson(const DeviceChange& change) {
+    Json event = {{"schemaVersion", 1},
+                  {"event", nameOf(change.kind).name},
+                  {"token", change.now.token},
+                  {"number", numberOrNull(change.now.number)},
+                  {"alias", orNull(change.now.alias)}};
+    if (change.kind == Kind::Renumbered)
+        event["previousNumber"] = numberOrNull(change.before.number);
+    else if (change.kind == Kind::Renamed)
+        event["previousAlias"] = orNull(change.before.alias);
+    return textOf(event, -1);
+}
+
+} // namespace vykeldev

@@ -1,0 +1,17 @@
+#ifndef VYKELDEV_COMMANDS_CHANGETEXT_H
+#define VYKELDEV_COMMANDS_CHANGETEXT_H
+
+#include "commands/DeviceChanges.h"
+#include <string>
+
+namespace vykeldev {
+
+/// A change as one line for people, without its end.
+std::string toText(const DeviceChange& change, bool colour);
+
+/// A change as one line of JSON, without its end; schemas/watch.schema.json describes it.
+std::string toJson(const DeviceChange& change);
+
+} // namespace vykeldev
+
+#endif

@@ -1,0 +1,41 @@
+#ifndef VYKELDEV_COMMANDS_COMMANDS_H
+#define VYKELDEV_COMMANDS_COMMANDS_H
+
+#include <functional>
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace vykeldev {
+
+/// How the process ends; part of the tool's interface.
+enum class ExitCode { Success = 0, Error = 1, WrongUsage = 2, NothingListed = 3, Warnings = 4, Broken = 5 };
+
+/// What all commands are given.
+struct Context {
+    std::string library; ///< Path of the library to use, UTF-8.
+    bool colour = false; ///< Standard output is a terminal that shows colour.
+};
+
+/// The work of a command whose options are known. Ends with an exit code or throws Failure.
+using Run = std::function<ExitCode(const Context&)>;
+
+// Each command is one file with one of these: it describes the command and its options to `app` and, when the
+// user gave the command, puts its work into `chosen`. `chosen` must outlive the parsing.
+void addAliasesCommand(CLI::App& app, Run& chosen);
+void addCheckCommand(CLI::App& app, Run& chosen);
+void addCheckRuleCommand(CLI::App& app, Run& chosen);
+void addDoctorCommand(CLI::App& app, Run& chosen);
+void addDoctorProbeCommand(CLI::App& app, Run& chosen);
+void addListCommand(CLI::App& app, Run& chosen);
+void addPluginsCommand(CLI::App& app, Run& chosen);
+void addRegisterCommand(CLI::App& app, Run& chosen);
+void addUnregisterCommand(CLI::App& app, Run& chosen);
+void addWaitCommand(CLI::App& app, Run& chosen);
+void addWatchCommand(CLI::App& app, Run& chosen);
+
+} // namespace vykeldev
+
+#endif

@@ -1,0 +1,48 @@
+#include "commands/Commands.h"
+#include "support/Failure.h"
+#include "support/Registrations.h"
+#include "support/Text.h"
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+namespace vykeldev {
+namespace {
+
+struct RegisterOptions {
+    std::string name;
+    std::string path;
+    bool force = false;
+};
+
+ExitCode registerPlugin(const RegisterOptions& options) {
+    const std::string path = absolutePath(options.path);
+    const std::string problem = pathProblem(path);
+    if (!problem.empty() && !options.force) {
+        throw Failure("'" + printable(path) + "' is not registered: " + problem, "",
+                      "Give the path of the plug-in's DLL, or --force to register it before it is there.");
+    }
+    writeRegistration(options.name, path);
+    std::cout << "registered " << printable(options.name) << ": " << printable(path) << '\n';
+    return ExitCode::Success;
+}
+
+} // namespace
+
+void addRegisterCommand(CLI::App& app, Run& chosen) {
+    const auto options = std::make_shared<RegisterOptions>();
+    CLI::App* const command = app.add_subcommand("register", "Registers a plug-in, or changes its path");
+    const auto checkName = [](const std::string& name) {
+        return isRegistrationName(name) ? std::string() : "a name has 1 to 255 characters and no backslash";
+    };
+    command->add_option("NAME", options->name, "Any name; plug-ins are loaded in the order of their names")
+        ->required()
+        ->check(checkName)
+        ->type_name("");
+    command->add_option("PATH", options->path, "The plug-in's DLL")->required()->type_name("");
+    command->add_flag("--force", options->force, "Registers a path where no file is yet");
+    command->callback(
+        [options, &chosen] { chosen = [options](const Context&) { return registerPlugin(*options); }; });
+}
+
+} // namespace vykeldev

@@ -1,0 +1,60 @@
+#include "support/Enumerator.h"
+
+#include "platform/System.h"
+#include "support/Failure.h"
+#include "support/Text.h"
+
+namespace vykeldev {
+
+std::string defaultLibraryPath() {
+    WideString path(32768, 0); // no path is longer
+    path.resize(GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size())));
+    const std::string tool = toUtf8(path);
+    return tool.substr(0, tool.find_last_of("\\/") + 1) + libraryFileName;
+}
+
+template <typename Function>
+Function* Enumerator::resolve(const char* name) const {
+    const FARPROC address = GetProcAddress(module_.get(), name);
+    if (address == nullptr) {
+        throw systemFailure("finding '" + std::string(name) + "' in '" + printable(path_) + "'",
+                            GetLastError(), "Give the path of a vykeldevenum library with --library.");
+    }
+    return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
+}
+
+Enumerator::Enumerator(const std::string& path) : path_(absolutePath(path)) {
+    module_.reset(LoadLibraryExW(toWide(path_).c_str(), nullptr, 0));
+    if (!module_) {
+        throw systemFailure(
+            "loading '" + printable(path_) + "'", GetLastError(),
+            "Put the vykeldevenum library beside this tool, or give its path with --library.");
+    }
+    auto* const initialize = resolve<decltype(vykeldevenum_initialize)>("vykeldevenum_initialize");
+    getAllKelDevices_ = resolve<decltype(vykeldevenum_getAllKelDevices)>("vykeldevenum_getAllKelDevices");
+    finalize_ = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
+    const std::int32_t code = initialize();
+    if (code < 0)
+        throw statusFailure("initialising the library", code);
+}
+
+Enumerator::~Enumerator() {
+    finalize_();
+}
+
+DeviceListHandle Enumerator::makeList() const {
+    vykel::IDeviceList* list = nullptr;
+    const std::int32_t code = getAllKelDevices_(0, &list);
+    if (code < 0)
+        throw statusFailure("making a device list", code);
+    return DeviceListHandle(list);
+}
+
+void refresh(vykel::IDeviceList& list) {
+    vykel::StatusBlock status = vykel::makeStatusBlock();
+    list.refresh(&status);
+    if (status.code < 0)
+        throw statusFailure("refreshing the devices", status);
+}
+
+} // namespace vykeldev

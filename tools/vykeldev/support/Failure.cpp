@@ -1,0 +1,97 @@
+#include "support/Failure.h"
+
+#include "platform/System.h"
+#include "support/Text.h"
+#include "vykel/StatusCodes.h"
+#include <algorithm>
+#include <iterator>
+#include <utility>
+
+namespace vykeldev {
+namespace {
+
+using vykel::StatusCode;
+
+struct Explanation {
+    StatusCode code;
+    const char* name;
+    const char* meaning;
+    const char* remedy;
+};
+
+constexpr Explanation explanations[] = {
+    {StatusCode::ConfigurationFault, "ConfigurationFault",
+     "A lock file cannot be made, or the legacy alias file vykel.ini is malformed or cannot be saved.",
+     "Make the folder Morvance\\VY-KEL in the common application data folder (C:\\ProgramData) and let this "
+     "user "
+     "write there. If vykel.ini lies there, 'vykeldev aliases' names the line to mend; 'vykeldev doctor' "
+     "tells "
+     "what else is in the way."},
+    {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", "End other programs and try again."},
+    {StatusCode::GeneralFault, "GeneralFault",
+     "The library is not initialised, or failed in an unforeseen way.",
+     "Try again; if it stays, report the code and the place where it was raised."},
+    {StatusCode::BadCast, "BadCast", "A plug-in is faulty.",
+     "'vykeldev doctor' tries each plug-in by itself and names it."},
+    {StatusCode::InvalidParameter, "InvalidParameter", "The library refuses an argument of this tool.",
+     "Install tool and library from the same release."},
+    {StatusCode::ResourceNotFound, "ResourceNotFound",
+     "The registry key of the plug-ins or the common application data folder cannot be found or read.",
+     "Register a plug-in with 'vykeldev register NAME PATH' as administrator, which makes the key; check "
+     "that "
+     "the folder C:\\ProgramData is there."},
+    {StatusCode::OsFault, "OsFault", "The operating system refuses an event or a file lock.",
+     "Check that the folder Morvance\\VY-KEL of the common application data folder is on a local disk."},
+    {StatusCode::PluginNotInitialized, "PluginNotInitialized",
+     "A plug-in was used before it was initialised.",
+     "Try again; if it stays, report the code and the place where it was raised."},
+    {StatusCode::VersionMismatch, "VersionMismatch", "The library does not offer the interface of this tool.",
+     "Install tool and library from the same release."},
+};
+
+constexpr Explanation ofPlugin = {StatusCode::Success, "a plug-in's own code",
+                                  "A plug-in failed with a code that it defines itself.",
+                                  "Look the code up in the plug-in's documentation."};
+
+const Explanation& explain(std::int32_t code) noexcept {
+    const auto* const found =
+        std::find_if(std::begin(explanations), std::end(explanations), [code](const Explanation& candidate) {
+            return vykel::toInteger(candidate.code) == code;
+        });
+    return found == std::end(explanations) ? ofPlugin : *found;
+}
+
+/// A text of a fixed-size field, which a faulty writer may have left without its end.
+template <std::size_t Size>
+std::string fieldText(const char (&field)[Size]) {
+    return printable(std::string(field, std::find(field, field + Size, '\0')));
+}
+
+} // namespace
+
+Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
+    const Explanation& explanation = explain(status.code);
+    std::string what = action + " failed with " + std::to_string(status.code) + " (" + explanation.name + ")";
+    const std::string component = fieldText(status.component);
+    if (!component.empty()) {
+        what +=
+            ", raised by " + component + " at " + fieldText(status.file) + ":" + std::to_string(status.line);
+    }
+    return {what, explanation.meaning, explanation.remedy};
+}
+
+Failure statusFailure(const std::string& action, std::int32_t code) {
+    vykel::StatusBlock status = vykel::makeStatusBlock();
+    status.code = code;
+    return statusFailure(action, status);
+}
+
+Failure systemFailure(const std::string& action, DWORD error, const std::string& remedy) {
+    std::string meaning = systemErrorText(error);
+    if (meaning.rfind("%1", 0) == 0) // the system's place for a file name
+        meaning.replace(0, 2, "The file");
+    return {action + " failed with system error " + std::to_string(error), std::move(meaning),
+            error == ERROR_ACCESS_DENIED ? "Run the tool as administrator." : remedy};
+}
+
+} // namespace vykeldev

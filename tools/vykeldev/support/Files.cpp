@@ -1,0 +1,65 @@
+#include "support/Files.h"
+
+#include "support/Failure.h"
+#include "support/Text.h"
+
+namespace vykeldev::doctor {
+namespace {
+
+constexpr LONGLONG largestFile = LONGLONG{256} << 20;
+
+std::size_t nameBegin(const std::string& path) noexcept {
+    return path.find_last_of("\\/") + 1; // 0 when there is no separator
+}
+
+} // namespace
+
+FileHandle openFile(const std::string& path, DWORD access, DWORD disposition) {
+    const HANDLE file =
+        CreateFileW(toWide(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+    return FileHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+}
+
+DWORD readFile(const std::string& path, std::string& bytes) {
+    const FileHandle file = openFile(path, GENERIC_READ, OPEN_EXISTING);
+    LARGE_INTEGER size = {};
+    if (!file || !GetFileSizeEx(file.get(), &size))
+        return GetLastError();
+    if (size.QuadPart > largestFile)
+        return ERROR_NOT_ENOUGH_MEMORY;
+    bytes.resize(static_cast<std::size_t>(size.QuadPart));
+    DWORD done = 0;
+    if (!ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr))
+        return GetLastError();
+    bytes.resize(done);
+    return ERROR_SUCCESS;
+}
+
+void writeFile(const std::string& path, std::string_view bytes, bool replace) {
+    FileHandle file = openFile(path, GENERIC_WRITE, replace ? CREATE_ALWAYS : CREATE_NEW);
+    DWORD done = 0;
+    if (file && WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr) &&
+        done == bytes.size())
+        return;
+    const DWORD error = GetLastError();
+    if (file) { // half a file is none
+        file.reset();
+        DeleteFileW(toWide(path).c_str());
+    } else if (error == ERROR_FILE_EXISTS) {
+        throw Failure("'" + printable(path) + "' exists already", "", "Give another name, or --force.");
+    }
+    throw systemFailure("writing '" + printable(path) + "'", error, "Give a name in another folder.");
+}
+
+bool isFolder(const std::string& path) {
+    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::string folderOf(const std::string& path) {
+    const std::size_t begin = nameBegin(path);
+    return begin == 0 ? std::string() : path.substr(0, begin - 1);
+}
+
+} // namespace vykeldev::doctor

@@ -1,0 +1,39 @@
+#ifndef VYKELDEV_SUPPORT_FILES_H
+#define VYKELDEV_SUPPORT_FILES_H
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <windows.h>
+
+/// Whole files by their UTF-8 paths.
+namespace vykeldev::doctor {
+
+/// In bytes; what is longer is no file.
+constexpr std::size_t longestPath = 32000;
+
+struct CloseFile {
+    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
+};
+/// An open file of the system; null when there is none.
+using FileHandle = std::unique_ptr<void, CloseFile>;
+
+/// As CreateFileW, sharing everything; null with the system's last error set.
+FileHandle openFile(const std::string& path, DWORD access, DWORD disposition);
+
+/// Reads a file of at most 256 MB. Returns the system's error; 0 is success.
+DWORD readFile(const std::string& path, std::string& bytes);
+
+/// Writes a new file; an old one only when `replace`. Throws Failure, also when there is an old one.
+void writeFile(const std::string& path, std::string_view bytes, bool replace);
+
+/// Whether there is a folder of that name.
+bool isFolder(const std::string& path);
+
+/// A path without its last part.
+std::string folderOf(const std::string& path);
+
+} // namespace vykeldev::doctor
+
+#endif

@@ -1,0 +1,99 @@
+#include "support/Registrations.h"
+
+#include "PluginRegistrations.h"
+#include "support/Failure.h"
+#include "support/LibraryError.h"
+#include "support/Text.h"
+#include "vysys/windowsRegistry.h"
+
+namespace vykeldev {
+namespace {
+
+constexpr std::size_t longestName = 255; // in UTF-16 units; the registry's limit
+
+Failure registryFailure(const std::string& action, DWORD error) {
+    return systemFailure(action, error, "Check the rights on this registry key.");
+}
+
+Registration readRegistration(std::uint32_t index) {
+    Registration result{"(subkey " + std::to_string(index) + ")", std::nullopt, {}};
+    try {
+        result.name = vykel::pluginName(index);
+        result.path = vykel::pluginPath(result.name);
+        result.problem = pathProblem(*result.path);
+    } catch (const vyerr::Exception& exception) {
+        const LibraryError error = makeLibraryError(exception);
+        result.problem = std::string(vykel::pluginPathValue) + " cannot be read: " + error.systemText +
+                         (error.system ? " (" + std::to_string(*error.system) + ")" : "");
+    }
+    return result;
+}
+
+} // namespace
+
+bool isRegistrationName(const std::string& name) {
+    return !name.empty() && name.find('\\') == std::string::npos && toWide(name).size() <= longestName;
+}
+
+bool isAbsolutePath(const std::string& path) noexcept {
+    const bool drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
+    return drive || path.substr(0, 2) == "\\\\" || path.substr(0, 1) == "/";
+}
+
+std::vector<Registration> readRegistrations() {
+    std::vector<Registration> registrations;
+    try {
+        const std::uint32_t count = vykel::countPlugins();
+        for (std::uint32_t index = 0; index < count; ++index)
+            registrations.push_back(readRegistration(index));
+    } catch (const vyerr::Exception& exception) {
+        const LibraryError error = makeLibraryError(exception);
+        if (!error.system)
+            throw statusFailure("reading the registry key of the plug-ins", error.code);
+        if (*error.system != ERROR_FILE_NOT_FOUND)
+            throw registryFailure("reading the registry key of the plug-ins", *error.system);
+    }
+    return registrations;
+}
+
+void writeRegistration(const std::string& name, const std::string& path) {
+    vysys::RegistryKey key;
+    const WideString keyPath = toWide(vykel::pluginsKey + name);
+    LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                    KEY_WRITE, nullptr, &key.handle, nullptr);
+    key.opened = error == ERROR_SUCCESS;
+    if (key.opened) {
+        const WideString text = toWide(path);
+        const DWORD bytes = static_cast<DWORD>((text.size() + 1) * sizeof(WCHAR)); // with its terminator
+        error = RegSetValueExW(key.handle, toWide(vykel::pluginPathValue).c_str(), 0, REG_SZ,
+                               reinterpret_cast<const BYTE*>(text.c_str()), bytes);
+    }
+    if (error != ERROR_SUCCESS)
+        throw registryFailure("registering '" + printable(name) + "'", static_cast<DWORD>(error));
+}
+
+void removeRegistration(const std::string& name) {
+    vysys::RegistryKey plugins;
+    LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, toWide(vykel::pluginsKey).c_str(), 0,
+                                  KEY_READ | KEY_WRITE | DELETE, &plugins.handle);
+    plugins.opened = error == ERROR_SUCCESS;
+    if (plugins.opened)
+        error = RegDeleteTreeW(plugins.handle, toWide(name).c_str());
+    if (error == ERROR_FILE_NOT_FOUND) {
+        throw Failure("no plug-in is registered as '" + printable(name) + "'", "",
+                      "'vykeldev plugins' shows the names.");
+    }
+    if (error != ERROR_SUCCESS)
+        throw registryFailure("unregistering '" + printable(name) + "'", static_cast<DWORD>(error));
+}
+
+std::string pathProblem(const std::string& path) {
+    if (!isAbsolutePath(path))
+        return "the path is not absolute"; // which file it means depends on the client
+    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return "there is no such file";
+    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? "this is a folder" : "";
+}
+
+} // namespace vykeldev
