@@ -1,7 +1,7 @@
 #ifndef TESTS_FAKEPLUGINS_H
 #define TESTS_FAKEPLUGINS_H
 
-#include "plugins/FakeHost.h"
+#include "support/FakeHost.h"
 #include <filesystem>
 #include <map>
 #include <mutex>

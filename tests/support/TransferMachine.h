@@ -2,8 +2,8 @@
 #define TESTS_TRANSFERMACHINE_H
 
 #include "DeviceTable.h"
-#include "support/Files.h"
 #include "support/Machine.h"
+#include "support/TestFiles.h"
 #include "vykel/IDevice.h"
 #include <cstdint>
 #include <fstream>

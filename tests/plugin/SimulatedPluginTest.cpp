@@ -1,7 +1,7 @@
 // The sample plug-in as a library: its text file, and what it keeps there for every process.
-#include "support/Files.h"
 #include "support/LoadedLibrary.h"
 #include "support/Machine.h"
+#include "support/TestFiles.h"
 #include "vykel/PluginEntryPoints.h"
 #include "vykel/StatusCodes.h"
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-#include "support/Files.h"
 #include "support/LibraryTest.h"
+#include "support/TestFiles.h"
 
 #include <chrono>
 #include <fstream>

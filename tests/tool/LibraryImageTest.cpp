@@ -1,6 +1,6 @@
 #include "doctor/LibraryImage.h"
-#include "support/Files.h"
 #include "support/Platform.h"
+#include "support/TestFiles.h"
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>

@@ -1,5 +1,5 @@
-#include "support/Files.h"
 #include "support/Machine.h"
+#include "support/TestFiles.h"
 
 #include <filesystem>
 #include <fstream>

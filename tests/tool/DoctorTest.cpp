@@ -1,6 +1,6 @@
 #include "pellumkelddk/user/FileLock.h"
-#include "support/Files.h"
 #include "support/Machine.h"
+#include "support/TestFiles.h"
 #include "vyfile/internal/FileLockImpl.h"
 #include <gtest/gtest.h>
 #include <iterator>

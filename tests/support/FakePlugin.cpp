@@ -1,4 +1,4 @@
-#include "FakeHost.h"
+#include "support/FakeHost.h"
 #include "vykel/PluginEntryPoints.h"
 #include <algorithm>
 #include <cstdio>

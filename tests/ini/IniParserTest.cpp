@@ -1,6 +1,6 @@
 // What the parser makes of bytes.
 #include "ini/IniParser.h"
-#include "IniTestKit.h"
+#include "support/IniTestKit.h"
 #include <cstdio>
 #include <gtest/gtest.h>
 

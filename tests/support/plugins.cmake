@@ -1,7 +1,8 @@
 # Fake plug-ins: real libraries that do what the test tells them (FakeHost.h).
 function(add_fake_plugin name)
-  add_library(${name} MODULE FakePlugin.cpp)
+  add_library(${name} MODULE support/FakePlugin.cpp)
   target_link_libraries(${name} PRIVATE project_options)
+  target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   target_compile_definitions(${name} PRIVATE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden)
 endfunction()
@@ -17,9 +18,9 @@ if(WIN32)
   add_custom_command(OUTPUT ${other}.dll
     COMMAND clang++-14 --target=x86_64-pc-windows-msvc -ffreestanding -nostdlibinc -fno-rtti -fno-exceptions
             -fno-threadsafe-statics -std=c++17 -O2 -Wall -Wextra -Werror -I${other} -I${CMAKE_SOURCE_DIR}/includes
-            -c ${CMAKE_CURRENT_SOURCE_DIR}/OtherAbiPlugin.cpp -o ${other}/plugin.obj
+            -c ${CMAKE_CURRENT_SOURCE_DIR}/support/OtherAbiPlugin.cpp -o ${other}/plugin.obj
     COMMAND lld-link-14 /dll /noentry /nodefaultlib /machine:x64 /out:${other}.dll ${other}/plugin.obj
-    DEPENDS OtherAbiPlugin.cpp
+    DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/OtherAbiPlugin.cpp
     VERBATIM)
   add_custom_target(other_abi_plugin DEPENDS ${other}.dll)
   add_dependencies(fake_plugin other_abi_plugin)
@@ -29,3 +30,12 @@ else()
   target_link_options(fake_plugin_own_runtime PRIVATE -static-libstdc++ -static-libgcc -Wl,--exclude-libs,ALL)
   add_dependencies(fake_plugin fake_plugin_own_runtime)
 endif()
+
+# Plug-ins that are wrong in one way each: one library, told by its environment which; and one without an entry
+# point.
+foreach(name zoo_plugin zoo_plugin_without_finalize)
+  add_library(${name} MODULE support/ZooPlugin.cpp)
+  target_link_libraries(${name} PRIVATE project_options)
+  set_target_properties(${name} PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden)
+endforeach()
+target_compile_definitions(zoo_plugin_without_finalize PRIVATE ZOO_WITHOUT_FINALIZE)

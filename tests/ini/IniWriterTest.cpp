@@ -2,7 +2,7 @@
 #include "ini/IniWriter.h"
 #include "ini/IniEdit.h"
 #include "ini/IniSave.h"
-#include "IniTestKit.h"
+#include "support/IniTestKit.h"
 #include <gtest/gtest.h>
 
 namespace {

@@ -3,8 +3,8 @@
 
 #include "ini/IniDocument.h"
 #include "ini/IniLoad.h"
-#include "support/Files.h"
 #include "support/Machine.h"
+#include "support/TestFiles.h"
 #include <memory>
 #include <string>
 

@@ -2,11 +2,11 @@
 # kit-test.sh BUILD [--update]
 #
 # Installs the kit of the build in BUILD and does with it what its users do: builds the samples from it alone, runs
-# them, follows devices with the tool. Compares what is a contract with tests/golden/; --update writes that anew.
+# them, follows devices with the tool. Compares what is a contract with tests/tool/golden/; --update writes that anew.
 # ctest sets CXX and OBJDUMP.
 set -eu -o pipefail
-source_dir=$(cd "$(dirname "$0")/.." && pwd)
-golden=$source_dir/tests/golden
+source_dir=$(cd "$(dirname "$0")/../.." && pwd)
+golden=$source_dir/tests/tool/golden
 build=$(cd "$1" && pwd)
 update=${2-}
 work=$build/kit-test
@@ -15,7 +15,7 @@ version=$(sed -n 's/^CMAKE_PROJECT_VERSION:STATIC=//p' "$build/CMakeCache.txt")
 
 rm -rf "$work"
 mkdir -p "$work"
-. "$source_dir/tests/kit-environment.sh"
+. "$source_dir/tests/tool/kit-environment.sh"
 trap stop_environment EXIT
 cd "$work"
 
@@ -24,7 +24,7 @@ fail() {
   exit 1
 }
 
-# Compares standard input with a file of tests/golden/.
+# Compares standard input with a file of tests/tool/golden/.
 compare() {
   if [ "$update" = --update ]; then cat >"$golden/$1"; else diff -u "$golden/$1" - || fail "$1 changed"; fi
 }

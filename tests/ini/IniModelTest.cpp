@@ -1,7 +1,7 @@
 // Lookups and edits against a model that keeps everything in plain vectors and walks all of it for every
 // question: random files and operations, options changing in between.
 #include "ini/IniEdit.h"
-#include "IniTestKit.h"
+#include "support/IniTestKit.h"
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <random>

@@ -9,13 +9,13 @@
 # - asks the tool for the help of every `vykeldev COMMAND` and for each of its `--option`s.
 # ctest sets CXX.
 set -eu -o pipefail
-source_dir=$(cd "$(dirname "$0")/.." && pwd)
+source_dir=$(cd "$(dirname "$0")/../.." && pwd)
 build=$(cd "$1" && pwd)
 kit=$build/kit-test/kit
 work=$build/docs-test
 rm -rf "$work"
 mkdir -p "$work/bin"
-. "$source_dir/tests/kit-environment.sh"
+. "$source_dir/tests/tool/kit-environment.sh"
 trap stop_environment EXIT
 
 # The commands of the documents are typed on Windows; here the environment makes them do the same.

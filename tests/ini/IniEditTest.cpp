@@ -1,7 +1,7 @@
 // Lookups, edits and escapes; IniModelTest.cpp holds them against a plain model.
 #include "ini/IniEdit.h"
 #include "ini/IniEscape.h"
-#include "IniTestKit.h"
+#include "support/IniTestKit.h"
 #include <gtest/gtest.h>
 
 namespace {

@@ -1,5 +1,5 @@
-#ifndef TESTS_FILES_H
-#define TESTS_FILES_H
+#ifndef TESTS_TESTFILES_H
+#define TESTS_TESTFILES_H
 
 #include <chrono>
 #include <filesystem>
