@@ -78,7 +78,7 @@ std::string savedPath(const Sample& sample) {
 using Clock = std::chrono::steady_clock;
 
 /// Times `work` on a fresh, loaded model in every iteration.
-template <typename Engine, typename Work>
+template <class Engine, class Work>
 void timeLoaded(benchmark::State& state, const Sample& sample, Work work) {
     for (auto _ : state) {
         Engine engine;
@@ -97,7 +97,7 @@ void timeLoaded(benchmark::State& state, const Sample& sample, Work work) {
     }
 }
 
-template <typename Engine>
+template <class Engine>
 void load(benchmark::State& state, const Sample& sample) {
     for (auto _ : state) {
         Engine engine;
@@ -109,7 +109,7 @@ void load(benchmark::State& state, const Sample& sample) {
     state.SetBytesProcessed(static_cast<std::int64_t>(sample.size) * state.iterations());
 }
 
-template <typename Engine>
+template <class Engine>
 void lookup(benchmark::State& state, const Sample& sample) {
     Engine engine;
     if (!engine.load(sample.path.c_str())) {
@@ -126,7 +126,7 @@ void lookup(benchmark::State& state, const Sample& sample) {
     }
 }
 
-template <typename Engine>
+template <class Engine>
 void removeAll(benchmark::State& state, const Sample& sample) {
     timeLoaded<Engine>(state, sample, [&](Engine& engine) {
         bool done = true;
@@ -140,13 +140,13 @@ void removeAll(benchmark::State& state, const Sample& sample) {
     });
 }
 
-template <typename Engine>
+template <class Engine>
 void save(benchmark::State& state, const Sample& sample) {
     const std::string target = savedPath(sample);
     timeLoaded<Engine>(state, sample, [&](Engine& engine) { return engine.save(target.c_str()); });
 }
 
-template <typename Engine>
+template <class Engine>
 void saveSafely(benchmark::State& state, const Sample& sample) {
     const std::string target = savedPath(sample);
     timeLoaded<Engine>(state, sample, [&](Engine& engine) { return engine.saveSafely(target.c_str()); });
@@ -154,7 +154,7 @@ void saveSafely(benchmark::State& state, const Sample& sample) {
 
 /// Heap bytes that a loaded model holds, and how many for each byte of the file. Many small models are held
 /// at once, so that what the heap keeps in its caches doesn't count.
-template <typename Engine>
+template <class Engine>
 void memory(benchmark::State& state, const Sample& sample) {
     const auto held = [] {
         const struct mallinfo2 info = mallinfo2();
@@ -185,19 +185,19 @@ benchmark::internal::Benchmark* add(const char* operation, const char* engine, c
         ->Unit(benchmark::kMicrosecond);
 }
 
-template <typename Engine>
+template <class Engine>
 void addReading(const Sample& sample) {
     add("Load", Engine::name, sample, &load<Engine>);
     add("Lookup", Engine::name, sample, &lookup<Engine>);
     add("Memory", Engine::name, sample, &memory<Engine>);
 }
 
-template <typename Engine>
+template <class Engine>
 void addDeleting(const Sample& sample) {
     add("Delete", Engine::name, sample, &removeAll<Engine>)->UseManualTime();
 }
 
-template <typename Engine>
+template <class Engine>
 void addSaving(const Sample& sample) {
     add("Save", Engine::name, sample, &save<Engine>)->UseManualTime();
 }

@@ -12,7 +12,7 @@ constexpr std::uint32_t lowestBit(std::uint32_t i) noexcept {
 
 } // namespace
 
-template <typename T>
+template <class T>
 bool IniIndex<T>::build(T* first, std::uint32_t count) noexcept {
     std::uint32_t wanted = 32;
     while (wanted <= count && wanted != 0)
@@ -24,7 +24,7 @@ bool IniIndex<T>::build(T* first, std::uint32_t count) noexcept {
     return true;
 }
 
-template <typename T>
+template <class T>
 bool IniIndex<T>::append(T* item, std::uint32_t hash) noexcept {
     if (used == capacity && !resize(removed > capacity / 2 ? capacity : capacity * 2))
         return false;
@@ -34,7 +34,7 @@ bool IniIndex<T>::append(T* item, std::uint32_t hash) noexcept {
     return true;
 }
 
-template <typename T>
+template <class T>
 std::uint32_t IniIndex<T>::find(const char* name, std::uint32_t hash) const noexcept {
     const std::uint32_t last = bucketOf(hash);
     if (last == 0)
@@ -48,7 +48,7 @@ std::uint32_t IniIndex<T>::find(const char* name, std::uint32_t hash) const noex
     return none;
 }
 
-template <typename T>
+template <class T>
 void IniIndex<T>::remove(std::uint32_t slot) noexcept {
     std::uint32_t& last = bucketOf(slots[slot].hash);
     std::uint32_t before = last - 1;
@@ -65,7 +65,7 @@ void IniIndex<T>::remove(std::uint32_t slot) noexcept {
         addToRanks(slot, UINT32_MAX); // takes one away
 }
 
-template <typename T>
+template <class T>
 T* IniIndex<T>::atPosition(std::uint32_t n) noexcept {
     if (removed == 0)
         return slots[n - 1].item;
@@ -82,7 +82,7 @@ T* IniIndex<T>::atPosition(std::uint32_t n) noexcept {
 }
 
 /// Gives the index a new capacity, a power of two, and closes the gaps. False when memory is short.
-template <typename T>
+template <class T>
 bool IniIndex<T>::resize(std::uint32_t newCapacity) noexcept {
     if (newCapacity == 0)
         return false; // more than 2^31 items
@@ -103,7 +103,7 @@ bool IniIndex<T>::resize(std::uint32_t newCapacity) noexcept {
 }
 
 /// Puts the item of `added` into the next slot, for which there is room.
-template <typename T>
+template <class T>
 void IniIndex<T>::link(Slot added) noexcept {
     std::uint32_t& last = bucketOf(added.hash);
     if (last == 0) {
@@ -116,7 +116,7 @@ void IniIndex<T>::link(Slot added) noexcept {
     last = ++used;
 }
 
-template <typename T>
+template <class T>
 bool IniIndex<T>::countRanks() noexcept {
     ranks = makeIniArray<std::uint32_t>(std::size_t{capacity} + 1);
     if (ranks == nullptr)
@@ -130,7 +130,7 @@ bool IniIndex<T>::countRanks() noexcept {
     return true;
 }
 
-template <typename T>
+template <class T>
 void IniIndex<T>::addToRanks(std::uint32_t slot, std::uint32_t change) noexcept {
     for (std::uint32_t i = slot + 1; i <= capacity; i += lowestBit(i))
         ranks[i] += change;

@@ -16,7 +16,7 @@ namespace vyini {
 ///
 /// T has a pointer `next` to T; nameOf(const T&) gives its name. There is an index of sections and one of
 /// entries.
-template <typename T>
+template <class T>
 class IniIndex {
 public:
     static constexpr std::uint32_t none = UINT32_MAX;

@@ -4,7 +4,7 @@
 
 namespace vyini {
 
-template <typename T>
+template <class T>
 T* IniList<T>::take(const char* name, int caseSensitive) noexcept {
     const Place place = locate(name, caseSensitive);
     if (place.item != nullptr) {
@@ -15,7 +15,7 @@ T* IniList<T>::take(const char* name, int caseSensitive) noexcept {
     return place.item;
 }
 
-template <typename T>
+template <class T>
 T* IniList<T>::at(std::uint32_t n) noexcept {
     if (n == 0 || n > size)
         return nullptr;
@@ -26,14 +26,14 @@ T* IniList<T>::at(std::uint32_t n) noexcept {
     return item;
 }
 
-template <typename T>
+template <class T>
 void IniList<T>::unlink(T* item) noexcept {
     (item->previous != nullptr ? item->previous->next : head) = item->next;
     (item->next != nullptr ? item->next->previous : tail) = item->previous;
     --size;
 }
 
-template <typename T>
+template <class T>
 typename IniList<T>::Place IniList<T>::lookUp(const char* name, int caseSensitive) noexcept {
     if (!useIndex(caseSensitive))
         return walk(name, caseSensitive);
@@ -43,7 +43,7 @@ typename IniList<T>::Place IniList<T>::lookUp(const char* name, int caseSensitiv
 }
 
 /// True when there is an index for this kind of comparison; makes one when the list is long enough.
-template <typename T>
+template <class T>
 bool IniList<T>::useIndex(int caseSensitive) noexcept {
     const int kind = caseSensitive != 0 ? 1 : 0;
     if (index != nullptr && index->caseSensitive != kind)

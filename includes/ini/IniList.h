@@ -11,7 +11,7 @@ namespace vyini {
 /// with first() and `next`. Names may repeat. A list of more than a few items makes itself an index when it
 /// is first searched; without memory for one it is walked, so that a search never fails. One thread. There
 /// are lists of sections and of entries.
-template <typename T>
+template <class T>
 class IniList {
 public:
     T* first() const noexcept { return head; }
@@ -24,7 +24,7 @@ public:
 
     /// find(), or when there is no such item, the item that `make` gives, appended. Its name must be `name`.
     /// Null when `make` gives null.
-    template <typename Make>
+    template <class Make>
     T* findOrAppend(const char* name, int caseSensitive, Make make) noexcept {
         const Place place = locate(name, caseSensitive);
         if (place.item != nullptr)

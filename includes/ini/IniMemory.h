@@ -20,11 +20,11 @@ struct IniFree {
 using IniString = std::unique_ptr<char, IniFree>;
 
 /// An owned array of plain values.
-template <typename T>
+template <class T>
 using IniArray = std::unique_ptr<T[], IniFree>;
 
 /// `count` zeros, or null when memory is short.
-template <typename T>
+template <class T>
 IniArray<T> makeIniArray(std::size_t count) noexcept {
     return IniArray<T>(static_cast<T*>(std::calloc(count, sizeof(T))));
 }
@@ -63,7 +63,7 @@ private:
 
 /// Hands out items of one type from blocks that grow with their number up to a limit, and hands out again
 /// what is given back. One thread. Items still alive when the pool ends or is cleared are not destroyed.
-template <typename T>
+template <class T>
 class IniPool {
 public:
     IniPool() noexcept = default;

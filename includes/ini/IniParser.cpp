@@ -86,7 +86,7 @@ private:
     }
 
     /// The item of that name to go on with, or null when memory is short.
-    template <typename T, typename Make>
+    template <class T, class Make>
     T* findOrAppend(IniList<T>& list, const char* name, Make make) noexcept {
         if (document.mergeDuplicates != 0)
             return list.findOrAppend(name, document.caseSensitive, make);

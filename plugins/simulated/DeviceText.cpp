@@ -163,7 +163,7 @@ void setItem(std::string& line, std::string_view key, const std::string& value, 
 }
 
 /// Calls `visit` with every line of `text`, its line end left out, and its number from 1.
-template <typename Visit>
+template <class Visit>
 void forEachLine(std::string_view text, Visit&& visit) {
     for (std::size_t number = 1; !text.empty(); ++number) {
         const std::size_t end = std::min(text.find('\n'), text.size());

@@ -49,7 +49,7 @@ void storeError(StatusBlock* status, std::int32_t code, std::string_view file, s
 
 /// Runs `work` and turns whatever it throws into a code, told to the debugger too: no exception may leave a
 /// plug-in.
-template <typename Work>
+template <class Work>
 void reportInto(StatusBlock* status, const Path& path, Work&& work) noexcept {
     try {
         try {
@@ -147,7 +147,7 @@ public:
     void detach(std::uint64_t) noexcept override {}
 
     /// Runs `work` and turns whatever it throws into a code.
-    template <typename Work>
+    template <class Work>
     void guard(StatusBlock* status, Work&& work) noexcept {
         reportInto(status, store_.path(), std::forward<Work>(work));
     }

@@ -22,7 +22,7 @@ namespace {
 constexpr DWORD shareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 
 /// Runs `body` in a child process; how it ended, as waitpid tells.
-template <typename Body>
+template <class Body>
 int inChild(Body body) {
     const pid_t child = ::fork();
     if (child == 0) {

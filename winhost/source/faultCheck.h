@@ -30,7 +30,7 @@ inline bool fails(Call call) noexcept {
 void countResources(int change) noexcept;
 
 /// Runs a body that allocates: no C++ exception may come out of a Windows call.
-template <typename Answer, typename Body>
+template <class Answer, class Body>
 Answer guardMemory(Answer whenExhausted, Body body) noexcept {
     try {
         return body();

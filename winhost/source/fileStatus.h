@@ -19,7 +19,7 @@ inline DWORD fileAttributes(const struct stat& status) noexcept {
 }
 
 /// Fills the fields that WIN32_FIND_DATAA and WIN32_FILE_ATTRIBUTE_DATA have in common.
-template <typename Data>
+template <class Data>
 void describe(const struct stat& status, Data& data) noexcept {
     data.dwFileAttributes = fileAttributes(status);
     data.ftCreationTime = fileTime(status.st_mtim);

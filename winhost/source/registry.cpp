@@ -29,7 +29,7 @@ std::u16string pathOf(HKEY key, std::u16string_view subkey = {}) {
 }
 
 /// What every reading call does: runs `use` on the key of a handle, as the registry is now.
-template <typename Use>
+template <class Use>
 LSTATUS readKey(Call call, HKEY key, Use use) noexcept {
     if (const LSTATUS fault = faultStatus(call))
         return fault;
@@ -46,7 +46,7 @@ LSTATUS readKey(Call call, HKEY key, Use use) noexcept {
 
 /// What every changing call does: runs `change` on the key of a handle that has the right, and stores the
 /// result.
-template <typename Change>
+template <class Change>
 LSTATUS changeKey(Call call, HKEY key, REGSAM right, Change change) noexcept {
     if (const LSTATUS fault = faultStatus(call))
         return fault;
@@ -97,7 +97,7 @@ void giveCount(LPDWORD out, std::size_t count) noexcept {
 }
 
 /// The largest measure of the elements, 0 for none.
-template <typename Elements, typename Measure>
+template <class Elements, class Measure>
 std::size_t largest(const Elements& elements, Measure measure) noexcept {
     std::size_t result = 0;
     for (const auto& element : elements)

@@ -70,7 +70,7 @@ std::size_t encode(char32_t code, char (&out)[4]) noexcept {
     return length;
 }
 
-template <typename Text, typename Unit>
+template <class Text, class Unit>
 Converted convert(Text text, char32_t (*take)(Text&) noexcept, Unit* out, std::size_t capacity) noexcept {
     Converted result{0, true};
     while (!text.empty()) {
@@ -120,7 +120,7 @@ std::u16string upperCase(std::u16string_view text) {
 namespace {
 
 /// What both Windows conversions share once their texts have become views.
-template <typename Text, typename Unit>
+template <class Text, class Unit>
 int convertInto(Text text, Converted (*convertText)(Text, Unit*, std::size_t) noexcept, bool strict,
                 Unit* buffer, int size) noexcept {
     const std::size_t capacity = size > 0 ? static_cast<std::size_t>(size) : 0;
@@ -137,7 +137,7 @@ int convertInto(Text text, Converted (*convertText)(Text, Unit*, std::size_t) no
 }
 
 /// A length of -1 means a terminated text, with its terminator.
-template <typename Unit>
+template <class Unit>
 std::basic_string_view<Unit> viewOf(const Unit* text, int length) noexcept {
     return {text, length < 0 ? std::char_traits<Unit>::length(text) + 1 : static_cast<std::size_t>(length)};
 }

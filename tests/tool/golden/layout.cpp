@@ -7,7 +7,7 @@
 #include <cstring>
 
 /// The slot of a virtual function: a pointer to one holds its offset in the table, plus one.
-template <typename Member>
+template <class Member>
 static unsigned slotOf(Member member) {
     std::ptrdiff_t offset = 0;
     std::memcpy(&offset, &member, sizeof offset);

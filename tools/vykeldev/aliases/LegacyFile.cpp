@@ -130,7 +130,7 @@ private:
     }
 
     /// Of the entries for one device, marks those behind the first.
-    template <typename Iterator>
+    template <class Iterator>
     static void markDuplicates(Iterator begin, Iterator end, const char* reason) {
         std::map<std::string, std::int32_t> firstLine; // by target
         for (; begin != end; ++begin) {

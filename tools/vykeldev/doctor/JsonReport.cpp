@@ -48,7 +48,7 @@ Json toJson(const Finding& finding) {
             {"remedy", kind.remedy}};
 }
 
-template <typename T>
+template <class T>
 Json toArray(const std::vector<T>& items) {
     Json array = Json::array();
     for (const T& item : items)

@@ -13,7 +13,7 @@ std::string defaultLibraryPath() {
     return tool.substr(0, tool.find_last_of("\\/") + 1) + libraryFileName;
 }
 
-template <typename Function>
+template <class Function>
 Function* Enumerator::resolve(const char* name) const {
     const FARPROC address = GetProcAddress(module_.get(), name);
     if (address == nullptr) {

@@ -33,7 +33,7 @@ private:
     struct FreeModule {
         void operator()(HMODULE module) const noexcept { FreeLibrary(module); }
     };
-    template <typename Function>
+    template <class Function>
     Function* resolve(const char* name) const;
 
     std::string path_;
