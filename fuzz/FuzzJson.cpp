@@ -1,5 +1,7 @@
 // The JSON engine behind Status: any text may be read; one that is a closed container also takes fields.
 #include "errors/ErrorInfoText.h"
+#include "errors/JsonEscape.h"
+#include "errors/JsonNumber.h"
 #include "errors/JsonReader.h"
 #include "errors/StatusBlocks.h"
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "errors/JsonReader.h"
 
-#include <cstdio>
+#include "errors/JsonEscape.h"
 #include <cstring>
 #include <initializer_list>
 
@@ -13,27 +13,6 @@ constexpr int deepestNesting = 256;
 
 bool isDigit(char character) noexcept {
     return character >= '0' && character <= '9';
-}
-
-int hexDigit(char character) noexcept {
-    if (isDigit(character))
-        return character - '0';
-    const char lower = static_cast<char>(character | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-/// The value of the four hex digits before `end`, or -1. The text's NUL is no hex digit and stops it, too.
-std::int32_t hexQuad(const char* digits, const char* end) noexcept {
-    if (end - digits < 4)
-        return -1;
-    std::int32_t value = 0;
-    for (int i = 0; i < 4; ++i) {
-        const int digit = hexDigit(digits[i]);
-        if (digit < 0)
-            return -1;
-        value = value * 16 + digit;
-    }
-    return value;
 }
 
 const char* fail(JsonToken& token, const char* position, JsonError error) noexcept {
@@ -63,7 +42,7 @@ const char* parseString(const char* quote, JsonToken& token) noexcept {
         if (*at == '\0')
             return fail(token, at, JsonError::BadString);
         if (*at == 'u') {
-            if (hexQuad(at + 1, at + 5) < 0)
+            if (jsonHexQuad(at + 1, at + 5) < 0)
                 return fail(token, escape, JsonError::BadEscape);
             at += 4;
         } else if (std::strchr("\"/\\bfnrt", *at) == nullptr) {
@@ -171,104 +150,18 @@ const char* parseValue(const char* position, JsonToken& token, int depth) noexce
     return *position == '-' || isDigit(*position) ? parseNumber(position, token) : parseWord(position, token);
 }
 
-std::size_t encodeUtf8(std::uint32_t codePoint, char* out) noexcept {
-    const auto byte = [](std::uint32_t value) {
-        return static_cast<char>(static_cast<unsigned char>(value));
-    };
-    if (codePoint < 0x80) {
-        out[0] = byte(codePoint);
-        return 1;
-    }
-    const std::size_t length = codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
-    for (std::size_t i = length - 1; i > 0; --i, codePoint >>= 6)
-        out[i] = byte(0x80 | (codePoint & 0x3F));
-    out[0] = byte((0xF00u >> length) | codePoint);
-    return length;
-}
-
-/// Decodes what follows "\u". Returns the place behind it, or null.
-const char* decodeUnicode(const char* digits, const char* end, char* out, std::size_t& outLength) noexcept {
-    const std::int32_t first = hexQuad(digits, end);
-    if (first <= 0)
-        return nullptr;
-    const char* next = digits + 4;
-    auto codePoint = static_cast<std::uint32_t>(first);
-    if (codePoint >= 0xD800 && codePoint < 0xE000) {
-        if (end - next < 2 || next[0] != '\\' || next[1] != 'u')
-            return nullptr;
-        const std::int32_t second = hexQuad(next + 2, end);
-        if (second < 0)
-            return nullptr;
-        next += 6;
-        codePoint = 0x10000 + ((codePoint - 0xD800) << 10) +
-                    ((static_cast<std::uint32_t>(second) - 0xDC00u) & 0xFFFFu);
-        if (codePoint >= 0x200000)
-            return nullptr;
-    }
-    outLength = encodeUtf8(codePoint, out);
-    return next;
-}
-
-/// Decodes the character at the front of an escaped body into 1 to 4 bytes. Returns the place behind it, or
-/// null at a bad or cut-off escape or a NUL.
-const char* decodeCharacter(const char* at, const char* end, char* out, std::size_t& outLength) noexcept {
-    outLength = 1;
-    out[0] = *at;
-    if (*at != '\\')
-        return *at != '\0' ? at + 1 : nullptr;
-    if (++at == end)
-        return nullptr;
-    switch (*at) {
-    case 'b':
-        out[0] = '\b';
-        break;
-    case 'f':
-        out[0] = '\f';
-        break;
-    case 'n':
-        out[0] = '\n';
-        break;
-    case 'r':
-        out[0] = '\r';
-        break;
-    case 't':
-        out[0] = '\t';
-        break;
-    case 'u':
-        return decodeUnicode(at + 1, end, out, outLength);
-    case '"':
-    case '/':
-    case '\\':
-        out[0] = *at;
-        break;
-    default:
-        return nullptr;
-    }
-    return at + 1;
-}
-
 bool decodesTo(const JsonToken& string, const char* expected) noexcept {
     const char* at = string.start;
     const char* const end = string.start + string.length;
     while (at != end) {
         char decoded[4];
         std::size_t length = 0;
-        at = decodeCharacter(at, end, decoded, length);
+        at = decodeJsonCharacter(at, end, decoded, length);
         if (at == nullptr || std::strncmp(expected, decoded, length) != 0)
             return false;
         expected += length;
     }
     return *expected == '\0';
-}
-
-/// The C runtime reads a number by the locale; this writes the point as it wants it.
-const char* withLocalSeparator(const char* text, char (&buffer)[64]) noexcept {
-    std::snprintf(buffer, sizeof buffer, "%.1f", 1.5);
-    if (std::strchr(buffer, ',') == nullptr)
-        return text;
-    std::snprintf(buffer, sizeof buffer, "%s", text);
-    buffer[strcspn(buffer, ".,")] = ',';
-    return buffer;
 }
 
 } // namespace
@@ -305,41 +198,6 @@ const char* findField(const char* text, const char* key) noexcept {
         at = skipJsonBlanks(at + 1);
     }
     return nullptr;
-}
-
-char* unescapeJsonString(const char* body, std::int64_t length, char* destination) noexcept {
-    const char* const end = body + length;
-    while (body != end) {
-        char decoded[4];
-        std::size_t decodedLength = 0;
-        body = decodeCharacter(body, end, decoded, decodedLength);
-        if (body == nullptr) {
-            *destination = '\0';
-            return nullptr;
-        }
-        std::memcpy(destination, decoded, decodedLength);
-        destination += decodedLength;
-    }
-    *destination = '\0';
-    return destination;
-}
-
-bool jsonNumberToInt(const JsonToken& token, std::int32_t* value) noexcept {
-    if (token.flag == 0) {
-        int scanned = 0;
-        if (std::sscanf(token.start, "%i", &scanned) != 1)
-            return false;
-        *value = scanned;
-        return true;
-    }
-    char buffer[64];
-    double scanned = 0;
-    if (std::sscanf(withLocalSeparator(token.start, buffer), "%lg", &scanned) != 1)
-        return false;
-    // Written so that a NaN, too, takes the second branch.
-    const bool fits = scanned > -2147483649.0 && scanned < 2147483648.0;
-    *value = fits ? static_cast<std::int32_t>(scanned) : INT32_MIN;
-    return true;
 }
 
 } // namespace vyerr

@@ -50,14 +50,6 @@ const char* parseJsonValue(const char* position, JsonToken* token) noexcept;
 /// the text is malformed before it. The first member of that name wins.
 const char* findField(const char* text, const char* key) noexcept;
 
-/// Decodes `length` bytes of a string's escaped body; `destination` needs length + 1 bytes. Returns the
-/// destination's terminating NUL, or null at a bad escape, with the text before it kept.
-char* unescapeJsonString(const char* body, std::int64_t length, char* destination) noexcept;
-
-/// Converts a number token; a fraction is cut off toward zero, a value beyond 32 bits gives the lowest
-/// number.
-bool jsonNumberToInt(const JsonToken& token, std::int32_t* value) noexcept;
-
 } // namespace vyerr
 
 #endif

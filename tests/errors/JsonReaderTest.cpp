@@ -1,5 +1,7 @@
 #include "errors/JsonReader.h"
 
+#include "errors/JsonEscape.h"
+#include "errors/JsonNumber.h"
 #include <clocale>
 #include <cstring>
 #include <gtest/gtest.h>
