@@ -1,23 +1,21 @@
 #include "errors/JsonNumber.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
 
 namespace vyerr {
 
-namespace {
-
-/// The C runtime reads a number by the locale; this writes the point as it wants it.
-const char* withLocalSeparator(const char* text, char (&buffer)[64]) noexcept {
-    std::snprintf(buffer, sizeof buffer, "%.1f", 1.5);
-    if (std::strchr(buffer, ',') == nullptr)
-        return text;
-    std::snprintf(buffer, sizeof buffer, "%s", text);
-    buffer[strcspn(buffer, ".,")] = ',';
-    return buffer;
+const char* localNumberText(const JsonToken& token, const char* sample, NumberText& room) noexcept {
+    if (std::strchr(sample, ',') == nullptr)
+        return token.start;
+    const std::size_t length = std::min(static_cast<std::size_t>(token.length), sizeof room - 1);
+    std::memcpy(room, token.start, length);
+    room[length] = '\0';
+    if (char* const separator = std::strpbrk(room, ".,"))
+        *separator = ',';
+    return room;
 }
-
-} // namespace
 
 bool jsonNumberToInt(const JsonToken& token, std::int32_t* value) noexcept {
     if (token.flag == 0) {
@@ -27,9 +25,11 @@ bool jsonNumberToInt(const JsonToken& token, std::int32_t* value) noexcept {
         *value = scanned;
         return true;
     }
-    char buffer[64];
+    NumberText sample;
+    std::snprintf(sample, sizeof sample, "%.1f", 1.5);
+    NumberText room;
     double scanned = 0;
-    if (std::sscanf(withLocalSeparator(token.start, buffer), "%lg", &scanned) != 1)
+    if (std::sscanf(localNumberText(token, sample, room), "%lg", &scanned) != 1)
         return false;
     // Written so that a NaN, too, takes the second branch.
     const bool fits = scanned > -2147483649.0 && scanned < 2147483648.0;

@@ -10,6 +10,14 @@ namespace vyerr {
 /// number.
 bool jsonNumberToInt(const JsonToken& token, std::int32_t* value) noexcept;
 
+/// Room for the text of a number.
+using NumberText = char[64];
+
+/// The text of a number token as the C runtime scans it, which goes by the locale. `sample` is how the
+/// runtime writes 1.5: when it has a point the text is the document's own, else a copy in `room` of at most
+/// 63 bytes of the token, with a comma for the point.
+const char* localNumberText(const JsonToken& token, const char* sample, NumberText& room) noexcept;
+
 } // namespace vyerr
 
 #endif

@@ -143,6 +143,7 @@ TEST(JsonReader, ReadsNumbersInEveryLocale) {
     } cases[] = {{"47", 47},
                  {"010", 8},
                  {"47.9", 47},
+                 {"1e5", 100000},
                  {"-47.9", -47},
                  {"2.5e3", 2500},
                  {"1e99", INT32_MIN},
@@ -165,6 +166,24 @@ TEST(JsonReader, ReadsNumbersInEveryLocale) {
     EXPECT_TRUE(jsonNumberToInt({JsonType::Number, "0x10", 4, 0}, &value));
     EXPECT_EQ(value, 16);
     EXPECT_FALSE(jsonNumberToInt({JsonType::Number, "-", 1, 0}, &value));
+}
+
+TEST(JsonReader, WritesAPointAsTheLocaleDoes) {
+    const std::string digits(62, '0');
+    const struct {
+        std::string text;
+        std::string local; // in a locale with a comma
+    } cases[] = {
+        {"47.9", "47,9"}, {"-1.5e+3", "-1,5e+3"}, {"1e5", "1e5"}, {"1" + digits + "0.5e1", "1" + digits}};
+    for (const auto& each : cases) {
+        const std::string document = each.text + ",\"file\":\"a.cpp\"";
+        JsonToken token;
+        parseJsonValue(document.c_str(), &token);
+        NumberText room;
+        std::memset(room, 'x', sizeof room);
+        EXPECT_EQ(localNumberText(token, "1.5", room), document.c_str());
+        EXPECT_STREQ(localNumberText(token, "1,5", room), each.local.c_str());
+    }
 }
 
 } // namespace vyerr
