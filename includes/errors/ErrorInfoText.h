@@ -15,7 +15,7 @@ namespace vyerr {
 /// How an add operation gets room: `grow` returns the cursor's place in a larger buffer, or null. A null
 /// `grow` never grows. Borrowed for one call.
 struct StatusTextGrowth {
-    char* (*grow)(char* cursor, Status* context) noexcept;
+    char* (*grow)(char* cursor, Status* context);
     Status* context;
 };
 
