@@ -1,7 +1,7 @@
 #include "vysys/stdpath.h"
 
 #include "errors/OsError.h"
-#include "vysys/windowsRegistry.h"
+#include "vysys/textConversion.h"
 #include <new>
 #include <shlobj.h>
 
@@ -9,21 +9,19 @@ namespace vysys {
 
 namespace {
 
-constexpr vyerr::RaiseSite readValueSite{__FILE__, 246};
 constexpr vyerr::RaiseSite folderSite{__FILE__, 283};
 
-constexpr std::size_t longestPath = 260;
-constexpr DWORD firstValueBytes = 512;
+constexpr std::size_t maxPathUnits = 260;
 constexpr const char* makersFolder = "\\Morvance";
 
 bool isSpace(char character) noexcept {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-} // namespace
-
+/// The folder of data common to all users, in a buffer of the longest path (260 units). Records
+/// ResourceNotFound or MemoryFull.
 void getFolderPath(Utf16String& buffer, vyerr::Status& status) noexcept {
-    if (!buffer.resize(0, status) || !buffer.resize(longestPath, status))
+    if (!buffer.resize(maxPathUnits, status))
         return;
     const HRESULT result =
         SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, buffer.data());
@@ -34,6 +32,8 @@ void getFolderPath(Utf16String& buffer, vyerr::Status& status) noexcept {
     addHresult(info, result);
     info.openObject("vysys_debug").addString("desc", "SHGetFolderPathW failed").closeObject();
 }
+
+} // namespace
 
 void getSharedDataFolder(std::string& folder, vyerr::Status& status) noexcept {
     if (status.code < 0)
@@ -61,29 +61,6 @@ void trimPath(std::string& path) noexcept {
     while (leading < path.size() && isSpace(path[leading]))
         ++leading;
     path.erase(0, leading);
-}
-
-void readStringValue(const Utf16String& keyPath, const Utf16String& valueName, Utf16String& data,
-                     vyerr::Status& status) noexcept {
-    if (status.code < 0)
-        return;
-    RegistryKey key;
-    openKey(keyPath, key, status);
-    if (!key.opened)
-        return;
-    DWORD bytes = firstValueBytes;
-    LSTATUS error = ERROR_SUCCESS;
-    do {
-        // An odd size still gets a buffer that is no smaller than what is asked for.
-        if (!data.resize(bytes / 2 + bytes % 2, status))
-            return;
-        error = RegQueryValueExW(key.handle, valueName.c_str(), nullptr, nullptr,
-                                 reinterpret_cast<BYTE*>(data.data()), &bytes);
-    } while (error == ERROR_MORE_DATA);
-    if (error == ERROR_SUCCESS)
-        data.resize(bytes / 2, status);
-    else
-        recordRegistryError(status, readValueSite, error, "RegQueryValue failed");
 }
 
 } // namespace vysys

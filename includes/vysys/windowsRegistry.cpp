@@ -1,7 +1,6 @@
 #include "vysys/windowsRegistry.h"
 
 #include "errors/OsError.h"
-#include "vysys/stdpath.h"
 
 namespace vysys {
 
@@ -10,20 +9,60 @@ namespace {
 constexpr vyerr::RaiseSite countSite{__FILE__, 21};
 constexpr vyerr::RaiseSite nameSite{__FILE__, 58};
 constexpr vyerr::RaiseSite openSite{__FILE__, 91};
+// This pair names another unit: a site keeps its file, too, when its code moves, since support tools search
+// for it.
+constexpr vyerr::RaiseSite valueSite{"includes/vysys/stdpath.cpp", 246};
 constexpr DWORD nameUnits = 256; // the longest name the system allows, and its terminator
+constexpr DWORD firstValueBytes = 512;
+
+/// Records the failure of a registry call, unless an error is recorded already.
+void recordRegistryError(vyerr::Status& status, vyerr::RaiseSite site, LSTATUS error,
+                         const char* description) noexcept {
+    if (status.code < 0)
+        return;
+    vyerr::ErrorInfo info(status, vykel::toInteger(vykel::StatusCode::ResourceNotFound),
+                          vyerr::constant::resourceNotFound, site);
+    addWin32Error(info, static_cast<DWORD>(error));
+    info.openObject("vysys_debug").addString("desc", description).closeObject();
+}
+
+/// Opens a key for reading. It asks the system also while the Status holds an error; it then records nothing.
+void openKey(const Utf16String& keyPath, RegistryKey& key, vyerr::Status& status) noexcept {
+    const LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle);
+    key.opened = error == ERROR_SUCCESS;
+    if (!key.opened)
+        recordRegistryError(status, openSite, error, "RegOpenKeyEx failed");
+}
+
+/// Replaces `data` by the bytes of a value as UTF-16 units.
+void readValue(const Utf16String& keyPath, const Utf16String& valueName, Utf16String& data,
+               vyerr::Status& status) noexcept {
+    if (status.code < 0)
+        return;
+    RegistryKey key;
+    openKey(keyPath, key, status);
+    if (!key.opened)
+        return;
+    DWORD bytes = firstValueBytes;
+    LSTATUS error = ERROR_SUCCESS;
+    do {
+        // An odd size still gets a buffer that is no smaller than what is asked for.
+        if (!data.resize(bytes / 2 + bytes % 2, status))
+            return;
+        error = RegQueryValueExW(key.handle, valueName.c_str(), nullptr, nullptr,
+                                 reinterpret_cast<BYTE*>(data.data()), &bytes);
+    } while (error == ERROR_MORE_DATA);
+    if (error == ERROR_SUCCESS)
+        data.resize(bytes / 2, status);
+    else
+        recordRegistryError(status, valueSite, error, "RegQueryValue failed");
+}
 
 } // namespace
 
 RegistryKey::~RegistryKey() {
     if (opened)
         RegCloseKey(handle);
-}
-
-void openKey(const Utf16String& keyPath, RegistryKey& key, vyerr::Status& status) noexcept {
-    const LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle);
-    key.opened = error == ERROR_SUCCESS;
-    if (!key.opened)
-        recordRegistryError(status, openSite, error, "RegOpenKeyEx failed");
 }
 
 std::uint32_t countSubkeys(const char* keyPath, vyerr::Status& status) noexcept {
@@ -73,19 +112,8 @@ void readStringValue(const char* keyPath, const char* valueName, Utf8Vector& val
     Utf16String data;
     utf8ToUtf16(keyPath, path, status);
     utf8ToUtf16(valueName, name, status);
-    readStringValue(path, name, data, status);
-    if (status.code >= 0)
-        utf16ToUtf8(data.begin(), data.end(), value, status);
-}
-
-void recordRegistryError(vyerr::Status& status, vyerr::RaiseSite site, LSTATUS error,
-                         const char* description) noexcept {
-    if (status.code < 0)
-        return;
-    vyerr::ErrorInfo info(status, vykel::toInteger(vykel::StatusCode::ResourceNotFound),
-                          vyerr::constant::resourceNotFound, site);
-    addWin32Error(info, static_cast<DWORD>(error));
-    info.openObject("vysys_debug").addString("desc", description).closeObject();
+    readValue(path, name, data, status);
+    utf16ToUtf8(data.begin(), data.end(), value, status); // nothing after an error
 }
 
 } // namespace vysys

@@ -2,6 +2,7 @@
 #define VYSYS_WINDOWSREGISTRY_H
 
 #include "vysys/textConversion.h"
+#include "vytpl/NonCopyable.h"
 #include <cstdint>
 #include <windows.h>
 
@@ -19,8 +20,8 @@ std::uint32_t countSubkeys(const char* keyPath, vyerr::Status& status) noexcept;
 void getSubkeyName(const char* keyPath, std::uint32_t index, Utf8Vector& name,
                    vyerr::Status& status) noexcept;
 
-/// Appends the data of a value as text, whatever its type: the stored bytes are taken as UTF-16, a stored
-/// terminating 0 included.
+/// Appends the data of a value as text, whatever its type and length: the stored bytes are taken as UTF-16, a
+/// stored terminating 0 included, an odd last byte left out.
 void readStringValue(const char* keyPath, const char* valueName, Utf8Vector& value,
                      vyerr::Status& status) noexcept;
 
@@ -32,14 +33,6 @@ struct RegistryKey : private vytpl::NonCopyableT<RegistryKey> {
     HKEY handle = nullptr;
     bool opened = false;
 };
-
-/// Opens a key for reading into `key`. Unlike the others it asks the system also while the Status holds an
-/// error; it then records nothing.
-void openKey(const Utf16String& keyPath, RegistryKey& key, vyerr::Status& status) noexcept;
-
-/// Records the failure of a registry call: ResourceNotFound, the system's error, and `description`.
-void recordRegistryError(vyerr::Status& status, vyerr::RaiseSite site, LSTATUS error,
-                         const char* description) noexcept;
 
 } // namespace vysys
 
