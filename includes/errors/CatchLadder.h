@@ -1,6 +1,7 @@
 #ifndef ERRORS_CATCHLADDER_H
 #define ERRORS_CATCHLADDER_H
 
+#include "errors/RaiseSite.h"
 #include "errors/StatusBlocks.h"
 
 namespace vyerr {

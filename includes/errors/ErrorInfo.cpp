@@ -53,4 +53,9 @@ ErrorInfo& ErrorInfo::closeObject() noexcept {
     return *this;
 }
 
+void recordError(Status* status, std::int32_t code, const char* constantName, const char* file,
+                 std::int32_t line) noexcept {
+    ErrorInfo(*status, code, constantName, RaiseSite{file, line});
+}
+
 } // namespace vyerr

@@ -1,6 +1,7 @@
 #ifndef ERRORS_ERRORINFO_H
 #define ERRORS_ERRORINFO_H
 
+#include "errors/RaiseSite.h"
 #include "errors/Status.h"
 #include <cstdint>
 
@@ -26,6 +27,11 @@ private:
     Status& status;
     char* cursor = nullptr;
 };
+
+/// What every raise site does: unless the record already holds an error, stores the code and writes the
+/// fields "error_constant", "file", "line" and "component".
+void recordError(Status* status, std::int32_t code, const char* constantName, const char* file,
+                 std::int32_t line) noexcept;
 
 } // namespace vyerr
 

@@ -51,6 +51,69 @@ bool closesEmptyContainer(const char* closing) noexcept {
     return matches(*before, *closing);
 }
 
+/// Opens a gap of `count` bytes, and puts in the comma that the place needs. Returns where to write the
+/// field, or null when there is no room.
+char* openFieldGap(char* cursor, std::size_t count) noexcept {
+    const bool atStart = isOpening(*cursor);
+    char* const insertion = atStart ? cursor + 1 : cursor;
+    const char* next = insertion;
+    while (isJsonBlank(*next))
+        ++next;
+    const bool empty =
+        *insertion == '\0' || closesEmptyContainer(insertion) || (atStart && matches(*cursor, *next));
+    const std::size_t needed = count + (empty ? 0 : 1);
+
+    const std::size_t tail = std::strlen(insertion);
+    const char* const freeArea = insertion + tail + 1;
+    std::size_t room = 0;
+    while (room < needed && freeArea[room] == '\0')
+        ++room;
+    if (room < needed)
+        return nullptr;
+
+    std::memmove(insertion + needed, insertion, tail + 1);
+    if (empty)
+        return insertion;
+    if (atStart) {
+        insertion[needed - 1] = ',';
+        return insertion;
+    }
+    *insertion = ',';
+    return insertion + 1;
+}
+
+/// Number of bytes that escapeJsonString writes for a string.
+std::size_t escapedLength(const char* string) noexcept {
+    std::size_t length = 0;
+    for (; *string != '\0'; ++string) {
+        const char letter = escapeLetter(static_cast<unsigned char>(*string));
+        length += letter == '\0' ? 1 : letter == 'u' ? 6 : 2;
+    }
+    return length;
+}
+
+/// Writes a string in escaped form, without quotes or NUL. Returns the end of it.
+char* escapeJsonString(char* destination, const char* string) noexcept {
+    constexpr const char* hexDigits = "0123456789abcdef";
+    for (; *string != '\0'; ++string) {
+        const auto byte = static_cast<unsigned char>(*string);
+        const char letter = escapeLetter(byte);
+        if (letter == '\0') {
+            *destination++ = *string;
+            continue;
+        }
+        *destination++ = '\\';
+        *destination++ = letter;
+        if (letter == 'u') {
+            *destination++ = '0';
+            *destination++ = '0';
+            *destination++ = hexDigits[byte >> 4];
+            *destination++ = hexDigits[byte & 15];
+        }
+    }
+    return destination;
+}
+
 /// Writes the key, and the value through `writeValue` (given the place, returning the place behind).
 template <class WriteValue>
 char* addField(char* cursor, const char* key, std::size_t valueLength, StatusTextGrowth growth,
@@ -99,65 +162,6 @@ char* errorInfoEnd(char* text) noexcept {
     return end != nullptr ? text + (end - text) - 1 : nullptr;
 }
 
-char* openFieldGap(char* cursor, std::size_t count) noexcept {
-    const bool atStart = isOpening(*cursor);
-    char* const insertion = atStart ? cursor + 1 : cursor;
-    const char* next = insertion;
-    while (isJsonBlank(*next))
-        ++next;
-    const bool empty =
-        *insertion == '\0' || closesEmptyContainer(insertion) || (atStart && matches(*cursor, *next));
-    const std::size_t needed = count + (empty ? 0 : 1);
-
-    const std::size_t tail = std::strlen(insertion);
-    const char* const freeArea = insertion + tail + 1;
-    std::size_t room = 0;
-    while (room < needed && freeArea[room] == '\0')
-        ++room;
-    if (room < needed)
-        return nullptr;
-
-    std::memmove(insertion + needed, insertion, tail + 1);
-    if (empty)
-        return insertion;
-    if (atStart) {
-        insertion[needed - 1] = ',';
-        return insertion;
-    }
-    *insertion = ',';
-    return insertion + 1;
-}
-
-std::size_t escapedLength(const char* string) noexcept {
-    std::size_t length = 0;
-    for (; *string != '\0'; ++string) {
-        const char letter = escapeLetter(static_cast<unsigned char>(*string));
-        length += letter == '\0' ? 1 : letter == 'u' ? 6 : 2;
-    }
-    return length;
-}
-
-char* escapeJsonString(char* destination, const char* string) noexcept {
-    constexpr const char* hexDigits = "0123456789abcdef";
-    for (; *string != '\0'; ++string) {
-        const auto byte = static_cast<unsigned char>(*string);
-        const char letter = escapeLetter(byte);
-        if (letter == '\0') {
-            *destination++ = *string;
-            continue;
-        }
-        *destination++ = '\\';
-        *destination++ = letter;
-        if (letter == 'u') {
-            *destination++ = '0';
-            *destination++ = '0';
-            *destination++ = hexDigits[byte >> 4];
-            *destination++ = hexDigits[byte & 15];
-        }
-    }
-    return destination;
-}
-
 char* addStringField(char* cursor, const char* key, const char* value, StatusTextGrowth growth) noexcept {
     if (cursor == nullptr)
         return nullptr;
@@ -183,19 +187,6 @@ char* addUIntField(char* cursor, const char* key, std::uint32_t value, StatusTex
 
 char* addObjectField(char* cursor, const char* key, StatusTextGrowth growth) noexcept {
     return addPlainField(cursor, key, "{}", 2, growth);
-}
-
-char* growStatusText(char* cursor, Status* status) noexcept {
-    const std::uint32_t capacity = status->capacity;
-    if (2 * capacity - 4 > 0x7FFFFFFDu)
-        return nullptr;
-    const std::ptrdiff_t offset = cursor - status->json;
-    const std::uint32_t wanted = 2 * capacity - 2;
-    if (capacity < wanted && !status->reallocate(status, wanted))
-        return nullptr;
-    if (errorInfoEnd(status->json) == nullptr)
-        return nullptr;
-    return status->json + offset;
 }
 
 } // namespace vyerr

@@ -1,7 +1,6 @@
 #ifndef ERRORS_ERRORINFOTEXT_H
 #define ERRORS_ERRORINFOTEXT_H
 
-#include "errors/Status.h"
 #include <cstddef>
 #include <cstdint>
 
@@ -11,6 +10,8 @@
 /// Every operation measures the zero bytes between the text and its end marker first: a field is written
 /// whole or not at all.
 namespace vyerr {
+
+struct Status;
 
 /// How an add operation gets room: `grow` returns the cursor's place in a larger buffer, or null. A null
 /// `grow` never grows. Borrowed for one call.
@@ -26,25 +27,12 @@ char* layStatusText(char* buffer, std::size_t size, const char* text) noexcept;
 /// The cursor at the closing brace (or bracket) of the whole text, or null when it is not a closed one.
 char* errorInfoEnd(char* text) noexcept;
 
-/// Opens a gap of `count` bytes, and puts in the comma that the place needs. Returns where to write the
-/// field, or null when there is no room.
-char* openFieldGap(char* cursor, std::size_t count) noexcept;
-
-/// Number of bytes that escapeJsonString writes for a string.
-std::size_t escapedLength(const char* string) noexcept;
-
-/// Writes a string in escaped form, without quotes or NUL. Returns the pointer behind it.
-char* escapeJsonString(char* destination, const char* string) noexcept;
-
 /// Each adds one field at the cursor (without a key: an array's element) and returns the cursor behind it, or
 /// null when it found no room or the cursor was null. addObjectField adds "{}".
 char* addStringField(char* cursor, const char* key, const char* value, StatusTextGrowth growth) noexcept;
 char* addIntField(char* cursor, const char* key, std::int32_t value, StatusTextGrowth growth) noexcept;
 char* addUIntField(char* cursor, const char* key, std::uint32_t value, StatusTextGrowth growth) noexcept;
 char* addObjectField(char* cursor, const char* key, StatusTextGrowth growth) noexcept;
-
-/// Doubles a record's buffer. Returns the cursor at the same offset, or null when that is impossible.
-char* growStatusText(char* cursor, Status* status) noexcept;
 
 } // namespace vyerr
 

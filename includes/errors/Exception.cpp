@@ -1,5 +1,7 @@
 #include "errors/Exception.h"
 
+#include "errors/ErrorInfo.h"
+
 namespace vyerr {
 
 ExceptionBase::ExceptionBase() noexcept {

@@ -1,8 +1,10 @@
 #ifndef ERRORS_EXCEPTION_H
 #define ERRORS_EXCEPTION_H
 
+#include "errors/RaiseSite.h"
 #include "errors/Status.h"
 #include "errors/StatusBlocks.h"
+#include "vykel/StatusCodes.h"
 #include <exception>
 
 namespace vyerr {

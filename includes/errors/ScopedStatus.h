@@ -4,7 +4,6 @@
 #include "errors/Exception.h"
 #include "errors/Status.h"
 #include "errors/StatusBlocks.h"
-#include "vytpl/NonCopyable.h"
 #include <exception>
 
 namespace vyerr {
@@ -12,9 +11,11 @@ namespace vyerr {
 /// A Status for the calls of one scope. The scope's end throws what they recorded, unless an exception is
 /// already propagating on this thread, and releases the record in every case. Since such an exception may be
 /// the client's own, a scope whose later steps rely on the earlier ones calls check() between them.
-class ScopedStatus : private vytpl::NonCopyableT<ScopedStatus> {
+class ScopedStatus {
 public:
     ScopedStatus() noexcept { initStatus(&record); }
+    ScopedStatus(const ScopedStatus&) = delete;
+    ScopedStatus& operator=(const ScopedStatus&) = delete;
 
     ~ScopedStatus() noexcept(false) {
         struct Release {
@@ -36,9 +37,11 @@ private:
 };
 
 /// The same for a code-only StatusBlock.
-class ScopedStatusBlock : private vytpl::NonCopyableT<ScopedStatusBlock> {
+class ScopedStatusBlock {
 public:
     ScopedStatusBlock() noexcept { initStatusBlock(&block); }
+    ScopedStatusBlock(const ScopedStatusBlock&) = delete;
+    ScopedStatusBlock& operator=(const ScopedStatusBlock&) = delete;
 
     ~ScopedStatusBlock() noexcept(false) {
         if (std::uncaught_exceptions() == 0)

@@ -1,6 +1,5 @@
 #include "errors/Status.h"
 
-#include "errors/ErrorInfo.h"
 #include "errors/ErrorInfoText.h"
 #include <cstdlib>
 #include <cstring>
@@ -93,9 +92,17 @@ bool mergeStatus(Status* into, Status* from) noexcept {
     return true;
 }
 
-void recordError(Status* status, std::int32_t code, const char* constantName, const char* file,
-                 std::int32_t line) noexcept {
-    ErrorInfo(*status, code, constantName, RaiseSite{file, line});
+char* growStatusText(char* cursor, Status* status) noexcept {
+    const std::uint32_t capacity = status->capacity;
+    if (2 * capacity - 4 > 0x7FFFFFFDu)
+        return nullptr;
+    const std::ptrdiff_t offset = cursor - status->json;
+    const std::uint32_t wanted = 2 * capacity - 2;
+    if (capacity < wanted && !status->reallocate(status, wanted))
+        return nullptr;
+    if (errorInfoEnd(status->json) == nullptr)
+        return nullptr;
+    return status->json + offset;
 }
 
 } // namespace vyerr

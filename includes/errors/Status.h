@@ -1,8 +1,6 @@
 #ifndef ERRORS_STATUS_H
 #define ERRORS_STATUS_H
 
-#include "errors/RaiseSite.h"
-#include "vykel/StatusCodes.h"
 #include <cstdint>
 
 namespace vyerr {
@@ -49,10 +47,9 @@ bool setStatusCode(Status* status, std::int32_t code) noexcept;
 /// text. Returns true when the code was stored.
 bool mergeStatus(Status* into, Status* from) noexcept;
 
-/// What every raise site does: unless the record already holds an error, stores the code and writes the
-/// fields "error_constant", "file", "line" and "component".
-void recordError(Status* status, std::int32_t code, const char* constantName, const char* file,
-                 std::int32_t line) noexcept;
+/// Doubles a record's buffer: a StatusTextGrowth's `grow`. Returns the cursor at the same offset, or null
+/// when that is impossible.
+char* growStatusText(char* cursor, Status* status) noexcept;
 
 } // namespace vyerr
 

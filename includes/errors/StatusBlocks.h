@@ -1,7 +1,6 @@
 #ifndef ERRORS_STATUSBLOCKS_H
 #define ERRORS_STATUSBLOCKS_H
 
-#include "errors/RaiseSite.h"
 #include "errors/Status.h"
 #include "vykel/StatusBlock.h"
 #include <cstdint>

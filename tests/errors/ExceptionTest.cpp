@@ -1,6 +1,7 @@
 #include "errors/Exception.h"
 
 #include "errors/CatchLadder.h"
+#include "errors/ErrorInfo.h"
 #include "errors/ScopedStatus.h"
 #include <functional>
 #include <gtest/gtest.h>

@@ -1,7 +1,8 @@
 #ifndef VYTPL_ERR_ALLOCATOR_H
 #define VYTPL_ERR_ALLOCATOR_H
 
-#include "errors/Status.h"
+#include "errors/ErrorInfo.h"
+#include "vykel/StatusCodes.h"
 
 namespace vytpl {
 
