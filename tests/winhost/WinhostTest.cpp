@@ -131,15 +131,22 @@ TEST_F(Winhost, FaultsStrikeByCount) {
     EXPECT_EQ(pattern({Call::Any, 0, Effect::FailOnward}), "++++8");
     EXPECT_EQ(WTERMSIG(inChild([&] { pattern({Call::fopen, 3, Effect::Kill}); })), SIGKILL);
 
-    std::FILE* const file = std::fopen(path.c_str(), "wb");
-    {
-        const ScopedFault armed({Call::fwrite, 1});
-        EXPECT_EQ(std::fwrite("abcdef", 1, 6, file), 3U);
+    const struct {
+        Call call;
+        std::uintmax_t kept; // of the six bytes
+    } rows[] = {{Call::fwrite, 3}, {Call::fflush, 0}, {Call::fclose, 0}};
+    for (const auto& row : rows) {
+        std::FILE* const file = std::fopen(path.c_str(), "wb");
+        const ScopedFault armed({row.call, 1, Effect::Fail, ERROR_DISK_FULL});
+        errno = 0;
+        std::fwrite("abcdef", 1, 6, file);
+        if (row.call == Call::fflush)
+            std::fflush(file);
+        EXPECT_EQ(std::ferror(file) != 0, row.call != Call::fclose);
+        std::fclose(file);
         EXPECT_EQ(errno, ENOSPC);
-        EXPECT_NE(std::ferror(file), 0);
+        EXPECT_EQ(fs::file_size(path), row.kept);
     }
-    std::fclose(file);
-    EXPECT_EQ(fs::file_size(path), 3U);
 
     CRITICAL_SECTION section;
     const ScopedFault armed({Call::InitializeCriticalSection, 1});

@@ -4,6 +4,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
+#include <stdio_ext.h>
 
 // The linker's --wrap leads the stream calls of whatever links this stand-in to the __wrap_ functions here;
 // within this library the plain names are the real calls.
@@ -47,6 +48,12 @@ bool strikes(Call call, const std::FILE* stream) noexcept {
 
 void setErrorFlag(std::FILE* stream) noexcept {
     stream->_flags |= _IO_ERR_SEEN; // the C library offers no call for it
+}
+
+/// What a failing flush or close could not write is lost, as on a full disk.
+void dropUnwritten(std::FILE* stream) noexcept {
+    if (::__fwriting(stream) != 0)
+        ::__fpurge(stream);
 }
 
 winhost::OpenRequest requestOf(const char* mode) noexcept {
@@ -112,6 +119,7 @@ int __wrap_fseek(std::FILE* stream, long offset, int origin) {
 
 int __wrap_fflush(std::FILE* stream) {
     if (strikes(Call::fflush, stream)) {
+        dropUnwritten(stream);
         setErrorFlag(stream);
         return EOF;
     }
@@ -121,6 +129,8 @@ int __wrap_fflush(std::FILE* stream) {
 int __wrap_fclose(std::FILE* stream) {
     const bool struck = strikes(Call::fclose, stream);
     const int error = errno;
+    if (struck)
+        dropUnwritten(stream);
     const int result = std::fclose(stream);
     winhost::countResources(-1);
     if (struck)
