@@ -1,6 +1,7 @@
 #include "errors/ErrorInfoText.h"
 
 #include "errors/JsonReader.h"
+#include "vybase/hex.h"
 #include <cstdio>
 #include <cstring>
 
@@ -94,7 +95,6 @@ std::size_t escapedLength(const char* string) noexcept {
 
 /// Writes a string in escaped form, without quotes or NUL. Returns the end of it.
 char* escapeJsonString(char* destination, const char* string) noexcept {
-    constexpr const char* hexDigits = "0123456789abcdef";
     for (; *string != '\0'; ++string) {
         const auto byte = static_cast<unsigned char>(*string);
         const char letter = escapeLetter(byte);
@@ -107,8 +107,8 @@ char* escapeJsonString(char* destination, const char* string) noexcept {
         if (letter == 'u') {
             *destination++ = '0';
             *destination++ = '0';
-            *destination++ = hexDigits[byte >> 4];
-            *destination++ = hexDigits[byte & 15];
+            *destination++ = vybase::hexDigits[byte >> 4];
+            *destination++ = vybase::hexDigits[byte & 15];
         }
     }
     return destination;

@@ -1,32 +1,12 @@
 #include "errors/JsonEscape.h"
 
+#include "vybase/hex.h"
+#include "vybase/utf8.h"
 #include <cstring>
 
 namespace vyerr {
 
 namespace {
-
-int hexDigit(char character) noexcept {
-    if (character >= '0' && character <= '9')
-        return character - '0';
-    const char lower = static_cast<char>(character | 0x20);
-    return lower >= 'a' && lower <= 'f' ? lower - 'a' + 10 : -1;
-}
-
-std::size_t encodeUtf8(std::uint32_t codePoint, char* out) noexcept {
-    const auto byte = [](std::uint32_t value) {
-        return static_cast<char>(static_cast<unsigned char>(value));
-    };
-    if (codePoint < 0x80) {
-        out[0] = byte(codePoint);
-        return 1;
-    }
-    const std::size_t length = codePoint < 0x800 ? 2 : codePoint < 0x10000 ? 3 : 4;
-    for (std::size_t i = length - 1; i > 0; --i, codePoint >>= 6)
-        out[i] = byte(0x80 | (codePoint & 0x3F));
-    out[0] = byte((0xF00u >> length) | codePoint);
-    return length;
-}
 
 /// Decodes what follows "\u". Returns the place behind it, or null.
 const char* decodeUnicode(const char* digits, const char* end, char* out, std::size_t& outLength) noexcept {
@@ -47,7 +27,7 @@ const char* decodeUnicode(const char* digits, const char* end, char* out, std::s
         if (codePoint >= 0x200000)
             return nullptr;
     }
-    outLength = encodeUtf8(codePoint, out);
+    outLength = vybase::encodeUtf8(codePoint, out);
     return next;
 }
 
@@ -58,7 +38,7 @@ std::int32_t jsonHexQuad(const char* digits, const char* end) noexcept {
         return -1;
     std::int32_t value = 0;
     for (int i = 0; i < 4; ++i) {
-        const int digit = hexDigit(digits[i]);
+        const int digit = vybase::hexValue(digits[i]);
         if (digit < 0)
             return -1;
         value = value * 16 + digit;

@@ -1,16 +1,12 @@
 #include "errors/OsError.h"
 
-#include <memory>
+#include "vybase/owners.h"
 
 namespace vyerr {
 
 namespace {
 
-struct FreeLocal {
-    void operator()(char* text) const noexcept { LocalFree(text); }
-};
-
-std::unique_ptr<char, FreeLocal> systemMessage(DWORD error) noexcept {
+vybase::LocalMemory<char> systemMessage(DWORD error) noexcept {
     constexpr DWORD flags =
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     constexpr DWORD neutralDefaultLanguage = 0x0400;
@@ -19,7 +15,7 @@ std::unique_ptr<char, FreeLocal> systemMessage(DWORD error) noexcept {
     if (FormatMessageA(flags, nullptr, error, neutralDefaultLanguage, reinterpret_cast<char*>(&text), 0,
                        nullptr) == 0)
         return nullptr;
-    return std::unique_ptr<char, FreeLocal>(text);
+    return vybase::LocalMemory<char>(text);
 }
 
 } // namespace

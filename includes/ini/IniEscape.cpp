@@ -2,13 +2,12 @@
 #include "ini/IniDocument.h"
 #include "ini/IniFile.h"
 #include "ini/IniText.h"
+#include "vybase/hex.h"
 #include <cstring>
 
 namespace vyini {
 
 namespace {
-
-constexpr char hexDigits[] = "0123456789abcdef";
 
 /// Appends the escaped form of one character and returns the end.
 char* encode(char c, char* out) noexcept {
@@ -20,20 +19,12 @@ char* encode(char c, char* out) noexcept {
     } else if (isControl(c)) {
         *out++ = '\\';
         *out++ = 'x';
-        *out++ = hexDigits[byte >> 4];
-        *out++ = hexDigits[byte & 0x0F];
+        *out++ = vybase::hexDigits[byte >> 4];
+        *out++ = vybase::hexDigits[byte & 0x0F];
     } else {
         *out++ = c;
     }
     return out;
-}
-
-/// 0 to 15, or -1.
-int hexValue(char c) noexcept {
-    const unsigned char upper = fold(c);
-    if (isDigit(c))
-        return c - '0';
-    return upper >= 'A' && upper <= 'F' ? upper - 'A' + 10 : -1;
 }
 
 /// What the character after a backslash means; `text`, behind that character, moves over hex digits.
@@ -42,8 +33,8 @@ char decodeEscape(char c, const char*& text) noexcept {
         return '\n';
     if (c == 't')
         return '\t';
-    if (c == 'x' && hexValue(text[0]) >= 0 && hexValue(text[1]) >= 0) {
-        const int byte = hexValue(text[0]) * 16 + hexValue(text[1]);
+    if (c == 'x' && vybase::hexValue(text[0]) >= 0 && vybase::hexValue(text[1]) >= 0) {
+        const int byte = vybase::hexValue(text[0]) * 16 + vybase::hexValue(text[1]);
         text += 2;
         return static_cast<char>(byte);
     }

@@ -3,19 +3,10 @@
 
 #include "ini/IniMemory.h"
 #include <cstddef>
-#include <cstdio>
-#include <memory>
 #include <windows.h>
 
 /// What loading and saving share.
 namespace vyini {
-
-struct IniClose {
-    void operator()(std::FILE* file) const noexcept { std::fclose(file); }
-};
-
-/// An open file stream, closed at the end of its life.
-using IniFile = std::unique_ptr<std::FILE, IniClose>;
 
 /// What a directory search tells about a file.
 struct IniFileFacts {

@@ -1,5 +1,6 @@
 #include "ini/IniLoad.h"
 #include "ini/IniFile.h"
+#include "vybase/owners.h"
 #include <cstring>
 
 namespace vyini {
@@ -22,7 +23,7 @@ int findTextStart(const unsigned char* bytes, std::size_t count) noexcept {
 
 int loadIniFile(IniDocument* document, const char* path, const IniSkippedLineObserver* observer) noexcept {
     const char* name = path != nullptr ? path : "";
-    const IniFile file(std::fopen(name, "rb"));
+    const vybase::FileStream file(std::fopen(name, "rb"));
     if (file == nullptr)
         return findFile(name, nullptr) ? IniOpenFailed : IniNoFile;
     IniFileFacts facts;

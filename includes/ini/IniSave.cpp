@@ -1,6 +1,7 @@
 #include "ini/IniSave.h"
 #include "ini/IniFile.h"
 #include "ini/IniWriter.h"
+#include "vybase/owners.h"
 #include <charconv>
 #include <cstring>
 #include <io.h>
@@ -67,7 +68,7 @@ public:
     void keep() noexcept { name.reset(); }
 
 private:
-    IniFile file;
+    vybase::FileStream file;
     IniString name;
 };
 

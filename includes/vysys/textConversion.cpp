@@ -1,5 +1,6 @@
 #include "vysys/textConversion.h"
 
+#include "vybase/utf8.h"
 #include <cstring>
 
 namespace vysys {
@@ -15,28 +16,8 @@ std::ptrdiff_t sequenceLength(unsigned char lead) noexcept {
     return (lead & 0xF8) == 0xF0 ? 4 : 1;
 }
 
-void appendUtf8(std::uint32_t codePoint, Utf8Vector& out, vyerr::Status& status) noexcept {
-    const auto byte = [](std::uint32_t value) {
-        return static_cast<char>(static_cast<unsigned char>(value));
-    };
-    const auto following = [=](unsigned shift) { return byte(0x80 | ((codePoint >> shift) & 0x3F)); };
-    if (codePoint < 0x80) {
-        const char bytes[] = {byte(codePoint)};
-        out.append(bytes, sizeof bytes, status);
-    } else if (codePoint < 0x800) {
-        const char bytes[] = {byte(0xC0 | (codePoint >> 6)), following(0)};
-        out.append(bytes, sizeof bytes, status);
-    } else if (codePoint < 0x10000) {
-        const char bytes[] = {byte(0xE0 | (codePoint >> 12)), following(6), following(0)};
-        out.append(bytes, sizeof bytes, status);
-    } else {
-        const char bytes[] = {byte(0xF0 | (codePoint >> 18)), following(12), following(6), following(0)};
-        out.append(bytes, sizeof bytes, status);
-    }
-}
-
-} // namespace
-
+/// Decodes the code point at `position` (below `end`) and advances the position past the bytes used. A byte
+/// that leads no sequence, or one that the end cuts off, stands for itself.
 std::uint32_t decodeUtf8CodePoint(const char*& position, const char* end) noexcept {
     const auto lead = static_cast<unsigned char>(*position++);
     const std::ptrdiff_t length = lead < 0x80 ? 1 : sequenceLength(lead);
@@ -47,6 +28,8 @@ std::uint32_t decodeUtf8CodePoint(const char*& position, const char* end) noexce
         codePoint = (codePoint << 6) + (static_cast<unsigned char>(*position++) & 0x3F);
     return codePoint;
 }
+
+} // namespace
 
 void utf8ToUtf16(const char* begin, const char* end, Utf16String& out, vyerr::Status& status) noexcept {
     while (begin != end) {
@@ -71,7 +54,8 @@ void utf16ToUtf8(const WCHAR* begin, const WCHAR* end, Utf8Vector& out, vyerr::S
         // A high surrogate takes whatever follows it; the very last unit of a text stands for itself.
         if (codePoint >= 0xD800 && codePoint < 0xDC00 && begin != end)
             codePoint = codePoint * 1024 + *begin++ - surrogateOffset;
-        appendUtf8(codePoint, out, status);
+        char bytes[4];
+        out.append(bytes, vybase::encodeUtf8(codePoint, bytes), status);
     }
 }
 

@@ -13,10 +13,6 @@ namespace vysys {
 using Utf16String = vytpl::StatusString<WCHAR>;
 using Utf8Vector = vytpl::StatusVector<char>;
 
-/// Decodes the code point at `position` (below `end`) and advances the position past the bytes used. A byte
-/// that leads no sequence, or one that the end cuts off, stands for itself.
-std::uint32_t decodeUtf8CodePoint(const char*& position, const char* end) noexcept;
-
 /// Appends UTF-8 text to a UTF-16 string. Records MemoryFull when the string cannot grow.
 void utf8ToUtf16(const char* begin, const char* end, Utf16String& out, vyerr::Status& status) noexcept;
 

@@ -32,11 +32,7 @@ FileLockImpl::FileLockImpl(std::FILE* stream)
     : file(handleOf(stream)), event(CreateEventA(nullptr, FALSE, FALSE, nullptr)) {
     if (event == nullptr)
         raiseOsFault(eventSite, GetLastError());
-    overlapped.hEvent = event;
-}
-
-FileLockImpl::~FileLockImpl() {
-    CloseHandle(event);
+    overlapped.hEvent = event.get();
 }
 
 void FileLockImpl::lock() {

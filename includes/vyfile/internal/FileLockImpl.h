@@ -1,6 +1,7 @@
 #ifndef VYFILE_INTERNAL_FILELOCKIMPL_H
 #define VYFILE_INTERNAL_FILELOCKIMPL_H
 
+#include "vybase/owners.h"
 #include "vytpl/NonCopyable.h"
 #include <cstdio>
 #include <windows.h>
@@ -14,7 +15,6 @@ class FileLockImpl : private vytpl::NonCopyableT<FileLockImpl> {
 public:
     /// Not locked yet. Throws OsFault when the system gives no event.
     explicit FileLockImpl(std::FILE* stream);
-    ~FileLockImpl();
 
     /// Returns when the lock is held, however long that takes. Throws OsFault when the system refuses it.
     void lock();
@@ -22,7 +22,7 @@ public:
 private:
     HANDLE file;
     OVERLAPPED overlapped = {};
-    HANDLE event;
+    vybase::Handle event;
 };
 
 } // namespace vyfile
