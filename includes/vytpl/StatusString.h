@@ -12,23 +12,16 @@
 namespace vytpl {
 
 /// A growable text of 8- or 16-bit units, always followed by a terminating 0 unit. Never throws: when memory
-/// is short it records MemoryFull and stays as it was. Does nothing while the Status holds an error.
+/// is short it records MemoryFull and stays as it is. Does nothing while the Status holds an error. One
+/// thread uses it.
 template <class Unit>
 class StatusString : private NonCopyableT<StatusString<Unit>> {
 public:
     StatusString() noexcept = default;
     ~StatusString() { std::free(units); }
 
-    /// Makes room for `count` units. False, with the reason recorded, when that is impossible.
-    bool reserve(std::size_t count, vyerr::Status& status) noexcept {
-        if (status.code < 0)
-            return false;
-        if (units != nullptr && count <= room)
-            return true;
-        return grow(count, status);
-    }
-
-    /// Cuts the text off or extends it with 0 units.
+    /// Cuts the text off or extends it with 0 units. False, with the reason recorded, when that is
+    /// impossible.
     bool resize(std::size_t count, vyerr::Status& status) noexcept {
         if (!reserve(count, status))
             return false;
@@ -39,29 +32,35 @@ public:
         return true;
     }
 
-    bool append(Unit unit, vyerr::Status& status) noexcept {
+    void append(Unit unit, vyerr::Status& status) noexcept {
         if (!reserve(length + 1, status))
-            return false;
+            return;
         units[length++] = unit;
         units[length] = Unit();
-        return true;
     }
 
+    /// Where the units are to be written; null before the first resize.
     Unit* data() noexcept { return units; }
-    const Unit* data() const noexcept { return units; }
     /// The terminated text; never null.
     const Unit* c_str() const noexcept { return units != nullptr ? units : &terminator; }
-    std::size_t size() const noexcept { return length; }
-    std::size_t capacity() const noexcept { return room; }
     const Unit* begin() const noexcept { return c_str(); }
     const Unit* end() const noexcept { return c_str() + length; }
 
 private:
+    /// Makes room for `count` units. False, with the reason recorded, when that is impossible.
+    bool reserve(std::size_t count, vyerr::Status& status) noexcept {
+        if (status.code < 0)
+            return false;
+        if (units != nullptr && count <= room)
+            return true;
+        return grow(count, status);
+    }
+
     bool grow(std::size_t count, vyerr::Status& status) noexcept {
-        constexpr std::size_t most = std::numeric_limits<std::size_t>::max() / sizeof(Unit) - 1;
+        constexpr std::size_t maxUnits = std::numeric_limits<std::size_t>::max() / sizeof(Unit) - 1;
         const std::size_t wanted = std::max({std::size_t{127}, count, room + room / 2});
         auto* const larger =
-            wanted <= most ? static_cast<Unit*>(std::malloc((wanted + 1) * sizeof(Unit))) : nullptr;
+            wanted <= maxUnits ? static_cast<Unit*>(std::malloc((wanted + 1) * sizeof(Unit))) : nullptr;
         if (larger == nullptr) {
             reportMemoryFull(status);
             return false;

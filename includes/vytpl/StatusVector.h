@@ -11,34 +11,29 @@
 namespace vytpl {
 
 /// A growable sequence of 8- or 16-bit units, not terminated. Never throws: when memory is short it records
-/// MemoryFull and stays as it was. Does nothing while the Status holds an error.
+/// MemoryFull and stays as it is. Does nothing while the Status holds an error. One thread uses it.
 template <class Unit>
 class StatusVector : private NonCopyableT<StatusVector<Unit>> {
 public:
     StatusVector() noexcept = default;
     ~StatusVector() { std::free(units); }
 
-    /// Appends `count` units. False, with the reason recorded, when that is impossible.
-    bool append(const Unit* source, std::size_t count, vyerr::Status& status) noexcept {
+    void append(const Unit* source, std::size_t count, vyerr::Status& status) noexcept {
         if (status.code < 0 || (count > room - length && !grow(count, status)))
-            return false;
+            return;
         std::copy(source, source + count, units + length);
         length += count;
-        return true;
     }
 
-    const Unit* data() const noexcept { return units; }
-    std::size_t size() const noexcept { return length; }
-    std::size_t capacity() const noexcept { return room; }
     const Unit* begin() const noexcept { return units; }
     const Unit* end() const noexcept { return units + length; }
 
 private:
     bool grow(std::size_t count, vyerr::Status& status) noexcept {
-        constexpr std::size_t most = std::numeric_limits<std::size_t>::max() / sizeof(Unit);
+        constexpr std::size_t maxUnits = std::numeric_limits<std::size_t>::max() / sizeof(Unit);
         Unit* larger = nullptr;
         std::size_t wanted = 0;
-        if (count <= most - length) {
+        if (count <= maxUnits - length) {
             wanted = std::max({room + room / 2, std::size_t{8}, length + count});
             larger = static_cast<Unit*>(std::malloc(wanted * sizeof(Unit)));
         }

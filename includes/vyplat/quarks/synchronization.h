@@ -12,21 +12,19 @@ namespace vyplat {
 /// Where a critical section that the system cannot set up is reported.
 constexpr vyerr::RaiseSite criticalSectionSite{__FILE__, 881};
 
-/// Mutual exclusion within the process, recursive for the owning thread. Created not set up.
+/// Mutual exclusion within the process, recursive for the owning thread. At first it is not set up.
 class CriticalSection : private vytpl::NonCopyableT<CriticalSection> {
 public:
     /// Sets the lock up, unless `status` already holds an error. Stores MemoryFull when the system has no
-    /// memory for it. Throws nothing.
+    /// memory for it. Does not throw.
     void initialize(vykel::StatusBlock* status);
 
     /// Tears the lock down when it is set up.
     void destroy() noexcept;
 
-    /// Only while set up.
+    /// Only while the lock is set up.
     void enter() noexcept { EnterCriticalSection(&section); }
     void leave() noexcept { LeaveCriticalSection(&section); }
-
-    bool isInitialized() const noexcept { return initialized; }
 
 private:
     CRITICAL_SECTION section = {};
@@ -39,7 +37,7 @@ public:
     explicit CriticalSectionGuard(CriticalSection* section) noexcept : entered(section) { entered->enter(); }
     ~CriticalSectionGuard() { leave(); }
 
-    /// Leaves early; the scope's end then does nothing.
+    /// Leaves early; the end of the scope then does nothing.
     void leave() noexcept {
         if (entered != nullptr)
             entered->leave();
@@ -50,8 +48,8 @@ private:
     CriticalSection* entered;
 };
 
-/// Runs an initialiser once successfully, whichever thread comes first, and its counterpart when this object
-/// is destroyed. A failed initialiser runs again at the next call.
+/// Runs an initialiser until it has succeeded once, in whichever thread asks first, and then its counterpart
+/// when this object is destroyed. A failed initialiser runs again at the next call. Any thread may call.
 class OnceInitializer : private vytpl::NonCopyableT<OnceInitializer> {
 public:
     using Initialize = void (*)(vykel::StatusBlock* status);
@@ -61,8 +59,8 @@ public:
         : initialize(initializeOnce), destroy(destroyOnce) {}
     ~OnceInitializer();
 
-    /// Returns when the initialiser has run in this or another thread. Does nothing when `status` already
-    /// holds an error; leaves the initialiser's error in it.
+    /// Returns when the initialiser has run, in this or another thread. Stores its error in `status`; does
+    /// nothing when `status` already holds an error.
     void run(vykel::StatusBlock* status);
 
     /// Whether the initialiser has succeeded.
