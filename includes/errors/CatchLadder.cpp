@@ -26,7 +26,7 @@ void translateCurrentException(StatusBlock* block, RaiseSite boundary) noexcept 
         store(vykel::StatusCode::BadCast);
     } catch (const std::system_error&) {
         store(vykel::StatusCode::OsFault);
-    } catch (...) { // every other std::exception among them
+    } catch (...) { // also every other std::exception
         store(vykel::StatusCode::GeneralFault);
     }
 }

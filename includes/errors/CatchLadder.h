@@ -6,11 +6,11 @@
 
 namespace vyerr {
 
-/// Turns the exception being handled into a code in a block (an error already there wins). Called within a
-/// catch clause. `boundary` names the boundary itself; an Exception brings a site of its own.
+/// Turns the exception being handled into a code in a block (an error that it already holds wins). Called
+/// within a catch clause. `boundary` is the site to store when the exception carries none.
 void translateCurrentException(StatusBlock* block, RaiseSite boundary) noexcept;
 
-/// Runs a boundary's body. Whatever it throws ends here and becomes a code in the block.
+/// Runs a boundary's body. Whatever it throws stops here and becomes a code in the block.
 template <class Body>
 void runGuarded(StatusBlock* block, RaiseSite boundary, Body&& body) noexcept {
     try {

@@ -8,13 +8,14 @@
 namespace vyerr {
 
 /// Records one error and appends what its raise site knows, field by field. Construction does what
-/// recordError does; the fields that follow go to the end of the same document. Once a field could not be
-/// written (the record already held an error, memory is short), the later ones are dropped silently.
-/// Borrows the record for its own, short life.
+/// recordError does; each field added goes to the end of the document. When the record already held an error
+/// or memory is short, this field and all later ones are silently left out. Borrows the record, which must
+/// outlive it. One thread uses it.
 class ErrorInfo {
 public:
     ErrorInfo(Status& status, std::int32_t code, const char* constantName, RaiseSite site) noexcept;
 
+    /// Each appends one field.
     ErrorInfo& addString(const char* key, const char* value) noexcept;
     ErrorInfo& addInt(const char* key, std::int32_t value) noexcept;
     ErrorInfo& addUInt(const char* key, std::uint32_t value) noexcept;

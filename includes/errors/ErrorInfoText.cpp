@@ -12,7 +12,7 @@ namespace {
 constexpr char endMarker = 'J';
 constexpr std::size_t numberBufferSize = 64;
 
-/// The letter behind the backslash, 0 when the byte stands for itself, 'u' when it needs four hex digits.
+/// The letter after the backslash; 0 when the byte needs no escape, 'u' when it needs four hex digits.
 char escapeLetter(unsigned char byte) noexcept {
     switch (byte) {
     case '\b':
@@ -42,7 +42,7 @@ bool matches(char opening, char closing) noexcept {
     return (opening == '{' && closing == '}') || (opening == '[' && closing == ']');
 }
 
-/// Whether the container around the insertion point has no element yet. `closing` is at its closing bracket.
+/// Whether `closing` is the closing brace or bracket of a container without elements.
 bool closesEmptyContainer(const char* closing) noexcept {
     if (*closing != '}' && *closing != ']')
         return false;
@@ -52,8 +52,8 @@ bool closesEmptyContainer(const char* closing) noexcept {
     return matches(*before, *closing);
 }
 
-/// Opens a gap of `count` bytes, and puts in the comma that the place needs. Returns where to write the
-/// field, or null when there is no room.
+/// Opens a gap of `count` bytes, and writes the comma that the place needs. Returns where to write the field,
+/// or null when there is no room.
 char* openFieldGap(char* cursor, std::size_t count) noexcept {
     const bool atStart = isOpening(*cursor);
     char* const insertion = atStart ? cursor + 1 : cursor;
@@ -114,7 +114,7 @@ char* escapeJsonString(char* destination, const char* string) noexcept {
     return destination;
 }
 
-/// Writes the key, and the value through `writeValue` (given the place, returning the place behind).
+/// Writes the key, then the value: `writeValue(position)` returns the end of what it wrote.
 template <class WriteValue>
 char* addField(char* cursor, const char* key, std::size_t valueLength, StatusTextGrowth growth,
                WriteValue writeValue) noexcept {

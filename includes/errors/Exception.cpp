@@ -32,7 +32,7 @@ const char* Exception::errorInfoJson() const noexcept {
 void raiseError(std::int32_t code, const char* constantName, RaiseSite site) {
     const Exception exception;
     recordError(exception.status(), code, constantName, site.file, site.line);
-    throw exception; // the thrown copy takes the text over
+    throw exception; // the thrown copy takes over the text
 }
 
 void raiseError(vykel::StatusCode code, const char* constantName, RaiseSite site) {

@@ -9,7 +9,7 @@
 
 namespace vyerr {
 
-/// Carries the Status of a failure. A copy takes the code and the text over; the source keeps its code but no
+/// Carries the Status of a failure. A copy takes over the code and the text; the source keeps its code but no
 /// text, since a text has one owner.
 class ExceptionBase {
 public:
@@ -28,7 +28,7 @@ private:
     mutable Status record; // a copy moves the text out of a const source
 };
 
-/// What every failure inside the library is thrown as. Never leaves the library: see runGuarded.
+/// The exception that the library throws for every failure. It never leaves the library: see runGuarded.
 class Exception : public virtual ExceptionBase, public virtual std::exception {
 public:
     /// The JSON text of what failed; empty when there is none.
@@ -43,10 +43,10 @@ public:
 /// Throws what a record holds; the text moves into the exception, the record keeps the code.
 [[noreturn]] void throwFailure(Status* status);
 
-/// The same, but only when the record holds an error.
+/// Does the same, but only when the record holds an error.
 void throwIfFailed(Status* status);
 
-/// Throws when a block holds an error; the exception has the code alone.
+/// Throws when a block holds an error; the exception has only the code.
 void throwIfFailed(const StatusBlock* block);
 
 } // namespace vyerr

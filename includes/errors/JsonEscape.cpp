@@ -8,7 +8,7 @@ namespace vyerr {
 
 namespace {
 
-/// Decodes what follows "\u". Returns the place behind it, or null.
+/// Decodes what follows "\u". Returns the place after it, or null.
 const char* decodeUnicode(const char* digits, const char* end, char* out, std::size_t& outLength) noexcept {
     const std::int32_t first = jsonHexQuad(digits, end);
     if (first <= 0)

@@ -31,7 +31,7 @@ bool jsonNumberToInt(const JsonToken& token, std::int32_t* value) noexcept {
     double scanned = 0;
     if (std::sscanf(localNumberText(token, sample, room), "%lg", &scanned) != 1)
         return false;
-    // Written so that a NaN, too, takes the second branch.
+    // Written so that a NaN does not fit either.
     const bool fits = scanned > -2147483649.0 && scanned < 2147483648.0;
     *value = fits ? static_cast<std::int32_t>(scanned) : INT32_MIN;
     return true;

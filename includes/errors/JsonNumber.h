@@ -6,8 +6,8 @@
 
 namespace vyerr {
 
-/// Converts a number token; a fraction is cut off toward zero, a value beyond 32 bits gives the lowest
-/// number.
+/// Converts a number token. A fraction is cut off toward zero; a value that 32 bits cannot hold gives the
+/// lowest number. False when the runtime finds no number.
 bool jsonNumberToInt(const JsonToken& token, std::int32_t* value) noexcept;
 
 /// Room for the text of a number.

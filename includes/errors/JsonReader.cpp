@@ -8,8 +8,8 @@ namespace vyerr {
 
 namespace {
 
-// The documents nest two deep; a text that nests deeper than this is refused rather than exhaust the stack.
-constexpr int deepestNesting = 256;
+// The documents nest two deep. Deeper nesting than this is refused, so that no text exhausts the stack.
+constexpr int maxNesting = 256;
 
 bool isDigit(char character) noexcept {
     return character >= '0' && character <= '9';
@@ -73,8 +73,8 @@ const char* parseNumber(const char* start, JsonToken& token) noexcept {
 
 const char* parseValue(const char* position, JsonToken& token, int depth) noexcept;
 
-/// Behind an element: steps over the comma and its blanks. Leaves `at` on the next element or the closing
-/// character; false at an error.
+/// After an element: moves `at` past the comma and the blanks, to the next element or the closing character.
+/// False at an error.
 bool passComma(const char*& at, char closing, JsonToken& token, JsonError notClosed) noexcept {
     at = skipJsonBlanks(at);
     if (*at == closing)
@@ -91,7 +91,7 @@ bool passComma(const char*& at, char closing, JsonToken& token, JsonError notClo
     return true;
 }
 
-/// Reads a member's key and colon; returns the place of its value.
+/// Reads a member's key and colon. Returns the place of its value.
 const char* parseKey(const char* at, JsonToken& token) noexcept {
     if (*at != '"')
         return fail(token, at, JsonError::UnexpectedCharacter);
@@ -108,7 +108,7 @@ const char* parseContainer(const char* start, JsonToken& token, int depth) noexc
     const bool isObject = *start == '{';
     const char closing = isObject ? '}' : ']';
     const JsonError notClosed = isObject ? JsonError::ObjectNotClosed : JsonError::ArrayNotClosed;
-    if (depth == deepestNesting)
+    if (depth == maxNesting)
         return fail(token, start, notClosed);
     const char* at = skipJsonBlanks(start + 1);
     while (*at != closing) {
@@ -129,14 +129,14 @@ const char* parseWord(const char* position, JsonToken& token) noexcept {
         if (std::strncmp(position, word, length) != 0)
             continue;
         succeed(token, *word == 'n' ? JsonType::Null : JsonType::Boolean, position, position + length);
-        if (*word != 'n') // the value itself stands in place of a pointer
+        if (*word != 'n') // the token holds the value in place of a pointer
             token.start = reinterpret_cast<const char*>(static_cast<std::uintptr_t>(*word == 't'));
         return position + length;
     }
     return fail(token, nullptr, JsonError::None);
 }
 
-// The first character alone decides which kind of value can follow.
+// The first character decides which kind of value can follow.
 const char* parseValue(const char* position, JsonToken& token, int depth) noexcept {
     switch (*position) {
     case '"':
@@ -150,6 +150,7 @@ const char* parseValue(const char* position, JsonToken& token, int depth) noexce
     return *position == '-' || isDigit(*position) ? parseNumber(position, token) : parseWord(position, token);
 }
 
+/// Whether a string, decoded, is the expected text.
 bool decodesTo(const JsonToken& string, const char* expected) noexcept {
     const char* at = string.start;
     const char* const end = string.start + string.length;

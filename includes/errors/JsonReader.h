@@ -3,34 +3,34 @@
 
 #include <cstdint>
 
-/// The reading half of the small JSON engine behind Status. It works on the NUL-terminated text, allocates
-/// nothing and never reads past the NUL.
+/// The reader of a Status' JSON text. It works on the NUL-terminated text, allocates nothing and never reads
+/// past the NUL.
 namespace vyerr {
 
+/// What a value is.
 enum class JsonType : std::uint32_t { Error, Null, Boolean, Number, String, Array, Object };
 
-/// Why a text is no JSON value.
+/// Why a text is not a JSON value.
 enum class JsonError : std::int64_t {
-    None = 0,            ///< No value begins here.
-    BadString = 2,       ///< A control character, a DEL or no closing quote.
-    ObjectNotClosed = 3, ///< Also: nested deeper than the reader goes.
-    ArrayNotClosed = 4,  ///< Also: nested deeper than the reader goes.
-    NoColon = 5,         ///< A member has no colon after its key.
-    UnexpectedCharacter =
-        6,            ///< Neither a comma nor the end follows a value, or a member begins without a key.
-    BadEscape = 7,    ///< A string has an invalid escape.
-    TrailingComma = 8 ///< A comma is followed by the closing brace or bracket.
+    None = 0,                ///< No value begins here.
+    BadString = 2,           ///< A control character, a DEL or no closing quote.
+    ObjectNotClosed = 3,     ///< Or nests deeper than the reader goes.
+    ArrayNotClosed = 4,      ///< Or nests deeper than the reader goes.
+    NoColon = 5,             ///< A member has no colon after its key.
+    UnexpectedCharacter = 6, ///< No comma and no end after a value, or no key where one must be.
+    BadEscape = 7,           ///< A string has an invalid escape.
+    TrailingComma = 8        ///< A comma is followed by the closing brace or bracket.
 };
 
 /// What parseJsonValue found.
 struct JsonToken {
     JsonType type;
-    /// A value's first character (a string's: behind the opening quote); an error's place; a boolean: the
-    /// value itself, 1 or 0.
+    /// A value's first character (of a string the one after the opening quote); an error's place; of a
+    /// boolean the value itself, 1 or 0.
     const char* start;
-    /// A value's length in bytes (a string's: of the escaped body, without quotes); an error: a JsonError.
+    /// A value's length in bytes (of a string the escaped body's, without quotes); of an error a JsonError.
     std::int64_t length;
-    /// A number: 1 when it has a fraction or an exponent.
+    /// Of a number 1 when it has a fraction or an exponent.
     std::int64_t flag;
 };
 
@@ -39,11 +39,11 @@ constexpr bool isJsonBlank(char character) noexcept {
     return character == ' ' || character == '\t' || character == '\n' || character == '\r';
 }
 
-/// The first character at or behind a position that is not blank.
+/// The first character at or after a position that is not blank.
 const char* skipJsonBlanks(const char* position) noexcept;
 
-/// Reads the value that begins at a position. Returns the pointer behind it, or null; `token`, when not null,
-/// describes the value or the error.
+/// Reads the value that begins at a position. Returns the end of it, or null at an error; `token`, when not
+/// null, describes the value or the error.
 const char* parseJsonValue(const char* position, JsonToken* token) noexcept;
 
 /// The first character of the value of a member at the top level of an object, or null when there is none or

@@ -6,12 +6,13 @@ namespace vyerr {
 
 namespace {
 
+/// The system's text for an error; null when it has none.
 vybase::LocalMemory<char> systemMessage(DWORD error) noexcept {
     constexpr DWORD flags =
         FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
     constexpr DWORD neutralDefaultLanguage = 0x0400;
     char* text = nullptr;
-    // With an allocated buffer the call takes the address of the pointer in place of the buffer.
+    // When the call allocates the buffer, it takes the address of a pointer in place of the buffer.
     if (FormatMessageA(flags, nullptr, error, neutralDefaultLanguage, reinterpret_cast<char*>(&text), 0,
                        nullptr) == 0)
         return nullptr;

@@ -5,9 +5,9 @@
 
 namespace vyerr {
 
-/// Where an error is raised. The pair is part of the error contract that support tools read: `file` is the
-/// unit's path from the project's root (`__FILE__`, as the build maps it), `line` a number fixed once and
-/// for all, whatever line the statement moves to.
+/// Where an error is raised. Support tools search for the pair, so it never changes: `file` is the path from
+/// the project's root of the unit that first raised the error (`__FILE__`, as the build maps it), `line` the
+/// number that the site was given then. Both stay when the statement moves.
 struct RaiseSite {
     const char* file;
     std::int32_t line;
@@ -16,7 +16,7 @@ struct RaiseSite {
 /// The component that every error of this library names.
 constexpr const char* componentName = "vykeldevenum";
 
-/// The texts of "error_constant": the name by which a raise site spells its code.
+/// The texts of "error_constant": how a raise site spells its code.
 namespace constant {
 constexpr const char* memoryFull = "vyplaterr_memoryFull";
 constexpr const char* resourceNotFound = "vyplaterr_resourceNotFound";

@@ -8,9 +8,9 @@
 
 namespace vyerr {
 
-/// A Status for the calls of one scope. The scope's end throws what they recorded, unless an exception is
-/// already propagating on this thread, and releases the record in every case. Since such an exception may be
-/// the client's own, a scope whose later steps rely on the earlier ones calls check() between them.
+/// A Status for the calls of one scope. The end of the scope throws what they recorded, unless an exception
+/// is already propagating on this thread, and always releases the record. A client may call the library while
+/// its own exception propagates: a scope whose later steps need the earlier ones calls check() between them.
 class ScopedStatus {
 public:
     ScopedStatus() noexcept { initStatus(&record); }
@@ -26,7 +26,7 @@ public:
             throwIfFailed(&record);
     }
 
-    /// Throws now when an error was recorded.
+    /// Throws at once when an error was recorded.
     void check() { throwIfFailed(&record); }
 
     Status* get() noexcept { return &record; }
@@ -48,7 +48,7 @@ public:
             throwIfFailed(&block);
     }
 
-    /// Throws now when an error was stored.
+    /// Throws at once when an error was stored.
     void check() const { throwIfFailed(&block); }
 
     StatusBlock* get() noexcept { return &block; }

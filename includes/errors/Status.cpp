@@ -8,8 +8,8 @@ namespace vyerr {
 
 namespace {
 
-constexpr std::uint32_t minimumCapacity = 4; // "{}", its NUL and the end marker
-constexpr std::uint32_t largestRequest = 0x7FFFFFFF;
+constexpr std::uint32_t minimumCapacity = 4; // of "{}", its NUL and the end marker
+constexpr std::uint32_t maxRequest = 0x7FFFFFFF;
 constexpr std::uint32_t firstCapacity = 512;
 
 std::uint32_t roundedCapacity(std::uint32_t wanted) noexcept {
@@ -30,7 +30,7 @@ void moveText(Status* into, Status* from) noexcept {
 void copyText(Status* into, const Status* from) noexcept {
     const char* text = from->json != nullptr ? from->json : "{}";
     const std::size_t length = std::strlen(text);
-    if (length > largestRequest - 2)
+    if (length > maxRequest - 2)
         return;
     if (into->reallocate(into, static_cast<std::uint32_t>(length + 2)))
         layStatusText(into->json, into->capacity, text);
@@ -47,7 +47,7 @@ bool defaultStatusReallocate(Status* status, std::uint32_t wantedCapacity) noexc
     }
     if (wantedCapacity <= status->capacity)
         return true;
-    if (wantedCapacity > largestRequest)
+    if (wantedCapacity > maxRequest)
         return false;
     const std::uint32_t capacity = roundedCapacity(wantedCapacity);
     auto* const buffer = static_cast<char*>(std::malloc(capacity));

@@ -14,10 +14,10 @@ using StatusReallocateFn = bool (*)(Status* status, std::uint32_t wantedCapacity
 
 /// The library's internal record of an outcome: the code, and a JSON text that says what failed and where.
 ///
-/// `json` is null until the first error; afterwards its buffer of `capacity` bytes holds the NUL-terminated
-/// text, zero bytes, and in the very last byte the end marker 'J'. The record owns the buffer and frees it
-/// only through `reallocate`; it is never copied member by member: the text moves with mergeStatus. The code
-/// is authoritative, the text best effort. A record belongs to the thread that made it.
+/// `json` is null until the first error; then its buffer of `capacity` bytes holds the NUL-terminated text,
+/// zero bytes, and in the very last byte the end marker 'J'. The record owns the buffer and frees it only
+/// through `reallocate`; it is never copied member by member: the text moves with mergeStatus. The code
+/// counts; the text is as much as memory allowed. A record belongs to the thread that made it.
 struct Status {
     std::int32_t code;
     std::uint32_t capacity;
@@ -34,17 +34,17 @@ Status* initStatus(Status* status) noexcept;
 /// Sets the code to 0 and frees the buffer.
 void releaseStatus(Status* status) noexcept;
 
-/// The storing rule of every record, the first error wins: an error is never replaced, a warning only by an
+/// The rule of every record and block, the first error wins: an error is never replaced, a warning only by an
 /// error, and 0 replaces nothing.
 constexpr bool replacesCode(std::int32_t current, std::int32_t offered) noexcept {
     return (current == 0 && offered != 0) || (current > 0 && offered < 0);
 }
 
-/// Stores a code by the rule above and empties the text. Returns true when the code was stored.
+/// Stores a code when replacesCode allows it, and empties the text. Returns whether the code was stored.
 bool setStatusCode(Status* status, std::int32_t code) noexcept;
 
-/// Stores `from`'s code in `into` by the rule above and moves the text along; `from` keeps its code but no
-/// text. Returns true when the code was stored.
+/// Stores `from`'s code in `into` when replacesCode allows it, and moves the text along; `from` keeps its
+/// code but no text. Returns whether the code was stored.
 bool mergeStatus(Status* into, Status* from) noexcept;
 
 /// Doubles a record's buffer: a StatusTextGrowth's `grow`. Returns the cursor at the same offset, or null

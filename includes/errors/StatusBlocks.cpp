@@ -11,7 +11,7 @@ namespace vyerr {
 namespace {
 
 constexpr std::size_t fileRoom = sizeof(StatusBlock::file) - 1;
-constexpr std::size_t keptEnd = 49; // of each end of a file path that is too long
+constexpr std::size_t keptAtEachEnd = 49; // of a file path that is too long
 
 /// Copies a text into a field of fixed size, NUL-terminated and zero-padded.
 template <std::size_t size>
@@ -25,23 +25,24 @@ void fillFile(StatusBlock* block, const char* file) noexcept {
     const std::size_t length = std::strlen(file);
     fillField(block->file, file, length);
     if (length > fileRoom) {
-        std::memcpy(block->file + keptEnd, "..", 2);
-        std::memcpy(block->file + keptEnd + 2, file + length - keptEnd, keptEnd);
+        std::memcpy(block->file + keptAtEachEnd, "..", 2);
+        std::memcpy(block->file + keptAtEachEnd + 2, file + length - keptAtEachEnd, keptAtEachEnd);
     }
 }
 
-/// Decodes the last bytes, at most as many as `text` has room for, of a string field; leaves `text` empty
-/// when there is no such field.
+/// Decodes the last bytes of a string field, at most `maxBytes`, which `text` must have room for. Leaves
+/// `text` as it is when there is no such field.
 template <std::size_t size>
-void lastOfField(const char* document, const char* key, std::int64_t most, char (&text)[size]) noexcept {
+void lastOfField(const char* document, const char* key, std::int64_t maxBytes, char (&text)[size]) noexcept {
     const char* const value = findField(document, key);
     JsonToken token;
     if (value == nullptr || parseJsonValue(value, &token) == nullptr || token.type != JsonType::String)
         return;
-    const std::int64_t length = std::min(token.length, most);
+    const std::int64_t length = std::min(token.length, maxBytes);
     unescapeJsonString(token.start + token.length - length, length, text);
 }
 
+/// The field "line"; 0 when it is missing or not a number.
 std::int32_t lineOf(const char* document) noexcept {
     std::int32_t line = 0;
     const char* const value = findField(document, "line");

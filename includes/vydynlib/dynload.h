@@ -6,12 +6,12 @@
 #include <windows.h>
 
 /// Loading of dynamic libraries. Nothing throws; failures are recorded in the Status as InvalidParameter with
-/// the path or symbol and the system's code and text. Does nothing while the Status holds an error. Any
+/// the path or symbol and the system's code and text. Nothing is done while the Status holds an error. Any
 /// thread may call.
 namespace vydynlib {
 
 /// Loads a library by its UTF-8 path, in the system's standard search order. Returns the module, or null.
-/// Every success must be matched by one FreeLibrary; see LibraryHandle.
+/// The caller frees each loading once; see LibraryHandle.
 HMODULE loadLibrary(const char* path, vyerr::Status& status) noexcept;
 
 /// The address of an exported function, or null.
@@ -23,13 +23,13 @@ public:
     LibraryHandle() noexcept = default;
     ~LibraryHandle() { unload(); }
 
-    /// Takes a module over (null is allowed); the one held before is unloaded.
+    /// Unloads the library held before and takes over a module, or null.
     void reset(HMODULE loaded) noexcept {
         unload();
         module = loaded;
     }
 
-    /// Frees the library, when one is held.
+    /// Frees the library when one is held.
     void unload() noexcept;
 
     /// Forgets the library without freeing it: it stays loaded for the life of the process.

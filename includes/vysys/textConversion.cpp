@@ -16,8 +16,8 @@ std::ptrdiff_t sequenceLength(unsigned char lead) noexcept {
     return (lead & 0xF8) == 0xF0 ? 4 : 1;
 }
 
-/// Decodes the code point at `position` (below `end`) and advances the position past the bytes used. A byte
-/// that leads no sequence, or one that the end cuts off, stands for itself.
+/// Decodes the code point at `position` (below `end`) and moves the position past the bytes used. A byte that
+/// leads no sequence, or leads one that the end cuts off, is a code point itself.
 std::uint32_t decodeUtf8CodePoint(const char*& position, const char* end) noexcept {
     const auto lead = static_cast<unsigned char>(*position++);
     const std::ptrdiff_t length = lead < 0x80 ? 1 : sequenceLength(lead);
@@ -51,7 +51,7 @@ void utf16ToUtf8(const WCHAR* begin, const WCHAR* end, Utf8Vector& out, vyerr::S
     constexpr std::uint32_t surrogateOffset = 56613888; // of u * 1024 + l for a pair u, l
     while (begin != end) {
         std::uint32_t codePoint = *begin++;
-        // A high surrogate takes whatever follows it; the very last unit of a text stands for itself.
+        // A high surrogate takes whatever unit follows it; as the last unit it is a code point itself.
         if (codePoint >= 0xD800 && codePoint < 0xDC00 && begin != end)
             codePoint = codePoint * 1024 + *begin++ - surrogateOffset;
         char bytes[4];

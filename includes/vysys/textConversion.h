@@ -6,8 +6,9 @@
 #include <cstdint>
 #include <windows.h>
 
-/// Conversions between the UTF-8 of the library and the UTF-16 of the system. They validate nothing: overlong
-/// forms, lone surrogates and stray bytes pass in a fixed way, so that no text is ever refused.
+/// Conversions between the UTF-8 of the library and the UTF-16 of the system. They validate nothing: they
+/// convert overlong forms, lone surrogates and stray bytes in a fixed way and refuse no text. Any thread may
+/// call.
 namespace vysys {
 
 using Utf16String = vytpl::StatusString<WCHAR>;

@@ -9,8 +9,7 @@ namespace {
 constexpr vyerr::RaiseSite countSite{__FILE__, 21};
 constexpr vyerr::RaiseSite nameSite{__FILE__, 58};
 constexpr vyerr::RaiseSite openSite{__FILE__, 91};
-// This pair names another unit: a site keeps its file, too, when its code moves, since support tools search
-// for it.
+// The reading of values was in another unit at first.
 constexpr vyerr::RaiseSite valueSite{"includes/vysys/stdpath.cpp", 246};
 constexpr DWORD nameUnits = 256; // the longest name the system allows, and its terminator
 constexpr DWORD firstValueBytes = 512;

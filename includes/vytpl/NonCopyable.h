@@ -3,8 +3,8 @@
 
 namespace vytpl {
 
-/// A private base that forbids copying and assigning. The parameter only tells apart the bases of classes
-/// that hold one another, so that none of them grows.
+/// A private base that forbids copying and assigning. The parameter gives each class a base type of its own:
+/// two empty bases of one type within an object would make it larger.
 template <class Derived>
 class NonCopyableT {
 protected:

@@ -8,8 +8,8 @@
 
 namespace vykel {
 
-/// An element count as the 32 bits that the interfaces carry. Throws std::invalid_argument, that is
-/// InvalidParameter at a boundary, when it does not fit.
+/// An element count in the 32 bits that the interfaces carry. Throws std::invalid_argument, which a boundary
+/// turns into InvalidParameter, when it does not fit.
 inline std::uint32_t toCount32(std::size_t count) {
     if (count > std::numeric_limits<std::uint32_t>::max())
         throw std::invalid_argument("element count exceeds 32 bits");

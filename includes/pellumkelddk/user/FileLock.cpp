@@ -11,7 +11,7 @@ constexpr vyerr::RaiseSite openSite{__FILE__, 47};
 } // namespace
 
 FileStream openLockFile(const char* path) {
-    // Reading first: a lock file that this user may not write still locks.
+    // Reading first: a user who may not write the file may still lock it.
     if (FileStream stream{std::fopen(path, "rb")})
         return stream;
     FileStream{std::fopen(path, "ab")}.reset();

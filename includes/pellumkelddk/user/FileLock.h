@@ -8,7 +8,7 @@ namespace vykel {
 using vybase::FileStream;
 
 /// Opens a lock file for reading, and creates it empty when it is missing; its folder must exist. The file
-/// carries no content and is never deleted. Never null. Throws ConfigurationFault when it can be neither
+/// has no content and is never deleted. Never null. Throws ConfigurationFault when it can be neither
 /// opened nor created.
 FileStream openLockFile(const char* path);
 

@@ -8,12 +8,12 @@
 
 namespace vyfile {
 
-/// An exclusive lock on the whole of an open file, against other processes and other handles of this one.
-/// It borrows the stream, which must outlive it, and has no unlock: closing the stream ends the lock. One
+/// An exclusive lock on the whole of an open file, against other processes and other handles of this process.
+/// It borrows the stream, which must outlive it. There is no unlock: closing the stream ends the lock. One
 /// thread uses it.
 class FileLockImpl : private vytpl::NonCopyableT<FileLockImpl> {
 public:
-    /// Not locked yet. Throws OsFault when the system gives no event.
+    /// Does not lock yet. Throws OsFault when the system gives no event.
     explicit FileLockImpl(std::FILE* stream);
 
     /// Returns when the lock is held, however long that takes. Throws OsFault when the system refuses it.

@@ -2,14 +2,19 @@
 
 #include <windows.h>
 
-// The seam between compilers: each has its own way, or none, to catch a structured exception.
+namespace {
+
+constexpr DWORD statusNoMemory = 0xC0000017; // STATUS_NO_MEMORY
+
+} // namespace
+
+// The seam between compilers: each catches a structured exception in its own way, or not at all.
 
 #if defined(_MSC_VER)
 
 namespace vyplat {
 
 bool completesWithoutMemoryFault(void (*function)(void*), void* argument) {
-    constexpr DWORD statusNoMemory = 0xC0000017;
     __try {
         function(argument);
         return true;
@@ -27,7 +32,6 @@ bool completesWithoutMemoryFault(void (*function)(void*), void* argument) {
 // __try/__except; the C runtime's __C_specific_handler interprets it. `used` keeps the filter, which only
 // the table names; the `nop` keeps the return address within the guarded range.
 extern "C" __attribute__((used)) LONG WINAPI vyMemoryFaultFilter(EXCEPTION_POINTERS* info, void*) {
-    constexpr DWORD statusNoMemory = 0xC0000017;
     return info->ExceptionRecord->ExceptionCode == statusNoMemory ? EXCEPTION_EXECUTE_HANDLER
                                                                   : EXCEPTION_CONTINUE_SEARCH;
 }
@@ -76,7 +80,6 @@ namespace vyplat {
 
 // On the host a structured exception is a C++ exception that only winhost throws.
 bool completesWithoutMemoryFault(void (*function)(void*), void* argument) {
-    constexpr DWORD statusNoMemory = 0xC0000017;
     try {
         function(argument);
         return true;

@@ -4,8 +4,8 @@
 namespace vyplat {
 
 /// Runs `function(argument)`. Returns true when it returned, false when the system raised its structured
-/// exception for exhausted memory (0xC0000017) out of it. Every other structured exception, and every C++
-/// exception, passes on. Destructors between the raise and this call do not run: `function` must have none.
+/// exception for exhausted memory (0xC0000017) in it. Every other structured exception, and every C++
+/// exception, passes on. Destructors between the raise and this call do not run: `function` must need none.
 bool completesWithoutMemoryFault(void (*function)(void*), void* argument);
 
 } // namespace vyplat
