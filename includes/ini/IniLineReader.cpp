@@ -43,7 +43,8 @@ int IniLineReader::readLine(IniRange& line) noexcept {
     }
     line = {position, end};
     position = end == filled ? end : end + 1;
-    ++lines;
+    if (lines != INT32_MAX)
+        ++lines;
     return 1;
 }
 

@@ -29,7 +29,7 @@ public:
     /// file. IniReadFailed, IniMemoryFull.
     int readLine(IniRange& line) noexcept;
 
-    /// Number of the line read last, from 1.
+    /// Number of the line read last, from 1. All lines after the one numbered INT32_MAX share its number.
     std::int32_t lineNumber() const noexcept { return lines; }
 
     /// Hands over the text of all lines read; no more may be read.
