@@ -1,6 +1,8 @@
 #include "ini/IniEdit.h"
+
 #include "ini/IniFile.h"
 #include <cstring>
+#include <utility>
 
 namespace vyini {
 
@@ -122,21 +124,22 @@ int setIniValue(IniDocument* document, const char* section, const char* key, con
 }
 
 int deleteIniSection(IniDocument* document, const char* name) noexcept {
-    IniSection* section = name != nullptr ? document->sections.take(name, document->caseSensitive) : nullptr;
+    IniSection* section = name != nullptr ? document->sections.find(name, document->caseSensitive) : nullptr;
     if (section == nullptr)
         return 0;
     if (document->currentSection == section)
         document->currentSection = nullptr;
+    document->sections.remove(section);
     freeIniSection(document, section);
     return 1;
 }
 
 int deleteIniEntry(IniDocument* document, const char* section, const char* key) noexcept {
     IniSection* found = findIniSection(document, section);
-    IniEntry* entry =
-        found != nullptr && key != nullptr ? found->entries.take(key, document->caseSensitive) : nullptr;
+    IniEntry* entry = findIniEntry(found, document->caseSensitive, key);
     if (entry == nullptr)
         return 0;
+    found->entries.remove(entry);
     document->entryPool.release(entry);
     return 1;
 }

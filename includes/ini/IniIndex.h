@@ -7,64 +7,87 @@
 
 namespace vyini {
 
-/// Finds the items of an ordered list by name in constant and by position in logarithmic time.
+/// Finds the items of an ordered list by name in constant time. One thread; nothing throws.
 ///
-/// Every item has a slot; slots stand in the order of the list. The slots whose names share a bucket form a
-/// ring in the same order, and the bucket knows the ring's last slot, whose successor is the first. So equal
-/// names are met in list order, and adding one more costs the same however many there are. A removed item
-/// leaves its slot empty until the index next grows. One thread; nothing throws.
+/// Every item has a slot. The slots whose names share a bucket form a ring in list order, and the bucket
+/// knows the last slot of its ring, which is followed by the first. So equal names are met in list order, and
+/// to append one more costs the same however many there are. The slot of a removed item is not used again:
+/// when all slots are used, the owner makes a new index.
 ///
-/// T has a pointer `next` to T; nameOf(const T&) gives its name. There is an index of sections and one of
-/// entries.
+/// `nameOf(const T&)` gives the name of an item.
 template <class T>
 class IniIndex {
 public:
-    static constexpr std::uint32_t none = UINT32_MAX;
+    /// An empty index for at least `count` items, whose names are compared with this `caseSensitive`.
+    IniIndex(std::uint32_t count, int caseSensitivity) noexcept : caseSensitive(caseSensitivity) {
+        while (capacity <= count && capacity != 0)
+            capacity *= 2;
+        slots = makeIniArray<Slot>(capacity);
+        buckets = makeIniArray<std::uint32_t>(capacity);
+        if (slots == nullptr || buckets == nullptr)
+            capacity = 0;
+    }
 
-    /// For names compared with this `caseSensitive`.
-    explicit IniIndex(int caseSensitivity) noexcept : caseSensitive(caseSensitivity) {}
+    /// Adds an item after all others. False when no slot is left, or there was no memory for any.
+    bool append(T* item) noexcept {
+        if (used == capacity)
+            return false;
+        const std::uint32_t hash = hashIniName(nameOf(*item), caseSensitive);
+        std::uint32_t& last = bucketOf(hash);
+        const std::uint32_t first = last == 0 ? used : slots[last - 1].following;
+        if (last != 0)
+            slots[last - 1].following = used;
+        slots[used] = {item, hash, first};
+        last = ++used;
+        return true;
+    }
 
-    /// Fills the empty index with the `count` items of a list. False when memory is short.
-    bool build(T* first, std::uint32_t count) noexcept;
+    /// The first item in list order whose name compares equal, or null.
+    T* find(const char* name) const noexcept {
+        const std::uint32_t hash = hashIniName(name, caseSensitive);
+        const std::uint32_t last = bucketOf(hash);
+        if (last == 0)
+            return nullptr;
+        std::uint32_t slot = last - 1;
+        do {
+            slot = slots[slot].following;
+            if (slots[slot].hash == hash && equalIniNames(name, nameOf(*slots[slot].item), caseSensitive))
+                return slots[slot].item;
+        } while (slot != last - 1);
+        return nullptr;
+    }
 
-    /// The hash of a name, as this index compares it.
-    std::uint32_t hashOf(const char* name) const noexcept { return hashIniName(name, caseSensitive); }
-
-    /// Adds the item that was appended to the list. False when memory is short: the index then lacks it.
-    bool append(T* item, std::uint32_t hash) noexcept;
-
-    /// The slot of the first item in list order whose name compares equal to one of that hash, or `none`.
-    std::uint32_t find(const char* name, std::uint32_t hash) const noexcept;
-
-    T* itemAt(std::uint32_t slot) const noexcept { return slots[slot].item; }
-
-    /// Empties a slot that find() gave.
-    void remove(std::uint32_t slot) noexcept;
-
-    /// The n-th item of the list, counted from 1; `n` must be within the list. Null when memory is short.
-    T* atPosition(std::uint32_t n) noexcept;
+    /// Removes an item of the list.
+    void remove(const T* item) noexcept {
+        std::uint32_t& last = bucketOf(hashIniName(nameOf(*item), caseSensitive));
+        std::uint32_t before = last - 1;
+        std::uint32_t slot = slots[before].following;
+        while (slots[slot].item != item) {
+            before = slot;
+            slot = slots[slot].following;
+        }
+        slots[before].following = slots[slot].following;
+        if (before == slot)
+            last = 0;
+        else if (last - 1 == slot)
+            last = before + 1;
+    }
 
     const int caseSensitive;
 
 private:
     struct Slot {
-        T* item; ///< null: removed
+        T* item;
         std::uint32_t hash;
         std::uint32_t following; ///< next slot of the same bucket
     };
 
-    bool resize(std::uint32_t newCapacity) noexcept;
-    void link(Slot added) noexcept;
-    bool countRanks() noexcept;
-    void addToRanks(std::uint32_t slot, std::uint32_t change) noexcept;
     std::uint32_t& bucketOf(std::uint32_t hash) const noexcept { return buckets[hash & (capacity - 1)]; }
 
     IniArray<Slot> slots;
     IniArray<std::uint32_t> buckets; ///< last slot of each ring plus 1; 0: empty
-    IniArray<std::uint32_t> ranks;   ///< binary indexed tree of items up to each slot; null until needed
-    std::uint32_t capacity = 0;      ///< of slots and of buckets, a power of two
-    std::uint32_t used = 0;          ///< slots, removed ones included
-    std::uint32_t removed = 0;
+    std::uint32_t capacity = 32;     ///< of slots and of buckets, a power of two
+    std::uint32_t used = 0;          ///< slots, those of removed items included
 };
 
 } // namespace vyini

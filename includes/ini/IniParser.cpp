@@ -1,4 +1,5 @@
 #include "ini/IniParser.h"
+
 #include "ini/IniScan.h"
 #include <cstring>
 
@@ -71,29 +72,23 @@ private:
     }
 
     int openSection(const char* name, std::int32_t number) noexcept {
-        const auto make = [&] {
-            IniSection* made = document.sectionPool.make();
-            if (made != nullptr)
-                made->name = name;
-            return made;
-        };
-        IniSection* section = findOrAppend(document.sections, name, make);
-        if (section == nullptr)
-            return IniMemoryFull;
+        IniSection* section = findMergeable(document.sections, name);
+        if (section == nullptr) {
+            section = document.sectionPool.make();
+            if (section == nullptr)
+                return IniMemoryFull;
+            section->name = name;
+            document.sections.append(section);
+        }
         section->line = number;
         document.currentSection = section;
         return 0;
     }
 
-    /// The item of that name to go on with, or null when memory is short.
-    template <class T, class Make>
-    T* findOrAppend(IniList<T>& list, const char* name, Make make) noexcept {
-        if (document.mergeDuplicates != 0)
-            return list.findOrAppend(name, document.caseSensitive, make);
-        T* made = make();
-        if (made != nullptr)
-            list.append(made);
-        return made;
+    /// The item of that name that a duplicate is merged with, or null.
+    template <class T>
+    T* findMergeable(IniList<T>& list, const char* name) const noexcept {
+        return document.mergeDuplicates != 0 ? list.find(name, document.caseSensitive) : nullptr;
     }
 
     int takeEntry(IniRange line, std::int32_t number) noexcept {
@@ -121,20 +116,17 @@ private:
     }
 
     int store(const char* key, IniRange value, std::int32_t number) noexcept {
-        bool isNew = false;
-        const auto make = [&] {
-            IniEntry* made = document.entryPool.make();
-            if (made != nullptr) {
-                made->key = key;
-                isNew = true;
-            }
-            return made;
-        };
-        IniEntry* entry = findOrAppend(document.currentSection->entries, key, make);
-        if (entry == nullptr)
-            return IniMemoryFull;
-        if (!isNew)
+        IniList<IniEntry>& entries = document.currentSection->entries;
+        IniEntry* entry = findMergeable(entries, key);
+        if (entry != nullptr) {
             document.lastKeyLine = entry->line;
+        } else {
+            entry = document.entryPool.make();
+            if (entry == nullptr)
+                return IniMemoryFull;
+            entry->key = key;
+            entries.append(entry);
+        }
         entry->quote = stripQuotes(value);
         entry->value = terminated(value);
         entry->line = number;
@@ -179,7 +171,7 @@ int joinRun(IniDocument& document, IniList<IniEntry>& entries, IniEntry* first, 
     *out = '\0';
     while (first->next != end) {
         IniEntry* joined = first->next;
-        entries.unlink(joined);
+        entries.remove(joined);
         document.entryPool.release(joined);
     }
     const_cast<char*>(first->key)[word - first->key] = '\0'; // a key just read lies in the document's text

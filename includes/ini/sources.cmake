@@ -4,9 +4,7 @@ target_sources(vykeldevenum_core PRIVATE
   ini/IniEdit.cpp
   ini/IniEscape.cpp
   ini/IniFile.cpp
-  ini/IniIndex.cpp
   ini/IniLineReader.cpp
-  ini/IniList.cpp
   ini/IniLoad.cpp
   ini/IniOutput.cpp
   ini/IniParser.cpp
