@@ -1,5 +1,8 @@
 #include "ini/IniDocument.h"
 
+#include <new>
+#include <utility>
+
 namespace vyini {
 
 namespace {
@@ -33,20 +36,14 @@ void freeIniDocument(IniDocument* document) noexcept {
 }
 
 void freeIniSection(IniDocument* document, IniSection* section) noexcept {
-    for (IniEntry* entry = section->entries.first(); entry != nullptr;) {
-        IniEntry* next = entry->next;
-        document->entryPool.release(entry);
-        entry = next;
-    }
+    for (IniEntry* entry = section->entries.first(); entry != nullptr;)
+        document->entryPool.release(std::exchange(entry, entry->next));
     document->sectionPool.release(section);
 }
 
 void clearIniSections(IniDocument* document) noexcept {
-    for (IniSection* section = document->sections.first(); section != nullptr;) {
-        IniSection* next = section->next;
-        freeIniSection(document, section);
-        section = next;
-    }
+    for (IniSection* section = document->sections.first(); section != nullptr;)
+        freeIniSection(document, std::exchange(section, section->next));
     document->sections = {};
     document->currentSection = nullptr;
     document->sectionPool.clear();

@@ -119,7 +119,7 @@ struct IniDocument {
     IniString path;                 ///< the file last loaded or saved; null: none
     FILETIME lastWriteTime = {};    ///< of that file, then
 
-    IniTextBlocks text; ///< what was read from the file; sections and entries point into it
+    IniBlocks text; ///< what was read from the file; sections and entries point into it
     IniPool<IniSection> sectionPool;
     IniPool<IniEntry> entryPool;
 

@@ -33,14 +33,14 @@ public:
     std::int32_t lineNumber() const noexcept { return lines; }
 
     /// Hands over the text of all lines read; no more may be read.
-    IniTextBlocks releaseText() noexcept { return std::move(text); }
+    IniBlocks releaseText() noexcept { return std::move(text); }
 
 private:
     int refill() noexcept;
     bool startBlock() noexcept;
 
     std::FILE* file;
-    IniTextBlocks text;
+    IniBlocks text;
     std::size_t nextBlockSize;
     char nothing[scanSlack] = {};
     char* position = nothing; ///< first byte of the line being read
