@@ -1,6 +1,6 @@
 #include "ini/IniLineReader.h"
+
 #include "ini/IniDocument.h"
-#include "ini/IniScan.h"
 #include <algorithm>
 #include <cstring>
 
@@ -11,6 +11,10 @@ namespace {
 constexpr std::size_t readSize = 32768; // more than a stream buffers, so that no byte is copied twice
 constexpr std::size_t largestFirstBlock = std::size_t{1} << 28; // the size of a file may be wrong or a lie
 constexpr std::size_t largestNextBlock = std::size_t{1} << 20;
+
+constexpr bool isLineEnd(char c) noexcept {
+    return c == '\r' || c == '\n' || c == '\0';
+}
 
 } // namespace
 
@@ -28,7 +32,7 @@ int IniLineReader::readLine(IniRange& line) noexcept {
             if (isLineEnd(*end) && *end != previousEnd)
                 end = ++position; // the second half of the previous line's end
         }
-        end = findLineEnd(end);
+        end += std::strcspn(end, "\r\n"); // or to the next NUL
         if (end != filled) {
             previousEnd = *end;
             break;
@@ -57,7 +61,7 @@ int IniLineReader::refill() noexcept {
     if (std::ferror(file) != 0)
         return IniReadFailed;
     filled += got;
-    std::memset(filled, 0, scanSlack);
+    *filled = '\0';
     return got != 0 ? 1 : 0;
 }
 
@@ -65,7 +69,7 @@ int IniLineReader::refill() noexcept {
 bool IniLineReader::startBlock() noexcept {
     const auto length = static_cast<std::size_t>(filled - position);
     const std::size_t size = std::max(nextBlockSize, 2 * length);
-    char* block = text.add(size + scanSlack);
+    char* block = text.add(size + 1);
     if (block == nullptr)
         return false;
     std::memcpy(block, position, length);

@@ -2,7 +2,6 @@
 #define INI_INILINEREADER_H
 
 #include "ini/IniMemory.h"
-#include "ini/IniScan.h"
 #include "ini/IniText.h"
 #include <cstddef>
 #include <cstdint>
@@ -25,8 +24,7 @@ public:
     IniLineReader& operator=(const IniLineReader&) = delete;
 
     /// Reads the next line, of any length, without its end. 1: `line` is set; its bytes, and the one at
-    /// `line.end`, are the caller's to change, and scanSlack bytes behind its end may be read. 0: end of
-    /// file. IniReadFailed, IniMemoryFull.
+    /// `line.end`, are the caller's to change. 0: end of file. IniReadFailed, IniMemoryFull.
     int readLine(IniRange& line) noexcept;
 
     /// Number of the line read last, from 1. All lines after the one numbered INT32_MAX share its number.
@@ -42,11 +40,11 @@ private:
     std::FILE* file;
     IniBlocks text;
     std::size_t nextBlockSize;
-    char nothing[scanSlack] = {};
-    char* position = nothing; ///< first byte of the line being read
-    char* filled = nothing;   ///< end of what was read; NULs follow, which stop every scan
-    char* blockEnd = nothing; ///< end of the room for reading; the room for those NULs follows
-    char previousEnd = '\0';  ///< what ended the previous line
+    char nothing = '\0';
+    char* position = &nothing; ///< first byte of the line being read
+    char* filled = &nothing;   ///< end of what was read; a NUL follows, which stops every search
+    char* blockEnd = &nothing; ///< end of the room for reading; the room for that NUL follows
+    char previousEnd = '\0';   ///< what ended the previous line
     std::int32_t lines = 0;
 };
 

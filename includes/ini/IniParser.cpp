@@ -1,6 +1,5 @@
 #include "ini/IniParser.h"
 
-#include "ini/IniScan.h"
 #include <cstring>
 
 namespace vyini {
@@ -9,6 +8,12 @@ namespace {
 
 constexpr char continuationWord[] = " Line";
 constexpr std::ptrdiff_t wordLength = sizeof(continuationWord) - 1;
+
+/// Where the character first is, or the end.
+char* findByte(IniRange range, char wanted) noexcept {
+    void* found = std::memchr(range.begin, wanted, static_cast<std::size_t>(range.end - range.begin));
+    return found != nullptr ? static_cast<char*>(found) : range.end;
+}
 
 /// Quick to say no: does the key end in the word and digits?
 bool mayContinue(IniRange key) noexcept {
@@ -62,7 +67,7 @@ private:
     }
 
     int takeHeader(IniRange line, std::int32_t number) noexcept {
-        char* bracket = findByte(line.begin, line.end, ']');
+        char* bracket = findByte(line, ']');
         if (bracket == line.end)
             return unusable(line, number);
         const IniRange name = withoutLeadingBlanks(withoutTrailingBlanks({line.begin + 1, bracket}));
@@ -93,9 +98,9 @@ private:
 
     int takeEntry(IniRange line, std::int32_t number) noexcept {
         const bool colons = (document.parseFlags & IniColonSeparator) != 0;
-        char* separator = findByte(line.begin, line.end, '=');
+        char* separator = findByte(line, '=');
         if (colons)
-            separator = findByte(line.begin, separator, ':');
+            separator = findByte({line.begin, separator}, ':');
         if (separator == line.end)
             return unusable(line, number);
         char* behind = separator + 1;
