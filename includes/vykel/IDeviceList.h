@@ -12,8 +12,9 @@ namespace vykel {
 /// eight slots and the destructor, no data, no base class.
 ///
 /// The holder of a list owns it and ends it with release(), never with delete. getCount and getDevice answer
-/// from the state after the last refresh. No exception may cross any operation. One list must not be used by
-/// two threads at once; different lists may. A status argument is never null.
+/// from the state after the last refresh. A plug-in must let no exception out of any operation; if one does,
+/// the library's isStale, getDevice and detach pass it on, and its other operations let none out. One list
+/// must not be used by two threads at once; different lists may. A status argument is never null.
 class IDeviceList {
 public:
     /// The version of this interface; 0 for the library's lists. The library never asks a plug-in's list.

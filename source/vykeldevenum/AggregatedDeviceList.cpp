@@ -122,18 +122,17 @@ void AggregatedDeviceList::attachAll(std::uint64_t token) {
             vyerr::throwIfFailed(&block);
         }
     } catch (...) {
-        detachFirst(attached, token);
+        for (std::size_t i = 0; i < attached; ++i)
+            callPluginQuietly([&] { deviceLists[i]->detach(token); });
         throw;
     }
 }
 
-void AggregatedDeviceList::detachFirst(std::size_t count, std::uint64_t token) noexcept {
-    for (std::size_t i = 0; i < count; ++i)
-        callPluginQuietly([&] { deviceLists[i]->detach(token); });
-}
-
 void AggregatedDeviceList::detach(std::uint64_t token) {
-    detachFirst(deviceLists.size(), token);
+    callPlugin([&] {
+        for (const auto& list : deviceLists)
+            list->detach(token);
+    });
 }
 
 } // namespace vykel

@@ -11,7 +11,8 @@
 namespace vykel {
 
 /// The list that clients get: the plug-ins' lists as one flat list. It owns those lists and borrows their
-/// devices, as of the last refresh. See IDeviceList for every operation.
+/// devices, as of the last refresh. See IDeviceList for every operation. Of an exception that a plug-in lets
+/// out, refresh and attach report the code; isStale, getDevice and detach pass it on; release ends it.
 class AggregatedDeviceList final : public IDeviceList, private vytpl::NonCopyableT<void> {
 public:
     /// Asks the manager for a list of every plug-in; nothing is refreshed yet. Throws ResourceNotFound when
@@ -34,7 +35,6 @@ private:
     void refreshAll();
     bool refreshList(IDeviceList& list, std::vector<IDevice*>& devices) const;
     void attachAll(std::uint64_t token);
-    void detachFirst(std::size_t count, std::uint64_t token) noexcept;
 
     std::vector<DeviceListPtr> deviceLists;
     DeviceTable devicesPerList;

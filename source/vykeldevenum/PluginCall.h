@@ -1,6 +1,7 @@
 #ifndef VYKELDEVENUM_PLUGINCALL_H
 #define VYKELDEVENUM_PLUGINCALL_H
 
+#include "errors/Exception.h"
 #include <exception>
 #include <new>
 #include <stdexcept>
@@ -29,18 +30,22 @@ inline void setUncaughtExceptions(int count) noexcept {
 
 } // namespace detail
 
-/// Calls into a plug-in: runs `call`, which should do little else. No exception may cross the interface; this
-/// is what happens when one does. It is replaced by this module's own exception of the same standard type
-/// (anything unknown by std::runtime_error), because a plug-in may carry its own C++ runtime:
+/// Calls into a plug-in: runs `call`, which should do little else. A plug-in must let no exception out; one
+/// that does so all the same is replaced by this module's own exception of the same type (a failure of this
+/// library's code keeps its code and text; an unknown type becomes std::runtime_error). A plug-in may carry
+/// its own C++ runtime, and then the original must not go further:
 /// - its throw is counted in its own runtime and our catch in ours, so std::uncaught_exceptions() would be
 ///   wrong for the rest of the thread's life;
-/// - the thrown object's code lies in the plug-in, which unwinding may unload before the handler ends.
-/// A call that returns costs nothing but one look at the count, so that a loop of calls goes in as a whole.
+/// - the thrown object's code is in the plug-in, which unwinding may unload before the handler ends.
+/// A call that returns costs only one look at the count: put a whole loop of calls into one `call`.
 template <class Call>
 decltype(auto) callPlugin(Call&& call) {
     const int before = std::uncaught_exceptions();
     try {
         return std::forward<Call>(call)();
+    } catch (const vyerr::ExceptionBase& exception) {
+        detail::setUncaughtExceptions(before);
+        vyerr::throwFailure(exception.status()); // copies the text when another module owns it
     } catch (const std::bad_alloc&) {
         detail::setUncaughtExceptions(before);
         throw std::bad_alloc();
@@ -59,7 +64,7 @@ decltype(auto) callPlugin(Call&& call) {
     }
 }
 
-/// The same where nothing can be done about an exception: it ends here.
+/// The same, but an exception ends here: for calls whose failure nobody can act on.
 template <class Call>
 void callPluginQuietly(Call&& call) noexcept {
     const int before = std::uncaught_exceptions();

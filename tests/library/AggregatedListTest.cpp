@@ -123,6 +123,7 @@ TEST_F(AggregatedListTest, AFailedRefreshLeavesItStaleAndReadable) {
 
 TEST_F(AggregatedListTest, AttachIsTakenBackWhenOneListRefuses) {
     startList({"a", "b", "c", "d"});
+    plugins.answers["a.detach"] = ThrowOwnType; // nobody can act on it
     const struct {
         std::int32_t answer;
         std::int32_t code;
@@ -137,6 +138,7 @@ TEST_F(AggregatedListTest, AttachIsTakenBackWhenOneListRefuses) {
         EXPECT_EQ(status.code, each.code);
         EXPECT_EQ(plugins.takeLog(), each.log);
     }
+    plugins.answers.clear();
     list->detach(9);
     EXPECT_EQ(plugins.takeLog(), "a.detach(9) b.detach(9) c.detach(9) d.detach(9)");
     const ListPtr other = library.newList();
