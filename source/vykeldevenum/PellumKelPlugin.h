@@ -22,7 +22,7 @@ protected:
 };
 
 /// One enumerator plug-in: its library and entry points. Used under the library's global lock.
-class PellumKelPlugin : private vytpl::NonCopyableT<PellumKelPlugin> {
+class PellumKelPlugin : private vytpl::NonCopyableT<void> {
 public:
     /// Nothing is loaded yet. `libraryPath` is UTF-8, as the registry holds it.
     explicit PellumKelPlugin(std::string libraryPath);

@@ -11,8 +11,7 @@ namespace vykel {
 
 /// Owns the enumerator plug-ins registered on the machine that loaded and initialised. Used under the
 /// library's global lock.
-class PellumKelPluginManager final : public IPellumKelPluginManager,
-                                     private vytpl::NonCopyableT<PellumKelPluginManager> {
+class PellumKelPluginManager final : public IPellumKelPluginManager, private vytpl::NonCopyableT<void> {
 public:
     PellumKelPluginManager() = default;
 
