@@ -6,11 +6,9 @@
 #include "PluginCall.h"
 #include "vyfile/internal/FileLockImpl.h"
 #include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
-#include <utility>
-#include <xmmintrin.h>
+#include <vector>
 
 namespace vykel {
 
@@ -38,59 +36,10 @@ private:
     std::vector<bool> used;
 };
 
-/// The devices without number, to be visited by ascending sort key, equal keys in the order of insertion: a
-/// radix sort, one byte of the key at a time, which keeps the cost per device the same at any number of them.
-class WaitingDevices {
-public:
-    void insert(std::uint32_t sortKey, IDevice* device) { waiting.push_back({sortKey, device}); }
-
-    template <class Visit>
-    void visitInKeyOrder(Visit visit) {
-        sortByKey();
-        for (std::size_t i = 0; i < waiting.size(); ++i) {
-            // In key order the devices lie anywhere in memory: without this, each one is waited for in turn.
-            constexpr std::size_t distance = 12;
-            const std::size_t ahead = std::min(i + distance, waiting.size() - 1);
-            _mm_prefetch(reinterpret_cast<const char*>(waiting[ahead].device), _MM_HINT_T0);
-            visit(*waiting[i].device);
-        }
-    }
-
-private:
-    struct Waiting {
-        std::uint32_t sortKey;
-        IDevice* device;
-
-        std::size_t digit(unsigned byte) const noexcept { return sortKey >> 8 * byte & 0xFF; }
-    };
-    using Counts = std::array<std::size_t, 256>;
-
-    void sortByKey() {
-        if (std::is_sorted(waiting.begin(), waiting.end(),
-                           [](const Waiting& a, const Waiting& b) { return a.sortKey < b.sortKey; }))
-            return;
-        std::array<Counts, sizeof(std::uint32_t)> counts = {};
-        for (const Waiting& entry : waiting)
-            for (unsigned byte = 0; byte < counts.size(); ++byte)
-                ++counts[byte][entry.digit(byte)];
-        std::vector<Waiting> sorted(waiting.size());
-        for (unsigned byte = 0; byte < counts.size(); ++byte)
-            distribute(byte, counts[byte], sorted);
-    }
-
-    /// One stable pass; `counts` tells how often each digit occurs.
-    void distribute(unsigned byte, Counts& counts, std::vector<Waiting>& sorted) {
-        if (counts[waiting.front().digit(byte)] == waiting.size())
-            return; // this byte is the same in all keys
-        std::size_t start = 0;
-        for (std::size_t& count : counts)
-            start += std::exchange(count, start);
-        for (const Waiting& entry : waiting)
-            sorted[counts[entry.digit(byte)]++] = entry;
-        waiting.swap(sorted);
-    }
-
-    std::vector<Waiting> waiting;
+/// A device without number.
+struct Waiting {
+    std::uint32_t sortKey;
+    IDevice* device;
 };
 
 } // namespace
@@ -108,26 +57,29 @@ void assignDeviceNumbers(const DeviceTable& devicesPerList) {
 }
 
 void numberDevices(const DeviceTable& devicesPerList) {
-    NumbersInUse inUse(countDevices(devicesPerList));
-    WaitingDevices waiting;
+    const std::size_t count = countDevices(devicesPerList);
+    NumbersInUse inUse(count);
+    std::vector<Waiting> waiting;
+    waiting.reserve(count);
     callPlugin([&] {
         for (const auto& devices : devicesPerList) {
             for (IDevice* const device : devices) {
                 const std::uint32_t number = device->getNumber();
                 if (number == noDeviceNumber)
-                    waiting.insert(device->getSortKey(), device);
+                    waiting.push_back({device->getSortKey(), device});
                 else
                     inUse.insert(number);
             }
         }
+        std::stable_sort(waiting.begin(), waiting.end(),
+                         [](const Waiting& a, const Waiting& b) { return a.sortKey < b.sortKey; });
         std::uint32_t candidate = 0;
-        waiting.visitInKeyOrder([&](IDevice& device) {
+        for (const Waiting& each : waiting) {
             while (inUse.contains(candidate))
                 ++candidate;
-            StatusBlock block;
-            device.setNumber(candidate, vyerr::initStatusBlock(&block)); // a refusal is the device's matter
-            ++candidate;
-        });
+            StatusBlock block; // not looked at: a device that refuses is offered a number at the next refresh
+            each.device->setNumber(candidate++, vyerr::initStatusBlock(&block));
+        }
     });
 }
 
