@@ -30,22 +30,25 @@ void PellumKelPlugin::resolve(Function& function, const char* name) {
     status.check();
 }
 
-void PellumKelPlugin::load(PluginLoadObserver* observer) {
-    const auto begin = [observer](PluginLoadStep step) {
-        if (observer != nullptr)
-            observer->onStep(step);
-    };
-    begin(PluginLoadStep::LoadLibrary);
-    {
-        vyerr::ScopedStatus status;
-        library.reset(vydynlib::loadLibrary(path.c_str(), *status));
-        status.check();
-    }
-    begin(PluginLoadStep::ResolveEntryPoints);
+void PellumKelPlugin::load() {
+    loadLibrary();
+    resolveEntryPoints();
+    initialize();
+}
+
+void PellumKelPlugin::loadLibrary() {
+    vyerr::ScopedStatus status;
+    library.reset(vydynlib::loadLibrary(path.c_str(), *status));
+    status.check();
+}
+
+void PellumKelPlugin::resolveEntryPoints() {
     resolve(getPluginInterface, "vykel_getPluginInterface");
     resolve(initializePlugin, "vykel_initializePlugin");
     resolve(finalizePlugin, "vykel_finalizePlugin");
-    begin(PluginLoadStep::Initialize);
+}
+
+void PellumKelPlugin::initialize() {
     const std::int32_t result = callPlugin([this] { return initializePlugin(); });
     if (result < 0)
         vyerr::raiseError(result, vyerr::constant::deviceEnumeration, initializeSite);

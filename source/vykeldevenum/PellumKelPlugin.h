@@ -9,18 +9,6 @@
 
 namespace vykel {
 
-/// The steps of PellumKelPlugin::load.
-enum class PluginLoadStep { LoadLibrary, ResolveEntryPoints, Initialize };
-
-/// Told of each step before it begins. For tools that account for plug-ins; the library itself has none.
-class PluginLoadObserver {
-public:
-    virtual void onStep(PluginLoadStep step) = 0;
-
-protected:
-    ~PluginLoadObserver() = default;
-};
-
 /// One enumerator plug-in: its library and entry points. Used under the library's global lock.
 class PellumKelPlugin : private vytpl::NonCopyableT<void> {
 public:
@@ -31,10 +19,17 @@ public:
     /// this library) is being torn down, when calls would come too late. Every other way runs unload first.
     virtual ~PellumKelPlugin();
 
-    /// Loads the library, looks up all three entry points, and initialises the plug-in. Throws
-    /// InvalidParameter (library or symbol), the plug-in's own negative code, or what the plug-in threw;
-    /// call unload then. `observer` may be null.
-    void load(PluginLoadObserver* observer = nullptr);
+    /// The three steps below, in their order. Whichever of them throws: call unload then.
+    void load();
+
+    /// Loads the library. Throws InvalidParameter.
+    void loadLibrary();
+
+    /// Looks up all three entry points. Throws InvalidParameter when one is missing.
+    void resolveEntryPoints();
+
+    /// Initialises the plug-in. Throws its own negative code, or what it threw.
+    void initialize();
 
     /// A new list from the plug-in. Throws PluginNotInitialized, the plug-in's own negative code, or what the
     /// plug-in threw.

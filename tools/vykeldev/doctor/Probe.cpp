@@ -18,12 +18,8 @@ namespace {
 constexpr const char* mark = "{\"vykeldevProbe\":1,";
 
 /// Writes the child's lines; each is on its way before the next step can end the process.
-class Teller final : public vykel::PluginLoadObserver {
+class Teller {
 public:
-    void onStep(vykel::PluginLoadStep step) override {
-        static constexpr Step steps[] = {Step::Load, Step::EntryPoint, Step::Initialise};
-        begin(steps[static_cast<std::size_t>(step)]);
-    }
     void begin(Step step) { tell("begun", nameOf(step)); }
     void tell(const char* key, const Json& value) {
         const std::string line = mark + Json(key).dump() + ':' + textOf(value, -1) + "}\n";
@@ -62,7 +58,12 @@ bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*
 }
 
 void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Teller& teller) {
-    plugin.load(&teller);
+    teller.begin(Step::Load);
+    plugin.loadLibrary();
+    teller.begin(Step::EntryPoint);
+    plugin.resolveEntryPoints();
+    teller.begin(Step::Initialise);
+    plugin.initialize();
     teller.begin(Step::List);
     list = plugin.getInterface();
     if (list == nullptr) {
