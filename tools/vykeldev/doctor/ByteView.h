@@ -18,7 +18,6 @@ public:
 
     std::uint16_t u16(std::uint64_t offset) const { return static_cast<std::uint16_t>(number(offset, 2)); }
     std::uint32_t u32(std::uint64_t offset) const { return static_cast<std::uint32_t>(number(offset, 4)); }
-    std::uint64_t u64(std::uint64_t offset) const { return number(offset, 8); }
 
     bool startsWith(std::uint64_t offset, std::string_view text) const noexcept {
         return offset <= bytes.size() && bytes.substr(offset, text.size()) == text;

@@ -7,16 +7,16 @@
 
 namespace vykeldev::doctor {
 
-/// A library that is asked for and cannot be had.
+/// A library that is imported and cannot be found or used.
 struct BadDependency {
     std::string name;
-    std::string asker; ///< the library that asks for it; empty: the plug-in itself
-    std::string unfit; ///< why what was found is of no use; empty: nothing was found
+    std::string importer;       ///< the library that imports it; empty: the plug-in itself
+    std::string unusableReason; ///< why the file that was found is of no use; empty: none was found
 };
 
-/// Goes through all that `plugin`, a file in `folder`, asks for, what that asks for, and so on; the system's
-/// own libraries are taken for whole. Each name once, those of the plug-in first. Loads nothing.
-std::vector<BadDependency> findBadDependencies(const LibraryImage& plugin, const std::string& folder);
+/// Follows the imports of `plugin`, their imports, and so on, without loading anything; the system's own
+/// libraries are not looked into. Returns each name once, those that the plug-in itself imports first.
+std::vector<BadDependency> findBadDependencies(const LibraryImage& plugin);
 
 } // namespace vykeldev::doctor
 

@@ -19,10 +19,10 @@ struct Verdict {
     std::string detail;
 };
 
-std::string joined(const std::vector<std::string>& texts) {
+std::string joined(const std::vector<std::string>& texts, const char* separator) {
     std::string result;
     for (const std::string& text : texts)
-        result += (result.empty() ? "" : ", ") + text;
+        result += (result.empty() ? "" : separator) + text;
     return result;
 }
 
@@ -45,28 +45,26 @@ std::string pathOddity(const std::string& path) {
     return "";
 }
 
-/// A problem with a library that is asked for, as the account tells it.
 std::string describe(const BadDependency& bad, const std::string& pluginFolder) {
-    const std::string asker = bad.asker.empty() ? "" : " (asked for by " + bad.asker + ")";
-    if (!bad.unfit.empty())
-        return bad.name + asker + " cannot be used: " + bad.unfit;
+    const std::string importer = bad.importer.empty() ? "" : " (imported by " + bad.importer + ")";
+    if (!bad.unusableReason.empty())
+        return bad.name + importer + " cannot be used: " + bad.unusableReason;
     const std::string beside = pluginFolder + '\\' + bad.name;
-    return "not found: " + bad.name + asker +
-           (GetFileAttributesW(toWide(beside).c_str()) == INVALID_FILE_ATTRIBUTES
-                ? ""
-                : ", which lies beside the plug-in, where the system does not look");
+    const bool isBeside = GetFileAttributesW(toWide(beside).c_str()) != INVALID_FILE_ATTRIBUTES;
+    return "not found: " + bad.name + importer +
+           (isBeside ? ", which is beside the plug-in, where the system does not look" : "");
 }
 
 std::optional<Verdict> lookAtDependencies(LibraryImage& image, const std::string& folder) {
-    std::string detail;
-    for (const BadDependency& bad : findBadDependencies(image, folder)) {
-        if (bad.unfit.empty())
+    std::vector<std::string> details;
+    for (const BadDependency& bad : findBadDependencies(image)) {
+        if (bad.unusableReason.empty())
             image.missingImports.push_back(bad.name);
-        detail += (detail.empty() ? "" : "; ") + describe(bad, folder);
+        details.push_back(describe(bad, folder));
     }
-    if (detail.empty())
+    if (details.empty())
         return std::nullopt;
-    return Verdict{FindingId::DependencyMissing, Step::Dependency, detail};
+    return Verdict{FindingId::DependencyMissing, Step::Dependency, joined(details, "; ")};
 }
 
 /// Looks at the file without loading it. What it finds tells why a load will fail, or nothing.
@@ -85,12 +83,14 @@ std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
         return Verdict{missing ? FindingId::FileMissing : FindingId::FileUnreadable, Step::File,
                        systemErrorText(error) + pathOddity(path)};
     }
-    LibraryImage& image = plugin.image.emplace(readNativeImage(bytes));
-    if (image.kind == LibraryImage::Kind::NotALibrary)
-        return Verdict{FindingId::FileNotALibrary, Step::File, image.detail};
-    if (image.kind == LibraryImage::Kind::OtherMachine)
-        return Verdict{FindingId::ArchitectureWrong, Step::Architecture, image.detail};
-    return lookAtDependencies(image, folderOf(path));
+    plugin.image = readNativeImage(bytes);
+    if (!plugin.image)
+        return std::nullopt;
+    if (plugin.image->kind == LibraryImage::Kind::NotALibrary)
+        return Verdict{FindingId::FileNotALibrary, Step::File, plugin.image->detail};
+    if (plugin.image->kind == LibraryImage::Kind::OtherMachine)
+        return Verdict{FindingId::ArchitectureWrong, Step::Architecture, plugin.image->detail};
+    return lookAtDependencies(*plugin.image, folderOf(path));
 }
 
 Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
@@ -100,7 +100,7 @@ Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
         return {FindingId::DependencyMissing, Step::Dependency,
                 "a library that it needs is of another version: it lacks a function" + system};
     const bool lacksLibrary = look && look->id == FindingId::DependencyMissing;
-    // The stand-in for Windows has one code for all that the system's loader says.
+    // A library of another architecture is a bad format, too.
     if (look &&
         (!lacksLibrary || error.system == ERROR_MOD_NOT_FOUND || error.system == ERROR_BAD_EXE_FORMAT))
         return {look->id, look->step, look->detail + system};
@@ -119,7 +119,7 @@ Verdict judgeEntryPoints(const LibraryError& error, const PluginAccount& plugin,
         return *look; // a program, which the system loads like a library
     const bool known = plugin.image && !plugin.image->missingExports.empty();
     return {FindingId::EntryPointMissing, Step::EntryPoint,
-            known ? "missing: " + joined(plugin.image->missingExports) : describe(error)};
+            known ? "missing: " + joined(plugin.image->missingExports, ", ") : describe(error)};
 }
 
 /// A step that the library or the plug-in ended with an error.

@@ -12,7 +12,7 @@ namespace vykeldev::doctor {
 constexpr std::array<const char*, 3> entryPointNames = {"vykel_initializePlugin", "vykel_getPluginInterface",
                                                         "vykel_finalizePlugin"};
 
-/// What a file's headers tell, before anybody loads it.
+/// What a file's headers say, before anybody loads it.
 struct LibraryImage {
     enum class Kind { NotALibrary, OtherMachine, Library };
     Kind kind = Kind::NotALibrary;
@@ -20,7 +20,6 @@ struct LibraryImage {
     std::vector<std::string> missingExports; ///< of entryPointNames
     std::vector<std::string> imports;        ///< the libraries that it asks for
     std::vector<std::string> missingImports; ///< of these and theirs, what is not found; filled by callers
-    std::string searchPath;                  ///< where the file itself says to look for them, as it says it
 };
 
 /// The image of what is no library for this machine.
@@ -31,11 +30,9 @@ inline LibraryImage refusedImage(LibraryImage::Kind kind, const char* detail) {
     return image;
 }
 
-/// Reads the headers of a Windows library (PE32+ for x64) or of a Linux one (ELF for x86-64). The bytes may
-/// be anything: nothing outside them is read, and the time is bounded by their number. Throw only
-/// std::bad_alloc.
+/// Reads the headers of a Windows library (PE32+ for x64). The bytes may be anything: nothing outside them is
+/// read, and the time is bounded by their number. Throws only std::bad_alloc.
 LibraryImage readPeImage(std::string_view bytes);
-LibraryImage readElfImage(std::string_view bytes);
 
 } // namespace vykeldev::doctor
 

@@ -11,13 +11,12 @@
 /// Paths are UTF-8.
 namespace vykeldev::doctor {
 
-/// Reads the headers of a library of this system.
-LibraryImage readNativeImage(std::string_view bytes);
+/// Reads the headers of a library of this system. None on the host: there the loader is the only judge.
+std::optional<LibraryImage> readNativeImage(std::string_view bytes);
 
-/// Where the system's loader finds a library that `image`, a file in `folder`, asks for by that name. An
-/// empty path: it is loaded already, or the system's own. Nothing: it is not found.
-std::optional<std::string> findImport(const std::string& name, const LibraryImage& image,
-                                      const std::string& folder);
+/// Where the system's loader finds a library that another one imports by that name. An empty path: it is
+/// loaded already, or the system's own. Nothing: it is not found.
+std::optional<std::string> findImport(const std::string& name);
 
 /// False when opening `path`, which is absolute, could wait for a device or a pipe.
 bool isOrdinaryFile(const std::string& path);

@@ -2,58 +2,18 @@
 
 #include "support/Files.h"
 #include "support/Text.h"
-#include <cstdlib>
-#include <dlfcn.h>
-#include <sstream>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/utsname.h>
 #include <unistd.h>
 
 namespace vykeldev::doctor {
-namespace {
-
-constexpr const char* standardFolders = "/lib/x86_64-linux-gnu:/usr/lib/x86_64-linux-gnu:/usr/local/lib:"
-                                        "/lib64:/usr/lib64:/lib:/usr/lib";
-
-bool isLoaded(const std::string& name) noexcept {
-    void* const module = dlopen(name.c_str(), RTLD_LAZY | RTLD_NOLOAD);
-    if (module != nullptr)
-        dlclose(module);
-    return module != nullptr;
-}
-
-std::optional<std::string> findInFolders(const std::string& name, const std::string& folders,
-                                         const std::string& origin) {
-    std::istringstream list(folders);
-    for (std::string folder; std::getline(list, folder, ':');) {
-        for (const std::string& variable : {std::string("$ORIGIN"), std::string("${ORIGIN}")})
-            if (folder.rfind(variable, 0) == 0)
-                folder.replace(0, variable.size(), origin);
-        const std::string path = folder.append("/").append(name);
-        if (path.size() > name.size() + 1 && access(path.c_str(), F_OK) == 0)
-            return path;
-    }
+std::optional<LibraryImage> readNativeImage(std::string_view) {
     return std::nullopt;
 }
 
-} // namespace
-
-LibraryImage readNativeImage(std::string_view bytes) {
-    return readElfImage(bytes);
-}
-
-std::optional<std::string> findImport(const std::string& name, const LibraryImage& image,
-                                      const std::string& folder) {
-    if (name.find('/') != std::string::npos)
-        return access(name.c_str(), F_OK) == 0 ? std::optional(name) : std::nullopt;
-    if (isLoaded(name))
-        return "";
-    const char* const more = std::getenv("LD_LIBRARY_PATH");
-    for (const std::string& folders : {image.searchPath, std::string(more != nullptr ? more : "")})
-        if (auto path = findInFolders(name, folders, folder))
-            return path;
-    return findInFolders(name, standardFolders, folder) ? std::optional(std::string()) : std::nullopt;
+std::optional<std::string> findImport(const std::string&) {
+    return "";
 }
 
 bool isOrdinaryFile(const std::string& path) {

@@ -29,11 +29,11 @@ bool isInSystemFolder(const WideString& path) {
 
 } // namespace
 
-LibraryImage readNativeImage(std::string_view bytes) {
+std::optional<LibraryImage> readNativeImage(std::string_view bytes) {
     return readPeImage(bytes);
 }
 
-std::optional<std::string> findImport(const std::string& name, const LibraryImage&, const std::string&) {
+std::optional<std::string> findImport(const std::string& name) {
     const WideString file = toWide(name);
     if (isApiSet(file) || GetModuleHandleW(file.c_str()) != nullptr)
         return "";
