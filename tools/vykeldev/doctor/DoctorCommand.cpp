@@ -1,5 +1,6 @@
 #include "commands/Commands.h"
 #include "doctor/Bundle.h"
+#include "doctor/Findings.h"
 #include "doctor/FolderCheck.h"
 #include "doctor/PluginCheck.h"
 #include "doctor/Probe.h"
@@ -26,13 +27,12 @@ struct DoctorOptions {
 void checkLibrary(const Versions& versions, Findings& findings) {
     const HMODULE library = LoadLibraryExW(toWide(versions.libraryPath).c_str(), nullptr, 0);
     if (library == nullptr || GetProcAddress(library, "vykeldevenum_initialize") == nullptr)
-        findings.push_back(
-            {FindingId::LibraryMissing, versions.libraryPath, systemErrorText(GetLastError())});
+        findings.push_back({&finding::libraryMissing, versions.libraryPath, systemErrorText(GetLastError())});
     if (library != nullptr)
         FreeLibrary(library);
     const bool same = (versions.library + '.').rfind(versions.tool + '.', 0) == 0;
     if (!versions.library.empty() && !same)
-        findings.push_back({FindingId::LibraryVersion, versions.libraryPath,
+        findings.push_back({&finding::libraryVersion, versions.libraryPath,
                             "library " + versions.library + ", tool " + versions.tool});
 }
 
@@ -49,11 +49,9 @@ Report makeReport(const Context& context, const DoctorOptions& options) {
 
 /// The table of findings, for those who document it.
 void printFindings() {
-    for (int i = 0; i < static_cast<int>(FindingId::Count); ++i) {
-        const FindingKind& kind = kindOf(static_cast<FindingId>(i));
-        std::cout << kind.name << '\t' << nameOf(kind.severity) << '\t' << kind.meaning << '\t' << kind.remedy
-                  << '\n';
-    }
+    for (const FindingKind* const kind : FindingKind::all())
+        std::cout << kind->id << '\t' << nameOf(kind->severity) << '\t' << kind->meaning << '\t'
+                  << kind->remedy << '\n';
 }
 
 void printBundle(std::ostream& out, const std::string& path, const std::vector<ZipEntry>& entries) {

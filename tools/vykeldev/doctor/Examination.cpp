@@ -1,6 +1,7 @@
 #include "doctor/Examination.h"
 
 #include "doctor/Dependencies.h"
+#include "doctor/Findings.h"
 #include "doctor/Probe.h"
 #include "platform/DoctorPlatform.h"
 #include "platform/System.h"
@@ -14,7 +15,7 @@ namespace {
 
 /// Why a plug-in is not loaded.
 struct Verdict {
-    FindingId id;
+    const FindingKind* kind;
     Step step;
     std::string detail;
 };
@@ -64,7 +65,7 @@ std::optional<Verdict> lookAtDependencies(LibraryImage& image, const std::string
     }
     if (details.empty())
         return std::nullopt;
-    return Verdict{FindingId::DependencyMissing, Step::Dependency, joined(details, "; ")};
+    return Verdict{&finding::dependencyMissing, Step::Dependency, joined(details, "; ")};
 }
 
 /// Looks at the file without loading it. What it finds tells why a load will fail, or nothing.
@@ -72,24 +73,24 @@ std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
     const std::string& path = *plugin.path;
     std::string bytes;
     if (path.empty() || isFolder(path))
-        return Verdict{FindingId::PathEmpty, Step::Path,
+        return Verdict{&finding::pathEmpty, Step::Path,
                        path.empty() ? "the path is empty" : "this is a folder"};
     if (!isAbsolutePath(path))
         return std::nullopt; // only the loader knows which file it is
     if (!isOrdinaryFile(path))
-        return Verdict{FindingId::FileNotALibrary, Step::File, "this is a device or a pipe"};
+        return Verdict{&finding::fileNotALibrary, Step::File, "this is a device or a pipe"};
     if (const DWORD error = readFile(path, bytes); error != ERROR_SUCCESS) {
         const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
-        return Verdict{missing ? FindingId::FileMissing : FindingId::FileUnreadable, Step::File,
+        return Verdict{missing ? &finding::fileMissing : &finding::fileUnreadable, Step::File,
                        systemErrorText(error) + pathOddity(path)};
     }
     plugin.image = readNativeImage(bytes);
     if (!plugin.image)
         return std::nullopt;
     if (plugin.image->kind == LibraryImage::Kind::NotALibrary)
-        return Verdict{FindingId::FileNotALibrary, Step::File, plugin.image->detail};
+        return Verdict{&finding::fileNotALibrary, Step::File, plugin.image->detail};
     if (plugin.image->kind == LibraryImage::Kind::OtherMachine)
-        return Verdict{FindingId::ArchitectureWrong, Step::Architecture, plugin.image->detail};
+        return Verdict{&finding::architectureWrong, Step::Architecture, plugin.image->detail};
     return lookAtDependencies(*plugin.image, folderOf(path));
 }
 
@@ -97,20 +98,20 @@ Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
                   const std::optional<Verdict>& look) {
     const std::string system = " (" + describe(error) + ")";
     if (error.system == ERROR_PROC_NOT_FOUND)
-        return {FindingId::DependencyMissing, Step::Dependency,
+        return {&finding::dependencyMissing, Step::Dependency,
                 "a library that it needs is of another version: it lacks a function" + system};
-    const bool lacksLibrary = look && look->id == FindingId::DependencyMissing;
+    const bool lacksLibrary = look && look->kind == &finding::dependencyMissing;
     // A library of another architecture is a bad format, too.
     if (look &&
         (!lacksLibrary || error.system == ERROR_MOD_NOT_FOUND || error.system == ERROR_BAD_EXE_FORMAT))
-        return {look->id, look->step, look->detail + system};
+        return {look->kind, look->step, look->detail + system};
     if (!isAbsolutePath(*plugin.path))
-        return {FindingId::FileMissing, Step::Path,
+        return {&finding::fileMissing, Step::Path,
                 "the relative path leads nowhere" + system + pathOddity(*plugin.path)};
     if (error.system == ERROR_MOD_NOT_FOUND)
-        return {FindingId::DependencyMissing, Step::Dependency,
+        return {&finding::dependencyMissing, Step::Dependency,
                 "a library that it needs cannot be loaded itself" + system};
-    return {FindingId::LoadRefused, Step::Load, describe(error)};
+    return {&finding::loadRefused, Step::Load, describe(error)};
 }
 
 Verdict judgeEntryPoints(const LibraryError& error, const PluginAccount& plugin,
@@ -118,7 +119,7 @@ Verdict judgeEntryPoints(const LibraryError& error, const PluginAccount& plugin,
     if (look && look->step != Step::Dependency)
         return *look; // a program, which the system loads like a library
     const bool known = plugin.image && !plugin.image->missingExports.empty();
-    return {FindingId::EntryPointMissing, Step::EntryPoint,
+    return {&finding::entryPointMissing, Step::EntryPoint,
             known ? "missing: " + joined(plugin.image->missingExports, ", ") : describe(error)};
 }
 
@@ -127,9 +128,9 @@ Verdict judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
                      const std::optional<Verdict>& look) {
     const Step step = *probe.failedStep;
     if (probe.listMissing)
-        return {FindingId::ListMissing, step, ""};
+        return {&finding::listMissing, step, ""};
     if (probe.thrown)
-        return {FindingId::PluginThrew, step, *probe.thrown};
+        return {&finding::pluginThrew, step, *probe.thrown};
     switch (step) {
     case Step::Load:
         return judgeLoad(*probe.error, plugin, look);
@@ -137,9 +138,9 @@ Verdict judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
         return judgeEntryPoints(*probe.error, plugin, look);
     case Step::Initialise:
     case Step::List:
-        return {FindingId::PluginRefused, step, describe(*probe.error)};
+        return {&finding::pluginRefused, step, describe(*probe.error)};
     default:
-        return {probe.deviceRefused ? FindingId::DeviceRefused : FindingId::RefreshFailed, step,
+        return {probe.deviceRefused ? &finding::deviceRefused : &finding::refreshFailed, step,
                 describe(*probe.error)};
     }
 }
@@ -149,29 +150,29 @@ std::optional<Verdict> judgeEnd(const ProbeResult& probe, std::chrono::milliseco
     const std::string before = probe.error ? ", after " + describe(*probe.error) : "";
     switch (probe.end.end) {
     case ChildOutcome::End::Crashed:
-        return Verdict{FindingId::PluginCrashed, probe.step, crashText(probe.end.code) + before};
+        return Verdict{&finding::pluginCrashed, probe.step, crashText(probe.end.code) + before};
     case ChildOutcome::End::TimedOut:
-        return Verdict{FindingId::PluginHung, probe.step,
+        return Verdict{&finding::pluginHung, probe.step,
                        "no answer within " + std::to_string(limit.count()) + " ms" + before};
     case ChildOutcome::End::Exited:
         break;
     }
     if (probe.done)
         return std::nullopt;
-    return Verdict{FindingId::PluginExited, probe.step,
+    return Verdict{&finding::pluginExited, probe.step,
                    "exit code " + std::to_string(probe.end.code) + before};
 }
 
 /// Looks and probes. Nothing when the plug-in loaded.
 std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds limit) {
     if (plugin.path->size() > longestPath) // no command line could hold it
-        return Verdict{FindingId::FileMissing, Step::Path, "no file has so long a path"};
+        return Verdict{&finding::fileMissing, Step::Path, "no file has so long a path"};
     const std::optional<Verdict> look = lookAtFile(plugin);
     ProbeResult probe;
     try {
         probe = probePlugin(*plugin.path, limit);
     } catch (const Failure& failure) {
-        return Verdict{FindingId::ProbeImpossible, Step::Load,
+        return Verdict{&finding::probeImpossible, Step::Load,
                        failure.what() + (failure.meaning.empty() ? "" : ": " + failure.meaning)};
     }
     plugin.milliseconds = probe.end.duration.count();
@@ -181,7 +182,7 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
         verdict = judgeFailure(probe, plugin, look);
     else if (verdict && verdict->step == Step::Load && look)
         verdict->detail += "; " + look->detail;
-    if (!verdict || verdict->id == FindingId::DeviceRefused)
+    if (!verdict || verdict->kind == &finding::deviceRefused)
         plugin.deviceNumbers = std::move(probe.deviceNumbers);
     return verdict;
 }
@@ -190,16 +191,17 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
 
 void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
     if (!plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
-        findings.push_back({FindingId::PathRelative, plugin.name, *plugin.path});
+        findings.push_back({&finding::pathRelative, plugin.name, *plugin.path});
     const std::optional<Verdict> verdict = judge(plugin, limit);
     if (!verdict) {
         plugin.outcome = Outcome::Loaded;
         return;
     }
-    plugin.outcome = verdict->id == FindingId::PluginRefused ? Outcome::Refused : Outcome::Failed;
+    plugin.outcome = verdict->kind == &finding::pluginRefused ? Outcome::Refused : Outcome::Failed;
     plugin.failedStep = verdict->step;
     plugin.detail = verdict->detail;
-    findings.push_back({verdict->id, plugin.name, verdict->detail + " (at: " + nameOf(verdict->step) + ")"});
+    findings.push_back(
+        {verdict->kind, plugin.name, verdict->detail + " (at: " + nameOf(verdict->step) + ")"});
 }
 
 } // namespace vykeldev::doctor

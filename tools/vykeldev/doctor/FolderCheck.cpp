@@ -1,6 +1,7 @@
 #include "doctor/FolderCheck.h"
 
 #include "ConfigurationFolder.h"
+#include "doctor/Findings.h"
 #include "doctor/LegacyCheck.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
@@ -29,7 +30,7 @@ bool checkLock(const std::string& name, Report& report, Progress& progress, Work
     const vykel::FileStream stream = openLock(lock.path);
     if (stream == nullptr) {
         lock.state = LockState::State::Unusable;
-        report.findings.push_back({FindingId::LockUnusable, lock.path, "it can be neither opened nor made"});
+        report.findings.push_back({&finding::lockUnusable, lock.path, "it can be neither opened nor made"});
         return false;
     }
     const DWORD error = lockInTime(stream.get(), [&](auto waited) {
@@ -43,7 +44,7 @@ bool checkLock(const std::string& name, Report& report, Progress& progress, Work
     const bool held = error == ERROR_LOCK_VIOLATION;
     lock.state = held ? LockState::State::Held : LockState::State::Unusable;
     report.findings.push_back(
-        {held ? FindingId::LockHeld : FindingId::LockUnusable, lock.path,
+        {held ? &finding::lockHeld : &finding::lockUnusable, lock.path,
          held ? "waited " + std::to_string(longestLockWait.count()) + " seconds" : systemErrorText(error)});
     return false;
 }
@@ -53,7 +54,7 @@ bool checkRights(const std::string& folder, Findings& findings) {
     const std::string path = folder + "vykeldev-" + std::to_string(GetCurrentProcessId()) + ".tmp";
     if (makeTemporaryFile(path))
         return true;
-    findings.push_back({FindingId::FolderReadOnly, folder, systemErrorText(GetLastError())});
+    findings.push_back({&finding::folderReadOnly, folder, systemErrorText(GetLastError())});
     return false;
 }
 
@@ -64,12 +65,12 @@ void checkFolder(Report& report, Progress& progress) {
         report.folder = vykel::getConfigurationFolder();
     } catch (const vyerr::Exception& exception) {
         report.findings.push_back(
-            {FindingId::FolderUnknown, "common application data", exception.errorInfoJson()});
+            {&finding::folderUnknown, "common application data", exception.errorInfoJson()});
         return;
     }
     report.legacy.path = report.folder + "vykel.ini";
     if (!isFolder(report.folder)) {
-        report.findings.push_back({FindingId::FolderMissing, report.folder, ""});
+        report.findings.push_back({&finding::folderMissing, report.folder, ""});
         return;
     }
     const bool writable = checkRights(report.folder, report.findings);

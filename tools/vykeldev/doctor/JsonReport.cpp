@@ -38,8 +38,8 @@ Json toJson(const PluginAccount& plugin) {
 }
 
 Json toJson(const Finding& finding) {
-    const FindingKind& kind = kindOf(finding.id);
-    return {{"id", kind.name},
+    const FindingKind& kind = *finding.kind;
+    return {{"id", kind.id},
             {"severity", nameOf(kind.severity)},
             {"subject", finding.subject},
             {"line", finding.line > 0 ? Json(finding.line) : Json()},

@@ -1,6 +1,7 @@
 #include "doctor/LegacyCheck.h"
 
 #include "aliases/LegacyFile.h"
+#include "doctor/Findings.h"
 #include "ini/IniSave.h"
 #include "platform/System.h"
 #include "support/Files.h"
@@ -21,17 +22,17 @@ class LegacyFindings {
 public:
     LegacyFindings(std::string filePath, Findings& all) : path(std::move(filePath)), findings(all) {}
 
-    void add(FindingId id, int line, const std::string& detail) {
+    void add(const FindingKind* kind, int line, const std::string& detail) {
         constexpr std::size_t longestDetail = 200;
-        if (++counts[id] <= mostOfAKind)
-            findings.push_back({id, path, detail.substr(0, longestDetail), line});
+        if (++counts[kind] <= mostOfAKind)
+            findings.push_back({kind, path, detail.substr(0, longestDetail), line});
     }
 
     /// Tells how many were left out.
     void finish() {
-        for (const auto& [id, count] : counts)
-            if (count > mostOfAKind)
-                findings.push_back({id, path, std::to_string(count - mostOfAKind) + " more"});
+        for (const FindingKind* const kind : FindingKind::all())
+            if (const std::size_t count = counts[kind]; count > mostOfAKind)
+                findings.push_back({kind, path, std::to_string(count - mostOfAKind) + " more"});
     }
 
 private:
@@ -39,7 +40,7 @@ private:
 
     std::string path;
     Findings& findings;
-    std::map<FindingId, std::size_t> counts;
+    std::map<const FindingKind*, std::size_t> counts;
 };
 
 /// What UTF-16 looks like, even without its byte-order mark.
@@ -47,11 +48,11 @@ bool isHalfZeros(const std::string& bytes) {
     return std::count(bytes.begin(), bytes.end(), '\0') > static_cast<std::ptrdiff_t>(bytes.size() / 4);
 }
 
-FindingId findingOf(Flaw flaw) noexcept {
-    static constexpr FindingId ids[] = {FindingId::LegacyMalformed, FindingId::LegacyOtherLayout,
-                                        FindingId::LegacyBehindGap, FindingId::LegacyResourceName,
-                                        FindingId::LegacyNotLocal,  FindingId::LegacyDuplicate};
-    return ids[static_cast<std::size_t>(flaw) - 1];
+const FindingKind* findingOf(Flaw flaw) noexcept {
+    static constexpr const FindingKind* kinds[] = {&finding::legacyMalformed, &finding::legacyOtherLayout,
+                                                   &finding::legacyBehindGap, &finding::legacyResourceName,
+                                                   &finding::legacyNotLocal,  &finding::legacyDuplicate};
+    return kinds[static_cast<std::size_t>(flaw) - 1];
 }
 
 void addEntry(const LegacyEntry& entry, LegacyFindings& findings) {
@@ -79,7 +80,7 @@ std::string savingTrouble(const std::string& path, bool folderWritable) {
 
 void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::string& trouble) {
     for (const aliases::SkippedLine& line : file.skippedLines())
-        findings.add(FindingId::LegacyLineIgnored, line.number, line.text);
+        findings.add(&finding::legacyLineIgnored, line.number, line.text);
     bool canMove = false;
     for (const LegacyEntry& entry : file.entries())
         if (entry.flaw == Flaw::None)
@@ -87,7 +88,7 @@ void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::s
         else
             addEntry(entry, findings);
     if (canMove && !trouble.empty())
-        findings.add(FindingId::LegacyNotWritable, 0, trouble);
+        findings.add(&finding::legacyNotWritable, 0, trouble);
 }
 
 } // namespace
@@ -102,9 +103,9 @@ void checkLegacyFile(Report& report, bool folderWritable) {
     LegacyFindings findings(state.path, report.findings);
     state.state = "unreadable";
     if (file.result() == vyini::IniWideText || (state.bytes && isHalfZeros(*state.bytes))) {
-        findings.add(FindingId::LegacyEncoding, 0, "");
+        findings.add(&finding::legacyEncoding, 0, "");
     } else if (file.result() != 0) {
-        findings.add(FindingId::LegacyUnreadable, 0, "reading it gives " + std::to_string(file.result()));
+        findings.add(&finding::legacyUnreadable, 0, "reading it gives " + std::to_string(file.result()));
     } else {
         state.state = "read";
         const bool byName = file.layout() == vykel::AliasLayout::ByResourceName;

@@ -1,6 +1,7 @@
 #include "doctor/PluginCheck.h"
 
 #include "doctor/Examination.h"
+#include "doctor/Findings.h"
 #include "errors/Exception.h"
 #include "platform/DoctorPlatform.h"
 #include "PluginRegistrations.h"
@@ -31,11 +32,10 @@ void checkValue(PluginAccount& plugin, Findings& findings) {
     plugin.valueType = type;
     plugin.valueBytes = bytes;
     if (type != REG_SZ)
-        findings.push_back(
-            {FindingId::ValueType, plugin.name, "the value's type is " + std::to_string(type)});
+        findings.push_back({&finding::valueType, plugin.name, "the value's type is " + std::to_string(type)});
     data.resize(bytes / sizeof(WCHAR));
     if (isRead && bytes > 0 && data.find(WCHAR{0}) == WideString::npos)
-        findings.push_back({FindingId::ValueUnterminated, plugin.name, ""});
+        findings.push_back({&finding::valueUnterminated, plugin.name, ""});
 }
 
 /// Reads a registration as the library does. False, with the outcome, when there is no path.
@@ -49,7 +49,7 @@ bool readRegistration(std::uint32_t index, PluginAccount& plugin, Findings& find
         plugin.error = makeLibraryError(exception);
         plugin.failedStep = Step::RegistryValue;
         plugin.detail = plugin.error->systemText;
-        findings.push_back({FindingId::ValueMissing, plugin.name, plugin.detail});
+        findings.push_back({&finding::valueMissing, plugin.name, plugin.detail});
         return false;
     }
 }
@@ -79,7 +79,7 @@ void checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& finding
             continue;
         const auto [first, isNew] = firstOf.emplace(identityOf(*plugin.path), plugin.name);
         if (!isNew)
-            findings.push_back({FindingId::PathDuplicate, plugin.name, "the same file as " + first->second});
+            findings.push_back({&finding::pathDuplicate, plugin.name, "the same file as " + first->second});
     }
 }
 
@@ -93,7 +93,7 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
             else
                 ++missing;
         if (missing > 0)
-            findings.push_back({FindingId::NumberMissing, plugin.name,
+            findings.push_back({&finding::numberMissing, plugin.name,
                                 std::to_string(missing) + " of " +
                                     std::to_string(plugin.deviceNumbers.size()) + " devices"});
     }
@@ -102,7 +102,7 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
         for (const std::string& device : devices)
             text += (text.empty() ? "" : ", ") + device;
         if (devices.size() > 1)
-            findings.push_back({FindingId::NumberDuplicate, "number " + std::to_string(number), text});
+            findings.push_back({&finding::numberDuplicate, "number " + std::to_string(number), text});
     }
 }
 
@@ -115,14 +115,14 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
     } catch (const vyerr::Exception& exception) {
         const LibraryError error = makeLibraryError(exception);
         const bool denied = error.system == ERROR_ACCESS_DENIED;
-        report.findings.push_back({denied ? FindingId::PluginsKeyDenied : FindingId::PluginsKeyMissing,
+        report.findings.push_back({denied ? &finding::pluginsKeyDenied : &finding::pluginsKeyMissing,
                                    std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey,
                                    error.systemText});
         return;
     }
     if (count == 0)
         report.findings.push_back(
-            {FindingId::PluginsNone, std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey, ""});
+            {&finding::pluginsNone, std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey, ""});
     for (std::uint32_t i = 0; i < count; ++i) {
         PluginAccount plugin;
         if (readRegistration(i, plugin, report.findings)) {

@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_DOCTOR_REPORT_H
 #define VYKELDEV_DOCTOR_REPORT_H
 
-#include "doctor/Findings.h"
+#include "doctor/Finding.h"
 #include "doctor/LibraryImage.h"
 #include "support/LibraryError.h"
 #include <algorithm>
@@ -84,9 +84,8 @@ struct Report {
             plugins.begin(), plugins.end(), [=](const auto& plugin) { return plugin.outcome == outcome; }));
     }
     std::size_t count(Severity severity) const {
-        return static_cast<std::size_t>(std::count_if(findings.begin(), findings.end(), [=](const auto& it) {
-            return kindOf(it.id).severity == severity;
-        }));
+        return static_cast<std::size_t>(std::count_if(
+            findings.begin(), findings.end(), [=](const auto& it) { return it.kind->severity == severity; }));
     }
 };
 

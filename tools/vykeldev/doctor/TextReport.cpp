@@ -36,9 +36,9 @@ void printPlugins(std::ostream& out, const Report& report, bool colour) {
 
 void printFinding(std::ostream& out, const Finding& finding, bool colour) {
     static constexpr const char* colours[] = {"\x1b[36m", "\x1b[33m", "\x1b[1;31m"};
-    const FindingKind& kind = kindOf(finding.id);
+    const FindingKind& kind = *finding.kind;
     out << (colour ? colours[static_cast<std::size_t>(kind.severity)] : "") << nameOf(kind.severity)
-        << (colour ? "\x1b[0m" : "") << ' ' << kind.name << ": " << printable(finding.subject);
+        << (colour ? "\x1b[0m" : "") << ' ' << kind.id << ": " << printable(finding.subject);
     if (finding.line > 0)
         out << ':' << finding.line;
     out << '\n';
@@ -58,7 +58,7 @@ void printReport(std::ostream& out, const Report& report, bool colour) {
     }
     for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Info}) {
         for (const Finding& finding : report.findings)
-            if (kindOf(finding.id).severity == severity)
+            if (finding.kind->severity == severity)
                 printFinding(out, finding, colour);
     }
     const std::size_t errors = report.count(Severity::Error);
