@@ -1,15 +1,19 @@
-// The INI engine beside its peers on the same files. Names are <operation>/<engine>/<shape>:<count>; what is
-// divided by what is for the reader of the numbers.
+// The INI engine and its peers on the same files. Names are <operation>/<engine>/<shape>:<count>; ratios.py
+// divides.
 #include "IniPeers.h"
+#include "ThreadTime.h"
+#include <algorithm>
 #include <benchmark/benchmark.h>
-#include <chrono>
+#include <cstdio>
 #include <deque>
 #include <filesystem>
 #include <fstream>
+#include <io.h>
 #include <malloc.h>
 #include <string>
 #include <unistd.h>
 #include <vector>
+#include <windows.h>
 
 namespace {
 
@@ -17,7 +21,7 @@ namespace {
 struct Sample {
     std::string shape;
     std::string path;
-    std::size_t size = 0;
+    std::string text;
     std::vector<std::string> sections;
     std::vector<std::pair<std::size_t, std::string>> keys; ///< number of the section and key
 };
@@ -32,12 +36,12 @@ std::filesystem::path folder() {
     return made.path;
 }
 
-void write(Sample& sample, const std::string& text) {
+void write(Sample& sample, std::string text) {
     sample.path =
         (folder() / (sample.shape.substr(0, sample.shape.find(':')) + std::to_string(text.size()) + ".ini"))
             .string();
     std::ofstream(sample.path, std::ios::binary) << text;
-    sample.size = text.size();
+    sample.text = std::move(text);
 }
 
 /// Sections of three keys, as an older generation's file holds its aliases.
@@ -53,7 +57,7 @@ Sample manySections(const std::string& shape, std::size_t count) {
         for (const char* key : {"Alias", "PersistentToken", "Local"})
             sample.keys.emplace_back(i, key);
     }
-    write(sample, text);
+    write(sample, std::move(text));
     return sample;
 }
 
@@ -67,15 +71,13 @@ Sample manyKeys(const std::string& shape, std::size_t count) {
         sample.keys.emplace_back(0, "Lab" + number);
         text += "Lab" + number + "=KEL" + number + "\r\n";
     }
-    write(sample, text);
+    write(sample, std::move(text));
     return sample;
 }
 
 std::string savedPath(const Sample& sample) {
     return sample.path + ".saved";
 }
-
-using Clock = std::chrono::steady_clock;
 
 /// Times `work` on a fresh, loaded model in every iteration.
 template <class Engine, class Work>
@@ -87,9 +89,9 @@ void timeLoaded(benchmark::State& state, const Sample& sample, Work work) {
             return;
         }
         std::filesystem::remove(savedPath(sample)); // a file that is replaced may be flushed to the disk
-        const Clock::time_point start = Clock::now();
+        const double start = bench::threadSeconds();
         const bool done = work(engine);
-        state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+        state.SetIterationTime(bench::threadSeconds() - start);
         if (!done) {
             state.SkipWithError("operation failed");
             return;
@@ -106,7 +108,6 @@ void load(benchmark::State& state, const Sample& sample) {
             return;
         }
     }
-    state.SetBytesProcessed(static_cast<std::int64_t>(sample.size) * state.iterations());
 }
 
 template <class Engine>
@@ -146,10 +147,51 @@ void save(benchmark::State& state, const Sample& sample) {
     timeLoaded<Engine>(state, sample, [&](Engine& engine) { return engine.save(target.c_str()); });
 }
 
-template <class Engine>
-void saveSafely(benchmark::State& state, const Sample& sample) {
+/// The least that a safe save can do: a temporary file, written, flushed to the disk, and renamed.
+bool saveSafelyByHand(const std::string& text, const std::string& target) {
+    const std::string temporary = target + ".TMP";
+    std::FILE* const file = std::fopen(temporary.c_str(), "wb");
+    if (file == nullptr)
+        return false;
+    const bool written = std::fwrite(text.data(), 1, text.size(), file) == text.size();
+    const bool flushed = std::fflush(file) == 0 &&
+                         FlushFileBuffers(reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(file)))) != FALSE;
+    const bool closed = std::fclose(file) == 0;
+    return written && flushed && closed &&
+           MoveFileExA(temporary.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
+}
+
+/// Times the engine's safe save or that by hand. Both are done in turn, so that the disk is in the same state
+/// before each. The median counts: some flushes take many times as long as others.
+void saveSafely(benchmark::State& state, const Sample& sample, bool timesEngine) {
+    bench::Vykel engine;
     const std::string target = savedPath(sample);
-    timeLoaded<Engine>(state, sample, [&](Engine& engine) { return engine.saveSafely(target.c_str()); });
+    bool done = engine.load(sample.path.c_str()) && saveSafelyByHand(sample.text, target);
+    std::vector<double> microseconds;
+    for (auto _ : state) {
+        double start = bench::threadSeconds();
+        done = done && engine.saveSafely(target.c_str());
+        const double byEngine = bench::threadSeconds() - start;
+        start = bench::threadSeconds();
+        done = done && saveSafelyByHand(sample.text, target);
+        const double byHand = bench::threadSeconds() - start;
+        state.SetIterationTime(timesEngine ? byEngine : byHand);
+        microseconds.push_back(1e6 * (timesEngine ? byEngine : byHand));
+        if (!done) {
+            state.SkipWithError("operation failed");
+            return;
+        }
+    }
+    std::sort(microseconds.begin(), microseconds.end());
+    state.counters["median"] = microseconds[microseconds.size() / 2];
+}
+
+void saveSafelyByEngine(benchmark::State& state, const Sample& sample) {
+    saveSafely(state, sample, true);
+}
+
+void saveSafelyFloor(benchmark::State& state, const Sample& sample) {
+    saveSafely(state, sample, false);
 }
 
 /// Heap bytes that a loaded model holds, and how many for each byte of the file. Many small models are held
@@ -160,7 +202,7 @@ void memory(benchmark::State& state, const Sample& sample) {
         const struct mallinfo2 info = mallinfo2();
         return info.uordblks + info.hblkhd;
     };
-    const std::size_t count = 1 + 1000000 / sample.size;
+    const std::size_t count = 1 + 1000000 / sample.text.size();
     double bytes = 0;
     for (auto _ : state) {
         const std::size_t before = held();
@@ -174,7 +216,7 @@ void memory(benchmark::State& state, const Sample& sample) {
         bytes = static_cast<double>(held() - before) / static_cast<double>(count);
     }
     state.counters["bytes"] = bytes;
-    state.counters["perFileByte"] = bytes / static_cast<double>(sample.size);
+    state.counters["perFileByte"] = bytes / static_cast<double>(sample.text.size());
 }
 
 benchmark::internal::Benchmark* add(const char* operation, const char* engine, const Sample& sample,
@@ -220,7 +262,8 @@ int main(int argc, char** argv) {
         addSaving<bench::Vykel>(sample);
         addSaving<bench::SimpleIni>(sample);
         addSaving<bench::GKeyFile>(sample);
-        add("SafeSave", bench::Vykel::name, sample, &saveSafely<bench::Vykel>)->UseManualTime();
+        add("SafeSave", bench::Vykel::name, sample, &saveSafelyByEngine)->UseManualTime();
+        add("SafeSave", "floor", sample, &saveSafelyFloor)->UseManualTime();
     }
     benchmark::Initialize(&argc, argv);
     benchmark::RunSpecifiedBenchmarks();

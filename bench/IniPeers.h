@@ -12,8 +12,8 @@
 #include <string>
 #include <unordered_map>
 
-/// The engine and its peers behind one shape: from a file to a model that answers by section and key. Every
-/// operation tells whether it did its work; the benchmarks stop when one did not.
+/// The engine and its peers with the same operations: from a file to a model that answers by section and key.
+/// Every operation reports whether it did its work; the benchmarks stop when one did not.
 namespace bench {
 
 class Vykel {
@@ -35,7 +35,7 @@ public:
         return vyini::saveIniFile(document.get(), path) == 0;
     }
     bool saveSafely(const char* path) {
-        document->writeFlags = vyini::IniSafeSave;
+        document->writeFlags = vyini::IniSafeSave | vyini::IniFlushToDisk;
         document->maxLineLength = -1;
         return vyini::saveIniFile(document.get(), path) == 0;
     }
@@ -83,7 +83,7 @@ private:
     std::unique_ptr<::GKeyFile, decltype(&g_key_file_free)> file{g_key_file_new(), &g_key_file_free};
 };
 
-/// inih only parses; a model that can be asked is the least that its handler must build.
+/// inih only parses; its handler must at least build a model that can be asked.
 class Inih {
 public:
     static constexpr const char* name = "inih";
