@@ -1,4 +1,4 @@
-// What it costs to move aliases onto their devices, against reading and writing the same file alone.
+// What it costs to move aliases to their devices, compared with only reading and writing the same file.
 #include "ini/IniLoad.h"
 #include "ini/IniSave.h"
 #include "pellumkelddk/user/AutoIniText.h"
@@ -32,8 +32,7 @@ private:
     std::string token;
 };
 
-/// A file with two records for each device, in the opposite order of the devices: the ones move, the others,
-/// which are not local, stay.
+/// A file with one record for each device, in the opposite order of the devices. Every other one can move.
 struct Machine {
     Machine(std::uint32_t count, bool byToken) : table(1) {
         std::ofstream file(path);
