@@ -1,5 +1,6 @@
 #include "TraditionalAliasTransferManager.h"
 
+#include "AliasRecords.h"
 #include "ConfigurationFolder.h"
 #include "errors/ScopedStatus.h"
 #include "ini/IniEdit.h"
@@ -10,10 +11,8 @@
 #include "pellumkelddk/user/FileLock.h"
 #include "PluginCall.h"
 #include "vyfile/internal/FileLockImpl.h"
-#include <cstring>
-#include <map>
-#include <string_view>
-#include <unordered_map>
+#include <utility>
+#include <vector>
 
 namespace vykel {
 
@@ -28,15 +27,84 @@ constexpr vyerr::RaiseSite recordLocalSite{__FILE__, 293};
 constexpr vyerr::RaiseSite recordDeleteSite{__FILE__, 300};
 constexpr vyerr::RaiseSite recordWriteSite{__FILE__, 343};
 
-constexpr const char* aliasesSection = "Aliases";
 constexpr int iniDone = 1;
 
 [[noreturn]] void raiseFault(vyerr::RaiseSite site) {
     vyerr::raiseError(StatusCode::ConfigurationFault, vyerr::constant::deviceEnumeration, site);
 }
 
-std::string numbered(const char* prefix, std::uint32_t number) {
-    return prefix + std::to_string(number);
+/// Raises the fault of a malformed record.
+void check(const AliasRecord& record, AliasLayout layout) {
+    const bool byName = layout == AliasLayout::ByResourceName;
+    switch (record.flaw) {
+    case AliasFlaw::None:
+        return;
+    case AliasFlaw::NoAlias:
+        raiseFault(byName ? resourceAliasSite : recordAliasSite);
+    case AliasFlaw::NoTarget:
+        raiseFault(byName ? resourceNameSite : recordTokenSite);
+    case AliasFlaw::NoLocal:
+    case AliasFlaw::UnknownLocal:
+        raiseFault(recordLocalSite);
+    }
+}
+
+std::vector<AliasRecord> readNames(vyini::IniDocument* document) {
+    std::vector<AliasRecord> records = readNamedAliases(document);
+    for (const AliasRecord& record : records)
+        check(record, AliasLayout::ByResourceName);
+    return records;
+}
+
+/// Moves the records of the layout by token out of the document.
+std::vector<AliasRecord> takeRecords(vyini::IniDocument* document, AliasLayout layout) {
+    std::vector<AliasRecord> records;
+    while (vyini::IniSection* const section = findAliasSection(document, records.size())) {
+        AliasRecord record = readTokenAlias(*document, *section);
+        check(record, layout);
+        if (vyini::deleteIniSection(document, aliasSectionName(records.size()).c_str()) != iniDone)
+            raiseFault(recordDeleteSite);
+        records.push_back(std::move(record));
+    }
+    return records;
+}
+
+/// Takes the consumed entries of the layout by resource name out of the document.
+void removeNames(vyini::IniDocument* document, const AliasTable& table) {
+    for (const AliasRecord& record : table.all())
+        if (table.isConsumed(record))
+            vyini::deleteIniEntry(document, aliasesSection, record.alias->c_str());
+    if (table.empty()) // what is left in it are names that never counted
+        vyini::deleteIniSection(document, aliasesSection);
+}
+
+void setValue(vyini::IniDocument* document, const std::string& section, const char* key, const char* value,
+              int quote) {
+    if (vyini::setIniValue(document, section.c_str(), key, value, quote) != iniDone)
+        raiseFault(recordWriteSite);
+}
+
+void setEncoded(vyini::IniDocument* document, const std::string& section, const char* key,
+                const std::string& text) {
+    vyini::IniString encoded;
+    if (vyini::encodeIniValue(text.c_str(), encoded) != 0)
+        raiseFault(recordWriteSite);
+    setValue(document, section, key, encoded.get(), '"');
+}
+
+/// Writes the records that are left as new sections at the end of the document, numbered anew.
+void writeRecords(vyini::IniDocument* document, const AliasTable& table) {
+    while (vyini::deleteIniSection(document, aliasSectionName(0).c_str()) == iniDone) {
+    }
+    std::size_t index = 0;
+    for (const AliasRecord& record : table.all()) {
+        if (table.isConsumed(record))
+            continue;
+        const std::string section = aliasSectionName(index++);
+        setEncoded(document, section, "Alias", *record.alias);
+        setEncoded(document, section, "PersistentToken", *record.target);
+        setValue(document, section, "Local", record.local ? "True" : "False", 0);
+    }
 }
 
 // The calls of a device, each of them guarded. Texts are the device's, valid until its next call.
@@ -54,109 +122,40 @@ bool takesPart(IDevice& device) {
     return numberOf(device) != noDeviceNumber && aliasOf(device) != nullptr;
 }
 
+/// The record that counts for a device, or null.
+const AliasRecord* recordFor(IDevice& device, const AliasTable& table, AliasLayout layout) {
+    if (layout == AliasLayout::ByResourceName)
+        return table.find(resourceName(numberOf(device)));
+    const std::uint32_t format = layout == AliasLayout::ByTokenFormat1 ? 1 : 2;
+    const char* const token = callPlugin([&] { return device.getPersistentToken(format); });
+    return token != nullptr ? table.find(token) : nullptr;
+}
+
 /// Gives a device the alias, unless it has one already. Throws the device's code when it refuses.
-void handOver(IDevice& device, const std::string& alias, AliasTransferObserver* observer) {
+void handOver(IDevice& device, const std::string& alias) {
     const char* const current = aliasOf(device);
-    const bool given = current != nullptr && *current == '\0';
-    if (observer != nullptr)
-        observer->onConsumed(alias, numberOf(device), given);
-    if (!given)
+    if (current == nullptr || *current != '\0')
         return;
     vyerr::ScopedStatusBlock status;
     callPlugin([&] { device.setAlias(alias.c_str(), 1, 0, status.get()); });
     status.check();
 }
 
-/// Resource name to alias. Of several aliases for one name the last in the file counts.
-using ResourceNames = std::map<std::string, std::string>;
-
-ResourceNames readResourceNames(vyini::IniDocument* document, std::uint32_t count) {
-    ResourceNames names;
-    for (std::uint32_t i = 1; i <= count; ++i) {
-        vyini::IniSection* const section = vyini::findIniSection(document, aliasesSection);
-        const vyini::IniEntry* const entry = section != nullptr ? vyini::getIniEntry(section, i) : nullptr;
-        if (entry == nullptr)
-            raiseFault(resourceAliasSite);
-        if (entry->value == nullptr)
-            raiseFault(resourceNameSite);
-        names[entry->value] = entry->key;
-    }
-    return names;
-}
-
-/// The records of one run by token: of equal tokens only the first record that is left counts.
-class RecordsByToken {
-public:
-    explicit RecordsByToken(std::vector<TraditionalAliasRecord>& all)
-        : records(all), consumed(all.size(), false), nextEqual(all.size(), none) {
-        first.reserve(all.size());
-        for (std::size_t i = all.size(); i-- > 0;) {
-            const auto [slot, isNew] = first.try_emplace(all[i].persistentToken, i);
-            if (!isNew) {
-                nextEqual[i] = slot->second;
-                slot->second = i;
-            }
+/// Hands the records over to their devices and consumes them. Returns whether there was one.
+bool handOverAll(const DeviceTable& devicesPerList, AliasTable& table, AliasLayout layout) {
+    bool changed = false;
+    for (const auto& devices : devicesPerList) {
+        for (IDevice* const device : devices) {
+            const AliasRecord* const record =
+                takesPart(*device) ? recordFor(*device, table, layout) : nullptr;
+            if (record == nullptr || !record->local)
+                continue;
+            handOver(*device, *record->alias);
+            table.consume(*record);
+            changed = true;
         }
     }
-
-    TraditionalAliasRecord* find(std::string_view token) {
-        const auto slot = first.find(token);
-        return slot != first.end() && slot->second != none ? &records[slot->second] : nullptr;
-    }
-
-    void consume(const TraditionalAliasRecord& record) {
-        std::size_t& index = first.find(record.persistentToken)->second;
-        consumed[index] = true;
-        index = nextEqual[index];
-    }
-
-    std::vector<TraditionalAliasRecord> takeRemaining() {
-        std::vector<TraditionalAliasRecord> remaining;
-        for (std::size_t i = 0; i < records.size(); ++i)
-            if (!consumed[i])
-                remaining.push_back(std::move(records[i]));
-        return remaining;
-    }
-
-private:
-    static constexpr std::size_t none = static_cast<std::size_t>(-1);
-
-    std::vector<TraditionalAliasRecord>& records;
-    std::unordered_map<std::string_view, std::size_t> first; // its texts are the records'
-    std::vector<bool> consumed;
-    std::vector<std::size_t> nextEqual;
-};
-
-std::string readText(const vyini::IniDocument* document, vyini::IniSection* section, const char* key,
-                     vyerr::RaiseSite site) {
-    const vyini::IniEntry* const entry = vyini::findIniEntry(section, document->caseSensitive, key);
-    vyini::IniString text;
-    if (entry == nullptr || vyini::decodeIniValue(entry->value, text) != 0)
-        raiseFault(site);
-    return text.get();
-}
-
-bool readLocal(const vyini::IniDocument* document, vyini::IniSection* section) {
-    const vyini::IniEntry* const entry = vyini::findIniEntry(section, document->caseSensitive, "Local");
-    if (entry != nullptr && vyini::compareIniNames(entry->value, "True", 0) == 0)
-        return true;
-    if (entry == nullptr || vyini::compareIniNames(entry->value, "False", 0) != 0)
-        raiseFault(recordLocalSite);
-    return false;
-}
-
-void setValue(vyini::IniDocument* document, const std::string& section, const char* key, const char* value,
-              int quote) {
-    if (vyini::setIniValue(document, section.c_str(), key, value, quote) != iniDone)
-        raiseFault(recordWriteSite);
-}
-
-void setEncoded(vyini::IniDocument* document, const std::string& section, const char* key,
-                const std::string& text) {
-    vyini::IniString encoded;
-    if (vyini::encodeIniValue(text.c_str(), encoded) != 0)
-        raiseFault(recordWriteSite);
-    setValue(document, section, key, encoded.get(), '"');
+    return changed;
 }
 
 void save(vyini::IniDocument* document, const std::string& path) {
@@ -186,113 +185,19 @@ void TraditionalAliasTransferManager::transferAliases(const DeviceTable& devices
         save(text.document(), iniFilePath);
 }
 
-AliasLayout TraditionalAliasTransferManager::layoutOf(vyini::IniDocument* document) {
-    std::uint32_t major = 0;
-    std::uint32_t minor = 0;
-    if (vyini::getIniUInt(document, "General", "MajorVersion", &major) != iniDone ||
-        vyini::getIniUInt(document, "General", "MinorVersion", &minor) != iniDone)
-        return AliasLayout::ByResourceName;
-    if (major >= 15)
-        return AliasLayout::ByTokenFormat2;
-    return major == 14 && minor == 7 ? AliasLayout::ByTokenFormat1 : AliasLayout::ByResourceName;
-}
-
 bool TraditionalAliasTransferManager::transfer(vyini::IniDocument* document,
-                                               const DeviceTable& devicesPerList,
-                                               AliasTransferObserver* observer) {
-    switch (layoutOf(document)) {
-    case AliasLayout::ByTokenFormat2:
-        return transferByPersistentToken(document, devicesPerList, 2, observer);
-    case AliasLayout::ByTokenFormat1:
-        return transferByPersistentToken(document, devicesPerList, 1, observer);
-    case AliasLayout::ByResourceName:
-        break;
-    }
-    return transferByResourceName(document, devicesPerList, observer);
-}
-
-bool TraditionalAliasTransferManager::transferByResourceName(vyini::IniDocument* document,
-                                                             const DeviceTable& devicesPerList,
-                                                             AliasTransferObserver* observer) {
-    const std::uint32_t count = vyini::countIniEntries(vyini::findIniSection(document, aliasesSection));
-    if (count == 0)
+                                               const DeviceTable& devicesPerList) {
+    const AliasLayout layout = aliasLayoutOf(document);
+    const bool byName = layout == AliasLayout::ByResourceName;
+    AliasTable table(byName ? readNames(document) : takeRecords(document, layout), layout);
+    if (table.empty())
         return false;
-    ResourceNames names = readResourceNames(document, count);
-    bool changed = false;
-    for (const auto& devices : devicesPerList) {
-        for (IDevice* const device : devices) {
-            if (!takesPart(*device))
-                continue;
-            const auto found = names.find(numbered("KEL", numberOf(*device)));
-            if (found == names.end())
-                continue;
-            handOver(*device, found->second, observer);
-            vyini::deleteIniEntry(document, aliasesSection, found->second.c_str());
-            names.erase(found);
-            changed = true;
-        }
-    }
-    if (names.empty())
-        vyini::deleteIniSection(document, aliasesSection);
+    const bool changed = handOverAll(devicesPerList, table, layout);
+    if (changed && byName)
+        removeNames(document, table);
+    else if (changed)
+        writeRecords(document, table);
     return changed;
-}
-
-bool TraditionalAliasTransferManager::transferByPersistentToken(vyini::IniDocument* document,
-                                                                const DeviceTable& devicesPerList,
-                                                                std::uint32_t tokenFormat,
-                                                                AliasTransferObserver* observer) {
-    std::vector<TraditionalAliasRecord> records;
-    readAliasRecords(document, records);
-    if (records.empty())
-        return false;
-    RecordsByToken byToken(records);
-    bool changed = false;
-    for (const auto& devices : devicesPerList) {
-        for (IDevice* const device : devices) {
-            if (!takesPart(*device))
-                continue;
-            const char* const token = callPlugin([=] { return device->getPersistentToken(tokenFormat); });
-            const TraditionalAliasRecord* const record = token != nullptr ? byToken.find(token) : nullptr;
-            if (record == nullptr || !record->local)
-                continue;
-            handOver(*device, record->alias, observer);
-            byToken.consume(*record);
-            changed = true;
-        }
-    }
-    if (changed)
-        writeAliasRecords(document, byToken.takeRemaining());
-    return changed;
-}
-
-void TraditionalAliasTransferManager::readAliasRecords(vyini::IniDocument* document,
-                                                       std::vector<TraditionalAliasRecord>& records) {
-    records.clear();
-    for (std::uint32_t i = 0;; ++i) {
-        const std::string name = numbered("Alias", i);
-        vyini::IniSection* const section = vyini::findIniSection(document, name.c_str());
-        if (section == nullptr)
-            return;
-        TraditionalAliasRecord record;
-        record.alias = readText(document, section, "Alias", recordAliasSite);
-        record.persistentToken = readText(document, section, "PersistentToken", recordTokenSite);
-        record.local = readLocal(document, section);
-        if (vyini::deleteIniSection(document, name.c_str()) != iniDone)
-            raiseFault(recordDeleteSite);
-        records.push_back(std::move(record));
-    }
-}
-
-void TraditionalAliasTransferManager::writeAliasRecords(vyini::IniDocument* document,
-                                                        const std::vector<TraditionalAliasRecord>& records) {
-    while (vyini::deleteIniSection(document, "Alias0") == iniDone) {
-    }
-    for (std::size_t i = 0; i < records.size(); ++i) {
-        const std::string section = numbered("Alias", static_cast<std::uint32_t>(i));
-        setEncoded(document, section, "Alias", records[i].alias);
-        setEncoded(document, section, "PersistentToken", records[i].persistentToken);
-        setValue(document, section, "Local", records[i].local ? "True" : "False", 0);
-    }
 }
 
 } // namespace vykel

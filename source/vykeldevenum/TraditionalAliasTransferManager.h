@@ -3,32 +3,9 @@
 
 #include "DeviceTable.h"
 #include "ini/IniDocument.h"
-#include <cstdint>
 #include <string>
-#include <vector>
 
 namespace vykel {
-
-/// One alias of the token layout.
-struct TraditionalAliasRecord {
-    std::string alias;
-    std::string persistentToken;
-    bool local = false;
-};
-
-/// Told of each legacy entry that a pass hands over or drops, before it goes. For tools that show what a
-/// transfer would do; the library itself has none.
-class AliasTransferObserver {
-public:
-    /// `given` tells whether the device receives the alias; otherwise it has one already.
-    virtual void onConsumed(const std::string& alias, std::uint32_t deviceNumber, bool given) = 0;
-
-protected:
-    ~AliasTransferObserver() = default;
-};
-
-/// The layouts of the legacy file. ByTokenFormat1 and 2 differ only in the format of the persistent tokens.
-enum class AliasLayout { ByResourceName, ByTokenFormat1, ByTokenFormat2 };
 
 /// Moves the aliases that an older driver generation kept in the configuration file onto the devices that the
 /// plug-ins report, and removes each moved entry from the file, so that every alias is handed over once.
@@ -45,33 +22,12 @@ public:
     /// plug-in threw; nothing is saved then, and the next run finishes what this one began.
     void transferAliases(const DeviceTable& devicesPerList);
 
+    /// The path of the legacy file, in UTF-8.
     const std::string& iniPath() const noexcept { return iniFilePath; }
 
-    // The passes below work on a document in memory. They throw as transferAliases does.
-
-    /// The layout that a document is written in.
-    static AliasLayout layoutOf(vyini::IniDocument* document);
-
-    /// Runs the pass of the document's layout. True when the document changed.
-    static bool transfer(vyini::IniDocument* document, const DeviceTable& devicesPerList,
-                         AliasTransferObserver* observer = nullptr);
-
-    /// The pass for the layout with one section of alias = resource name.
-    static bool transferByResourceName(vyini::IniDocument* document, const DeviceTable& devicesPerList,
-                                       AliasTransferObserver* observer = nullptr);
-
-    /// The pass for the layout with one section per alias; `tokenFormat` is 1 or 2.
-    static bool transferByPersistentToken(vyini::IniDocument* document, const DeviceTable& devicesPerList,
-                                          std::uint32_t tokenFormat,
-                                          AliasTransferObserver* observer = nullptr);
-
-    /// Moves the sections Alias0, Alias1, ... up to the first gap out of the document into `records`, which
-    /// is emptied first.
-    static void readAliasRecords(vyini::IniDocument* document, std::vector<TraditionalAliasRecord>& records);
-
-    /// Writes records back as new sections Alias0, Alias1, ... at the end of the document.
-    static void writeAliasRecords(vyini::IniDocument* document,
-                                  const std::vector<TraditionalAliasRecord>& records);
+    /// The same on a document in memory, without locks and files. Returns whether it must be saved. Throws as
+    /// above.
+    static bool transfer(vyini::IniDocument* document, const DeviceTable& devicesPerList);
 
 private:
     std::string iniFilePath;

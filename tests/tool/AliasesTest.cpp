@@ -53,7 +53,7 @@ const std::vector<Row>& rows() {
          "[Aliases]\nLab=kel0\n",
          "resource names",
          0,
-         {"2|Lab|kel0|unreached||stays|no device is called so, but KEL and its number, as in KEL3"}},
+         {"2|Lab|kel0|unreached||stays|not a resource name: expected KEL and a number, such as KEL3"}},
         {"of equal names that were split the first goes for the other",
          "[Aliases]\nLab Line0001=KEL9\nLab=KEL0\n",
          "resource names",

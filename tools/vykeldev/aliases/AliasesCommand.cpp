@@ -1,5 +1,4 @@
 #include "aliases/Preview.h"
-#include "aliases/PreviewDevices.h"
 #include "commands/Commands.h"
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
@@ -9,7 +8,7 @@
 #include "support/Json.h"
 #include "support/Table.h"
 #include "support/Text.h"
-#include <algorithm>
+#include "TraditionalAliasTransferManager.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
@@ -53,7 +52,7 @@ std::string outcomeText(const EntryPreview& entry) {
         return device + " has an alias, entry is dropped";
     case Outcome::NoDevice:
         return entry.stays ? "no such device takes an alias, stays"
-                           : "no such device takes an alias, yet goes for one of the same name";
+                           : "no matching device; removed because another entry of the same name was moved";
     case Outcome::NotLocal:
         return "not local, stays";
     case Outcome::Unreached:
@@ -123,16 +122,14 @@ private:
     vykel::FileStream stream;
 };
 
-/// Two readings of the legacy file: one for a transfer to change, the other to compare with.
-struct LegacyFiles {
-    LegacyFiles(const std::string& path, const TransferPause&) : untouched(path), copy(path) {}
-    LegacyFile untouched;
-    LegacyFile copy;
-};
+LegacyFile readWhilePaused(const std::string& path) {
+    const TransferPause pause;
+    return LegacyFile(path);
+}
 
 /// Whether there is a file. Throws Failure when it cannot be read.
-bool isRead(const LegacyFiles& files, const std::string& path) {
-    const int result = std::min(files.untouched.result(), files.copy.result());
+bool isRead(const LegacyFile& file, const std::string& path) {
+    const int result = file.result();
     if (result == 0 || result == vyini::IniNoFile)
         return result == 0;
     const std::string what = "reading '" + printable(path) + "' failed with " + std::to_string(result);
@@ -144,15 +141,15 @@ bool isRead(const LegacyFiles& files, const std::string& path) {
 
 ExitCode showPreview(bool json, bool colour) {
     const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
-    const LegacyFiles files(path, TransferPause());
-    if (!isRead(files, path)) {
+    const LegacyFile file = readWhilePaused(path);
+    if (!isRead(file, path)) {
         if (json)
             printJson(path, nullptr);
         std::cerr << "vykeldev: no legacy file " << printable(path) << '\n';
         return ExitCode::NothingListed;
     }
     const PreviewDevices devices;
-    const Preview preview = previewTransfer(files.untouched, files.copy, devices.table());
+    const Preview preview = previewTransfer(file, devices);
     if (json)
         printJson(path, &preview);
     else

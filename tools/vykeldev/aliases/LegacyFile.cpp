@@ -1,19 +1,18 @@
 #include "aliases/LegacyFile.h"
 
 #include "ini/IniEdit.h"
-#include "ini/IniEscape.h"
 #include "ini/IniLoad.h"
 #include <algorithm>
-#include <map>
-#include <new>
 
 namespace vykeldev::aliases {
 namespace {
 
+using vykel::AliasFlaw;
 using vykel::AliasLayout;
+using vykel::AliasRecord;
 
 /// The number in a section name "Alias<number>", however it is written; or none.
-std::optional<std::uint32_t> recordNumber(const vyini::IniSection& section) {
+std::optional<std::uint32_t> numberInName(const vyini::IniSection& section) {
     const std::string name = section.name;
     const char* digits = name.c_str() + 5;
     std::uint32_t number = 0;
@@ -28,130 +27,101 @@ bool isResourceName(const std::string& name) {
     const char* digits = name.c_str() + 3;
     std::uint32_t number = 0;
     return name.rfind("KEL", 0) == 0 && vyini::readDigits(digits, number) &&
-           number != vykel::noDeviceNumber && name == "KEL" + std::to_string(number);
+           number != vykel::noDeviceNumber && name == vykel::resourceName(number);
 }
 
 class EntryReader {
 public:
-    EntryReader(vyini::IniDocument& file, bool readsNames) : document(file), byName(readsNames) {}
+    explicit EntryReader(vyini::IniDocument& file)
+        : document(file), layout(vykel::aliasLayoutOf(&file)), byName(layout == AliasLayout::ByResourceName) {
+    }
 
     std::vector<LegacyEntry> run() {
-        addNames();
-        addRecords();
-        if (byName) // the last one counts
-            markDuplicates(entries.rbegin(), entries.rend(), " names the same device");
-        else
-            markDuplicates(entries.begin(), entries.end(), " has the same token");
+        std::vector<AliasRecord> names = vykel::readNamedAliases(&document);
+        std::vector<AliasRecord> records;
+        if (byName) {
+            addRead(std::move(names));
+        } else {
+            for (const AliasRecord& name : names)
+                add(name, Flaw::OtherLayout, "the file's version asks for tokens");
+            while (auto* const section = vykel::findAliasSection(&document, records.size()))
+                records.push_back(vykel::readTokenAlias(document, *section));
+            addRead(records);
+        }
+        for (auto* section = document.sections.first(); section != nullptr; section = section->next)
+            addUnread(*section, records.size());
         std::stable_sort(entries.begin(), entries.end(),
                          [](const auto& a, const auto& b) { return a.line < b.line; });
         return std::move(entries);
     }
 
 private:
-    static void mark(LegacyEntry& entry, Flaw flaw, std::string detail = "") {
-        entry.flaw = flaw;
-        entry.detail = std::move(detail);
+    LegacyEntry& add(const AliasRecord& record, Flaw flaw, std::string detail = "") {
+        return entries.emplace_back(
+            LegacyEntry{record.alias, record.target, record.line, flaw, std::move(detail), std::nullopt});
     }
 
-    void addNames() {
-        const vyini::IniSection* const section = vyini::findIniSection(&document, "Aliases");
-        const vyini::IniEntry* name = section != nullptr ? section->entries.first() : nullptr;
-        for (; name != nullptr; name = name->next) {
-            LegacyEntry& entry = entries.emplace_back();
-            entry.line = name->line;
-            entry.alias = name->key;
-            entry.target = name->value;
+    /// Adds the records that a transfer reads.
+    void addRead(std::vector<AliasRecord> records) {
+        const vykel::AliasTable table(std::move(records), layout);
+        for (const AliasRecord& record : table.all()) {
+            const auto index = static_cast<std::size_t>(&record - table.all().data());
+            LegacyEntry& entry = addJudged(record, table, index);
             if (!byName)
-                mark(entry, Flaw::OtherLayout, "the file's version asks for tokens");
-            else if (!isResourceName(*entry.target))
-                mark(entry, Flaw::ResourceName, "no device is called so, but KEL and its number, as in KEL3");
+                entry.record = index;
         }
     }
 
-    void addRecords() {
-        std::size_t count = 0; // up to the first gap
-        if (!byName) {
-            while (auto* const section = vyini::findIniSection(&document, recordName(count).c_str())) {
-                LegacyEntry& entry = addRecord(*section);
-                entry.record = count++;
-                judge(*section, entry);
-            }
-        }
-        for (auto* section = document.sections.first(); section != nullptr; section = section->next) {
-            const auto number = recordNumber(*section);
-            if (!number)
-                continue;
-            const std::string name = recordName(*number);
-            const bool isPlain = vyini::compareIniNames(section->name, name.c_str(), 0) == 0;
-            if (byName)
-                mark(addRecord(*section), Flaw::OtherLayout, "the file's version asks for resource names");
-            else if (!isPlain)
-                mark(addRecord(*section), Flaw::BehindGap, "it is not written " + name);
-            else if (*number >= count)
-                mark(addRecord(*section), Flaw::BehindGap, "there is no " + recordName(count));
-        }
+    LegacyEntry& addJudged(const AliasRecord& record, const vykel::AliasTable& table, std::size_t index) {
+        if (record.flaw != AliasFlaw::None)
+            return add(record, Flaw::Malformed, flawText(record.flaw, index));
+        if (byName && !isResourceName(*record.target))
+            return add(record, Flaw::ResourceName,
+                       "not a resource name: expected KEL and a number, such as KEL3");
+        if (!record.local)
+            return add(record, Flaw::NotLocal);
+        const AliasRecord* const counting = table.find(*record.target);
+        if (counting == &record)
+            return add(record, Flaw::None);
+        return add(record, Flaw::Duplicate,
+                   "line " + std::to_string(counting->line) +
+                       (byName ? " names the same device" : " has the same token"));
     }
 
-    LegacyEntry& addRecord(vyini::IniSection& section) {
-        LegacyEntry& entry = entries.emplace_back();
-        entry.line = section.line;
-        entry.alias = decoded(section, "Alias");
-        entry.target = decoded(section, "PersistentToken");
-        return entry;
+    std::string flawText(AliasFlaw flaw, std::size_t index) const {
+        if (flaw != AliasFlaw::UnknownLocal)
+            return std::string(flaw == AliasFlaw::NoAlias    ? "Alias"
+                               : flaw == AliasFlaw::NoTarget ? "PersistentToken"
+                                                             : "Local") +
+                   " is missing or empty";
+        vyini::IniSection* const section = vykel::findAliasSection(&document, index);
+        const char* const local = vyini::findIniEntry(section, document.caseSensitive, "Local")->value;
+        return "Local is '" + std::string(local) + "', neither True nor False";
     }
 
-    const vyini::IniEntry* find(vyini::IniSection& section, const char* key) const {
-        return vyini::findIniEntry(&section, document.caseSensitive, key);
-    }
-
-    std::optional<std::string> decoded(vyini::IniSection& section, const char* key) const {
-        const vyini::IniEntry* const entry = find(section, key);
-        if (entry == nullptr)
-            return std::nullopt;
-        vyini::IniString text;
-        if (vyini::decodeIniValue(entry->value, text) < 0)
-            throw std::bad_alloc();
-        return text.get(); // cppcheck-suppress returnDanglingLifetime ; a std::string is made of it
-    }
-
-    /// What can be said of a record by itself.
-    void judge(vyini::IniSection& section, LegacyEntry& entry) const {
-        for (const char* const key : {"Alias", "PersistentToken", "Local"})
-            if (find(section, key) == nullptr)
-                return mark(entry, Flaw::Malformed, std::string(key) + " is missing or empty");
-        const vyini::IniEntry& local = *find(section, "Local");
-        if (vyini::compareIniNames(local.value, "False", 0) == 0) {
-            mark(entry, Flaw::NotLocal);
-        } else if (vyini::compareIniNames(local.value, "True", 0) != 0) {
-            mark(entry, Flaw::Malformed,
-                 "Local is '" + std::string(local.value) + "', neither True nor False");
-            entry.line = local.line;
-        }
-    }
-
-    /// Of the entries for one device, marks those behind the first.
-    template <class Iterator>
-    static void markDuplicates(Iterator begin, Iterator end, const char* reason) {
-        std::map<std::string, std::int32_t> firstLine; // by target
-        for (; begin != end; ++begin) {
-            if (begin->flaw != Flaw::None && begin->flaw != Flaw::NotLocal)
-                continue;
-            const auto [place, isNew] = firstLine.emplace(*begin->target, begin->line);
-            if (!isNew && begin->flaw == Flaw::None)
-                mark(*begin, Flaw::Duplicate, "line " + std::to_string(place->second) + reason);
-        }
+    /// Adds the record of a section, if it holds one that no transfer reads. `count`: those before are read.
+    void addUnread(vyini::IniSection& section, std::size_t count) {
+        const auto number = numberInName(section);
+        if (!number)
+            return;
+        const std::string name = vykel::aliasSectionName(*number);
+        AliasRecord record = vykel::readTokenAlias(document, section);
+        record.line = section.line; // its Local may be unknown: that is no flaw here
+        if (byName)
+            add(record, Flaw::OtherLayout, "the file's version asks for resource names");
+        else if (vyini::compareIniNames(section.name, name.c_str(), 0) != 0)
+            add(record, Flaw::BehindGap, "it is not written " + name);
+        else if (*number >= count)
+            add(record, Flaw::BehindGap, "there is no " + vykel::aliasSectionName(count));
     }
 
     vyini::IniDocument& document;
+    AliasLayout layout;
     bool byName;
     std::vector<LegacyEntry> entries;
 };
 
 } // namespace
-
-std::string recordName(std::size_t index) {
-    return "Alias" + std::to_string(index);
-}
 
 LegacyFile::LegacyFile(const std::string& path) {
     const vyini::IniSkippedLineObserver observer = {keepSkipped, this};
@@ -164,11 +134,11 @@ void LegacyFile::keepSkipped(void* file, vyini::IniRange line, std::int32_t numb
 }
 
 AliasLayout LegacyFile::layout() const {
-    return vykel::TraditionalAliasTransferManager::layoutOf(&document());
+    return vykel::aliasLayoutOf(&document());
 }
 
 std::vector<LegacyEntry> LegacyFile::entries() const {
-    return EntryReader(document(), layout() == AliasLayout::ByResourceName).run();
+    return EntryReader(document()).run();
 }
 
 } // namespace vykeldev::aliases

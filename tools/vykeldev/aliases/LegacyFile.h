@@ -1,8 +1,9 @@
 #ifndef VYKELDEV_ALIASES_LEGACYFILE_H
 #define VYKELDEV_ALIASES_LEGACYFILE_H
 
+#include "AliasRecords.h"
 #include "pellumkelddk/user/AutoIniText.h"
-#include "TraditionalAliasTransferManager.h"
+#include "vykel/IDevice.h"
 #include <cstddef>
 #include <cstdint>
 #include <optional>
@@ -61,9 +62,6 @@ private:
     std::vector<SkippedLine> skipped;
     int loadResult;
 };
-
-/// The section "Alias<index>", in which the layout by tokens keeps an alias.
-std::string recordName(std::size_t index);
 
 } // namespace vykeldev::aliases
 

@@ -2,6 +2,7 @@
 
 #include "errors/Exception.h"
 #include "ini/IniEdit.h"
+#include "TraditionalAliasTransferManager.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <map>
@@ -26,52 +27,56 @@ Outcome outcomeOf(Flaw flaw) noexcept {
     }
 }
 
-class Previewer final : public vykel::AliasTransferObserver {
+class Previewer {
 public:
-    Previewer(const LegacyFile& untouched, vyini::IniDocument& changed) : copy(changed) {
-        preview.layout = untouched.layout();
-        for (const LegacyEntry& entry : untouched.entries())
+    explicit Previewer(const LegacyFile& file) : document(file.document()) {
+        preview.layout = file.layout();
+        for (const LegacyEntry& entry : file.entries())
             preview.entries.push_back({entry, outcomeOf(entry.flaw)});
     }
 
-    Preview run(const vykel::DeviceTable& devices) {
+    Preview run(const PreviewDevices& devices) {
         for (std::size_t i = 0; i < preview.entries.size(); ++i)
-            makeKnown(i);
-        transfer(devices);
+            tagEntry(i);
+        transfer(devices.table());
+        for (const PreviewDevice& device : devices.all())
+            if (device.offeredAlias())
+                noteConsumed(device);
         if (byName())
             findWhatIsLeft();
         return std::move(preview);
     }
 
-    void onConsumed(const std::string& alias, std::uint32_t deviceNumber, bool given) override {
-        const std::string name = byName() ? "KEL" + std::to_string(deviceNumber) : alias;
-        EntryPreview& entry = preview.entries[entryOf.at(name)];
-        entry.outcome = given ? Outcome::Moves : Outcome::Dropped;
-        entry.device = deviceNumber;
-        entry.stays = false;
-        entry.detail.clear();
-    }
-
 private:
     bool byName() const noexcept { return preview.layout == AliasLayout::ByResourceName; }
 
-    /// Makes an entry known when it is consumed: by its resource name, which several may have only as
-    /// duplicates; or else by a number in place of its alias, which several may have.
-    void makeKnown(std::size_t index) {
+    /// Makes an entry recognisable when a device is offered its alias: by the device's name, or in the layout
+    /// by token by a number in place of the alias, since several entries may have one alias.
+    void tagEntry(std::size_t index) {
         const EntryPreview& entry = preview.entries[index];
         if (byName() && entry.flaw == Flaw::None)
             entryOf[*entry.target] = index;
         if (!entry.record || entry.flaw == Flaw::Malformed)
             return;
         const std::string tag = std::to_string(index);
-        if (vyini::setIniValue(&copy, recordName(*entry.record).c_str(), "Alias", tag.c_str(), '"') < 0)
+        const std::string section = vykel::aliasSectionName(*entry.record);
+        if (vyini::setIniValue(&document, section.c_str(), "Alias", tag.c_str(), '"') < 0)
             throw std::bad_alloc();
         entryOf[tag] = index;
     }
 
+    void noteConsumed(const PreviewDevice& device) {
+        const std::string tag = byName() ? vykel::resourceName(device.lastNumber()) : *device.offeredAlias();
+        EntryPreview& entry = preview.entries[entryOf.at(tag)];
+        entry.outcome = device.keepsItsAlias() ? Outcome::Dropped : Outcome::Moves;
+        entry.device = device.lastNumber();
+        entry.stays = false;
+        entry.detail.clear();
+    }
+
     void transfer(const vykel::DeviceTable& devices) {
         try {
-            vykel::TraditionalAliasTransferManager::transfer(&copy, devices, this);
+            vykel::TraditionalAliasTransferManager::transfer(&document, devices);
         } catch (const vyerr::ExceptionBase& exception) {
             auto& entries = preview.entries;
             preview.fails = std::any_of(entries.begin(), entries.end(), [](const EntryPreview& entry) {
@@ -86,10 +91,10 @@ private:
         }
     }
 
-    /// Keys may be equal where values were split, and the first of them goes for whichever is consumed.
+    /// Keys may be equal where values were split; then the first of them is removed, whichever was consumed.
     void findWhatIsLeft() {
         std::set<std::int32_t> lines;
-        const vyini::IniSection* const section = vyini::findIniSection(&copy, "Aliases");
+        const vyini::IniSection* const section = vyini::findIniSection(&document, vykel::aliasesSection);
         const vyini::IniEntry* entry = section != nullptr ? section->entries.first() : nullptr;
         for (; entry != nullptr; entry = entry->next)
             lines.insert(entry->line);
@@ -97,16 +102,15 @@ private:
             each.stays = each.flaw == Flaw::OtherLayout || lines.count(each.line) != 0;
     }
 
-    vyini::IniDocument& copy;
+    vyini::IniDocument& document;
     Preview preview;
-    std::map<std::string, std::size_t> entryOf; // by what onConsumed can tell
+    std::map<std::string, std::size_t> entryOf; // by tag
 };
 
 } // namespace
 
-Preview previewTransfer(const LegacyFile& untouched, const LegacyFile& copy,
-                        const vykel::DeviceTable& devices) {
-    return Previewer(untouched, copy.document()).run(devices);
+Preview previewTransfer(const LegacyFile& file, const PreviewDevices& devices) {
+    return Previewer(file).run(devices);
 }
 
 } // namespace vykeldev::aliases

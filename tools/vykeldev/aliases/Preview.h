@@ -2,7 +2,7 @@
 #define VYKELDEV_ALIASES_PREVIEW_H
 
 #include "aliases/LegacyFile.h"
-#include "DeviceTable.h"
+#include "aliases/PreviewDevices.h"
 #include <cstdint>
 #include <vector>
 
@@ -33,12 +33,10 @@ struct Preview {
     std::vector<EntryPreview> entries; ///< In the order of their lines.
 };
 
-/// Runs the transfer on `copy`, whose content is then of no more use, and tells by `untouched`, a second
-/// reading of the file, what became of each entry. The devices should swallow what they are given. A device
-/// that will refuse its alias cannot be foreseen. Throws what a plug-in threw, std::bad_alloc or
-/// vyerr::Exception.
-Preview previewTransfer(const LegacyFile& untouched, const LegacyFile& copy,
-                        const vykel::DeviceTable& devices);
+/// Runs the transfer on the file's document, whose content is of no use afterwards, and reports what became
+/// of each entry. It cannot foresee that a device refuses its alias. Throws what a plug-in threw,
+/// std::bad_alloc or vyerr::Exception.
+Preview previewTransfer(const LegacyFile& file, const PreviewDevices& devices);
 
 } // namespace vykeldev::aliases
 

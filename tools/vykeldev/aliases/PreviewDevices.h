@@ -5,12 +5,15 @@
 #include "DeviceTable.h"
 #include "PellumKelPluginManager.h"
 #include <deque>
+#include <optional>
+#include <string>
 #include <vector>
 
 namespace vykeldev::aliases {
 
-/// A device as the next refresh finds it. Asks the plug-in's device, and tells it nothing: an alias is
-/// swallowed, a number kept here alone.
+/// A device as the next refresh finds it. It asks the plug-in's device and never changes it: it keeps the
+/// number and the alias that it is given to itself. A device with an alias claims to have none yet, so that a
+/// transfer offers it one as well.
 class PreviewDevice final : public vykel::IDevice {
 public:
     explicit PreviewDevice(vykel::IDevice& device) : real(device) {}
@@ -18,17 +21,34 @@ public:
     std::int32_t getVersion() override { return real.getVersion(); }
     const char* getPersistentToken(std::uint32_t format) override { return real.getPersistentToken(format); }
     std::uint32_t getSortKey() override { return real.getSortKey(); }
-    void setNumber(std::uint32_t value, vykel::StatusBlock*) override { given = value; }
+    void setNumber(std::uint32_t value, vykel::StatusBlock*) override { number = value; }
     std::uint32_t getNumber() override {
-        const std::uint32_t number = real.getNumber();
-        return number != vykel::noDeviceNumber ? number : given;
+        const std::uint32_t current = real.getNumber();
+        if (current != vykel::noDeviceNumber)
+            number = current;
+        return number;
     }
-    const char* getAlias() override { return real.getAlias(); }
-    void setAlias(const char*, std::int32_t, std::int32_t, vykel::StatusBlock*) override {}
+    const char* getAlias() override {
+        const char* const alias = real.getAlias();
+        named = alias != nullptr && *alias != '\0';
+        return alias != nullptr ? "" : nullptr;
+    }
+    void setAlias(const char* alias, std::int32_t, std::int32_t, vykel::StatusBlock*) override {
+        offered = alias;
+    }
+
+    /// The number when it was last asked for.
+    std::uint32_t lastNumber() const noexcept { return number; }
+    /// The alias that a transfer offered; none without one.
+    const std::optional<std::string>& offeredAlias() const noexcept { return offered; }
+    /// Whether the plug-in's device has an alias already, and keeps it.
+    bool keepsItsAlias() const noexcept { return named; }
 
 private:
     vykel::IDevice& real;
-    std::uint32_t given = vykel::noDeviceNumber;
+    std::uint32_t number = vykel::noDeviceNumber;
+    bool named = false;
+    std::optional<std::string> offered;
 };
 
 /// All devices of this machine, with the numbers that the next refresh gives the new ones. The plug-ins stay
@@ -39,8 +59,9 @@ public:
     /// read, std::bad_alloc, and what a plug-in threw; plug-ins and lists that fail are left out.
     PreviewDevices();
 
-    /// Valid as long as this object.
+    /// Both are valid as long as this object.
     const vykel::DeviceTable& table() const noexcept { return devicesPerList; }
+    const std::deque<PreviewDevice>& all() const noexcept { return devices; }
 
 private:
     struct LoadedPlugins {
