@@ -6,8 +6,8 @@
 namespace vykel {
 
 /// The machine-wide folder of the lock files and the legacy alias file, in UTF-8, with a trailing backslash.
-/// It is computed, not created. Throws ResourceNotFound when the system does not tell its common data folder,
-/// MemoryFull.
+/// This only forms the path: the folder may be missing. Throws ResourceNotFound when the system names no
+/// common data folder, and MemoryFull.
 std::string getConfigurationFolder();
 
 } // namespace vykel

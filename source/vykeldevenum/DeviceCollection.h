@@ -7,9 +7,9 @@
 
 namespace vykel {
 
-/// Refreshes a plug-in's list and replaces `devices` by what it then holds; they are borrowed. After a
-/// refresh that fails there are none; after a device that cannot be had all later ones are left out, too.
-/// Returns the code that the list left, negative in these cases. Throws what the plug-in threw.
+/// Refreshes a plug-in's list and replaces `devices` by the devices that it then holds; they are borrowed.
+/// When the refresh fails there are none. When the list refuses a device, that one and all later ones are
+/// left out. Returns the code that the list left, negative in both cases. Throws what the plug-in threw.
 std::int32_t collectDevices(IDeviceList& list, std::vector<IDevice*>& devices);
 
 } // namespace vykel

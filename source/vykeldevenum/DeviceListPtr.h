@@ -7,13 +7,14 @@
 
 namespace vykel {
 
+/// Ends a list with its own release. What the plug-in throws ends here.
 struct ReleaseList {
     void operator()(IDeviceList* list) const noexcept {
         callPluginQuietly([=] { list->release(); });
     }
 };
 
-/// An owned list of a plug-in; ended with its own release, never with delete.
+/// An owned list of a plug-in.
 using DeviceListPtr = std::unique_ptr<IDeviceList, ReleaseList>;
 
 } // namespace vykel

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace vykel {
@@ -21,7 +22,7 @@ std::size_t countDevices(const DeviceTable& devicesPerList) noexcept {
     return count;
 }
 
-/// The numbers in use that can matter: a candidate never exceeds the number of devices.
+/// The numbers in use below the number of devices: no device is given a higher one.
 class NumbersInUse {
 public:
     explicit NumbersInUse(std::size_t deviceCount) : used(deviceCount) {}
@@ -44,12 +45,8 @@ struct Waiting {
 
 } // namespace
 
-std::string deviceListLockPath() {
-    return getConfigurationFolder() + "DeviceList.lck";
-}
-
 void assignDeviceNumbers(const DeviceTable& devicesPerList) {
-    const std::string path = deviceListLockPath();
+    const std::string path = getConfigurationFolder() + "DeviceList.lck";
     const FileStream stream = openLockFile(path.c_str());
     vyfile::FileLockImpl fileLock(stream.get());
     fileLock.lock();

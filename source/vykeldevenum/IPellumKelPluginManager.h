@@ -6,7 +6,7 @@
 
 namespace vykel {
 
-/// Where an aggregated list gets the plug-ins' lists from.
+/// Supplies an aggregated list with the plug-ins' lists.
 class IPellumKelPluginManager {
 public:
     /// Appends one new list per plug-in that supplies one, in load order. A plug-in that fails contributes

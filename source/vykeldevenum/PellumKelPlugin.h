@@ -9,14 +9,15 @@
 
 namespace vykel {
 
-/// One enumerator plug-in: its library and entry points. Used under the library's global lock.
+/// One enumerator plug-in: its library and entry points. Used under the global lock.
 class PellumKelPlugin : private vytpl::NonCopyableT<void> {
 public:
     /// Nothing is loaded yet. `libraryPath` is UTF-8, as the registry holds it.
     explicit PellumKelPlugin(std::string libraryPath);
 
-    /// Abandons what is still loaded, without a call of the plug-in: this happens only while the process (or
-    /// this library) is being torn down, when calls would come too late. Every other way runs unload first.
+    /// Abandons a library that is still loaded, without calling the plug-in. That happens only when this
+    /// library is unloaded without its last finalize: the plug-in may be gone by then. Every other path calls
+    /// unload first.
     virtual ~PellumKelPlugin();
 
     /// The three steps below, in their order. Whichever of them throws: call unload then.

@@ -7,7 +7,7 @@ namespace vykel {
 
 namespace {
 
-/// Unloads a plug-in that does not make it into the manager before it is destroyed.
+/// Ends a plug-in that the manager does not keep.
 struct UnloadAndDelete {
     void operator()(PellumKelPlugin* plugin) const noexcept {
         plugin->unload();

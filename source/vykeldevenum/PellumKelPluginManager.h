@@ -9,14 +9,13 @@
 
 namespace vykel {
 
-/// Owns the enumerator plug-ins registered on the machine that loaded and initialised. Used under the
-/// library's global lock.
+/// Owns the registered enumerator plug-ins that could be loaded and initialised. Used under the global lock.
 class PellumKelPluginManager final : public IPellumKelPluginManager, private vytpl::NonCopyableT<void> {
 public:
     PellumKelPluginManager() = default;
 
-    /// Loads every registered plug-in in registry order and leaves out silently each that fails in any way.
-    /// Throws ResourceNotFound when the plug-ins' key is missing or cannot be read, and std::bad_alloc.
+    /// Loads every registered plug-in in registry order. One that fails is left out and not reported. Throws
+    /// ResourceNotFound when the plug-ins' key is missing or cannot be read, and std::bad_alloc.
     void loadAll();
 
     /// Finalises and unloads every plug-in, then destroys them all.

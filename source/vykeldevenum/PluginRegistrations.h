@@ -5,7 +5,7 @@
 #include <string>
 
 /// The plug-ins registered on the machine, as the library reads them. All texts are UTF-8. Every function
-/// throws ResourceNotFound when the registry does not give what is asked for, and MemoryFull. Any thread.
+/// throws ResourceNotFound when the registry does not hold what is asked for, and MemoryFull. Any thread.
 namespace vykel {
 
 /// The registry key below HKEY_LOCAL_MACHINE with one subkey per plug-in, and the value of a subkey that

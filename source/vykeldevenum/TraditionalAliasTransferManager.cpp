@@ -107,7 +107,7 @@ void writeRecords(vyini::IniDocument* document, const AliasTable& table) {
     }
 }
 
-// The calls of a device, each of them guarded. Texts are the device's, valid until its next call.
+// Calls of a device. The texts are the device's own, and valid until its next call.
 
 std::uint32_t numberOf(IDevice& device) {
     return callPlugin([&] { return device.getNumber(); });

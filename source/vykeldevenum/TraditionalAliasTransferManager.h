@@ -7,19 +7,19 @@
 
 namespace vykel {
 
-/// Moves the aliases that an older driver generation kept in the configuration file onto the devices that the
-/// plug-ins report, and removes each moved entry from the file, so that every alias is handed over once.
-/// Keeps no state between runs but its paths.
+/// Moves the aliases that an older driver generation kept in the legacy file onto the devices that the
+/// plug-ins report, and removes each moved entry from the file, so that every alias is handed over once. It
+/// keeps only its paths from run to run. One thread.
 class TraditionalAliasTransferManager {
 public:
     /// Throws ResourceNotFound or MemoryFull when the configuration folder cannot be found.
     TraditionalAliasTransferManager();
 
-    /// One whole run, under the lock on the lock file from before the load until after the save. A file that
-    /// is missing or cannot be read ends the run without an error. Waits without limit for other runs. Throws
-    /// ConfigurationFault (no lock file, a malformed entry, a save that fails: the file then keeps its old
-    /// bytes), OsFault, MemoryFull, the negative code that a device leaves when given an alias, or what a
-    /// plug-in threw; nothing is saved then, and the next run finishes what this one began.
+    /// One whole run. It holds the lock on the lock file from before the load until after the save, and waits
+    /// without limit for other runs. A file that is missing or cannot be read ends the run without an error.
+    /// Throws ConfigurationFault (no lock file, a malformed entry, a save that fails), OsFault, MemoryFull,
+    /// the negative code that a device leaves when given an alias, or what a plug-in threw; then the file
+    /// keeps its bytes, and the next run finishes what this one began.
     void transferAliases(const DeviceTable& devicesPerList);
 
     /// The path of the legacy file, in UTF-8.

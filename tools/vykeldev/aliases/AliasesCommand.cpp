@@ -38,23 +38,24 @@ const char* layoutText(AliasLayout layout) noexcept {
 
 std::string unreachedText(const EntryPreview& entry) {
     if (!entry.stays)
-        return "never reached, goes with its section: " + entry.detail;
-    const bool later = entry.flaw == Flaw::Duplicate; // once the other is gone
-    return (later ? "not reached this time, stays: " : "never reached, stays: ") + entry.detail;
+        return "never used; removed with its section: " + entry.detail;
+    const bool later = entry.flaw == Flaw::Duplicate; // it counts once the other is gone
+    return (later ? "not used this time; stays: " : "never used; stays: ") + entry.detail;
 }
 
 std::string outcomeText(const EntryPreview& entry) {
     const std::string device = "device KEL" + std::to_string(entry.device);
     switch (entry.outcome) {
     case Outcome::Moves:
-        return "moves to " + device + (entry.stays ? ", yet an entry of the same name goes for it" : "");
+        return "moves to " + device +
+               (entry.stays ? "; stays because an entry of the same name is removed in its place" : "");
     case Outcome::Dropped:
-        return device + " has an alias, entry is dropped";
+        return device + " has an alias; dropped";
     case Outcome::NoDevice:
-        return entry.stays ? "no such device takes an alias, stays"
+        return entry.stays ? "no matching device; stays"
                            : "no matching device; removed because another entry of the same name was moved";
     case Outcome::NotLocal:
-        return "not local, stays";
+        return "not local; stays";
     case Outcome::Unreached:
         return unreachedText(entry);
     case Outcome::Malformed:
@@ -62,7 +63,7 @@ std::string outcomeText(const EntryPreview& entry) {
     case Outcome::Blocked:
         break;
     }
-    return "waits until the malformed entries are mended";
+    return "waits until the malformed entries are corrected";
 }
 
 void printTable(const std::string& path, const Preview& preview, bool colour) {
@@ -103,7 +104,8 @@ void printJson(const std::string& path, const Preview* preview) {
     std::cout << textOf(document) << '\n';
 }
 
-/// Keeps transfers from running while it lives. Makes no lock file: without one nobody has transferred yet.
+/// Keeps transfers from running while it lives. It makes no lock file: without one nobody has transferred
+/// yet.
 class TransferPause {
 public:
     /// Throws Failure when a transfer does not end, vyerr::Exception when the folder is unknown.
@@ -115,7 +117,7 @@ public:
         const DWORD error = lockInTime(stream.get(), [](auto) {});
         if (error != ERROR_SUCCESS)
             throw systemFailure("locking '" + printable(path) + "'", error,
-                                "'vykeldev doctor' tells more; most likely a client hangs in a refresh.");
+                                "Most likely a client hangs in a refresh; 'vykeldev doctor' says more.");
     }
 
 private:
@@ -136,7 +138,7 @@ bool isRead(const LegacyFile& file, const std::string& path) {
     const std::string meaning = "Every refresh leaves the file as it is and moves no alias.";
     if (result == vyini::IniWideText)
         throw Failure(what + ": it is UTF-16 or UTF-32", meaning, "Save it as UTF-8.");
-    throw Failure(what, meaning, "Close the program that holds it, and see that this user may read it.");
+    throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
 }
 
 ExitCode showPreview(bool json, bool colour) {
@@ -159,7 +161,7 @@ ExitCode showPreview(bool json, bool colour) {
     std::cout.flush();
     std::cerr
         << "vykeldev: every refresh fails with -50209, and moves nothing, until the malformed entries are "
-           "mended\n";
+           "corrected\n";
     return ExitCode::Error;
 }
 

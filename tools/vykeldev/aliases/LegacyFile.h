@@ -12,44 +12,45 @@
 
 namespace vykeldev::aliases {
 
-/// Why an entry of the legacy file is not handed over, as far as the file itself tells.
+/// Why an entry of the legacy file is not handed over, as far as the file itself shows.
 enum class Flaw {
     None,
     Malformed,    ///< It makes the whole transfer fail.
     OtherLayout,  ///< The file's version asks for entries of the other layout.
-    BehindGap,    ///< Its section's number is not reached.
-    ResourceName, ///< No device is ever called that.
+    BehindGap,    ///< Reading ends before its section.
+    ResourceName, ///< It names no device, present or not.
     NotLocal,     ///< It is about a device of another machine.
-    Duplicate     ///< Another entry for the same device comes first.
+    Duplicate     ///< Another entry for the same device counts.
 };
 
 /// One entry of the legacy file.
 struct LegacyEntry {
     std::optional<std::string> alias;
     std::optional<std::string> target; ///< A resource name, or a persistent token.
-    std::int32_t line = 0;             ///< Where it stands; of a malformed one, where to mend it.
+    std::int32_t line = 0;             ///< In the file; of a malformed one, where to correct it.
     Flaw flaw = Flaw::None;
-    std::string detail;                ///< About the flaw, for people.
-    std::optional<std::size_t> record; ///< The number of its section, when a transfer reads that.
+    std::string detail;                ///< Describes the flaw for people.
+    std::optional<std::size_t> record; ///< The number of its section, when a transfer reads that section.
 };
 
-/// A line that counts for nothing.
+/// A line that has no meaning in the file.
 struct SkippedLine {
     std::int32_t number = 0;
     std::string text;
 };
 
-/// The legacy alias file, as a transfer reads it. To be read while no transfer runs: an open file is in the
-/// way of one.
+/// The legacy alias file, as a transfer reads it. Read it under the transfers' lock: an open file would make
+/// the save of a transfer fail.
 class LegacyFile {
 public:
     /// Reads the file. Throws vyerr::Exception when memory is short.
     explicit LegacyFile(const std::string& path);
 
-    /// The result of vyini::loadIniFile: 0, or why there is nothing in here.
+    /// The result of vyini::loadIniFile: 0, or why the file was not read.
     int result() const noexcept { return loadResult; }
+    /// Owned by this object.
     vyini::IniDocument& document() const noexcept { return *text.document(); }
-    /// But for blank ones.
+    /// In the order of the file; blank lines are not among them.
     const std::vector<SkippedLine>& skippedLines() const noexcept { return skipped; }
     vykel::AliasLayout layout() const;
     /// In the order of their lines. Throws std::bad_alloc.

@@ -12,11 +12,11 @@ namespace vykeldev::aliases {
 enum class Outcome {
     Moves,     ///< A device receives the alias; the entry leaves the file.
     Dropped,   ///< The device has an alias already; the entry leaves the file.
-    NoDevice,  ///< No device that takes an alias is meant.
+    NoDevice,  ///< It names no present device that takes aliases.
     NotLocal,  ///< It is about a device of another machine.
-    Unreached, ///< Nobody looks at it; its flaw says why.
+    Unreached, ///< A transfer does not use it; its flaw says why.
     Malformed, ///< It makes the whole transfer fail.
-    Blocked    ///< It could be looked at if no entry were malformed.
+    Blocked    ///< It would be tried if no entry were malformed.
 };
 
 /// What becomes of one entry.
@@ -29,7 +29,7 @@ struct EntryPreview : LegacyEntry {
 /// What the next refresh does with a whole file.
 struct Preview {
     vykel::AliasLayout layout = vykel::AliasLayout::ByResourceName;
-    bool fails = false;                ///< It can do nothing: entries are malformed.
+    bool fails = false;                ///< The transfer fails because entries are malformed.
     std::vector<EntryPreview> entries; ///< In the order of their lines.
 };
 

@@ -14,7 +14,7 @@ PreviewDevices::PreviewDevices() {
             device = &devices.emplace_back(*device);
         devicesPerList.push_back(std::move(found));
     }
-    vykel::numberDevices(devicesPerList); // needs no lock: no device hears of it
+    vykel::numberDevices(devicesPerList); // needs no lock: the plug-ins never see these numbers
 }
 
 } // namespace vykeldev::aliases

@@ -73,7 +73,7 @@ private:
         vykel::PellumKelPluginManager manager;
     };
 
-    LoadedPlugins plugins; // unloaded after their lists are released
+    LoadedPlugins plugins; // first, so that they are unloaded after their lists are released
     std::vector<vykel::DeviceListPtr> lists;
     std::deque<PreviewDevice> devices;
     vykel::DeviceTable devicesPerList;

@@ -17,33 +17,33 @@ using aliases::Flaw;
 using aliases::LegacyEntry;
 using aliases::LegacyFile;
 
-/// The findings about one file, of each kind no more than anybody reads.
+/// The findings about one file, of each kind only as many as people read.
 class LegacyFindings {
 public:
     LegacyFindings(std::string filePath, Findings& all) : path(std::move(filePath)), findings(all) {}
 
     void add(const FindingKind* kind, int line, const std::string& detail) {
-        constexpr std::size_t longestDetail = 200;
-        if (++counts[kind] <= mostOfAKind)
-            findings.push_back({kind, path, detail.substr(0, longestDetail), line});
+        constexpr std::size_t maxDetailBytes = 200;
+        if (++counts[kind] <= maxPerKind)
+            findings.push_back({kind, path, detail.substr(0, maxDetailBytes), line});
     }
 
-    /// Tells how many were left out.
+    /// Reports how many were left out.
     void finish() {
         for (const FindingKind* const kind : FindingKind::all())
-            if (const std::size_t count = counts[kind]; count > mostOfAKind)
-                findings.push_back({kind, path, std::to_string(count - mostOfAKind) + " more"});
+            if (const std::size_t count = counts[kind]; count > maxPerKind)
+                findings.push_back({kind, path, std::to_string(count - maxPerKind) + " more"});
     }
 
 private:
-    static constexpr std::size_t mostOfAKind = 20;
+    static constexpr std::size_t maxPerKind = 20;
 
     std::string path;
     Findings& findings;
     std::map<const FindingKind*, std::size_t> counts;
 };
 
-/// What UTF-16 looks like, even without its byte-order mark.
+/// Whether the bytes look like UTF-16, which may lack its byte-order mark.
 bool isHalfZeros(const std::string& bytes) {
     return std::count(bytes.begin(), bytes.end(), '\0') > static_cast<std::ptrdiff_t>(bytes.size() / 4);
 }
@@ -61,7 +61,7 @@ void addEntry(const LegacyEntry& entry, LegacyFindings& findings) {
                  entry.detail.empty() ? text : entry.detail + " (" + text + ")");
 }
 
-/// Why a transfer could not save the file, or nothing.
+/// Why a transfer could not save the file, or an empty text.
 std::string savingTrouble(const std::string& path, bool folderWritable) {
     if (!openFile(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING))
         return "it cannot be written: " + systemErrorText(GetLastError());

@@ -5,10 +5,10 @@
 
 namespace vykeldev::doctor {
 
-/// Reads the legacy alias file as an alias transfer would, without changing anything, and adds a finding for
-/// whatever cannot be read, handed over or saved. Completes `report.legacy`, whose path is known. To be
-/// called under the transfers' lock: an open file is in the way of one. `folderWritable`: files can be made
-/// beside it.
+/// Reads the legacy alias file as an alias transfer does, without changing anything, and adds a finding for
+/// everything that cannot be read, handed over or saved. Completes `report.legacy`, whose path is known. Call
+/// it under the transfers' lock: an open file would make the save of a transfer fail. `folderWritable`: files
+/// can be made beside it.
 void checkLegacyFile(Report& report, bool folderWritable);
 
 } // namespace vykeldev::doctor
