@@ -45,7 +45,7 @@ void alter(const Subject& subject, const Session& session, const Property& prope
     subject.trace.note({alteration.token, alteration.before, alteration.value});
     const std::int32_t code = property.write(device, alteration.value);
     if (code < 0)
-        throw Doubtful{"setting " + std::string(property.name) + " was refused with " + std::to_string(code)};
+        throw Questionable{"setting " + std::string(property.name) + " was refused with " + std::to_string(code)};
     mustRead(property, device, alteration.value, "read from the same device");
     mustRead(property, find(other, alteration.token), alteration.value, "read from another list");
 }

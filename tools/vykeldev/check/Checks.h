@@ -3,7 +3,7 @@
 
 #include "check/Rule.h"
 
-/// The work of each rule, named as the rule. Each returns when the rule is kept and throws Broken, Doubtful
+/// The work of each rule, named as the rule. Each returns when the rule is kept and throws Broken, Questionable
 /// or Skipped otherwise.
 namespace vykeldev::check {
 

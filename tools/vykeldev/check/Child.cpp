@@ -30,8 +30,8 @@ void checkRule(const check::Rule& rule, const check::Subject& subject) {
     } catch (const check::Broken& broken) {
         const bool warning = rule.severity == check::Severity::Warning;
         trace.finished(warning ? Outcome::Warning : Outcome::Failed, broken.observed);
-    } catch (const check::Doubtful& doubtful) {
-        trace.finished(Outcome::Warning, doubtful.observed);
+    } catch (const check::Questionable& questionable) {
+        trace.finished(Outcome::Warning, questionable.observed);
     } catch (const check::Skipped& skipped) {
         trace.finished(Outcome::Skipped, skipped.reason);
     } catch (const std::exception& exception) {

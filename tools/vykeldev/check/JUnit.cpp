@@ -3,36 +3,24 @@
 #include "support/Text.h"
 #include <cstdio>
 #include <ostream>
+#include <string_view>
 
 namespace vykeldev::check {
 namespace {
 
-/// A text for an attribute or an element: without the characters that XML 1.0 does not know even escaped.
+/// A text for an attribute or an element. XML 1.0 has no way to write U+FFFE and U+FFFF.
 std::string escaped(const std::string& text) {
-    std::string result;
-    for (const char character : printable(text)) {
-        switch (character) {
-        case '&':
-            result += "&amp;";
-            break;
-        case '<':
-            result += "&lt;";
-            break;
-        case '>':
-            result += "&gt;";
-            break;
-        case '"':
-            result += "&quot;";
-            break;
-        default:
-            result += character;
-        }
-        // U+FFFE and U+FFFF become U+FFFD.
-        const std::size_t size = result.size();
-        if (size >= 3 && (result.compare(size - 3, 3, "\xEF\xBF\xBE") == 0 || //
-                          result.compare(size - 3, 3, "\xEF\xBF\xBF") == 0))
-            result.back() = '\xBD';
-    }
+    static constexpr std::string_view escapes[][2] = {{"&", "&amp;"},
+                                                      {"<", "&lt;"},
+                                                      {">", "&gt;"},
+                                                      {"\"", "&quot;"},
+                                                      {"\xEF\xBF\xBE", "\xEF\xBF\xBD"},
+                                                      {"\xEF\xBF\xBF", "\xEF\xBF\xBD"}};
+    std::string result = printable(text);
+    for (const auto& [from, to] : escapes)
+        for (std::size_t at = result.find(from); at != std::string::npos;
+             at = result.find(from, at + to.size()))
+            result.replace(at, from.size(), to);
     return result;
 }
 

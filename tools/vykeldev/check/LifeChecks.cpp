@@ -100,7 +100,7 @@ void checkReload(const Subject& subject) {
 
 void checkNewList(const Subject& subject) {
     const InitializedPlugin plugin(subject);
-    const auto makeList = [&] { return refusalIsDoubtful([&] { return plugin.makeList(); }); };
+    const auto makeList = [&] { return refusalIsQuestionable([&] { return plugin.makeList(); }); };
     const List first = makeList();
     const List second = makeList();
     if (first.identity() == second.identity())
@@ -126,7 +126,7 @@ void checkAttachDetach(const Subject& subject) {
     if (list.attach(otherToken) >= 0)
         list.detach(otherToken);
     list.detach(token);
-    plugin.trace().repeating("attach and detach, again and again");
+    plugin.trace.repeating("attach and detach, again and again");
     mustNotGrow("tokens attached and detached", [&, round = 1]() mutable {
         ++round;
         const std::int32_t code = list.attach(token);
@@ -141,7 +141,7 @@ void checkAttachDetach(const Subject& subject) {
 
 void checkReleaseFrees(const Subject& subject) {
     const InitializedPlugin plugin(subject);
-    plugin.trace().repeating("making, using and releasing lists by the thousand");
+    plugin.trace.repeating("making, using and releasing lists by the thousand");
     mustNotGrow("lists made and released", [&, number = 0]() mutable {
         ++number;
         try {
@@ -156,7 +156,7 @@ void checkThreads(const Subject& subject) {
     constexpr int rounds = 50;
     const InitializedPlugin plugin(subject);
     useList(plugin.makeList()); // works on this thread
-    plugin.trace().repeating("refreshing lists on two other threads at once");
+    plugin.trace.repeating("refreshing lists on two other threads at once");
     std::mutex entryPoints; // as the library holds its lock
     const auto work = [&](std::exception_ptr& failure) {
         try {

@@ -44,7 +44,7 @@ void checkRefresh(const Subject& subject) {
     const List list = plugin.makeList();
     for (int round = 0; round < 2; ++round) {
         list.isStale();
-        refusalIsDoubtful([&] { refresh(list); });
+        refusalIsQuestionable([&] { refresh(list); });
         const std::uint32_t count = list.getCount();
         for (std::uint32_t i = 0; i < count; ++i)
             list.getDevice(i);
@@ -57,7 +57,7 @@ void checkRefresh(const Subject& subject) {
 
 void checkDevices(const Subject& subject) {
     const Session session(subject);
-    if (refusalIsDoubtful([&] { return devicesOf(session.list); }).empty())
+    if (refusalIsQuestionable([&] { return devicesOf(session.list); }).empty())
         throw Skipped{"it sees no devices here"};
 }
 
@@ -88,7 +88,7 @@ void checkIndexBeyond(const Subject& subject) {
     const std::uint32_t count = session.list.getCount();
     mustRefuse(session.list, count, count);
     mustRefuse(session.list, std::numeric_limits<std::uint32_t>::max(), count);
-    session.plugin.trace().repeating("getDevice for a million indices beyond the count");
+    session.plugin.trace.repeating("getDevice for a million indices beyond the count");
     const std::uint32_t step = (std::numeric_limits<std::uint32_t>::max() - count) / calls;
     for (std::uint32_t i = 0; i < calls; ++i)
         mustRefuse(session.list, count + i * step, count);

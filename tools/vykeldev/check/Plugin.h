@@ -2,47 +2,94 @@
 #define VYKELDEV_CHECK_PLUGIN_H
 
 #include "check/Rule.h"
+#include "check/Trace.h"
 #include "vykel/PluginEntryPoints.h"
 #include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
-#include <vector>
 #include <windows.h>
 
 /// The plug-in under check, its lists and devices. Every call goes through Trace::call. Every status block
-/// has 8 bytes and is watched behind them; writing there is an incident of the rule 'status-guard'.
+/// has 8 bytes, and the memory after it is watched; writing there is an incident of the rule 'status-guard'.
 namespace vykeldev::check {
 
 /// A text of a plug-in, copied; none for null.
 using PluginText = std::optional<std::string>;
 
-/// A text as it may stand in an observation.
+inline PluginText copied(const char* text) {
+    return text == nullptr ? PluginText() : PluginText(text);
+}
+
+/// A text as it may appear in an observation.
 std::string quoted(const PluginText& text);
 
 /// True of valid UTF-8, and of no text.
 bool isUtf8(const PluginText& text);
 
-/// A device. As valid as the object behind it.
-class Device {
+/// A block of 8 bytes before memory that nobody may write.
+class CodeOnlyStatus {
 public:
-    Device(vykel::IDevice& device, Trace& trace) : device_(&device), trace_(&trace) {}
-
-    std::int32_t getVersion() const;
-    PluginText getPersistentToken(std::uint32_t format) const;
-    std::uint32_t getSortKey() const;
-    std::uint32_t getNumber() const;
-    PluginText getAlias() const;
-    /// The plug-in's own texts instead of copies.
-    const char* ownToken(std::uint32_t format) const;
-    const char* ownAlias() const;
-    /// Answer with the code that is left.
-    std::int32_t setNumber(std::uint32_t number) const;
-    std::int32_t setAlias(const std::string& alias) const;
+    explicit CodeOnlyStatus(std::int32_t preset) noexcept;
+    vykel::StatusBlock* block() noexcept { return &memory.block; }
+    /// The code that the operation left. Reports an incident when it changed more than that.
+    std::int32_t codeAfter(const char* operation, Trace& trace) const;
 
 private:
-    vykel::IDevice* device_;
-    Trace* trace_;
+    struct {
+        vykel::StatusBlock block;
+        unsigned char afterBlock[64];
+    } memory;
+};
+
+/// Calls the operations of an object of the plug-in.
+template <class Interface>
+class PluginObject {
+protected:
+    PluginObject(Interface& itsObject, Trace& itsTrace) : object(&itsObject), trace(&itsTrace) {}
+
+    template <class Operation, class... Arguments>
+    auto call(const char* name, Operation operation, Arguments... arguments) const {
+        return trace->call(name, [&] { return (object->*operation)(arguments...); });
+    }
+
+    /// Calls an operation that takes a status block last; returns the code in it.
+    template <class Operation, class... Arguments>
+    std::int32_t report(const char* name, std::int32_t preset, Operation operation,
+                        Arguments... arguments) const {
+        CodeOnlyStatus status(preset);
+        call(name, operation, arguments..., status.block());
+        return status.codeAfter(name, *trace);
+    }
+
+    Interface* object;
+    Trace* trace;
+};
+
+/// A device. As valid as the plug-in's object.
+class Device : PluginObject<vykel::IDevice> {
+    using Interface = vykel::IDevice;
+
+public:
+    Device(Interface& device, Trace& itsTrace) : PluginObject(device, itsTrace) {}
+
+    std::int32_t getVersion() const { return call("IDevice::getVersion", &Interface::getVersion); }
+    std::uint32_t getSortKey() const { return call("getSortKey", &Interface::getSortKey); }
+    std::uint32_t getNumber() const { return call("getNumber", &Interface::getNumber); }
+    PluginText getAlias() const { return copied(ownAlias()); }
+    PluginText getPersistentToken(std::uint32_t format) const { return copied(ownToken(format)); }
+    /// The plug-in's own texts instead of copies.
+    const char* ownAlias() const { return call("getAlias", &Interface::getAlias); }
+    const char* ownToken(std::uint32_t format) const {
+        return call("getPersistentToken", &Interface::getPersistentToken, format);
+    }
+    /// These return the code that is left.
+    std::int32_t setNumber(std::uint32_t number) const {
+        return report("setNumber", 0, &Interface::setNumber, number);
+    }
+    std::int32_t setAlias(const std::string& alias) const {
+        return report("setAlias", 0, &Interface::setAlias, alias.c_str(), 1, 0);
+    }
 };
 
 /// What getDevice answers.
@@ -52,45 +99,51 @@ struct Fetched {
 };
 
 /// A list, released at the end. `preset` is the code in the block before the call.
-class List {
-public:
-    List(vykel::IDeviceList& list, Trace& trace) : list_(&list, Release{&trace}), trace_(&trace) {}
+class List : PluginObject<vykel::IDeviceList> {
+    using Interface = vykel::IDeviceList;
 
-    std::int32_t getVersion() const;
-    bool isStale() const;
-    std::int32_t refresh(std::int32_t preset = 0) const;
-    std::uint32_t getCount() const;
+public:
+    List(Interface& list, Trace& itsTrace)
+        : PluginObject(list, itsTrace), ownership(&list, Release{&itsTrace}) {}
+
+    std::int32_t getVersion() const { return call("IDeviceList::getVersion", &Interface::getVersion); }
+    bool isStale() const { return call("isStale", &Interface::isStale); }
+    std::int32_t refresh(std::int32_t preset = 0) const {
+        return report("refresh", preset, &Interface::refresh);
+    }
+    std::uint32_t getCount() const { return call("getCount", &Interface::getCount); }
     Fetched getDevice(std::uint32_t index, std::int32_t minimumVersion = 0, std::int32_t preset = 0) const;
-    std::int32_t attach(std::uint64_t token) const;
-    void detach(std::uint64_t token) const;
+    std::int32_t attach(std::uint64_t token) const { return report("attach", 0, &Interface::attach, token); }
+    void detach(std::uint64_t token) const { call("detach", &Interface::detach, token); }
 
     /// Which list it is, for comparisons.
-    const void* identity() const noexcept { return list_.get(); }
+    const void* identity() const noexcept { return object; }
 
 private:
     struct Release {
         Trace* trace;
-        void operator()(vykel::IDeviceList* list) const noexcept;
+        void operator()(Interface* list) const noexcept;
     };
-    std::unique_ptr<vykel::IDeviceList, Release> list_;
-    Trace* trace_;
+    std::unique_ptr<Interface, Release> ownership;
 };
 
-/// What becomes of the library. How it takes being unloaded is the matter of one rule alone.
+/// What becomes of the library. Only one rule is about being unloaded.
 enum class Ending { StaysLoaded, Unloaded };
 
 /// A loaded library. Construction throws Broken.
 class Module {
 public:
-    explicit Module(const Subject& subject, Ending ending = Ending::StaysLoaded);
+    explicit Module(const Subject& subject, Ending itsEnding = Ending::StaysLoaded);
     ~Module();
     Module(const Module&) = delete;
     Module& operator=(const Module&) = delete;
-    HMODULE get() const noexcept { return handle_; }
+
+    /// The address of an entry point. Adds the name to `missing` when there is none.
+    FARPROC find(const char* name, std::string& missing) const;
 
 private:
-    HMODULE handle_ = nullptr;
-    Ending ending_;
+    HMODULE handle = nullptr;
+    Ending ending;
 };
 
 /// The plug-in, loaded; finalised at the end when it is initialised. Construction throws Broken.
@@ -101,21 +154,21 @@ public:
     Plugin(const Plugin&) = delete;
     Plugin& operator=(const Plugin&) = delete;
 
-    /// Answers with the code.
+    /// Returns the code.
     std::int32_t initialize();
-    /// The code, and the list that is stored with it.
+    /// Returns the code, and stores the list when there is one.
     std::int32_t getInterface(std::int32_t version, std::optional<List>& list) const;
     /// A new list. Throws Broken.
     List makeList() const;
-    Trace& trace() const noexcept { return trace_; }
+
+    Trace& trace;
 
 private:
-    Trace& trace_;
-    Module module_;
-    decltype(vykel_initializePlugin)* initialize_;
-    decltype(vykel_getPluginInterface)* getInterface_;
-    decltype(vykel_finalizePlugin)* finalize_;
-    bool initialized_ = false;
+    Module module;
+    decltype(vykel_initializePlugin)* initializePlugin;
+    decltype(vykel_getPluginInterface)* getPluginInterface;
+    decltype(vykel_finalizePlugin)* finalizePlugin;
+    bool initialized = false;
 };
 
 } // namespace vykeldev::check

@@ -9,17 +9,8 @@ namespace vykeldev::check {
 namespace {
 
 const char* colourOf(Outcome outcome) noexcept {
-    switch (outcome) {
-    case Outcome::Passed:
-        return "\x1b[32m";
-    case Outcome::Warning:
-        return "\x1b[1;33m";
-    case Outcome::Failed:
-        return "\x1b[1;31m";
-    case Outcome::Skipped:
-        break;
-    }
-    return "\x1b[2m";
+    static constexpr const char* colours[] = {"\x1b[32m", "\x1b[1;33m", "\x1b[1;31m", "\x1b[2m"};
+    return colours[static_cast<std::size_t>(outcome)];
 }
 
 /// The worst that was found.
@@ -28,10 +19,6 @@ Outcome overall(const Results& results) {
         if (countOf(results, outcome) != 0)
             return outcome;
     return Outcome::Passed;
-}
-
-bool isBroken(const Result& result) noexcept {
-    return result.outcome == Outcome::Failed || result.outcome == Outcome::Warning;
 }
 
 Json toJson(const Result& result) {
@@ -55,7 +42,7 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
     out << (colour ? colourOf(result.outcome) : "") << std::left << std::setw(8) << toString(result.outcome)
         << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
         << (result.outcome == Outcome::Skipped ? observed : rule.title) << '\n';
-    if (isBroken(result))
+    if (isBroken(result.outcome))
         out << "         observed:   " << observed << '\n'
             << "         meaning:    " << rule.meaning << '\n'
             << "         what to do: " << rule.remedy << '\n';

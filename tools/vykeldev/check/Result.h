@@ -14,11 +14,15 @@ namespace vykeldev::check {
 
 enum class Outcome { Passed, Warning, Failed, Skipped };
 
-/// As it is shown and stored.
+/// The names in reports.
 constexpr const char* outcomeNames[] = {"passed", "warning", "failed", "skipped"};
 
 constexpr const char* toString(Outcome outcome) noexcept {
     return outcomeNames[static_cast<std::size_t>(outcome)];
+}
+
+constexpr bool isBroken(Outcome outcome) noexcept {
+    return outcome == Outcome::Failed || outcome == Outcome::Warning;
 }
 
 inline std::optional<Outcome> outcomeOf(std::string_view name) noexcept {
@@ -28,7 +32,7 @@ inline std::optional<Outcome> outcomeOf(std::string_view name) noexcept {
     return static_cast<Outcome>(found - std::begin(outcomeNames));
 }
 
-/// How a plug-in stands to one rule.
+/// What came out of one rule.
 struct Result {
     const Rule* rule = nullptr;
     Outcome outcome = Outcome::Passed;

@@ -48,7 +48,7 @@ struct Rule {
     const char* lock;
     const char* meaning;
     const char* remedy;
-    /// Returns when the rule is kept, throws Broken, Doubtful or Skipped otherwise.
+    /// Returns when the rule is kept, throws Broken, Questionable or Skipped otherwise.
     void (*check)(const Subject& subject);
 
     bool alters() const noexcept { return *lock != '\0'; }
@@ -63,7 +63,7 @@ struct Broken {
 struct Refused : Broken {};
 
 /// It is broken in a way that may be meant: a warning, whatever the severity of the rule.
-struct Doubtful {
+struct Questionable {
     std::string observed;
 };
 

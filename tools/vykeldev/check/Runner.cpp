@@ -1,8 +1,11 @@
 #include "check/Runner.h"
 
-#include "check/MachineLock.h"
 #include "check/StageRun.h"
+#include "ConfigurationFolder.h"
+#include "errors/Exception.h"
+#include "pellumkelddk/user/FileLock.h"
 #include "platform/StopRequest.h"
+#include "support/BoundedLock.h"
 #include "support/Failure.h"
 #include <map>
 #include <random>
@@ -10,15 +13,11 @@
 namespace vykeldev::check {
 namespace {
 
-/// Rules that any other may find broken. They are told last.
+/// Rules that the check of any other rule may find broken. Their results come last.
 constexpr std::string_view watched[] = {"status-guard", "no-exception"};
 
 bool isWatched(const Rule& rule) noexcept {
     return std::find(std::begin(watched), std::end(watched), rule.id) != std::end(watched);
-}
-
-bool isBroken(Outcome outcome) noexcept {
-    return outcome == Outcome::Failed || outcome == Outcome::Warning;
 }
 
 std::string randomMark() {
@@ -28,54 +27,67 @@ std::string randomMark() {
 
 /// True when the rule is one of those, or one of them needs it.
 bool isWanted(const Rule& rule, const std::vector<std::string>& wanted) {
-    for (const std::string& id : wanted) {
+    for (const std::string& id : wanted)
         for (const Rule* other = findRule(id); other != nullptr; other = findRule(other->needs))
             if (other == &rule)
                 return true;
-    }
     return wanted.empty();
+}
+
+/// Locks one of the machine's lock files as the library does, so that the library changes nothing meanwhile.
+/// Waits for it, but not for long. Throws Skipped when it cannot be locked.
+vykel::FileStream lockMachine(const std::string& fileName) {
+    vykel::FileStream stream;
+    try {
+        stream = vykel::openLockFile((vykel::getConfigurationFolder() + fileName).c_str());
+    } catch (const vyerr::Exception&) {
+        throw Skipped{"the machine's lock file " + fileName +
+                      " cannot be opened or made; 'vykeldev doctor' says why"};
+    }
+    if (lockInTime(stream.get(), [](auto) {}) != ERROR_SUCCESS)
+        throw Skipped{"the machine's lock file " + fileName +
+                      " cannot be locked; another process may be using it"};
+    return stream;
 }
 
 /// One run over the rules.
 class Run {
 public:
-    explicit Run(const RunOptions& options) : options_(options) {}
+    explicit Run(const RunOptions& runOptions) : options(runOptions) {}
 
     /// Checks a rule, unless there is a reason to skip it. Throws Failure when that cannot be done.
     const Result& add(const Rule& rule) {
         const std::string reason = reasonToSkip(rule);
-        results_.push_back(reason.empty() ? check(rule) : Result{&rule, Outcome::Skipped, reason, {}});
-        return results_.back();
+        collected.results.push_back(reason.empty() ? check(rule) : Result{&rule, Outcome::Skipped, reason, {}});
+        return collected.results.back();
     }
 
-    /// The result of a watched rule with all that was seen of it; null when it was neither wanted nor broken.
+    /// The result of a watched rule with everything that was seen of it; null when it was neither wanted nor
+    /// broken.
     const Result* finish(const Rule& rule);
 
-    bool isStopped() const noexcept { return stopped_; }
-
-    RunResults take() { return {std::move(results_), stopped_}; }
+    RunResults collected;
 
 private:
-    std::string reasonToSkip(const Rule& rule) const;
+    std::string reasonToSkip(const Rule& rule);
     Result check(const Rule& rule);
     Account runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes);
     void runSecond(const Rule& rule, Account& first);
 
-    const Result* resultOf(std::string_view id) const {
-        const auto found = std::find_if(results_.begin(), results_.end(),
+    /// Null when there is none yet.
+    Result* resultOf(std::string_view id) {
+        const auto found = std::find_if(collected.results.begin(), collected.results.end(),
                                         [id](const Result& result) { return result.rule->id == id; });
-        return found == results_.end() ? nullptr : &*found;
+        return found == collected.results.end() ? nullptr : &*found;
     }
 
-    const RunOptions& options_;
-    const std::string mark_ = randomMark();
-    Results results_;
-    bool stopped_ = false;
-    std::map<std::string, std::vector<std::string>> incidents_; // by rule
+    const RunOptions& options;
+    const std::string mark = randomMark();
+    std::map<std::string, std::vector<std::string>> incidents; // by rule
 };
 
-std::string Run::reasonToSkip(const Rule& rule) const {
-    if (options_.readOnly && rule.alters())
+std::string Run::reasonToSkip(const Rule& rule) {
+    if (options.readOnly && rule.alters())
         return "left out by --read-only";
     const Result* const needed = resultOf(rule.needs);
     if (needed == nullptr || needed->outcome == Outcome::Passed)
@@ -87,19 +99,20 @@ std::string Run::reasonToSkip(const Rule& rule) const {
 
 Result Run::check(const Rule& rule) {
     try {
-        std::optional<MachineLock> lock;
+        vykel::FileStream lock;
         std::optional<StopRequest> stopRequest;
         if (rule.alters()) {
-            lock.emplace(rule.lock);
+            lock = lockMachine(rule.lock);
             stopRequest.emplace();
         }
         Account account = runOnce(rule, Stage::First, {});
         if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
             runSecond(rule, account);
-        stopped_ = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
+        collected.stopped = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
         if (!account.toolFailed.empty())
             throw Failure("the rule '" + std::string(rule.id) + "' cannot be checked: " + account.toolFailed,
-                          "This tool failed, not the plug-in.", "Leave it out with --rule, and report it.");
+                          "This tool failed, not the plug-in.",
+                          "Choose other rules with --rule, and report the failure.");
         return {&rule, *account.outcome, account.observed, account.duration};
     } catch (const Skipped& skipped) {
         return {&rule, Outcome::Skipped, skipped.reason, {}};
@@ -107,16 +120,15 @@ Result Run::check(const Rule& rule) {
 }
 
 Account Run::runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes) {
-    Account account = runStage({mark_, rule.id, options_.path, stage, notes}, options_.limit);
-    for (const Incident& incident : account.incidents) {
-        const std::string where =
-            incident.rule == rule.id ? "" : " (seen in rule '" + std::string(rule.id) + "')";
-        incidents_[incident.rule].push_back(incident.observed + where);
-    }
+    Account account = runStage({mark, rule.id, options.path, stage, notes}, options.limit);
+    for (const Incident& incident : account.incidents)
+        incidents[incident.rule].push_back(
+            incident.observed +
+            (incident.rule == rule.id ? "" : " (seen in rule '" + std::string(rule.id) + "')"));
     return account;
 }
 
-/// Runs the second process and adds to the first account what came out.
+/// Runs the second process and adds its results to the first account.
 void Run::runSecond(const Rule& rule, Account& first) {
     const bool passed = first.outcome == Outcome::Passed;
     Account second;
@@ -149,16 +161,16 @@ void Run::runSecond(const Rule& rule, Account& first) {
 }
 
 const Result* Run::finish(const Rule& rule) {
-    const auto& broken = incidents_[rule.id];
-    const auto known = std::find_if(results_.begin(), results_.end(),
-                                    [&](const Result& result) { return result.rule == &rule; });
+    const std::vector<std::string>& broken = incidents[rule.id];
+    Result* result = resultOf(rule.id);
     if (broken.empty())
-        return known == results_.end() ? nullptr : &*known;
-    Result& result = known == results_.end() ? results_.emplace_back(Result{&rule, {}, {}, {}}) : *known;
+        return result;
+    if (result == nullptr)
+        result = &collected.results.emplace_back(Result{&rule, {}, {}, {}});
     const std::size_t more = broken.size() - 1;
-    result.outcome = Outcome::Failed;
-    result.observed = broken.front() + (more == 0 ? "" : ", and " + std::to_string(more) + " more");
-    return &result;
+    result->outcome = Outcome::Failed;
+    result->observed = broken.front() + (more == 0 ? "" : ", and " + std::to_string(more) + " more");
+    return result;
 }
 
 } // namespace
@@ -166,7 +178,7 @@ const Result* Run::finish(const Rule& rule) {
 RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult) {
     Run run(options);
     for (const Rule& rule : allRules()) {
-        if (run.isStopped())
+        if (run.collected.stopped)
             break;
         if (!isWanted(rule, options.rules))
             continue;
@@ -177,7 +189,7 @@ RunResults runRules(const RunOptions& options, const std::function<void(const Re
     for (const std::string_view id : watched)
         if (const Result* const result = run.finish(*findRule(id)))
             onResult(*result);
-    return run.take();
+    return std::move(run.collected);
 }
 
 } // namespace vykeldev::check

@@ -12,11 +12,11 @@ namespace vykeldev::check {
 
 /// Makes a step in which the plug-in may have a reason to refuse.
 template <class Step>
-decltype(auto) refusalIsDoubtful(Step&& step) {
+decltype(auto) refusalIsQuestionable(Step&& step) {
     try {
         return step();
     } catch (const Refused& refused) {
-        throw Doubtful{refused.observed};
+        throw Questionable{refused.observed};
     }
 }
 
