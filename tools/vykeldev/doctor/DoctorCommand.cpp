@@ -69,7 +69,7 @@ ExitCode diagnose(const Context& context, const DoctorOptions& options) {
     silenceCrashes();
     const Report report = makeReport(context, options);
     if (options.json)
-        std::cout << textOf(toJson(report)) << '\n';
+        std::cout << textOf(report) << '\n';
     else
         printReport(std::cout, report, context.colour);
     if (!options.bundle.empty())

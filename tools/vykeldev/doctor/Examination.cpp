@@ -20,13 +20,6 @@ struct Verdict {
     std::string detail;
 };
 
-std::string joined(const std::vector<std::string>& texts, const char* separator) {
-    std::string result;
-    for (const std::string& text : texts)
-        result += (result.empty() ? "" : separator) + text;
-    return result;
-}
-
 std::string describe(const LibraryError& error) {
     std::string text = "code " + std::to_string(error.code);
     if (error.system)
@@ -34,15 +27,15 @@ std::string describe(const LibraryError& error) {
     return text + (error.systemText.empty() ? "" : ": " + error.systemText);
 }
 
-/// What is odd about a path as it stands in the registry, as "; ..." or nothing.
+/// What is odd about a path in the registry, as "; ..." or nothing.
 std::string pathOddity(const std::string& path) {
     if (path.find('"') != std::string::npos)
-        return "; the quotes belong to the value and must go";
+        return "; the quotes are part of the value: remove them";
     if (path.front() == ' ' || path.back() == ' ')
-        return "; the value begins or ends with a blank, which must go";
+        return "; the value begins or ends with a blank: remove it";
     const std::size_t percent = path.find('%');
     if (percent != std::string::npos && path.find('%', percent + 1) != std::string::npos)
-        return "; nobody replaces the variable between the percent signs";
+        return "; the variable between the percent signs is not replaced";
     return "";
 }
 
@@ -68,13 +61,14 @@ std::optional<Verdict> lookAtDependencies(LibraryImage& image, const std::string
     return Verdict{&finding::dependencyMissing, Step::Dependency, joined(details, "; ")};
 }
 
-/// Looks at the file without loading it. What it finds tells why a load will fail, or nothing.
+/// Looks at the file without loading it. Returns why a load will fail, or nothing.
 std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
     const std::string& path = *plugin.path;
     std::string bytes;
-    if (path.empty() || isFolder(path))
-        return Verdict{&finding::pathEmpty, Step::Path,
-                       path.empty() ? "the path is empty" : "this is a folder"};
+    if (path.empty())
+        return Verdict{&finding::pathEmpty, Step::Path, "the path is empty"};
+    if (isFolder(path))
+        return Verdict{&finding::pathEmpty, Step::Path, "this is a folder"};
     if (!isAbsolutePath(path))
         return std::nullopt; // only the loader knows which file it is
     if (!isOrdinaryFile(path))
@@ -99,7 +93,7 @@ Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
     const std::string system = " (" + describe(error) + ")";
     if (error.system == ERROR_PROC_NOT_FOUND)
         return {&finding::dependencyMissing, Step::Dependency,
-                "a library that it needs is of another version: it lacks a function" + system};
+                "a library that it needs is of another version and lacks a function" + system};
     const bool lacksLibrary = look && look->kind == &finding::dependencyMissing;
     // A library of another architecture is a bad format, too.
     if (look &&
@@ -107,10 +101,10 @@ Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
         return {look->kind, look->step, look->detail + system};
     if (!isAbsolutePath(*plugin.path))
         return {&finding::fileMissing, Step::Path,
-                "the relative path leads nowhere" + system + pathOddity(*plugin.path)};
+                "the relative path leads to no file" + system + pathOddity(*plugin.path)};
     if (error.system == ERROR_MOD_NOT_FOUND)
         return {&finding::dependencyMissing, Step::Dependency,
-                "a library that it needs cannot be loaded itself" + system};
+                "a library that it needs cannot be loaded" + system};
     return {&finding::loadRefused, Step::Load, describe(error)};
 }
 
@@ -131,32 +125,25 @@ Verdict judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
         return {&finding::listMissing, step, ""};
     if (probe.thrown)
         return {&finding::pluginThrew, step, *probe.thrown};
-    switch (step) {
-    case Step::Load:
+    if (step == Step::Load)
         return judgeLoad(*probe.error, plugin, look);
-    case Step::EntryPoint:
+    if (step == Step::EntryPoint)
         return judgeEntryPoints(*probe.error, plugin, look);
-    case Step::Initialise:
-    case Step::List:
-        return {&finding::pluginRefused, step, describe(*probe.error)};
-    default:
-        return {probe.deviceRefused ? &finding::deviceRefused : &finding::refreshFailed, step,
-                describe(*probe.error)};
-    }
+    const bool refused = step == Step::Initialise || step == Step::List;
+    return {refused               ? &finding::pluginRefused
+            : probe.deviceRefused ? &finding::deviceRefused
+                                  : &finding::refreshFailed,
+            step, describe(*probe.error)};
 }
 
 /// A child that ended before all steps were done, or badly after them.
 std::optional<Verdict> judgeEnd(const ProbeResult& probe, std::chrono::milliseconds limit) {
     const std::string before = probe.error ? ", after " + describe(*probe.error) : "";
-    switch (probe.end.end) {
-    case ChildOutcome::End::Crashed:
+    if (probe.end.end == ChildOutcome::End::Crashed)
         return Verdict{&finding::pluginCrashed, probe.step, crashText(probe.end.code) + before};
-    case ChildOutcome::End::TimedOut:
+    if (probe.end.end == ChildOutcome::End::TimedOut)
         return Verdict{&finding::pluginHung, probe.step,
                        "no answer within " + std::to_string(limit.count()) + " ms" + before};
-    case ChildOutcome::End::Exited:
-        break;
-    }
     if (probe.done)
         return std::nullopt;
     return Verdict{&finding::pluginExited, probe.step,
@@ -165,8 +152,8 @@ std::optional<Verdict> judgeEnd(const ProbeResult& probe, std::chrono::milliseco
 
 /// Looks and probes. Nothing when the plug-in loaded.
 std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds limit) {
-    if (plugin.path->size() > longestPath) // no command line could hold it
-        return Verdict{&finding::fileMissing, Step::Path, "no file has so long a path"};
+    if (plugin.path->size() > longestPath) // no command line can hold it
+        return Verdict{&finding::fileMissing, Step::Path, "no file can have a path of this length"};
     const std::optional<Verdict> look = lookAtFile(plugin);
     ProbeResult probe;
     try {

@@ -6,8 +6,8 @@
 
 namespace vykeldev::doctor {
 
-/// Examines a plug-in whose name and path are known: looks at its file's headers, then probes it. Completes
-/// the account and adds a finding for everything that is wrong.
+/// Examines a plug-in whose name and path are known: looks at its file, then probes it within `limit`.
+/// Completes the account and adds a finding for everything that is wrong.
 void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings);
 
 } // namespace vykeldev::doctor

@@ -14,42 +14,36 @@
 namespace vykeldev::doctor {
 namespace {
 
-vykel::FileStream openLock(const std::string& path) {
-    try {
-        return vykel::openLockFile(path.c_str());
-    } catch (const vyerr::Exception&) {
-        return nullptr;
-    }
-}
-
-/// Waits for a lock, and lets it go when `whileHeld` is done. False when it cannot be had.
+/// Waits for a lock, and frees it when `whileHeld` is done. False when it cannot be locked.
 template <class Work>
 bool checkLock(const std::string& name, Report& report, Progress& progress, Work whileHeld) {
     LockState& lock = report.locks.emplace_back();
     lock.path = report.folder + name;
-    const vykel::FileStream stream = openLock(lock.path);
-    if (stream == nullptr) {
-        lock.state = LockState::State::Unusable;
-        report.findings.push_back({&finding::lockUnusable, lock.path, "it can be neither opened nor made"});
+    const auto fail = [&](const char* state, const FindingKind& kind, const std::string& detail) {
+        lock.state = state;
+        report.findings.push_back({&kind, lock.path, detail});
         return false;
+    };
+    vykel::FileStream stream;
+    try {
+        stream = vykel::openLockFile(lock.path.c_str());
+    } catch (const vyerr::Exception&) {
+        return fail("unusable", finding::lockUnusable, "it cannot be opened or made");
     }
     const DWORD error = lockInTime(stream.get(), [&](auto waited) {
         progress.show("waiting for " + lock.path);
         lock.secondsWaited = std::round(std::chrono::duration<double>(waited).count() * 100) / 100;
     });
-    if (error == ERROR_SUCCESS) {
-        whileHeld();
-        return true;
-    }
-    const bool held = error == ERROR_LOCK_VIOLATION;
-    lock.state = held ? LockState::State::Held : LockState::State::Unusable;
-    report.findings.push_back(
-        {held ? &finding::lockHeld : &finding::lockUnusable, lock.path,
-         held ? "waited " + std::to_string(longestLockWait.count()) + " seconds" : systemErrorText(error)});
-    return false;
+    if (error == ERROR_LOCK_VIOLATION)
+        return fail("held", finding::lockHeld,
+                    "waited " + std::to_string(longestLockWait.count()) + " seconds");
+    if (error != ERROR_SUCCESS)
+        return fail("unusable", finding::lockUnusable, systemErrorText(error));
+    whileHeld();
+    return true;
 }
 
-/// Whether files can be made in the folder, by making one.
+/// Whether this user can make files in the folder: makes one.
 bool checkRights(const std::string& folder, Findings& findings) {
     const std::string path = folder + "vykeldev-" + std::to_string(GetCurrentProcessId()) + ".tmp";
     if (makeTemporaryFile(path))
@@ -77,7 +71,7 @@ void checkFolder(Report& report, Progress& progress) {
     checkLock("DeviceList.lck", report, progress, [] {});
     if (!checkLock("vykel.lck", report, progress, [&] { checkLegacyFile(report, writable); })) {
         report.legacy.state = "not read";
-        report.findings.back().detail += "; vykel.ini was not looked at";
+        report.findings.back().detail += "; vykel.ini was not checked";
     }
 }
 

@@ -6,9 +6,9 @@
 
 namespace vykeldev::doctor {
 
-/// Looks at the folder of the lock files and at both locks, each of which it waits for up to two seconds, and
-/// under the second at the legacy alias file. Makes a missing lock file, as every refresh does, and for a
-/// moment a file of its own. Fills `report.folder`, `report.locks`, `report.legacy` and `report.findings`.
+/// Checks the folder of the lock files and both locks, waiting for each up to two seconds; while it holds the
+/// second it checks the legacy alias file. Makes a missing lock file, as every refresh does, and for a moment
+/// a file of its own. Fills `report.folder`, `report.locks`, `report.legacy` and `report.findings`.
 void checkFolder(Report& report, Progress& progress);
 
 } // namespace vykeldev::doctor

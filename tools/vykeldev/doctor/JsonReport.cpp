@@ -3,80 +3,63 @@
 namespace vykeldev::doctor {
 namespace {
 
-Json toJson(const LibraryImage& image) {
+Json textOrNull(const std::string& text) {
+    return text.empty() ? Json() : Json(text);
+}
+
+} // namespace
+
+// The functions to_json make a document of any member or vector of these types.
+
+void to_json(Json& json, const LibraryImage& image) {
     static constexpr const char* kinds[] = {"no library", "other machine", "library"};
-    return {{"kind", kinds[static_cast<std::size_t>(image.kind)]},
+    json = {{"kind", kinds[static_cast<std::size_t>(image.kind)]},
             {"missingExports", image.missingExports},
             {"imports", image.imports},
             {"missingImports", image.missingImports}};
 }
 
-Json toJson(const PluginAccount& plugin) {
-    Json json = {{"name", plugin.name},
-                 {"path", orNull(plugin.path)},
-                 {"outcome", nameOf(plugin.outcome)},
-                 {"failedStep", nullptr},
-                 {"detail", plugin.detail},
-                 {"system", nullptr},
-                 {"error", nullptr},
-                 {"milliseconds", plugin.milliseconds},
-                 {"devices", plugin.deviceNumbers.size()},
-                 {"deviceNumbers", Json::array()},
-                 {"image", nullptr}};
-    if (plugin.failedStep)
-        json["failedStep"] = nameOf(*plugin.failedStep);
-    if (plugin.error) {
-        json["error"] = {{"code", plugin.error->code}, {"document", plugin.error->document}};
-        if (plugin.error->system)
-            json["system"] = {{"code", *plugin.error->system}, {"text", plugin.error->systemText}};
-    }
+void to_json(Json& json, const PluginAccount& plugin) {
+    Json numbers = Json::array();
     for (const auto& number : plugin.deviceNumbers)
-        json["deviceNumbers"].push_back(orNull(number));
-    if (plugin.image)
-        json["image"] = toJson(*plugin.image);
-    return json;
+        numbers.push_back(orNull(number));
+    json = {{"name", plugin.name},
+            {"path", orNull(plugin.path)},
+            {"outcome", nameOf(plugin.outcome)},
+            {"failedStep", plugin.failedStep ? Json(nameOf(*plugin.failedStep)) : Json()},
+            {"detail", plugin.detail},
+            {"system", nullptr},
+            {"error", nullptr},
+            {"milliseconds", plugin.milliseconds},
+            {"devices", numbers.size()},
+            {"deviceNumbers", numbers},
+            {"image", orNull(plugin.image)}};
+    if (plugin.error)
+        json["error"] = {{"code", plugin.error->code}, {"document", plugin.error->document}};
+    if (plugin.error && plugin.error->system)
+        json["system"] = {{"code", *plugin.error->system}, {"text", plugin.error->systemText}};
 }
 
-Json toJson(const Finding& finding) {
-    const FindingKind& kind = *finding.kind;
-    return {{"id", kind.id},
-            {"severity", nameOf(kind.severity)},
-            {"subject", finding.subject},
-            {"line", finding.line > 0 ? Json(finding.line) : Json()},
-            {"detail", finding.detail},
-            {"meaning", kind.meaning},
-            {"remedy", kind.remedy}};
+void to_json(Json& json, const Finding& finding) {
+    json = {{"id", finding.kind->id},        {"severity", nameOf(finding.kind->severity)},
+            {"subject", finding.subject},    {"line", finding.line > 0 ? Json(finding.line) : Json()},
+            {"detail", finding.detail},      {"meaning", finding.kind->meaning},
+            {"remedy", finding.kind->remedy}};
 }
 
-template <class T>
-Json toArray(const std::vector<T>& items) {
-    Json array = Json::array();
-    for (const T& item : items)
-        array.push_back(toJson(item));
-    return array;
-}
-
-const char* stateOf(const Report& report) {
-    return report.count(Severity::Error) > 0     ? "broken"
-           : report.count(Severity::Warning) > 0 ? "warnings"
-                                                 : "healthy";
-}
-
-} // namespace
-
-Json toJson(const Versions& versions) {
-    return {{"tool", versions.tool},
+void to_json(Json& json, const Versions& versions) {
+    json = {{"tool", versions.tool},
             {"libraryPath", versions.libraryPath},
-            {"library", versions.library.empty() ? Json() : Json(versions.library)},
+            {"library", textOrNull(versions.library)},
             {"system", versions.system}};
 }
 
-Json toJson(const std::vector<LockState>& locks) {
-    Json array = Json::array();
-    for (const LockState& lock : locks)
-        array.push_back(
-            {{"path", lock.path}, {"state", nameOf(lock.state)}, {"secondsWaited", lock.secondsWaited}});
-    return array;
+void to_json(Json& json, const LockState& lock) {
+    json = {{"path", lock.path}, {"state", lock.state}, {"secondsWaited", lock.secondsWaited}};
+}
+
+void to_json(Json& json, const LegacyState& legacy) {
+    json = {{"path", legacy.path}, {"state", legacy.state}, {"layout", textOrNull(legacy.layout)}};
 }
 
 Json registrationsToJson(const Report& report) {
@@ -89,23 +72,22 @@ Json registrationsToJson(const Report& report) {
     return array;
 }
 
-Json toJson(const Report& report) {
-    return {{"schemaVersion", 1},
-            {"state", stateOf(report)},
-            {"versions", toJson(report.versions)},
+void to_json(Json& json, const Report& report) {
+    json = {{"schemaVersion", 1},
+            {"state", report.count(Severity::Error) > 0     ? "broken"
+                      : report.count(Severity::Warning) > 0 ? "warnings"
+                                                            : "healthy"},
+            {"versions", report.versions},
             {"counts",
              {{"registered", report.plugins.size()},
               {"loaded", report.count(Outcome::Loaded)},
               {"refused", report.count(Outcome::Refused)},
               {"failed", report.count(Outcome::Failed)}}},
-            {"plugins", toArray(report.plugins)},
-            {"folder", report.folder.empty() ? Json() : Json(report.folder)},
-            {"locks", toJson(report.locks)},
-            {"legacyFile",
-             {{"path", report.legacy.path},
-              {"state", report.legacy.state},
-              {"layout", report.legacy.layout.empty() ? Json() : Json(report.legacy.layout)}}},
-            {"findings", toArray(report.findings)}};
+            {"plugins", report.plugins},
+            {"folder", textOrNull(report.folder)},
+            {"locks", report.locks},
+            {"legacyFile", report.legacy},
+            {"findings", report.findings}};
 }
 
 } // namespace vykeldev::doctor

@@ -14,27 +14,27 @@
 namespace vykeldev::doctor {
 namespace {
 
-/// What the library does not look at: the value's type, its size, and how it ends.
+/// Checks what the library does not look at: the value's type, its size, and how it ends.
 void checkValue(PluginAccount& plugin, Findings& findings) {
     vysys::RegistryKey key;
     const WideString keyPath = toWide(vykel::pluginsKey + plugin.name);
-    const WideString value = toWide(vykel::pluginPathValue);
+    key.opened =
+        RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle) == ERROR_SUCCESS;
+    if (!key.opened)
+        return;
     DWORD type = 0;
-    DWORD bytes = 0;
-    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle) != ERROR_SUCCESS)
+    DWORD bytes = 64 << 10; // more than any path
+    WideString data(bytes / sizeof(WCHAR), 0);
+    const LSTATUS error = RegQueryValueExW(key.handle, toWide(vykel::pluginPathValue).c_str(), nullptr, &type,
+                                           reinterpret_cast<BYTE*>(data.data()), &bytes);
+    if (error != ERROR_SUCCESS && error != ERROR_MORE_DATA)
         return;
-    key.opened = true;
-    if (RegQueryValueExW(key.handle, value.c_str(), nullptr, &type, nullptr, &bytes) != ERROR_SUCCESS)
-        return;
-    WideString data(bytes / sizeof(WCHAR) + 1, 0);
-    const bool isRead = RegQueryValueExW(key.handle, value.c_str(), nullptr, nullptr,
-                                         reinterpret_cast<BYTE*>(data.data()), &bytes) == ERROR_SUCCESS;
     plugin.valueType = type;
     plugin.valueBytes = bytes;
     if (type != REG_SZ)
         findings.push_back({&finding::valueType, plugin.name, "the value's type is " + std::to_string(type)});
-    data.resize(bytes / sizeof(WCHAR));
-    if (isRead && bytes > 0 && data.find(WCHAR{0}) == WideString::npos)
+    data.resize(std::min<std::size_t>(data.size(), bytes / sizeof(WCHAR)));
+    if (bytes > 0 && data.find(WCHAR{0}) == WideString::npos)
         findings.push_back({&finding::valueUnterminated, plugin.name, ""});
 }
 
@@ -86,24 +86,20 @@ void checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& finding
 void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings) {
     std::map<std::uint32_t, std::vector<std::string>> holders;
     for (const PluginAccount& plugin : plugins) {
-        std::size_t missing = 0;
-        for (std::size_t i = 0; i < plugin.deviceNumbers.size(); ++i)
-            if (plugin.deviceNumbers[i])
-                holders[*plugin.deviceNumbers[i]].push_back(plugin.name + "[" + std::to_string(i) + "]");
-            else
-                ++missing;
+        const auto& numbers = plugin.deviceNumbers;
+        for (std::size_t i = 0; i < numbers.size(); ++i)
+            if (numbers[i])
+                holders[*numbers[i]].push_back(plugin.name + "[" + std::to_string(i) + "]");
+        const auto missing = std::count(numbers.begin(), numbers.end(), std::nullopt);
         if (missing > 0)
-            findings.push_back({&finding::numberMissing, plugin.name,
-                                std::to_string(missing) + " of " +
-                                    std::to_string(plugin.deviceNumbers.size()) + " devices"});
+            findings.push_back(
+                {&finding::numberMissing, plugin.name,
+                 std::to_string(missing) + " of " + std::to_string(numbers.size()) + " devices"});
     }
-    for (const auto& [number, devices] : holders) {
-        std::string text;
-        for (const std::string& device : devices)
-            text += (text.empty() ? "" : ", ") + device;
+    for (const auto& [number, devices] : holders)
         if (devices.size() > 1)
-            findings.push_back({&finding::numberDuplicate, "number " + std::to_string(number), text});
-    }
+            findings.push_back(
+                {&finding::numberDuplicate, "number " + std::to_string(number), joined(devices, ", ")});
 }
 
 } // namespace

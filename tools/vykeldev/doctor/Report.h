@@ -7,14 +7,16 @@
 #include <algorithm>
 #include <cstdint>
 #include <iosfwd>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
 
-/// What the doctor sees, as plain data. Texts are UTF-8 but come from the machine and may hold anything.
+/// What the doctor sees, as plain data. Texts are UTF-8 but come from the machine and may hold anything. The
+/// names of the enumerators are part of the reports.
 namespace vykeldev::doctor {
 
-/// The way of a plug-in from its registration to its devices and back. The names are part of the report.
+/// The steps of a plug-in from its registration to its devices and back.
 enum class Step {
     RegistryValue,
     Path,
@@ -28,53 +30,62 @@ enum class Step {
     Refresh,
     Unload
 };
-const char* nameOf(Step step) noexcept;
-std::optional<Step> stepOf(const std::string& name) noexcept;
+constexpr const char* stepNames[] = {"registry value", "path",    "file",        "architecture",
+                                     "dependency",     "load",    "entry point", "initialise",
+                                     "list",           "refresh", "unload"};
+constexpr const char* nameOf(Step step) noexcept {
+    return stepNames[static_cast<std::size_t>(step)];
+}
+inline std::optional<Step> stepOf(const std::string& name) noexcept {
+    const auto* const found = std::find(std::begin(stepNames), std::end(stepNames), name);
+    return found == std::end(stepNames) ? std::nullopt : std::optional(Step(found - std::begin(stepNames)));
+}
 
 enum class Outcome { Loaded, Refused, Failed };
-const char* nameOf(Outcome outcome) noexcept;
+constexpr const char* outcomeNames[] = {"loaded", "refused", "failed"};
+constexpr const char* nameOf(Outcome outcome) noexcept {
+    return outcomeNames[static_cast<std::size_t>(outcome)];
+}
 
-/// One registered plug-in, in the registry's order.
+/// One registered plug-in.
 struct PluginAccount {
     std::string name;
-    std::optional<std::string> path; ///< none when the registry does not give it
+    std::optional<std::string> path; ///< None when the registry does not give it.
     std::uint32_t valueType = 0;
     std::size_t valueBytes = 0;
-    std::optional<LibraryImage> image; ///< what its file's headers tell; none when it was not read
+    std::optional<LibraryImage> image; ///< What its file's headers say; none when they were not read.
     Outcome outcome = Outcome::Failed;
-    std::optional<Step> failedStep; ///< none when it loaded
-    std::string detail;             ///< what happened, for people
+    std::optional<Step> failedStep; ///< None when it loaded.
+    std::string detail;             ///< What happened, for people.
     std::optional<LibraryError> error;
     std::int64_t milliseconds = 0;
-    std::vector<std::optional<std::uint32_t>> deviceNumbers; ///< one per device; none: not numbered
+    std::vector<std::optional<std::uint32_t>> deviceNumbers; ///< One per device; none: it has no number.
 };
 
 struct LockState {
-    enum class State { Free, Held, Unusable };
     std::string path;
-    State state = State::Free;
+    const char* state = "free"; ///< Or "held" or "unusable".
     double secondsWaited = 0;
 };
-const char* nameOf(LockState::State state) noexcept;
 
 struct LegacyState {
     std::string path;
-    std::string state = "none"; ///< "none", "read", "unreadable", or "not read" for want of its lock
-    std::string layout;         ///< "resource names" or "tokens"; empty when it was not read
+    std::string state = "none"; ///< "none", "read", "unreadable", or "not read" when its lock was not free.
+    std::string layout;         ///< "resource names" or "tokens"; empty when it was not read.
     std::optional<std::string> bytes;
 };
 
 struct Versions {
     std::string tool;
     std::string libraryPath;
-    std::string library; ///< empty when it has none or is not there
+    std::string library; ///< Empty when it has none or does not exist.
     std::string system;
 };
 
 struct Report {
     Versions versions;
-    std::vector<PluginAccount> plugins;
-    std::string folder; ///< of the lock files; empty when the system does not tell
+    std::vector<PluginAccount> plugins; ///< In the registry's order.
+    std::string folder;                 ///< Of the lock files; empty when the system does not report it.
     std::vector<LockState> locks;
     LegacyState legacy;
     Findings findings;
@@ -89,10 +100,10 @@ struct Report {
     }
 };
 
-Json toJson(const Report& report);
-Json toJson(const Versions& versions);
-Json toJson(const std::vector<LockState>& locks);
-/// The registrations alone, as they stand in the registry.
+void to_json(Json& json, const Report& report);
+void to_json(Json& json, const Versions& versions);
+void to_json(Json& json, const LockState& lock);
+/// Only the registrations, as they are in the registry.
 Json registrationsToJson(const Report& report);
 
 /// For people; in colour when told so.

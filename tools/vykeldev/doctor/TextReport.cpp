@@ -51,16 +51,14 @@ void printFinding(std::ostream& out, const Finding& finding, bool colour) {
 
 void printReport(std::ostream& out, const Report& report, bool colour) {
     printPlugins(out, report, colour);
-    for (const LockState& lock : report.locks) {
+    for (const LockState& lock : report.locks)
         if (lock.secondsWaited > 0)
-            out << printable(lock.path) << ": " << nameOf(lock.state) << " after " << lock.secondsWaited
+            out << printable(lock.path) << ": " << lock.state << " after " << lock.secondsWaited
                 << " seconds\n";
-    }
-    for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Info}) {
+    for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Info})
         for (const Finding& finding : report.findings)
             if (finding.kind->severity == severity)
                 printFinding(out, finding, colour);
-    }
     const std::size_t errors = report.count(Severity::Error);
     const std::size_t warnings = report.count(Severity::Warning);
     if (errors + warnings == 0)

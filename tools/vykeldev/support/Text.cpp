@@ -64,6 +64,13 @@ std::string toUtf8(const WideString& wideText) {
     return utf8;
 }
 
+std::string joined(const std::vector<std::string>& texts, const char* separator) {
+    std::string result;
+    for (const std::string& text : texts)
+        result += (result.empty() ? "" : separator) + text;
+    return result;
+}
+
 std::string trimmed(std::string text) {
     text.erase(text.find_last_not_of(" \t\r\n") + 1);
     return text;

@@ -4,6 +4,7 @@
 #include <cstddef>
 #include <string>
 #include <string_view>
+#include <vector>
 #include <windows.h>
 
 namespace vykeldev {
@@ -14,6 +15,9 @@ using WideString = std::basic_string<WCHAR>;
 /// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD.
 WideString toWide(std::string_view utf8);
 std::string toUtf8(const WideString& wide);
+
+/// The texts, one after the other, with `separator` between them.
+std::string joined(const std::vector<std::string>& texts, const char* separator);
 
 /// `text` without white space at its end.
 std::string trimmed(std::string text);

@@ -1,6 +1,5 @@
 #include "support/Zip.h"
 
-#include <array>
 #include <cstdint>
 
 namespace vykeldev::doctor {
@@ -11,7 +10,7 @@ constexpr std::uint32_t centralHeader = 0x02014B50;
 constexpr std::uint32_t endOfCentral = 0x06054B50;
 constexpr std::uint16_t version = 20;
 constexpr std::uint16_t namesAreUtf8 = 0x0800;
-constexpr std::uint16_t firstOf1980 = 0x0021; // the earliest date that there is
+constexpr std::uint16_t firstOf1980 = 0x0021; // the earliest date of the format
 
 void put16(std::string& out, std::size_t value) {
     out += static_cast<char>(value & 0xFF);
@@ -24,18 +23,12 @@ void put32(std::string& out, std::size_t value) {
 }
 
 std::uint32_t crc32(const std::string& bytes) noexcept {
-    static const auto table = [] {
-        std::array<std::uint32_t, 256> values{};
-        for (std::uint32_t i = 0; i < values.size(); ++i) {
-            values[i] = i;
-            for (int bit = 0; bit < 8; ++bit)
-                values[i] = values[i] >> 1 ^ ((values[i] & 1) != 0 ? 0xEDB88320u : 0);
-        }
-        return values;
-    }();
-    std::uint32_t crc = 0xFFFFFFFFu;
-    for (const char byte : bytes)
-        crc = crc >> 8 ^ table[(crc ^ static_cast<unsigned char>(byte)) & 0xFF];
+    std::uint32_t crc = 0xFFFFFFFF;
+    for (const char byte : bytes) {
+        crc ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit)
+            crc = crc >> 1 ^ ((crc & 1) != 0 ? 0xEDB88320 : 0);
+    }
     return ~crc;
 }
 
