@@ -7,7 +7,7 @@
 extern "C" {
 
 int _fileno(std::FILE* stream);
-/// The handle beneath a stream's descriptor, which stays the stream's; -1 for a descriptor that is none.
+/// The handle of a stream's descriptor, owned by the stream; -1 for an invalid descriptor.
 std::intptr_t _get_osfhandle(int descriptor);
 }
 

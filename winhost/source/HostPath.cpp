@@ -1,4 +1,5 @@
 #include "HostPath.h"
+
 #include "textConversion.h"
 #include <cctype>
 #include <cstdlib>
@@ -21,7 +22,7 @@ struct CloseFolder {
     void operator()(DIR* folder) const noexcept { ::closedir(folder); }
 };
 
-/// Overwrites `name` with the entry of `folder` that equals it but for case.
+/// Overwrites `name` with the entry of `folder` that differs from it only in case.
 bool findEntry(const char* folder, char* name) noexcept {
     const std::unique_ptr<DIR, CloseFolder> entries(::opendir(folder));
     while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
@@ -50,23 +51,23 @@ HostPath::HostPath(const WCHAR* path) noexcept {
 
 HostPath HostPath::folder() const noexcept {
     HostPath parent(*this);
-    char* const separator = std::strrchr(parent.text_, '/');
+    char* const separator = std::strrchr(parent.text, '/');
     if (separator == nullptr)
-        std::strcpy(parent.text_, ".");
+        std::strcpy(parent.text, ".");
     else
-        separator[separator == parent.text_ ? 1 : 0] = '\0';
+        separator[separator == parent.text ? 1 : 0] = '\0';
     return parent;
 }
 
 void HostPath::map(std::string_view path) noexcept {
     const std::string_view root = isDrivePath(path) ? hostRoot() : "";
-    if (root.size() + path.size() + 4 > sizeof text_ || (isDrivePath(path) && root.empty()))
+    if (root.size() + path.size() + 4 > sizeof text || (isDrivePath(path) && root.empty()))
         return;
     if (!isDrivePath(path)) {
-        text_[path.copy(text_, path.size())] = '\0';
+        text[path.copy(text, path.size())] = '\0';
         return;
     }
-    char* end = text_ + root.copy(text_, root.size());
+    char* end = text + root.copy(text, root.size());
     *end++ = '/';
     *end++ = static_cast<char>(std::tolower(static_cast<unsigned char>(path[0])));
     *end++ = '/';
@@ -76,20 +77,20 @@ void HostPath::map(std::string_view path) noexcept {
             *end++ = mapped;
     }
     *end = '\0';
-    if (::access(text_, F_OK) != 0)
+    if (::access(text, F_OK) != 0)
         matchCase(root.size() + 3);
 }
 
-/// Corrects the case of each component from `begin` on, as far as they exist.
+/// Gives the components from `begin` on the case of the existing files.
 void HostPath::matchCase(std::size_t begin) noexcept {
-    char* name = text_ + begin;
+    char* name = text + begin;
     while (*name != '\0') {
         char* const end = ::strchrnul(name, '/');
         const char separator = std::exchange(*end, '\0');
-        bool found = ::access(text_, F_OK) == 0;
+        bool found = ::access(text, F_OK) == 0;
         if (!found) {
             name[-1] = '\0';
-            found = findEntry(text_, name);
+            found = findEntry(text, name);
             name[-1] = '/';
         }
         *end = separator;

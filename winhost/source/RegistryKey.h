@@ -14,37 +14,39 @@ struct RegistryValue {
     std::vector<BYTE> bytes; ///< as stored: a text need not be terminated
 };
 
-/// A key with everything below it. Names compare without regard to case; a path is names joined by
-/// backslashes, of which empty ones don't count. Operations may throw std::bad_alloc.
+/// A key with everything below it. Names compare without regard to case. A path is names joined by
+/// backslashes; empty names are skipped. Operations may throw std::bad_alloc.
 class RegistryKey {
 public:
     explicit RegistryKey(std::u16string_view name = {});
 
-    const std::u16string& name() const noexcept { return name_; }
-    const std::vector<RegistryKey>& subkeys() const noexcept { return subkeys_; } ///< sorted
-    const std::vector<RegistryValue>& values() const noexcept { return values_; } ///< in the order they came
+    const std::u16string& name() const noexcept { return givenName; }
+    const std::vector<RegistryKey>& subkeys() const noexcept { return children; } ///< sorted
+    const std::vector<RegistryValue>& values() const noexcept {
+        return entries;
+    } ///< in the order they were added
 
-    /// The key below this one at `path`, itself for an empty path; null when there is none.
+    /// The key at `path` below this one; this one for an empty path; null when there is none.
     const RegistryKey* find(std::u16string_view path) const;
-    /// The same, making each key on the way that is missing. Good until the next create or remove.
+    /// The same, but creates the keys that are missing. Valid until the next create or remove.
     RegistryKey& create(std::u16string_view path);
-    /// Removes the key at `path` and all below it; for an empty path, all that this key holds. False: no such
-    /// key.
+    /// Removes the key at `path` and everything below it; for an empty path, all content of this key. False
+    /// when there is no such key.
     bool remove(std::u16string_view path);
 
+    /// Null when there is no such value.
     const RegistryValue* findValue(std::u16string_view name) const;
-    /// Adds a value or replaces the one of that name in its place.
+    /// Adds a value, or replaces the one of that name.
     void setValue(RegistryValue value);
-    bool removeValue(std::u16string_view name);
 
 private:
     using Subkeys = std::vector<RegistryKey>;
     Subkeys::const_iterator position(const std::u16string& folded) const noexcept;
 
-    std::u16string name_;
-    std::u16string folded_; // what names are sorted and compared by
-    Subkeys subkeys_;
-    std::vector<RegistryValue> values_;
+    std::u16string givenName;
+    std::u16string foldedName; ///< for sorting and comparing
+    Subkeys children;
+    std::vector<RegistryValue> entries;
 };
 
 } // namespace winhost

@@ -1,5 +1,6 @@
 #include "descriptors.h"
-#include "winhost/errors.h"
+
+#include "errorNumbers.h"
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -8,8 +9,9 @@ namespace winhost {
 
 namespace {
 
-// Sharing lives in a lock on one byte that no file reaches: an ordinary open holds it shared, an open that
-// denies sharing holds it alone. These locks belong to the open file, like flock's, and don't meet flock's.
+/// The sharing mode is a lock on one byte beyond the end of every file: an open that denies sharing locks it
+/// exclusively, every other open locks it shared. Such a lock belongs to the open file, as flock's does, but
+/// does not conflict with flock's.
 struct flock sharingLock(short type) noexcept {
     struct flock lock = {};
     lock.l_type = type;
@@ -19,10 +21,10 @@ struct flock sharingLock(short type) noexcept {
     return lock;
 }
 
-bool claimShare(int descriptor, bool alone) noexcept {
-    struct flock lock = sharingLock(alone ? F_WRLCK : F_RDLCK);
-    // Anything but a rival (no such locks on this file system, a pipe) leaves the file unprotected, not
-    // unusable.
+/// False when another process or handle has the file open in a way that forbids this.
+bool claimShare(int descriptor, bool denySharing) noexcept {
+    struct flock lock = sharingLock(denySharing ? F_WRLCK : F_RDLCK);
+    // Other errors (a pipe, a file system without such locks): sharing cannot be enforced here; open anyway.
     return ::fcntl(descriptor, F_OFD_SETLK, &lock) == 0 || (errno != EAGAIN && errno != EACCES);
 }
 
@@ -34,8 +36,8 @@ bool isDirectory(int descriptor) noexcept {
 } // namespace
 
 int openFile(const HostPath& path, const OpenRequest& request) noexcept {
-    // Writers and those who claim the file alone need both directions for their lock. Truncation waits for
-    // it.
+    // An exclusive lock needs a descriptor for writing, a shared one a descriptor for reading. The file is
+    // truncated only when the lock is held.
     const int flags = O_CLOEXEC | (request.write || request.denySharing ? O_RDWR : O_RDONLY) |
                       (request.create ? O_CREAT : 0) | (request.mustCreate ? O_EXCL : 0) |
                       (request.append ? O_APPEND : 0);
@@ -71,57 +73,6 @@ bool deleteFile(const HostPath& path) noexcept {
     if (!done)
         setErrorFromErrno(path);
     return done;
-}
-
-DWORD windowsError(int errorNumber) noexcept {
-    switch (errorNumber) {
-    case ENOENT:
-        return ERROR_FILE_NOT_FOUND;
-    case ENOTDIR:
-        return ERROR_PATH_NOT_FOUND;
-    case EMFILE:
-    case ENFILE:
-        return ERROR_TOO_MANY_OPEN_FILES;
-    case EACCES:
-    case EPERM:
-    case EISDIR:
-    case ENOTEMPTY:
-        return ERROR_ACCESS_DENIED;
-    case EBADF:
-        return ERROR_INVALID_HANDLE;
-    case ENOMEM:
-        return ERROR_NOT_ENOUGH_MEMORY;
-    case EXDEV:
-        return ERROR_NOT_SAME_DEVICE;
-    case EROFS:
-        return ERROR_WRITE_PROTECT;
-    case EWOULDBLOCK:
-        return ERROR_LOCK_VIOLATION;
-    case EEXIST:
-        return ERROR_FILE_EXISTS;
-    case EINVAL:
-        return ERROR_INVALID_PARAMETER;
-    case ENOSPC:
-    case EDQUOT:
-        return ERROR_DISK_FULL;
-    case ENAMETOOLONG:
-        return ERROR_FILENAME_EXCED_RANGE;
-    case EIO:
-        return ERROR_IO_DEVICE;
-    default:
-        return ERROR_GEN_FAILURE;
-    }
-}
-
-void setErrorFromErrno() noexcept {
-    SetLastError(windowsError(errno));
-}
-
-void setErrorFromErrno(const HostPath& path) noexcept {
-    const int number = errno;
-    const bool noFolder = number == ENOENT && ::access(path.folder().c_str(), F_OK) != 0;
-    SetLastError(noFolder ? ERROR_PATH_NOT_FOUND : windowsError(number));
-    errno = number;
 }
 
 } // namespace winhost

@@ -10,25 +10,25 @@ namespace winhost {
 /// Owns a file descriptor.
 class Descriptor {
 public:
-    explicit Descriptor(int number) noexcept : number_(number) {}
+    explicit Descriptor(int number) noexcept : descriptor(number) {}
     ~Descriptor() {
-        if (number_ >= 0)
-            ::close(number_);
+        if (descriptor >= 0)
+            ::close(descriptor);
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
-    int get() const noexcept { return number_; }
+    int get() const noexcept { return descriptor; }
 
 private:
-    const int number_;
+    const int descriptor;
 };
 
-// A HANDLE is a descriptor in disguise, a multiple of 4 as on Windows: so a stream's handle needs no table.
+// A HANDLE is computed from a descriptor, a multiple of 4 as on Windows. So a stream's handle needs no table.
 inline HANDLE handleOf(int descriptor) noexcept {
     return reinterpret_cast<HANDLE>((static_cast<LONG_PTR>(descriptor) + 1) * 4);
 }
 inline int descriptorOf(HANDLE handle) noexcept {
-    return static_cast<int>(reinterpret_cast<LONG_PTR>(handle) / 4 - 1); // no descriptor for null and -1
+    return static_cast<int>(reinterpret_cast<LONG_PTR>(handle) / 4 - 1); // negative for null and -1
 }
 
 struct OpenRequest {
@@ -40,21 +40,15 @@ struct OpenRequest {
     bool denySharing = false;
 };
 
-/// Opens a file under the sharing rules of winhost/files.h. Returns its descriptor, or -1 with errno and the
-/// last error set.
+/// Opens a file under the sharing rules of winhost/files.h. Returns its descriptor; on failure -1, with errno
+/// and the last error set.
 int openFile(const HostPath& path, const OpenRequest& request) noexcept;
 
 /// Whether any process holds the file open through openFile.
 bool isHeldOpen(const HostPath& path) noexcept;
 
-/// Deletes a file that nobody holds open, never a folder. On failure errno and the last error are set.
+/// Deletes a file (not a folder) that no process holds open. On failure errno and the last error are set.
 bool deleteFile(const HostPath& path) noexcept;
-
-/// The Windows error of an errno value.
-DWORD windowsError(int errorNumber) noexcept;
-/// Sets the last error from errno. A path tells a missing file from a missing folder.
-void setErrorFromErrno() noexcept;
-void setErrorFromErrno(const HostPath& path) noexcept;
 
 } // namespace winhost
 

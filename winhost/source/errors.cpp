@@ -1,4 +1,5 @@
 #include "winhost/errors.h"
+
 #include "faultCheck.h"
 #include <cstdlib>
 #include <cstring>
@@ -16,7 +17,6 @@ struct ErrorText {
 
 constexpr ErrorText errorTexts[] = {
     {ERROR_SUCCESS, "The operation completed successfully."},
-    {ERROR_INVALID_FUNCTION, "Incorrect function."},
     {ERROR_FILE_NOT_FOUND, "The system cannot find the file specified."},
     {ERROR_PATH_NOT_FOUND, "The system cannot find the path specified."},
     {ERROR_TOO_MANY_OPEN_FILES, "The system cannot open the file."},
@@ -27,8 +27,6 @@ constexpr ErrorText errorTexts[] = {
     {ERROR_NOT_SAME_DEVICE, "The system cannot move the file to a different disk drive."},
     {ERROR_WRITE_PROTECT, "The media is write protected."},
     {ERROR_SEEK, "The drive cannot locate a specific area or track on the disk."},
-    {ERROR_WRITE_FAULT, "The system cannot write to the specified device."},
-    {ERROR_READ_FAULT, "The system cannot read from the specified device."},
     {ERROR_GEN_FAILURE, "A device attached to the system is not functioning."},
     {ERROR_SHARING_VIOLATION,
      "The process cannot access the file because it is being used by another process."},
@@ -43,12 +41,10 @@ constexpr ErrorText errorTexts[] = {
     {ERROR_MOD_NOT_FOUND, "The specified module could not be found."},
     {ERROR_PROC_NOT_FOUND, "The specified procedure could not be found."},
     {ERROR_NOT_LOCKED, "The segment is already unlocked."},
-    {ERROR_ALREADY_EXISTS, "Cannot create a file when that file already exists."},
     {ERROR_BAD_EXE_FORMAT, "%1 is not a valid Win32 application."},
     {ERROR_FILENAME_EXCED_RANGE, "The filename or extension is too long."},
     {ERROR_MORE_DATA, "More data is available."},
     {ERROR_NO_MORE_ITEMS, "No more data is available."},
-    {ERROR_IO_INCOMPLETE, "Overlapped I/O event is not in a signaled state."},
     {ERROR_IO_PENDING, "Overlapped I/O operation is in progress."},
     {ERROR_BADDB, "The configuration registry database is corrupt."},
     {ERROR_KEY_DELETED, "Illegal operation attempted on a registry key that has been marked for deletion."},
@@ -89,7 +85,7 @@ DWORD FormatMessageA(DWORD flags, LPCVOID, DWORD error, DWORD, LPSTR buffer, DWO
         }
         std::memcpy(message, entry.text, length);
         std::memcpy(message + length, "\r\n", 3);
-        std::memcpy(buffer, &message, sizeof message); // the buffer is the caller's pointer, in disguise
+        std::memcpy(buffer, &message, sizeof message); // the buffer is a pointer of the caller's
         winhost::countResources(+1);
         return static_cast<DWORD>(length + 2);
     }
@@ -102,7 +98,7 @@ HLOCAL LocalFree(HLOCAL memory) {
         std::free(memory);
         winhost::countResources(-1);
     }
-    // As on Windows a failure gives the handle back: a value to compare, not memory to use.
+    // As on Windows, a failure returns the handle: a value to compare, not memory to use.
     // NOLINTNEXTLINE(clang-analyzer-unix.Malloc)
     return winhost::fails(Call::LocalFree) ? memory : nullptr;
 }

@@ -7,13 +7,14 @@
 
 namespace winhost {
 
-/// How many faults are armed: what an unarmed call pays is one look at it.
+/// How many faults are armed. While none is, a call costs one look at it.
 extern std::atomic<int> armedFaults;
 
-/// Counts the call with every armed fault; the error to fail with, or 0. Kills the process for Effect::Kill.
+/// Counts the call with every armed fault. Returns the error to fail with, or 0. Kills the process for
+/// Effect::Kill.
 DWORD armedFault(Call call) noexcept;
 
-/// The look that every call begins with: the error to fail with, or 0.
+/// Every call begins with this or with fails(). Returns the error to fail with, or 0.
 inline DWORD faultOf(Call call) noexcept {
     return armedFaults.load(std::memory_order_acquire) == 0 ? 0 : armedFault(call);
 }
@@ -29,7 +30,7 @@ inline bool fails(Call call) noexcept {
 /// Adds to openResources().
 void countResources(int change) noexcept;
 
-/// Runs a body that allocates: no C++ exception may come out of a Windows call.
+/// Runs a body that allocates. No C++ exception may leave a Windows call.
 template <class Answer, class Body>
 Answer guardMemory(Answer whenExhausted, Body body) noexcept {
     try {

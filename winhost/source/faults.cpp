@@ -1,4 +1,5 @@
 #include "winhost/faults.h"
+
 #include "faultCheck.h"
 #include <algorithm>
 #include <csignal>
@@ -26,7 +27,7 @@ constexpr CallTraits callTraits[] = {
 #undef WINHOST_TRAITS
         {"Any", ERROR_GEN_FAILURE}};
 
-std::mutex faultsMutex; // guards the list and the counts of its members
+std::mutex faultsMutex; // guards the list of armed faults and their counts
 ScopedFault* newestFault = nullptr;
 std::atomic<std::ptrdiff_t> resources{0};
 
@@ -63,9 +64,9 @@ const EnvironmentFault environmentFault;
 
 } // namespace
 
-ScopedFault::ScopedFault(const Fault& fault) noexcept : fault_(fault) {
+ScopedFault::ScopedFault(const Fault& armed) noexcept : fault(armed) {
     const std::lock_guard<std::mutex> guard(faultsMutex);
-    next_ = newestFault;
+    next = newestFault;
     newestFault = this;
     armedFaults.fetch_add(1, std::memory_order_release);
 }
@@ -74,35 +75,31 @@ ScopedFault::~ScopedFault() {
     const std::lock_guard<std::mutex> guard(faultsMutex);
     ScopedFault** link = &newestFault;
     while (*link != this)
-        link = &(*link)->next_;
-    *link = next_;
+        link = &(*link)->next;
+    *link = next;
     armedFaults.fetch_sub(1, std::memory_order_release);
-}
-
-std::size_t ScopedFault::calls() const noexcept {
-    const std::lock_guard<std::mutex> guard(faultsMutex);
-    return calls_;
 }
 
 std::size_t ScopedFault::struck() const noexcept {
     const std::lock_guard<std::mutex> guard(faultsMutex);
-    return struck_;
+    return failures;
 }
 
 DWORD armedFault(Call call) noexcept {
     const std::lock_guard<std::mutex> guard(faultsMutex);
     DWORD error = 0;
-    for (ScopedFault* armed = newestFault; armed != nullptr; armed = armed->next_) {
-        const Fault& fault = armed->fault_;
+    for (ScopedFault* armed = newestFault; armed != nullptr; armed = armed->next) {
+        const Fault& fault = armed->fault;
         if (fault.call != call && fault.call != Call::Any)
             continue;
-        const std::size_t count = ++armed->calls_;
-        const bool onward = fault.effect == Effect::FailOnward && fault.nth != 0 && count > fault.nth;
-        if (count != fault.nth && !onward)
+        ++armed->calls;
+        const bool strikes =
+            fault.effect == Effect::FailOnward ? armed->calls >= fault.nth : armed->calls == fault.nth;
+        if (!strikes)
             continue;
         if (fault.effect == Effect::Kill)
             ::kill(::getpid(), SIGKILL);
-        ++armed->struck_;
+        ++armed->failures;
         if (error == 0)
             error = fault.error != 0 ? fault.error : callTraits[static_cast<std::size_t>(call)].naturalError;
     }

@@ -1,13 +1,14 @@
 #include "descriptors.h"
+#include "errorNumbers.h"
 #include "faultCheck.h"
-#include "fileStatus.h"
 #include "textConversion.h"
-#include "winhost/crt.h"
+#include "winhost/files.h"
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
-#include <cstring>
-#include <fcntl.h>
+#include <new>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 using winhost::Call;
@@ -15,23 +16,20 @@ using winhost::HostPath;
 
 namespace {
 
-BOOL moveFile(const HostPath& from, const HostPath& to, DWORD flags) noexcept {
-    const bool replace = (flags & MOVEFILE_REPLACE_EXISTING) != 0;
+BOOL moveFile(const HostPath& from, const HostPath& to) noexcept {
     if (winhost::isHeldOpen(from)) {
         SetLastError(ERROR_SHARING_VIOLATION);
         return FALSE;
     }
-    if (replace && winhost::isHeldOpen(to)) {
+    if (winhost::isHeldOpen(to)) {
         SetLastError(ERROR_ACCESS_DENIED);
         return FALSE;
     }
-    if (::renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), replace ? 0 : RENAME_NOREPLACE) == 0)
+    if (std::rename(from.c_str(), to.c_str()) == 0)
         return TRUE;
     const bool sourceExists = ::access(from.c_str(), F_OK) == 0;
     errno = sourceExists ? errno : ENOENT;
     winhost::setErrorFromErrno(sourceExists ? to : from);
-    if (GetLastError() == ERROR_FILE_EXISTS)
-        SetLastError(ERROR_ALREADY_EXISTS);
     return FALSE;
 }
 
@@ -42,7 +40,7 @@ bool findStatus(const HostPath& path, struct stat& status) noexcept {
     return found;
 }
 
-/// `prefix` and the components of `path`, with `.` and `..` resolved by their text.
+/// `prefix` and the components of `path`; `.` and `..` are resolved without a look at the disk.
 std::u16string normalized(std::u16string prefix, std::u16string_view path, std::u16string_view separators) {
     std::vector<std::u16string_view> parts;
     while (!path.empty()) {
@@ -70,13 +68,23 @@ std::u16string fullPath(std::u16string_view path) {
     return normalized(u"/", absolute, u"/");
 }
 
-/// FindClose's handle: memory, so that a forgotten one shows as a leak.
-struct Find {};
-
-void give(std::string_view part, char* out, std::size_t size) noexcept {
-    if (out != nullptr)
-        out[part.copy(out, size - 1)] = '\0';
+DWORD fileAttributes(const struct stat& status) noexcept {
+    const DWORD kind = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+    return kind | ((status.st_mode & S_IWUSR) == 0 ? FILE_ATTRIBUTE_READONLY : 0);
 }
+
+WIN32_FILE_ATTRIBUTE_DATA attributeData(const struct stat& status) noexcept {
+    constexpr ULONGLONG secondsFrom1601 = 11644473600;
+    const ULONGLONG time = (static_cast<ULONGLONG>(status.st_mtim.tv_sec) + secondsFrom1601) * 10000000 +
+                           static_cast<ULONGLONG>(status.st_mtim.tv_nsec) / 100;
+    const ULONGLONG size = static_cast<ULONGLONG>(status.st_size);
+    return {{static_cast<DWORD>(time), static_cast<DWORD>(time >> 32U)},
+            static_cast<DWORD>(size >> 32U),
+            static_cast<DWORD>(size)};
+}
+
+/// What a find's handle points to: allocated, so that a missing FindClose shows as a memory leak.
+struct Find {};
 
 } // namespace
 
@@ -86,29 +94,29 @@ BOOL DeleteFileW(LPCWSTR path) {
     return !winhost::fails(Call::DeleteFileW) && winhost::deleteFile(HostPath(path)) ? TRUE : FALSE;
 }
 
-BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags) {
-    return winhost::fails(Call::MoveFileExA) ? FALSE : moveFile(HostPath(from), HostPath(to), flags);
+BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD) {
+    return winhost::fails(Call::MoveFileExA) ? FALSE : moveFile(HostPath(from), HostPath(to));
 }
 
-BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
-    return winhost::fails(Call::MoveFileExW) ? FALSE : moveFile(HostPath(from), HostPath(to), flags);
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD) {
+    return winhost::fails(Call::MoveFileExW) ? FALSE : moveFile(HostPath(from), HostPath(to));
 }
 
 DWORD GetFileAttributesW(LPCWSTR path) {
     struct stat status = {};
     const bool found = !winhost::fails(Call::GetFileAttributesW) && findStatus(HostPath(path), status);
-    return found ? winhost::fileAttributes(status) : INVALID_FILE_ATTRIBUTES;
+    return found ? fileAttributes(status) : INVALID_FILE_ATTRIBUTES;
 }
 
 BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS, LPVOID data) {
     struct stat status = {};
     if (winhost::fails(Call::GetFileAttributesExW) || !findStatus(HostPath(path), status))
         return FALSE;
-    winhost::describe(status, *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data));
+    *static_cast<WIN32_FILE_ATTRIBUTE_DATA*>(data) = attributeData(status);
     return TRUE;
 }
 
-DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* name) {
+DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR*) {
     if (winhost::fails(Call::GetFullPathNameW))
         return 0;
     if (path == nullptr || *path == u'\0') {
@@ -121,21 +129,16 @@ DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* name) {
         if (length >= size)
             return length + 1;
         buffer[full.copy(buffer, length)] = u'\0';
-        if (name != nullptr) {
-            const std::size_t at = full.find_last_of(u"\\/") + 1;
-            *name = at < length ? buffer + at : nullptr;
-        }
         return length;
     });
 }
 
-HANDLE FindFirstFileA(LPCSTR path, LPWIN32_FIND_DATAA data) {
+HANDLE FindFirstFileA(LPCSTR path, WIN32_FIND_DATAA* data) {
     struct stat status = {};
     if (winhost::fails(Call::FindFirstFileA) || !findStatus(HostPath(path), status))
         return INVALID_HANDLE_VALUE;
     const std::string_view text(path);
-    const std::string_view name = text.substr(text.find_last_of("\\/") + 1);
-    if (name.empty()) { // a folder is found by its name, not by its separator
+    if (text.back() == '/' || text.back() == '\\') { // Windows finds a folder only without a separator
         SetLastError(ERROR_FILE_NOT_FOUND);
         return INVALID_HANDLE_VALUE;
     }
@@ -144,9 +147,7 @@ HANDLE FindFirstFileA(LPCSTR path, LPWIN32_FIND_DATAA data) {
         SetLastError(ERROR_NOT_ENOUGH_MEMORY);
         return INVALID_HANDLE_VALUE;
     }
-    *data = {};
-    winhost::describe(status, *data);
-    give(name, data->cFileName, sizeof data->cFileName);
+    *data = attributeData(status);
     winhost::countResources(+1);
     return find;
 }
@@ -155,18 +156,5 @@ BOOL FindClose(HANDLE find) {
     delete static_cast<Find*>(find);
     winhost::countResources(-1);
     return winhost::fails(Call::FindClose) ? FALSE : TRUE;
-}
-
-void _splitpath(const char* path, char* drive, char* directory, char* name, char* extension) {
-    std::string_view rest(path);
-    const std::size_t driveEnd = rest.size() > 1 && rest[1] == ':' ? 2 : 0;
-    give(rest.substr(0, driveEnd), drive, _MAX_DRIVE);
-    rest.remove_prefix(driveEnd);
-    const std::size_t nameBegin = rest.find_last_of("\\/") + 1;
-    give(rest.substr(0, nameBegin), directory, _MAX_DIR);
-    rest.remove_prefix(nameBegin);
-    const std::size_t dot = std::min(rest.rfind('.'), rest.size());
-    give(rest.substr(0, dot), name, _MAX_FNAME);
-    give(rest.substr(dot), extension, _MAX_EXT);
 }
 }

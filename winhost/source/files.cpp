@@ -1,9 +1,9 @@
 #include "winhost/files.h"
+
 #include "descriptors.h"
+#include "errorNumbers.h"
 #include "faultCheck.h"
-#include "fileStatus.h"
-#include <cerrno>
-#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 using winhost::Call;
@@ -11,7 +11,7 @@ using winhost::descriptorOf;
 
 namespace {
 
-/// The answer of a call that has set errno when `done` is false.
+/// The result of a call; `done` is false when it failed and set errno.
 BOOL answer(bool done) noexcept {
     if (!done)
         winhost::setErrorFromErrno();
@@ -20,18 +20,14 @@ BOOL answer(bool done) noexcept {
 
 HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, DWORD disposition) noexcept {
     winhost::OpenRequest request;
-    request.append = (access & (GENERIC_WRITE | FILE_WRITE_DATA)) == 0 && (access & FILE_APPEND_DATA) != 0;
-    request.write = request.append || (access & (GENERIC_WRITE | FILE_WRITE_DATA)) != 0;
+    request.write = (access & GENERIC_WRITE) != 0;
     request.create = disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
     request.mustCreate = disposition == CREATE_NEW;
-    request.truncate = disposition == CREATE_ALWAYS || disposition == TRUNCATE_EXISTING;
+    request.truncate = disposition == CREATE_ALWAYS;
     request.denySharing = share == 0;
-    const bool existed = ::access(path.c_str(), F_OK) == 0;
     const int descriptor = winhost::openFile(path, request);
     if (descriptor < 0)
         return INVALID_HANDLE_VALUE;
-    const bool mayExist = disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
-    SetLastError(existed && mayExist ? ERROR_ALREADY_EXISTS : ERROR_SUCCESS);
     winhost::countResources(+1);
     return winhost::handleOf(descriptor);
 }
@@ -85,14 +81,10 @@ BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD done, LPOVERLAPP
     return answer(written);
 }
 
-BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD method) {
+BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER, DWORD) {
     if (winhost::fails(Call::SetFilePointerEx))
         return FALSE;
-    static_assert(FILE_BEGIN == SEEK_SET && FILE_CURRENT == SEEK_CUR && FILE_END == SEEK_END, "same numbers");
-    const off_t at = ::lseek(descriptorOf(file), distance.QuadPart, static_cast<int>(method));
-    if (position != nullptr)
-        position->QuadPart = at;
-    return answer(at >= 0);
+    return answer(::lseek(descriptorOf(file), distance.QuadPart, SEEK_SET) >= 0);
 }
 
 BOOL SetEndOfFile(HANDLE file) {

@@ -11,17 +11,16 @@ constexpr HRESULT hresultOf(DWORD error) noexcept {
     return static_cast<HRESULT>(0x80070000U | error);
 }
 
-/// The redirection in the registry, or nothing.
+/// The folder that the registry names instead; empty when it names none.
 std::u16string redirectedFolder() {
     const winhost::RegistrySnapshot registry = winhost::registrySnapshot();
-    const winhost::RegistryKey* const folders =
-        registry == nullptr
-            ? nullptr
-            : registry->find(u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion"
-                             u"\\Explorer\\User Shell Folders");
-    if (folders == nullptr)
+    if (registry == nullptr)
         return {};
-    const winhost::RegistryValue* const value = folders->findValue(u"Common AppData");
+    const winhost::RegistryKey* const folders =
+        registry->find(u"HKEY_LOCAL_MACHINE\\Software\\Microsoft\\Windows\\CurrentVersion\\Explorer"
+                       u"\\User Shell Folders");
+    const winhost::RegistryValue* const value =
+        folders == nullptr ? nullptr : folders->findValue(u"Common AppData");
     if (value == nullptr)
         return {};
     std::u16string text(value->bytes.size() / sizeof(WCHAR), u'\0');

@@ -1,4 +1,5 @@
 #include "winhost/modules.h"
+
 #include "faultCheck.h"
 #include "HostPath.h"
 #include "textConversion.h"
@@ -12,15 +13,7 @@ using winhost::Call;
 
 namespace {
 
-HMODULE answer(void* module, DWORD errorWhenNull) noexcept {
-    if (module == nullptr)
-        SetLastError(errorWhenNull);
-    else
-        winhost::countResources(+1);
-    return static_cast<HMODULE>(module);
-}
-
-/// The absolute path of a module; the program's for null. False with the last error set.
+/// The absolute path of a module, or of the program for null. On failure false, with the last error set.
 bool findModulePath(HMODULE module, char (&path)[PATH_MAX]) noexcept {
     const link_map* map = nullptr;
     if (module != nullptr && ::dlinfo(module, RTLD_DI_LINKMAP, &map) != 0) {
@@ -47,10 +40,14 @@ HMODULE LoadLibraryExW(LPCWSTR path, HANDLE, DWORD) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;
     }
-    char absolute[PATH_MAX]; // dlopen would look for a bare name elsewhere
-    return answer(::realpath(file.c_str(), absolute) == nullptr ? nullptr
-                                                                : ::dlopen(absolute, RTLD_NOW | RTLD_LOCAL),
-                  ERROR_BAD_EXE_FORMAT);
+    char absolute[PATH_MAX]; // given a bare name, dlopen would search other folders
+    void* const module =
+        ::realpath(file.c_str(), absolute) == nullptr ? nullptr : ::dlopen(absolute, RTLD_NOW | RTLD_LOCAL);
+    if (module == nullptr)
+        SetLastError(ERROR_BAD_EXE_FORMAT);
+    else
+        winhost::countResources(+1);
+    return static_cast<HMODULE>(module);
 }
 
 FARPROC GetProcAddress(HMODULE module, LPCSTR name) {
@@ -70,23 +67,23 @@ BOOL FreeLibrary(HMODULE module) {
     return freed && !winhost::fails(Call::FreeLibrary) ? TRUE : FALSE;
 }
 
-BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* module) {
+BOOL GetModuleHandleExW(DWORD, LPCWSTR address, HMODULE* module) {
     if (winhost::fails(Call::GetModuleHandleExW))
         return FALSE;
     Dl_info info = {};
     void* map = nullptr;
-    if ((flags & GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS) == 0 ||
-        ::dladdr1(address, &info, &map, RTLD_DL_LINKMAP) == 0) {
+    void* found = nullptr;
+    if (::dladdr1(address, &info, &map, RTLD_DL_LINKMAP) != 0) {
+        const char* const name = static_cast<const link_map*>(map)->l_name; // empty for the program
+        found = ::dlopen(*name == '\0' ? nullptr : name, RTLD_NOW | RTLD_NOLOAD);
+    }
+    if (found == nullptr) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return FALSE;
     }
-    const char* const name = static_cast<const link_map*>(map)->l_name; // empty for the program
-    *module = answer(::dlopen(*name == '\0' ? nullptr : name, RTLD_NOW | RTLD_NOLOAD), ERROR_MOD_NOT_FOUND);
-    if (*module != nullptr && (flags & GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT) != 0) {
-        ::dlclose(*module);
-        winhost::countResources(-1);
-    }
-    return *module != nullptr ? TRUE : FALSE;
+    ::dlclose(found); // the caller asks for no reference of its own
+    *module = static_cast<HMODULE>(found);
+    return TRUE;
 }
 
 DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
@@ -103,9 +100,5 @@ DWORD GetModuleFileNameW(HMODULE module, LPWSTR buffer, DWORD size) {
     buffer[length] = u'\0';
     SetLastError(ERROR_SUCCESS);
     return static_cast<DWORD>(length);
-}
-
-BOOL DisableThreadLibraryCalls(HMODULE) {
-    return winhost::fails(Call::DisableThreadLibraryCalls) ? FALSE : TRUE;
 }
 }

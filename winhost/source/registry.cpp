@@ -1,9 +1,10 @@
 #include "winhost/registry.h"
+
 #include "faultCheck.h"
 #include "registryStore.h"
 #include <algorithm>
 
-// A key's handle keeps its path, not the key: the file may change under it, and then the key may be gone.
+/// A handle keeps the path of its key, not the key: the file may change, and then the key may be gone.
 struct HKEY__ {
     std::u16string path;
     REGSAM access;
@@ -28,7 +29,7 @@ std::u16string pathOf(HKEY key, std::u16string_view subkey = {}) {
     return subkey.empty() ? path : path.append(1, u'\\').append(subkey);
 }
 
-/// What every reading call does: runs `use` on the key of a handle, as the registry is now.
+/// The common part of all calls that read: runs `use` on the key of a handle, as the registry is now.
 template <class Use>
 LSTATUS readKey(Call call, HKEY key, Use use) noexcept {
     if (const LSTATUS fault = faultStatus(call))
@@ -44,8 +45,8 @@ LSTATUS readKey(Call call, HKEY key, Use use) noexcept {
     });
 }
 
-/// What every changing call does: runs `change` on the key of a handle that has the right, and stores the
-/// result.
+/// The common part of all calls that write: checks that the handle has the right, runs `change` on its key
+/// and stores the registry.
 template <class Change>
 LSTATUS changeKey(Call call, HKEY key, REGSAM right, Change change) noexcept {
     if (const LSTATUS fault = faultStatus(call))
@@ -62,22 +63,13 @@ LSTATUS changeKey(Call call, HKEY key, REGSAM right, Change change) noexcept {
     });
 }
 
-void giveHandle(std::u16string path, REGSAM access, PHKEY result) {
+void storeHandle(std::u16string path, REGSAM access, PHKEY result) {
     *result = new HKEY__{std::move(path), access};
     winhost::countResources(+1);
 }
 
-/// A name needs room for its terminator; the length given back does not count it.
-LSTATUS giveName(std::u16string_view name, LPWSTR buffer, LPDWORD length) noexcept {
-    if (*length <= name.size())
-        return ERROR_MORE_DATA;
-    buffer[name.copy(buffer, name.size())] = u'\0';
-    *length = static_cast<DWORD>(name.size());
-    return ERROR_SUCCESS;
-}
-
-/// Null data asks for the size; too little room gives the size needed and nothing else.
-LSTATUS giveData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size) noexcept {
+/// With null data, only the size. With too small a buffer, ERROR_MORE_DATA and the size needed.
+LSTATUS copyData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD size) noexcept {
     if (type != nullptr)
         *type = value.type;
     if (size == nullptr)
@@ -91,20 +83,6 @@ LSTATUS giveData(const RegistryValue& value, LPDWORD type, LPBYTE data, LPDWORD 
     return ERROR_SUCCESS;
 }
 
-void giveCount(LPDWORD out, std::size_t count) noexcept {
-    if (out != nullptr)
-        *out = static_cast<DWORD>(count);
-}
-
-/// The largest measure of the elements, 0 for none.
-template <class Elements, class Measure>
-std::size_t largest(const Elements& elements, Measure measure) noexcept {
-    std::size_t result = 0;
-    for (const auto& element : elements)
-        result = std::max(result, measure(element));
-    return result;
-}
-
 } // namespace
 
 extern "C" {
@@ -113,49 +91,37 @@ LSTATUS RegOpenKeyExW(HKEY key, LPCWSTR subkey, DWORD, REGSAM access, PHKEY resu
     return readKey(Call::RegOpenKeyExW, key, [&](const RegistryKey& parent) -> LSTATUS {
         if (parent.find(viewOf(subkey)) == nullptr)
             return ERROR_FILE_NOT_FOUND;
-        giveHandle(pathOf(key, viewOf(subkey)), access, result);
+        storeHandle(pathOf(key, viewOf(subkey)), access, result);
         return ERROR_SUCCESS;
     });
 }
 
-LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR className, LPDWORD classLength, LPDWORD, LPDWORD subkeys,
-                         LPDWORD longestSubkey, LPDWORD longestClass, LPDWORD values,
-                         LPDWORD longestValueName, LPDWORD largestValue, LPDWORD security,
-                         LPFILETIME lastWrite) {
+LSTATUS RegQueryInfoKeyW(HKEY key, LPWSTR, LPDWORD, LPDWORD, LPDWORD subkeys, LPDWORD, LPDWORD, LPDWORD,
+                         LPDWORD, LPDWORD, LPDWORD, FILETIME*) {
     return readKey(Call::RegQueryInfoKeyW, key, [&](const RegistryKey& found) -> LSTATUS {
-        giveCount(subkeys, found.subkeys().size());
-        giveCount(longestSubkey,
-                  largest(found.subkeys(), [](const RegistryKey& subkey) { return subkey.name().size(); }));
-        giveCount(values, found.values().size());
-        giveCount(longestValueName,
-                  largest(found.values(), [](const RegistryValue& value) { return value.name.size(); }));
-        giveCount(largestValue,
-                  largest(found.values(), [](const RegistryValue& value) { return value.bytes.size(); }));
-        giveCount(longestClass, 0);
-        giveCount(security, 0);
-        if (lastWrite != nullptr)
-            *lastWrite = {};
-        return className == nullptr ? LSTATUS{ERROR_SUCCESS} : giveName(u"", className, classLength);
+        *subkeys = static_cast<DWORD>(found.subkeys().size());
+        return ERROR_SUCCESS;
     });
 }
 
-LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWORD, LPWSTR className,
-                      LPDWORD classLength, LPFILETIME lastWrite) {
+LSTATUS RegEnumKeyExW(HKEY key, DWORD index, LPWSTR name, LPDWORD nameLength, LPDWORD, LPWSTR, LPDWORD,
+                      FILETIME*) {
     return readKey(Call::RegEnumKeyExW, key, [&](const RegistryKey& found) -> LSTATUS {
         if (index >= found.subkeys().size())
             return ERROR_NO_MORE_ITEMS;
-        if (lastWrite != nullptr)
-            *lastWrite = {};
-        if (className != nullptr)
-            giveName(u"", className, classLength);
-        return giveName(found.subkeys()[index].name(), name, nameLength);
+        const std::u16string& subkey = found.subkeys()[index].name();
+        if (*nameLength <= subkey.size()) // no room for the terminator, which the length does not count
+            return ERROR_MORE_DATA;
+        name[subkey.copy(name, subkey.size())] = u'\0';
+        *nameLength = static_cast<DWORD>(subkey.size());
+        return ERROR_SUCCESS;
     });
 }
 
 LSTATUS RegQueryValueExW(HKEY key, LPCWSTR name, LPDWORD, LPDWORD type, LPBYTE data, LPDWORD size) {
     return readKey(Call::RegQueryValueExW, key, [&](const RegistryKey& found) -> LSTATUS {
         const RegistryValue* const value = found.findValue(viewOf(name));
-        return value == nullptr ? ERROR_FILE_NOT_FOUND : giveData(*value, type, data, size);
+        return value == nullptr ? ERROR_FILE_NOT_FOUND : copyData(*value, type, data, size);
     });
 }
 
@@ -170,19 +136,16 @@ LSTATUS RegCloseKey(HKEY key) {
 }
 
 LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD, LPWSTR, DWORD, REGSAM access,
-                        const LPSECURITY_ATTRIBUTES, PHKEY result, LPDWORD disposition) {
-    DWORD found = REG_OPENED_EXISTING_KEY;
+                        const LPSECURITY_ATTRIBUTES, PHKEY result, LPDWORD) {
     const LSTATUS status =
         changeKey(Call::RegCreateKeyExW, key, KEY_CREATE_SUB_KEY, [&](RegistryKey& parent) -> LSTATUS {
-            found = parent.find(viewOf(subkey)) == nullptr ? REG_CREATED_NEW_KEY : REG_OPENED_EXISTING_KEY;
             parent.create(viewOf(subkey));
             return ERROR_SUCCESS;
         });
     if (status != ERROR_SUCCESS)
         return status;
-    giveCount(disposition, found);
     return winhost::guardMemory(LSTATUS{ERROR_NOT_ENOUGH_MEMORY}, [&]() -> LSTATUS {
-        giveHandle(pathOf(key, viewOf(subkey)), access, result);
+        storeHandle(pathOf(key, viewOf(subkey)), access, result);
         return ERROR_SUCCESS;
     });
 }

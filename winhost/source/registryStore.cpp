@@ -1,7 +1,8 @@
 #include "registryStore.h"
+
 #include "descriptors.h"
+#include "errorNumbers.h"
 #include "registryText.h"
-#include "winhost/errors.h"
 #include <cerrno>
 #include <cstdio>
 #include <ctime>
@@ -27,7 +28,7 @@ std::string readAll(int descriptor) {
     return bytes;
 }
 
-/// The content of the file; no file is an empty registry. Null when it is no registry file.
+/// The content of the file; an empty registry when there is no file. Null when it is not a registry file.
 std::shared_ptr<RegistryKey> load(const Descriptor& file) {
     auto root = std::make_shared<RegistryKey>();
     if (file.get() >= 0 && !parseRegistry(readAll(file.get()), *root))
@@ -40,7 +41,7 @@ long long nanoseconds(const timespec& time) noexcept {
     return time.tv_sec * 1000000000LL + time.tv_nsec;
 }
 
-/// What tells one state of the file from another.
+/// Differs between two states of the file.
 struct Stamp {
     std::string path;
     ino_t inode = 0;
@@ -90,9 +91,9 @@ RegistrySnapshot registrySnapshot() {
         cache.trusted = false;
         cache.root = load(file);
         cache.stamp = std::move(stamp);
-        // A file written a moment ago may change again without its time moving on.
-        constexpr long long clockGrain = 50000000;
-        cache.trusted = nanoseconds(now) - cache.stamp.time > clockGrain;
+        // The clock of file times is coarse: a file written just now may change again within the same tick.
+        constexpr long long clockTick = 50000000; // nanoseconds
+        cache.trusted = nanoseconds(now) - cache.stamp.time > clockTick;
     }
     return cache.root;
 }

@@ -1,4 +1,5 @@
 #include "registryText.h"
+
 #include "textConversion.h"
 #include "winhost/registry.h"
 #include <algorithm>
@@ -22,19 +23,19 @@ void appendUnit(std::vector<BYTE>& bytes, char16_t unit) {
     bytes.push_back(static_cast<BYTE>(unit >> 8U));
 }
 
-/// One pass over the text. A failed step leaves the position where it is; the caller then skips the line.
+/// Parses in one pass. A step that fails leaves the position unchanged; the caller then skips the line.
 class Parser {
 public:
-    Parser(std::u16string_view text, RegistryKey& root) : text_(text), root_(root) {}
+    Parser(std::u16string_view file, RegistryKey& registry) : text(file), root(registry) {}
 
     bool parse() {
         if (!take(formatLine))
             return false;
-        for (skipLine(); !text_.empty(); skipLine()) {
+        for (skipLine(); !text.empty(); skipLine()) {
             skipAny(u" \t\r\n");
             if (take(u"["))
                 parseKey();
-            else if (!text_.empty() && (text_.front() == u'"' || text_.front() == u'@'))
+            else if (!text.empty() && (text.front() == u'"' || text.front() == u'@'))
                 parseValue();
         }
         return true;
@@ -42,49 +43,40 @@ public:
 
 private:
     bool take(std::u16string_view prefix) noexcept {
-        const bool found = text_.substr(0, prefix.size()) == prefix;
-        text_.remove_prefix(found ? prefix.size() : 0);
+        const bool found = text.substr(0, prefix.size()) == prefix;
+        text.remove_prefix(found ? prefix.size() : 0);
         return found;
     }
 
     void skipAny(std::u16string_view units) noexcept {
-        text_.remove_prefix(std::min(text_.find_first_not_of(units), text_.size()));
+        text.remove_prefix(std::min(text.find_first_not_of(units), text.size()));
     }
 
-    void skipLine() noexcept { text_.remove_prefix(std::min(text_.find_first_of(u"\r\n"), text_.size())); }
+    void skipLine() noexcept { text.remove_prefix(std::min(text.find_first_of(u"\r\n"), text.size())); }
 
     void parseKey() {
-        const std::u16string_view line = text_.substr(0, text_.find_first_of(u"\r\n"));
-        const std::size_t end = line.rfind(u']'); // a name may hold one, too
-        key_ = nullptr;
-        if (end == std::u16string_view::npos)
-            return;
-        const std::u16string_view path = line.substr(0, end);
-        if (path.substr(0, 1) == u"-")
-            root_.remove(path.substr(1));
-        else
-            key_ = &root_.create(path);
+        const std::u16string_view line = text.substr(0, text.find_first_of(u"\r\n"));
+        const std::size_t end = line.rfind(u']'); // a key's name may contain one, too
+        key = end == std::u16string_view::npos ? nullptr : &root.create(line.substr(0, end));
     }
 
     void parseValue() {
         RegistryValue value;
-        if ((!take(u"@") && !takeQuoted(value.name)) || key_ == nullptr)
+        if ((!take(u"@") && !takeQuoted(value.name)) || key == nullptr)
             return;
         skipAny(u" \t");
         if (!take(u"="))
             return;
         skipAny(u" \t");
-        if (take(u"-"))
-            key_->removeValue(value.name);
-        else if (takeData(value))
-            key_->setValue(std::move(value));
+        if (takeData(value))
+            key->setValue(std::move(value));
     }
 
     bool takeData(RegistryValue& value) {
-        std::u16string text;
-        if (takeQuoted(text)) {
+        std::u16string quotedText;
+        if (takeQuoted(quotedText)) {
             value.type = REG_SZ;
-            for (const char16_t unit : text)
+            for (const char16_t unit : quotedText)
                 appendUnit(value.bytes, unit);
             appendUnit(value.bytes, u'\0');
             return true;
@@ -104,28 +96,28 @@ private:
         return true;
     }
 
-    /// A text between quotes; it may go over line ends.
-    bool takeQuoted(std::u16string& text) {
+    /// A text between quotes; it may contain line ends.
+    bool takeQuoted(std::u16string& result) {
         if (!take(u"\""))
             return false;
-        while (!text_.empty() && !take(u"\"")) {
+        while (!text.empty() && !take(u"\"")) {
             take(u"\\");
-            text.append(text_.substr(0, 1));
-            text_.remove_prefix(std::min<std::size_t>(1, text_.size()));
+            result.append(text.substr(0, 1));
+            text.remove_prefix(std::min<std::size_t>(1, text.size()));
         }
         return true;
     }
 
     bool takeNumber(DWORD& number) noexcept {
         std::size_t digits = 0;
-        for (number = 0; !text_.empty() && digitValue(text_.front()) < 16; ++digits) {
-            number = number << 4U | digitValue(text_.front());
-            text_.remove_prefix(1);
+        for (number = 0; !text.empty() && digitValue(text.front()) < 16; ++digits) {
+            number = number << 4U | digitValue(text.front());
+            text.remove_prefix(1);
         }
         return digits > 0 && digits <= 8;
     }
 
-    /// Bytes between commas, over every line that a backslash continues.
+    /// Bytes between commas; a backslash continues them on the next line.
     void takeBytes(std::vector<BYTE>& bytes) {
         DWORD byte = 0;
         do {
@@ -138,9 +130,9 @@ private:
         } while (true);
     }
 
-    std::u16string_view text_;
-    RegistryKey& root_;
-    RegistryKey* key_ = nullptr;
+    std::u16string_view text;
+    RegistryKey& root;
+    RegistryKey* key = nullptr;
 };
 
 std::u16string decoded(std::string_view bytes) {
@@ -158,7 +150,7 @@ std::u16string quoted(std::u16string_view text) {
     return result + u'"';
 }
 
-/// The text of a value that can stand between quotes: terminated, valid, without line ends and the like.
+/// Whether the value can be written as a quoted text: terminated, valid, without control characters.
 bool isPlainText(const RegistryValue& value, std::u16string& text) {
     const std::size_t units = value.bytes.size() / sizeof(char16_t);
     if (value.type != REG_SZ || units == 0 || value.bytes.size() % sizeof(char16_t) != 0)

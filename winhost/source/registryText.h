@@ -7,13 +7,13 @@
 
 namespace winhost {
 
-/// Adds the content of a registry editor's file to `root`, whose subkeys are HKEY_LOCAL_MACHINE and the like.
-/// A line that can't be understood is skipped. False when the format's first line is missing. May throw
+/// Adds the content of a file of the registry editor to `root`, whose subkeys are HKEY_LOCAL_MACHINE and the
+/// like. Skips a line that it does not understand. False when the format's first line is missing. May throw
 /// std::bad_alloc.
 bool parseRegistry(std::string_view bytes, RegistryKey& root);
 
-/// The registry as such a file: ASCII while that suffices, else UTF-16LE with its mark, since Windows takes
-/// no UTF-8. May throw std::bad_alloc.
+/// The registry as such a file: in ASCII if possible, else in UTF-16LE with a byte-order mark, because
+/// Windows does not read UTF-8. May throw std::bad_alloc.
 std::string formatRegistry(const RegistryKey& root);
 
 } // namespace winhost

@@ -1,4 +1,5 @@
 #include "descriptors.h"
+#include "errorNumbers.h"
 #include "faultCheck.h"
 #include "io.h"
 #include <cerrno>
@@ -6,54 +7,44 @@
 #include <cstring>
 #include <stdio_ext.h>
 
-// The linker's --wrap leads the stream calls of whatever links this stand-in to the __wrap_ functions here;
-// within this library the plain names are the real calls.
+// The linker's --wrap redirects the stream calls of all who link this stand-in to the __wrap_ functions here.
+// Within this library the plain names are the calls of the C library.
 
 using winhost::Call;
 
 namespace {
 
-int errnoOf(DWORD error) noexcept {
-    switch (error) {
-    case ERROR_DISK_FULL:
-        return ENOSPC;
-    case ERROR_ACCESS_DENIED:
-    case ERROR_SHARING_VIOLATION:
-        return EACCES;
-    case ERROR_FILE_NOT_FOUND:
-    case ERROR_PATH_NOT_FOUND:
-        return ENOENT;
-    case ERROR_TOO_MANY_OPEN_FILES:
-        return EMFILE;
-    case ERROR_NOT_ENOUGH_MEMORY:
-        return ENOMEM;
-    case ERROR_INVALID_HANDLE:
-        return EBADF;
-    default:
-        return EIO;
-    }
-}
-
-bool strikes(Call call) noexcept {
+/// Whether a fault makes this call fail; then errno and the last error are set.
+bool streamFails(Call call) noexcept {
     const bool struck = winhost::fails(call);
     if (struck)
-        errno = errnoOf(GetLastError());
+        errno = winhost::errnoOf(GetLastError());
     return struck;
 }
 
-bool strikes(Call call, const std::FILE* stream) noexcept {
+bool streamFails(Call call, const std::FILE* stream) noexcept {
     const bool standard = stream == stdin || stream == stdout || stream == stderr || stream == nullptr;
-    return !standard && strikes(call);
+    return !standard && streamFails(call);
 }
 
 void setErrorFlag(std::FILE* stream) noexcept {
-    stream->_flags |= _IO_ERR_SEEN; // the C library offers no call for it
+    stream->_flags |= _IO_ERR_SEEN; // the C library has no function for it
 }
 
 /// What a failing flush or close could not write is lost, as on a full disk.
 void dropUnwritten(std::FILE* stream) noexcept {
     if (::__fwriting(stream) != 0)
         ::__fpurge(stream);
+}
+
+/// Transfers half of the bytes, then fails with the errno set before. Returns the number of whole elements.
+template <class Transfer>
+std::size_t failHalfway(std::FILE* stream, std::size_t size, std::size_t count, Transfer transfer) noexcept {
+    const int error = errno;
+    const std::size_t done = size == 0 ? 0 : transfer(size * count / 2) / size;
+    setErrorFlag(stream);
+    errno = error;
+    return done;
 }
 
 winhost::OpenRequest requestOf(const char* mode) noexcept {
@@ -80,7 +71,7 @@ int __wrap_fclose(std::FILE* stream);
 int __wrap_remove(const char* path);
 
 std::FILE* __wrap_fopen(const char* path, const char* mode) {
-    if (strikes(Call::fopen))
+    if (streamFails(Call::fopen))
         return nullptr;
     const int descriptor = winhost::openFile(winhost::HostPath(path), requestOf(mode));
     if (descriptor < 0)
@@ -94,31 +85,23 @@ std::FILE* __wrap_fopen(const char* path, const char* mode) {
 }
 
 std::size_t __wrap_fread(void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
-    if (!strikes(Call::fread, stream))
+    if (!streamFails(Call::fread, stream))
         return std::fread(buffer, size, count, stream);
-    const int error = errno;
-    const std::size_t done = size == 0 ? 0 : std::fread(buffer, 1, size * count / 2, stream) / size;
-    setErrorFlag(stream);
-    errno = error;
-    return done;
+    return failHalfway(stream, size, count, [&](std::size_t n) { return std::fread(buffer, 1, n, stream); });
 }
 
 std::size_t __wrap_fwrite(const void* buffer, std::size_t size, std::size_t count, std::FILE* stream) {
-    if (!strikes(Call::fwrite, stream))
+    if (!streamFails(Call::fwrite, stream))
         return std::fwrite(buffer, size, count, stream);
-    const int error = errno;
-    const std::size_t done = size == 0 ? 0 : std::fwrite(buffer, 1, size * count / 2, stream) / size;
-    setErrorFlag(stream);
-    errno = error;
-    return done;
+    return failHalfway(stream, size, count, [&](std::size_t n) { return std::fwrite(buffer, 1, n, stream); });
 }
 
 int __wrap_fseek(std::FILE* stream, long offset, int origin) {
-    return strikes(Call::fseek, stream) ? -1 : std::fseek(stream, offset, origin);
+    return streamFails(Call::fseek, stream) ? -1 : std::fseek(stream, offset, origin);
 }
 
 int __wrap_fflush(std::FILE* stream) {
-    if (strikes(Call::fflush, stream)) {
+    if (streamFails(Call::fflush, stream)) {
         dropUnwritten(stream);
         setErrorFlag(stream);
         return EOF;
@@ -127,7 +110,7 @@ int __wrap_fflush(std::FILE* stream) {
 }
 
 int __wrap_fclose(std::FILE* stream) {
-    const bool struck = strikes(Call::fclose, stream);
+    const bool struck = streamFails(Call::fclose, stream);
     const int error = errno;
     if (struck)
         dropUnwritten(stream);
@@ -139,17 +122,17 @@ int __wrap_fclose(std::FILE* stream) {
 }
 
 int __wrap_remove(const char* path) {
-    if (strikes(Call::remove))
+    if (streamFails(Call::remove))
         return -1;
     return winhost::deleteFile(winhost::HostPath(path)) ? 0 : -1;
 }
 
 int _fileno(std::FILE* stream) {
-    return strikes(Call::_fileno) ? -1 : ::fileno(stream);
+    return streamFails(Call::_fileno) ? -1 : ::fileno(stream);
 }
 
 std::intptr_t _get_osfhandle(int descriptor) {
-    const bool bad = strikes(Call::_get_osfhandle) || descriptor < 0;
+    const bool bad = streamFails(Call::_get_osfhandle) || descriptor < 0;
     return reinterpret_cast<std::intptr_t>(bad ? INVALID_HANDLE_VALUE : winhost::handleOf(descriptor));
 }
 }

@@ -1,5 +1,7 @@
 #include "winhost/synchronization.h"
+
 #include "descriptors.h"
+#include "errorNumbers.h"
 #include "faultCheck.h"
 #include <chrono>
 #include <cstdio>
@@ -16,7 +18,7 @@ namespace {
 
 static_assert(sizeof(pthread_mutex_t) <= sizeof(CRITICAL_SECTION) &&
                   alignof(pthread_mutex_t) <= alignof(CRITICAL_SECTION),
-              "a critical section has room for the mutex");
+              "the mutex fits into a critical section");
 
 pthread_mutex_t* mutexOf(LPCRITICAL_SECTION section) noexcept {
     return reinterpret_cast<pthread_mutex_t*>(section);
@@ -50,10 +52,10 @@ void DeleteCriticalSection(LPCRITICAL_SECTION section) {
     winhost::countResources(-1);
 }
 
-HANDLE CreateEventA(LPSECURITY_ATTRIBUTES, BOOL, BOOL initialState, LPCSTR) {
+HANDLE CreateEventA(LPSECURITY_ATTRIBUTES, BOOL, BOOL, LPCSTR) {
     if (winhost::fails(Call::CreateEventA))
         return nullptr;
-    const int descriptor = ::eventfd(initialState != FALSE ? 1 : 0, EFD_CLOEXEC);
+    const int descriptor = ::eventfd(0, EFD_CLOEXEC);
     if (descriptor < 0) {
         winhost::setErrorFromErrno();
         return nullptr;
@@ -68,11 +70,6 @@ void Sleep(DWORD milliseconds) {
 
 DWORD GetCurrentProcessId() {
     return static_cast<DWORD>(::getpid());
-}
-
-ULONGLONG GetTickCount64() {
-    const auto since = std::chrono::steady_clock::now().time_since_epoch();
-    return static_cast<ULONGLONG>(std::chrono::duration_cast<std::chrono::milliseconds>(since).count());
 }
 
 void OutputDebugStringA(LPCSTR text) {

@@ -1,8 +1,8 @@
 #include "winhost/text.h"
+
 #include "faultCheck.h"
 #include "textConversion.h"
 #include <clocale>
-#include <cstring>
 #include <cwctype>
 
 namespace winhost {
@@ -16,7 +16,7 @@ bool isSurrogate(char32_t code) noexcept {
     return code >= 0xD800 && code < 0xE000;
 }
 
-/// Takes one code point off the front of `text`; of invalid text one byte.
+/// Removes the first code point of `text` and returns it. Of invalid text it removes one byte.
 char32_t takeUtf8(std::string_view& text) noexcept {
     const auto byteAt = [&](std::size_t at) -> char32_t {
         return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
@@ -101,12 +101,6 @@ std::u16string toUtf16(std::string_view text) {
     return result;
 }
 
-std::string toUtf8(std::u16string_view text) {
-    std::string result(utf8FromUtf16(text, nullptr, 0).units, '\0');
-    utf8FromUtf16(text, result.data(), result.size());
-    return result;
-}
-
 std::u16string upperCase(std::u16string_view text) {
     static const locale_t unicode = ::newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
     std::u16string result(text);
@@ -119,7 +113,7 @@ std::u16string upperCase(std::u16string_view text) {
 
 namespace {
 
-/// What both Windows conversions share once their texts have become views.
+/// The common part of both Windows conversions.
 template <class Text, class Unit>
 int convertInto(Text text, Converted (*convertText)(Text, Unit*, std::size_t) noexcept, bool strict,
                 Unit* buffer, int size) noexcept {
@@ -136,7 +130,7 @@ int convertInto(Text text, Converted (*convertText)(Text, Unit*, std::size_t) no
     return static_cast<int>(converted.units);
 }
 
-/// A length of -1 means a terminated text, with its terminator.
+/// With the length -1 the text is terminated; the terminator is part of the view.
 template <class Unit>
 std::basic_string_view<Unit> viewOf(const Unit* text, int length) noexcept {
     return {text, length < 0 ? std::char_traits<Unit>::length(text) + 1 : static_cast<std::size_t>(length)};

@@ -3,9 +3,7 @@
 
 #include "winhost/types.h"
 
-#define NO_ERROR 0
 #define ERROR_SUCCESS 0
-#define ERROR_INVALID_FUNCTION 1
 #define ERROR_FILE_NOT_FOUND 2
 #define ERROR_PATH_NOT_FOUND 3
 #define ERROR_TOO_MANY_OPEN_FILES 4
@@ -16,8 +14,6 @@
 #define ERROR_NOT_SAME_DEVICE 17
 #define ERROR_WRITE_PROTECT 19
 #define ERROR_SEEK 25
-#define ERROR_WRITE_FAULT 29
-#define ERROR_READ_FAULT 30
 #define ERROR_GEN_FAILURE 31
 #define ERROR_SHARING_VIOLATION 32
 #define ERROR_LOCK_VIOLATION 33
@@ -30,15 +26,12 @@
 #define ERROR_MOD_NOT_FOUND 126
 #define ERROR_PROC_NOT_FOUND 127
 #define ERROR_NOT_LOCKED 158
-#define ERROR_ALREADY_EXISTS 183
 #define ERROR_BAD_EXE_FORMAT 193
 #define ERROR_FILENAME_EXCED_RANGE 206
 #define ERROR_MORE_DATA 234
 #define ERROR_NO_MORE_ITEMS 259
 #define ERROR_MR_MID_NOT_FOUND 317
-#define ERROR_IO_INCOMPLETE 996
 #define ERROR_IO_PENDING 997
-#define ERROR_INVALID_FLAGS 1004
 #define ERROR_BADDB 1009
 #define ERROR_KEY_DELETED 1018
 #define ERROR_NO_UNICODE_TRANSLATION 1113
@@ -46,30 +39,24 @@
 #define ERROR_NO_SYSTEM_RESOURCES 1450
 
 #define S_OK (static_cast<HRESULT>(0))
-#define S_FALSE (static_cast<HRESULT>(1))
 #define E_FAIL (static_cast<HRESULT>(0x80004005))
 #define E_INVALIDARG (static_cast<HRESULT>(0x80070057))
-#define SUCCEEDED(hr) ((hr) >= 0)
-#define FAILED(hr) ((hr) < 0)
 #define STATUS_NO_MEMORY 0xC0000017
 #define STATUS_PENDING 0x00000103
 
 #define FORMAT_MESSAGE_ALLOCATE_BUFFER 0x00000100
 #define FORMAT_MESSAGE_IGNORE_INSERTS 0x00000200
 #define FORMAT_MESSAGE_FROM_SYSTEM 0x00001000
-#define LANG_NEUTRAL 0
-#define SUBLANG_DEFAULT 1
-#define MAKELANGID(primary, sub) (((sub) << 10) | (primary))
 
 extern "C" {
 
-/// The calling thread's last error; one for the whole process, whichever library sets it.
+/// The last error of the calling thread. All libraries of the process share it.
 DWORD GetLastError();
 void SetLastError(DWORD error);
 
-/// The English text of a system error, ended by CR LF. `flags` must be exactly allocate-buffer, from-system
-/// and ignore-inserts: `buffer` is then the address of a pointer, which LocalFree frees. Returns the length;
-/// 0 with ERROR_MR_MID_NOT_FOUND for a code that this stand-in does not know.
+/// The English text of a system error, with CR LF at its end. `flags` must be allocate-buffer, from-system
+/// and ignore-inserts: `buffer` is then the address of a pointer to the text, which the caller frees with
+/// LocalFree. Returns the length, or 0 with ERROR_MR_MID_NOT_FOUND for a code that has no text here.
 DWORD FormatMessageA(DWORD flags, LPCVOID source, DWORD error, DWORD language, LPSTR buffer, DWORD size,
                      void* arguments);
 HLOCAL LocalFree(HLOCAL memory);

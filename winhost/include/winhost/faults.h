@@ -4,20 +4,22 @@
 #include "winhost/errors.h"
 #include <cstddef>
 
-// Faults: every call of this stand-in that can fail on Windows begins with one look at the armed faults. A
-// test arms a ScopedFault; a child process is given one by the environment, read when the program starts:
+// Faults: tests can make every call of this stand-in fail that can fail on Windows. A test arms a
+// ScopedFault. A child process can get one from the environment, which is read when the program starts:
 //     WINHOST_FAULT="<call or Any>:<n>:<fail|onward|kill>[:<error>]"     for example  fwrite:2:onward:112
-// All libraries of a process share the armed faults; calls are counted over all threads.
+// All libraries of a process share the armed faults. Calls are counted over all threads.
 //
-// What failing means: the call does nothing, sets its error (streams: errno too) and answers as Windows
-// would, but
-//   fread, fwrite and WriteFile  first transfer half of what was asked; the stream's error flag is set;
-//   calls that free something    free it and then report the failure;
-//   LockFileEx                   with ERROR_IO_PENDING: the lock is granted, or fails, by
-//   GetOverlappedResult; InitializeCriticalSection    throws StructuredException.
-// Standard streams are never struck.
+// A call that is made to fail does nothing, sets its error (stream calls: errno, too) and returns what
+// Windows would return. The exceptions:
+//   - fread, fwrite, ReadFile and WriteFile first transfer half of what was asked.
+//   - fflush and fclose lose what is not written yet.
+//   - Calls that free something free it, then report the failure.
+//   - LockFileEx with ERROR_IO_PENDING: GetOverlappedResult then gets the lock, or fails.
+//   - InitializeCriticalSection throws StructuredException.
+// A fault never makes a call on a standard stream fail.
 
-/// Every call that a fault can strike, and the error it then fails with when none is given.
+/// Every call that can be made to fail, and its natural error: the one it fails with when the fault names
+/// none.
 #define WINHOST_CALLS(CALL)                                                                                  \
     CALL(RegOpenKeyExW, ERROR_ACCESS_DENIED)                                                                 \
     CALL(RegQueryInfoKeyW, ERROR_KEY_DELETED)                                                                \
@@ -63,7 +65,6 @@
     CALL(FreeLibrary, ERROR_INVALID_HANDLE)                                                                  \
     CALL(GetModuleHandleExW, ERROR_MOD_NOT_FOUND)                                                            \
     CALL(GetModuleFileNameW, ERROR_NOT_ENOUGH_MEMORY)                                                        \
-    CALL(DisableThreadLibraryCalls, ERROR_INVALID_HANDLE)                                                    \
     CALL(InitializeCriticalSection, STATUS_NO_MEMORY)                                                        \
     CALL(FormatMessageA, ERROR_NOT_ENOUGH_MEMORY)                                                            \
     CALL(LocalFree, ERROR_INVALID_HANDLE)                                                                    \
@@ -72,7 +73,7 @@
 
 namespace winhost {
 
-/// The calls of the list above, by name; Any matches each of them.
+/// The calls of the list above; Any matches each of them.
 enum class Call : unsigned char {
 #define WINHOST_ENUMERATOR(name, error) name,
     WINHOST_CALLS(WINHOST_ENUMERATOR)
@@ -88,41 +89,38 @@ enum class Effect : unsigned char {
 
 struct Fault {
     Call call = Call::Any;
-    std::size_t nth =
-        1; ///< counted over the matching calls since arming, from 1; 0 never strikes and only counts
+    std::size_t nth = 1; ///< counts the matching calls since arming, from 1
     Effect effect = Effect::Fail;
-    DWORD error = 0; ///< 0: the natural error of the call that is struck
+    DWORD error = 0; ///< 0: the natural error of the call
 };
 
-/// Arms a fault for its own lifetime. Several may be armed at once: each counts for itself, and the one armed
-/// last decides a call that more than one strikes. Any thread may make, ask and destroy one.
+/// Arms a fault for its own lifetime. Several may be armed at the same time. Each counts for itself; when
+/// more than one strikes a call, the one armed last gives the error. May be used by any thread.
 class ScopedFault {
 public:
-    explicit ScopedFault(const Fault& fault) noexcept;
+    explicit ScopedFault(const Fault& armed) noexcept;
     ~ScopedFault();
     ScopedFault(const ScopedFault&) = delete;
     ScopedFault& operator=(const ScopedFault&) = delete;
 
-    /// Matching calls since arming, struck ones included.
-    std::size_t calls() const noexcept;
     /// How many calls the fault has made fail.
     std::size_t struck() const noexcept;
 
 private:
     friend DWORD armedFault(Call call) noexcept;
-    const Fault fault_;
-    std::size_t calls_ = 0;
-    std::size_t struck_ = 0;
-    ScopedFault* next_ = nullptr;
+    const Fault fault;
+    std::size_t calls = 0; ///< matching calls since arming
+    std::size_t failures = 0;
+    ScopedFault* next = nullptr;
 };
 
-/// What InitializeCriticalSection throws in place of a structured exception.
+/// Stands for a structured exception of Windows; InitializeCriticalSection throws it.
 struct StructuredException {
     DWORD code; ///< an NTSTATUS, for example STATUS_NO_MEMORY
 };
 
-/// Files, streams, events, finds, keys, modules, messages and critical sections now open in this process: a
-/// test that compares it before and after a run sees what leaked.
+/// The number of files, streams, events, finds, keys, modules, messages and critical sections that are open
+/// in this process. A test compares it before and after a run to see a leak.
 std::ptrdiff_t openResources() noexcept;
 
 } // namespace winhost

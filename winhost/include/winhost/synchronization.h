@@ -3,9 +3,7 @@
 
 #include "winhost/types.h"
 
-#define INFINITE 0xFFFFFFFF
-
-/// Room for a recursive mutex.
+/// Memory for a recursive mutex.
 struct CRITICAL_SECTION {
     void* opaque[5];
 };
@@ -19,17 +17,16 @@ void EnterCriticalSection(LPCRITICAL_SECTION section);
 void LeaveCriticalSection(LPCRITICAL_SECTION section);
 void DeleteCriticalSection(LPCRITICAL_SECTION section);
 
-/// An event only to be passed in an OVERLAPPED and closed; nothing here can wait for it.
+/// Makes an event that fits into an OVERLAPPED. Nothing can wait for it or set it.
 HANDLE CreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manualReset, BOOL initialState, LPCSTR name);
 
 void Sleep(DWORD milliseconds);
 DWORD GetCurrentProcessId();
-ULONGLONG GetTickCount64();
-/// Goes to standard error when WINHOST_DEBUG is set in the environment.
+/// Writes to standard error when the environment variable WINHOST_DEBUG is set.
 void OutputDebugStringA(LPCSTR text);
 }
 
-/// Both are full barriers and return the value found.
+/// Both are full memory barriers and return the previous value.
 inline LONG InterlockedCompareExchange(LONG volatile* target, LONG exchange, LONG comparand) {
     __atomic_compare_exchange_n(target, &comparand, exchange, false, __ATOMIC_SEQ_CST, __ATOMIC_SEQ_CST);
     return comparand;

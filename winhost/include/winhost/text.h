@@ -9,7 +9,7 @@
 
 extern "C" {
 
-/// `codePage` must be CP_UTF8. Text that is not valid becomes U+FFFD, or with the flag
+/// `codePage` must be CP_UTF8. Invalid text becomes U+FFFD; with the flag above the call fails with
 /// ERROR_NO_UNICODE_TRANSLATION.
 int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, LPWSTR buffer, int size);
 int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LPSTR buffer, int size,
