@@ -10,15 +10,14 @@
 namespace simulated {
 namespace {
 
-/// What a new journal starts with.
-constexpr std::string_view noFolding = "folded 0000000000";
+/// What a new journal begins with.
+constexpr std::string_view neverEmptied = "folded 0000000000";
 
 std::string readRange(const File& file, std::uint64_t from, std::uint64_t to) {
     std::string text(static_cast<std::size_t>(to - from), '\0');
-    if (file.read(from, text.data(), static_cast<std::uint32_t>(text.size())) != text.size()) {
-        throw StoreError(Code::FileMissing, 0,
-                         "the file cannot be read whole"); // a part would pass for all of it
-    }
+    if (file.read(from, text.data(), static_cast<std::uint32_t>(text.size())) != text.size())
+        // A part must not be taken for the whole: the rest would be lost at the next folding.
+        throw StoreError(Code::FileMissing, 0, "the file cannot be read to its end");
     return text;
 }
 
@@ -29,7 +28,7 @@ void applyChanges(std::vector<DeviceEntry>& devices, std::vector<DeviceChange> c
     for (DeviceChange& change : changes) {
         const auto found = byToken.find(change.token);
         if (found == byToken.end())
-            continue; // somebody took the device out of the file
+            continue; // the device was removed from the file
         if (change.number)
             found->second->number = *change.number;
         if (change.alias)
@@ -39,27 +38,28 @@ void applyChanges(std::vector<DeviceEntry>& devices, std::vector<DeviceChange> c
 
 } // namespace
 
-DeviceStore::DeviceStore(Path path) : path_(std::move(path)) {}
+DeviceStore::DeviceStore(Path devicesFile) : path(std::move(devicesFile)) {}
 
 std::vector<DeviceEntry> DeviceStore::load() {
     openSideFiles();
     const FileLock lock = lockStore();
-    // The stamp is taken first: an edit between it and the reading only makes the list stale once more.
+    // The stamp comes before the reading: an edit between the two makes the list stale once more, that is
+    // all.
     const FileStamp stamp = fileStamp();
     const std::string text = readFile();
     std::vector<DeviceEntry> devices = parseFile(text);
-    JournalStamp journal = journalStamp();
-    std::vector<DeviceChange> changes = readJournal(headerSize, journal.size);
-    loaded_ = stamp;
-    seen_ = journal;
-    if (journal.size > headerSize) {
+    const JournalStamp journalNow = journalStamp();
+    std::vector<DeviceChange> changes = readJournal(headerSize, journalNow.size);
+    loaded = stamp;
+    seen = journalNow;
+    if (journalNow.size > headerSize) {
         applyChanges(devices, std::move(changes));
         const std::string folded = rewriteDevices(text, devices);
-        // The journal goes on keeping the changes while the file cannot be replaced because someone holds it
-        // open, or must not be because an editor, which takes no lock, has saved it just now.
+        // The journal keeps the changes when the file cannot be replaced, because a program has it open, or
+        // must not be replaced, because an editor (editors do not lock it) has saved it since it was read.
         if (folded == text || (!isFileChanged() && replaceFile(folded))) {
-            loaded_ = fileStamp();
-            emptyJournal(journal);
+            loaded = fileStamp();
+            emptyJournal(journalNow);
         }
     }
     return devices;
@@ -67,21 +67,21 @@ std::vector<DeviceEntry> DeviceStore::load() {
 
 bool DeviceStore::isFileChanged() const noexcept {
     const FileStamp now = fileStamp();
-    return now.size != loaded_.size || now.written != loaded_.written;
+    return now.size != loaded.size || now.written != loaded.written;
 }
 
 std::vector<DeviceChange> DeviceStore::readChanges() {
-    if (!journal_)
+    if (!journal)
         return {};
     JournalStamp now = journalStamp();
-    if (now.header == seen_.header && now.size == seen_.size)
+    if (now.header == seen.header && now.size == seen.size)
         return {};
     const FileLock lock = lockStore();
     now = journalStamp();
     std::vector<DeviceChange> changes;
-    if (now.header == seen_.header && now.size >= seen_.size) {
-        changes = readJournal(seen_.size, now.size);
-    } else { // folded meanwhile: what the journal held stands in the file
+    if (now.header == seen.header && now.size >= seen.size) {
+        changes = readJournal(seen.size, now.size);
+    } else { // the journal was emptied: its changes are in the file now
         for (DeviceEntry& device : parseFile(readFile())) {
             DeviceChange change{std::move(device.token), {}, std::move(device.alias)};
             if (device.number != vykel::noDeviceNumber)
@@ -91,48 +91,48 @@ std::vector<DeviceChange> DeviceStore::readChanges() {
         for (DeviceChange& change : readJournal(headerSize, now.size))
             changes.push_back(std::move(change));
     }
-    seen_ = now;
+    seen = now;
     return changes;
 }
 
 void DeviceStore::append(const DeviceChange& change) {
-    // The line end goes first: it ends whatever a killed process left half-written.
+    // The line end comes first: it ends a line that a killed process left incomplete.
     const std::string record = "\n" + formatChange(change);
     openSideFiles();
     const FileLock lock = lockStore();
     const JournalStamp before = journalStamp();
-    // An alias may be moved here from where it is deleted next, so it must be on the disk before that;
-    // numbers that a power failure takes are given again.
-    if (!journal_.write(before.size, record) || (change.alias && !FlushFileBuffers(journal_.handle()))) {
-        journal_.truncate(before.size);
+    // Flush an alias: the caller may delete its own copy next. A number that a power failure loses is given
+    // again.
+    if (!journal.write(before.size, record) || (change.alias && !FlushFileBuffers(journal.handle()))) {
+        journal.truncate(before.size);
         throw StoreError(Code::NotWritable, 0, "the journal cannot be written");
     }
-    if (before.header == seen_.header && before.size == seen_.size)
-        seen_.size += record.size();
+    if (before.header == seen.header && before.size == seen.size)
+        seen.size += record.size();
 }
 
 void DeviceStore::fold() {
-    if (journal_ && journalStamp().size > headerSize)
+    if (journal && journalStamp().size > headerSize)
         load();
 }
 
 void DeviceStore::openSideFiles() {
-    if (!lockFile_)
-        lockFile_ = File(path_ + ".lck", GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
-    if (!lockFile_)
+    if (!lockFile)
+        lockFile = File(path + ".lck", GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
+    if (!lockFile)
         throw StoreError(Code::NotWritable, 0, "the lock file cannot be opened for writing");
-    if (journal_)
+    if (journal)
         return;
     const FileLock lock = lockStore();
-    File journal(path_ + ".journal", GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
-    const auto size = journal.size();
-    if (!size || (*size < headerSize && !journal.write(0, noFolding)))
+    File opened(path + ".journal", GENERIC_READ | GENERIC_WRITE, OPEN_ALWAYS);
+    const auto size = opened.size();
+    if (!size || (*size < headerSize && !opened.write(0, neverEmptied)))
         throw StoreError(Code::NotWritable, 0, "the journal cannot be opened for writing");
-    journal_ = std::move(journal);
+    journal = std::move(opened);
 }
 
 FileLock DeviceStore::lockStore() const {
-    FileLock lock(lockFile_);
+    FileLock lock(lockFile);
     if (!lock.held())
         throw StoreError(Code::NotWritable, 0, "the lock file cannot be locked");
     return lock;
@@ -140,7 +140,7 @@ FileLock DeviceStore::lockStore() const {
 
 DeviceStore::FileStamp DeviceStore::fileStamp() const noexcept {
     WIN32_FILE_ATTRIBUTE_DATA data = {};
-    if (!GetFileAttributesExW(path_.c_str(), GetFileExInfoStandard, &data))
+    if (!GetFileAttributesExW(path.c_str(), GetFileExInfoStandard, &data))
         return {};
     const auto join = [](DWORD high, DWORD low) { return std::uint64_t{high} << 32 | low; };
     return {join(data.nFileSizeHigh, data.nFileSizeLow),
@@ -149,15 +149,15 @@ DeviceStore::FileStamp DeviceStore::fileStamp() const noexcept {
 
 DeviceStore::JournalStamp DeviceStore::journalStamp() const {
     JournalStamp stamp;
-    const auto size = journal_.size();
-    if (!size || *size < headerSize || journal_.read(0, stamp.header.data(), headerSize) != headerSize)
+    const auto size = journal.size();
+    if (!size || *size < headerSize || journal.read(0, stamp.header.data(), headerSize) != headerSize)
         throw StoreError(Code::NotWritable, 0, "the journal cannot be read");
     stamp.size = *size;
     return stamp;
 }
 
 std::string DeviceStore::readFile() const {
-    const File file(path_, GENERIC_READ, OPEN_EXISTING);
+    const File file(path, GENERIC_READ, OPEN_EXISTING);
     const auto size = file.size();
     if (!size)
         throw StoreError(Code::FileMissing, 0, "the file cannot be opened");
@@ -173,7 +173,7 @@ std::vector<DeviceEntry> DeviceStore::parseFile(std::string_view text) const {
 }
 
 std::vector<DeviceChange> DeviceStore::readJournal(std::uint64_t from, std::uint64_t to) const {
-    const std::string text = readRange(journal_, from, to);
+    const std::string text = readRange(journal, from, to);
     std::vector<DeviceChange> changes;
     for (std::size_t begin = 0; begin < text.size();) {
         const std::size_t end = text.find('\n', begin);
@@ -186,30 +186,31 @@ std::vector<DeviceChange> DeviceStore::readJournal(std::uint64_t from, std::uint
 
 bool DeviceStore::replaceFile(const std::string& text) const noexcept {
     try {
-        const Path temporary = path_ + ".tmp";
+        const Path temporary = path + ".tmp";
         bool written = false;
         {
             const File file(temporary, GENERIC_WRITE, CREATE_ALWAYS);
             written = file && file.write(0, text) && FlushFileBuffers(file.handle());
         }
         if (written &&
-            MoveFileExW(temporary.c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
+            MoveFileExW(temporary.c_str(), path.c_str(), MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH))
             return true;
         DeleteFileW(temporary.c_str());
-    } catch (const std::bad_alloc&) { // as any other failure: the file stays as it was
+    } catch (const std::bad_alloc&) { // like any other failure: the file stays unchanged
     }
     return false;
 }
 
 void DeviceStore::emptyJournal(const JournalStamp& current) noexcept {
-    // The count goes first. Killed between the two, the next reader finds old changes and makes them again.
+    // The count is written first. When the process is killed between the two steps, the next reader applies
+    // old changes again, which changes nothing.
     std::uint32_t folded = 0;
     std::from_chars(current.header.data() + sizeof("folded"), current.header.data() + headerSize, folded);
     std::array<char, headerSize + 1> header = {};
     std::snprintf(header.data(), header.size(), "folded %010u", folded + 1);
-    if (journal_.write(0, std::string_view(header.data(), headerSize)) && journal_.truncate(headerSize)) {
-        std::copy_n(header.begin(), headerSize, seen_.header.begin());
-        seen_.size = headerSize;
+    if (journal.write(0, std::string_view(header.data(), headerSize)) && journal.truncate(headerSize)) {
+        std::copy_n(header.begin(), headerSize, seen.header.begin());
+        seen.size = headerSize;
     }
 }
 

@@ -14,10 +14,9 @@ namespace simulated {
 
 /// This plug-in's own status codes.
 enum class Code : std::int32_t {
-    FileMissing = -64101,   ///< The `.devices` file cannot be opened.
-    FileMalformed = -64102, ///< The `.devices` file has a bad line.
-    NotWritable =
-        -64103 ///< The side files or the `.devices` file cannot be written (folder read-only? disk full?).
+    FileMissing = -64101,   ///< the `.devices` file cannot be opened or read
+    FileMalformed = -64102, ///< the `.devices` file has a bad line
+    NotWritable = -64103    ///< the files beside it cannot be written (read-only folder? full disk?)
 };
 
 /// A failure of the store. `line` is the bad line of the `.devices` file, from 1, or 0.
@@ -29,37 +28,38 @@ public:
     const std::size_t line;
 };
 
-/// A `.devices` file with what was set since: the state that all processes share.
+/// A `.devices` file and the changes made since it was written: the state that all processes share.
 ///
-/// A number or alias set is one line appended to `<file>.journal`, so that numbering n devices costs n short
-/// writes. The journal is folded into the file, by one replacement of the whole, when a list is refreshed or
-/// released. Everything happens under an exclusive lock on `<file>.lck`. Whether anything changed is told
-/// without the lock: the journal starts with the count of its foldings, and between two of them it only
+/// To set a number or an alias appends one line to `<file>.journal`, so numbering n devices costs n short
+/// writes. When a list is refreshed or released, the changes are folded into the file, which is replaced as a
+/// whole, and the journal is emptied. All this happens under an exclusive lock on `<file>.lck`. A look for
+/// changes needs no lock: the journal begins with the number of times it was emptied, and in between it only
 /// grows.
 ///
-/// What was set survives the end of the process at once, and a power failure from the next folding on.
-/// One object belongs to one thread; any number of objects, in any process, may share a file.
+/// A change survives the end of the process at once. An alias survives a power failure at once, a number from
+/// the next folding on. An object is used by one thread; any number of objects, in any process, may share a
+/// file.
 class DeviceStore {
 public:
-    /// Opens nothing yet. `path` is the `.devices` file.
-    explicit DeviceStore(Path path);
+    /// Opens nothing yet. `devicesFile` is the path of the `.devices` file.
+    explicit DeviceStore(Path devicesFile);
 
-    const Path& path() const noexcept { return path_; }
+    const Path path;
 
-    /// Reads the file and all changes, and folds them in. Throws StoreError, std::bad_alloc.
+    /// Reads the file and all changes, and folds the changes in. Throws StoreError, std::bad_alloc.
     std::vector<DeviceEntry> load();
 
-    /// True when the file is not the one that load() read last. One look at the file's attributes.
+    /// Whether the file differs from the one that load() read last. Looks only at the file's attributes.
     bool isFileChanged() const noexcept;
 
-    /// What any other object has changed since the last load(), readChanges(), or append(). Costs two small
-    /// reads when that is nothing. Throws StoreError, std::bad_alloc.
+    /// The changes of all other objects since the last load() or readChanges(). May contain changes that are
+    /// known already. Costs two small reads when nothing changed. Throws StoreError, std::bad_alloc.
     std::vector<DeviceChange> readChanges();
 
-    /// Keeps a change. Throws StoreError(NotWritable), std::bad_alloc; then nothing is kept.
+    /// Keeps a change. Throws StoreError(NotWritable), std::bad_alloc; then the change is not kept.
     void append(const DeviceChange& change);
 
-    /// Folds the journal in when there is anything in it. Throws as load() does; the journal is kept then.
+    /// Folds the changes in, if there are any. Throws as load() does; then the journal keeps them.
     void fold();
 
 private:
@@ -84,11 +84,10 @@ private:
     bool replaceFile(const std::string& text) const noexcept;
     void emptyJournal(const JournalStamp& current) noexcept;
 
-    Path path_;
-    File lockFile_;
-    File journal_;
-    FileStamp loaded_;
-    JournalStamp seen_;
+    File lockFile;
+    File journal;
+    FileStamp loaded;
+    JournalStamp seen;
 };
 
 } // namespace simulated

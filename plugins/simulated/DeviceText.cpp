@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-/// `key=value` in a line, with the place of the value as it is written there, quotes included.
+/// `key=value` in a line, with the position of the value as it is written there, quotes included.
 struct Item {
     std::string_view key;
     std::string value;
@@ -21,7 +21,7 @@ struct Item {
 };
 
 [[noreturn]] void fail(const std::string& reason) {
-    throw TextError(0, reason); // whoever knows the line puts it in
+    throw TextError(0, reason); // parseDevices adds the line
 }
 
 bool isBlank(char c) noexcept {
@@ -35,7 +35,7 @@ void requireUtf8(std::string_view line) {
         fail("the line is not UTF-8 text");
 }
 
-/// Reads the quoted text that starts at `line[at]` and moves `at` behind it.
+/// Reads the quoted text that starts at `line[at]` and moves `at` after it.
 std::string readQuoted(std::string_view line, std::size_t& at) {
     std::string value;
     for (++at; at < line.size() && line[at] != '"'; ++at) {
@@ -56,7 +56,7 @@ std::string readQuoted(std::string_view line, std::size_t& at) {
             value += '\r';
             break;
         default:
-            fail("after \\ only \\ \" n and r may stand in a quoted text");
+            fail("a quoted text allows \\\\ \\\" \\n and \\r, no other \\");
         }
     }
     if (at == line.size())
@@ -89,7 +89,7 @@ std::vector<Item> parseItems(std::string_view line) {
         item.end = at;
         for (const Item& earlier : items)
             if (earlier.key == item.key)
-                fail("'" + std::string(item.key) + "' stands twice in the line");
+                fail("'" + std::string(item.key) + "' occurs twice in the line");
         items.push_back(std::move(item));
     }
 }
@@ -148,7 +148,7 @@ std::string quoted(std::string_view text) {
     return result += '"';
 }
 
-/// Gives `key` the value `written` in a line that parses; behind its last item when the key is not there.
+/// Sets `key` to `written` in a valid line; adds it after the last item when the line lacks it.
 void setItem(std::string& line, std::string_view key, const std::string& value, const std::string& written) {
     std::size_t end = 0;
     for (const Item& item : parseItems(line)) {
@@ -162,7 +162,7 @@ void setItem(std::string& line, std::string_view key, const std::string& value, 
     line.insert(end, " " + std::string(key) + "=" + written);
 }
 
-/// Calls `visit` with every line of `text`, its line end left out, and its number from 1.
+/// Calls `visit` with every line of `text`, without its line end, and its number from 1.
 template <class Visit>
 void forEachLine(std::string_view text, Visit&& visit) {
     for (std::size_t number = 1; !text.empty(); ++number) {
@@ -172,6 +172,7 @@ void forEachLine(std::string_view text, Visit&& visit) {
     }
 }
 
+/// The length of the byte-order mark, if there is one.
 std::size_t markLength(std::string_view text) noexcept {
     return text.substr(0, byteOrderMark.size()) == byteOrderMark ? byteOrderMark.size() : 0;
 }
@@ -191,7 +192,7 @@ std::vector<DeviceEntry> parseDevices(std::string_view text) {
             entry.line = number;
             const auto [earlier, isNew] = lineOfToken.emplace(entry.token, number);
             if (!isNew)
-                fail("the token already stands in line " + std::to_string(earlier->second));
+                fail("the token is used already in line " + std::to_string(earlier->second));
             devices.push_back(std::move(entry));
         } catch (const TextError& error) {
             throw TextError(number, error.what());

@@ -10,7 +10,7 @@
 
 namespace simulated {
 
-/// A Windows path; WCHAR is the unit of Windows' wide-character functions.
+/// A Windows path. WCHAR is the unit of Windows' wide-character functions.
 using Path = std::basic_string<WCHAR>;
 
 /// `path` followed by an ASCII `suffix`.
@@ -20,83 +20,84 @@ inline Path operator+(Path path, const char* suffix) {
     return path;
 }
 
-/// An open file, closed at the end of its scope. Other processes may read, write and replace it meanwhile.
+/// An open file, closed at the end of its scope. Other processes may read, write and replace it at the same
+/// time.
 class File {
 public:
     File() noexcept = default;
-    /// Opens as CreateFileW does; the file is `false` when that failed, and GetLastError says why.
+    /// Opens as CreateFileW does. When that fails, the file is `false` and GetLastError says why.
     File(const Path& path, DWORD access, DWORD disposition) noexcept
-        : handle_(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
-                              nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
-    File(File&& other) noexcept : handle_(std::exchange(other.handle_, INVALID_HANDLE_VALUE)) {}
+        : opened(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                             nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
+    File(File&& other) noexcept : opened(std::exchange(other.opened, INVALID_HANDLE_VALUE)) {}
     File& operator=(File&& other) noexcept {
-        std::swap(handle_, other.handle_);
+        std::swap(opened, other.opened);
         return *this;
     }
     ~File() {
         if (*this)
-            CloseHandle(handle_);
+            CloseHandle(opened);
     }
 
-    explicit operator bool() const noexcept { return handle_ != INVALID_HANDLE_VALUE; }
-    HANDLE handle() const noexcept { return handle_; }
+    explicit operator bool() const noexcept { return opened != INVALID_HANDLE_VALUE; }
+    HANDLE handle() const noexcept { return opened; }
 
-    /// Size in bytes, or nothing when it cannot be told.
+    /// The size in bytes; nothing when the system cannot say.
     std::optional<std::uint64_t> size() const noexcept {
         LARGE_INTEGER size = {};
-        if (!GetFileSizeEx(handle_, &size))
+        if (!GetFileSizeEx(opened, &size))
             return std::nullopt;
         return static_cast<std::uint64_t>(size.QuadPart);
     }
 
-    /// Reads up to `length` bytes from `offset`; the number read.
+    /// Reads up to `length` bytes at `offset`. Returns the number of bytes read.
     std::uint32_t read(std::uint64_t offset, char* buffer, std::uint32_t length) const noexcept {
         DWORD done = 0;
-        return seek(offset) && ReadFile(handle_, buffer, length, &done, nullptr) ? done : 0;
+        return seek(offset) && ReadFile(opened, buffer, length, &done, nullptr) ? done : 0;
     }
 
-    /// Writes all of `text` at `offset`; false when it could not.
+    /// Writes all of `text` at `offset`. False when that failed.
     bool write(std::uint64_t offset, std::string_view text) const noexcept {
         DWORD done = 0;
         return seek(offset) &&
-               WriteFile(handle_, text.data(), static_cast<DWORD>(text.size()), &done, nullptr) != 0 &&
+               WriteFile(opened, text.data(), static_cast<DWORD>(text.size()), &done, nullptr) != 0 &&
                done == text.size();
     }
 
-    /// Cuts the file off at `size` bytes.
-    bool truncate(std::uint64_t size) const noexcept { return seek(size) && SetEndOfFile(handle_) != 0; }
+    /// Cuts the file to `size` bytes.
+    bool truncate(std::uint64_t size) const noexcept { return seek(size) && SetEndOfFile(opened) != 0; }
 
 private:
     bool seek(std::uint64_t offset) const noexcept {
         LARGE_INTEGER position = {};
         position.QuadPart = static_cast<LONGLONG>(offset);
-        return SetFilePointerEx(handle_, position, nullptr, FILE_BEGIN) != 0;
+        return SetFilePointerEx(opened, position, nullptr, FILE_BEGIN) != 0;
     }
 
-    HANDLE handle_ = INVALID_HANDLE_VALUE;
+    HANDLE opened = INVALID_HANDLE_VALUE;
 };
 
 /// Holds an exclusive lock on a whole file, across processes and across handles of one process.
 class FileLock {
 public:
     /// Waits without limit for the lock.
-    explicit FileLock(const File& file) noexcept : handle_(file.handle()) {
-        held_ = LockFileEx(handle_, LOCKFILE_EXCLUSIVE_LOCK, 0, wholeFile, wholeFile, &region_) != 0;
+    explicit FileLock(const File& lockFile) noexcept : file(lockFile.handle()) {
+        locked = LockFileEx(file, LOCKFILE_EXCLUSIVE_LOCK, 0, wholeFile, wholeFile, &region) != 0;
     }
-    FileLock(FileLock&& other) noexcept : handle_(other.handle_), held_(std::exchange(other.held_, false)) {}
+    FileLock(FileLock&& other) noexcept : file(other.file), locked(std::exchange(other.locked, false)) {}
     FileLock& operator=(FileLock&&) = delete;
     ~FileLock() {
-        if (held_)
-            UnlockFileEx(handle_, 0, wholeFile, wholeFile, &region_);
+        if (locked)
+            UnlockFileEx(file, 0, wholeFile, wholeFile, &region);
     }
 
-    bool held() const noexcept { return held_; }
+    bool held() const noexcept { return locked; }
 
 private:
     static constexpr DWORD wholeFile = 0xFFFFFFFF; // both halves of the length
-    HANDLE handle_;
-    OVERLAPPED region_ = {}; // from offset 0
-    bool held_ = false;
+    const HANDLE file;
+    OVERLAPPED region = {}; // from offset 0
+    bool locked = false;
 };
 
 } // namespace simulated

@@ -1,5 +1,5 @@
-// An enumerator plug-in whole: the device, the list, the three entry points. What a real one would ask its
-// hardware or driver for, this one asks a DeviceStore.
+// A complete enumerator plug-in: the device, the list and the three entry points. It asks a DeviceStore for
+// what a real plug-in asks its hardware or driver for.
 
 #include "DeviceStore.h"
 #include "vykel/PluginEntryPoints.h"
@@ -21,7 +21,7 @@ using vykel::IDeviceList;
 using vykel::StatusBlock;
 using vykel::StatusCode;
 
-/// The UTF-8 file name at the end of `path`, for messages; empty when memory is short.
+/// The file name at the end of `path` in UTF-8, for messages.
 std::string fileName(const Path& path) {
     const Path name = path.substr(path.find_last_of(Path(1, '\\') + static_cast<WCHAR>('/')) + 1);
     std::string text(3 * name.size(), '\0');
@@ -31,8 +31,8 @@ std::string fileName(const Path& path) {
     return text;
 }
 
-/// Stores an error, unless `status` holds one: the first wins. The detail fields exist only in a block that
-/// says that it is large enough; the blocks of the library end behind `code`.
+/// Stores an error, unless `status` holds one already: the first error wins. Only a block that says it is
+/// large enough has the detail fields; the blocks of the library end after `code`.
 void storeError(StatusBlock* status, std::int32_t code, std::string_view file, std::size_t line) noexcept {
     if (status->code < 0)
         return;
@@ -47,8 +47,8 @@ void storeError(StatusBlock* status, std::int32_t code, std::string_view file, s
     status->reserved = 0;
 }
 
-/// Runs `work` and turns whatever it throws into a code, told to the debugger too: no exception may leave a
-/// plug-in.
+/// Runs `work` and turns what it throws into a code, because no exception may leave a plug-in. The reason of
+/// a StoreError goes to the debugger.
 template <class Work>
 void reportInto(StatusBlock* status, const Path& path, Work&& work) noexcept {
     try {
@@ -72,73 +72,73 @@ class DeviceList;
 class Device final : public IDevice {
 public:
     // cppcheck-suppress passedByValue ; it is moved
-    Device(DeviceList& list, DeviceEntry entry) noexcept : list_(list), entry_(std::move(entry)) {}
+    Device(DeviceList& owner, DeviceEntry fields) noexcept : list(owner), entry(std::move(fields)) {}
 
-    std::int32_t getVersion() noexcept override { return entry_.version; }
+    std::int32_t getVersion() noexcept override { return entry.version; }
     const char* getPersistentToken(std::uint32_t format) noexcept override {
-        return (format == 2 ? entry_.token2 : entry_.token).c_str();
+        return (format == 2 ? entry.token2 : entry.token).c_str();
     }
-    std::uint32_t getSortKey() noexcept override { return entry_.sortKey; }
+    std::uint32_t getSortKey() noexcept override { return entry.sortKey; }
     void setNumber(std::uint32_t number, StatusBlock* status) noexcept override;
     std::uint32_t getNumber() noexcept override;
     const char* getAlias() noexcept override;
     void setAlias(const char* alias, std::int32_t one, std::int32_t zero,
                   StatusBlock* status) noexcept override;
 
-    std::string_view token() const noexcept { return entry_.token; }
+    std::string_view token() const noexcept { return entry.token; }
     void apply(DeviceChange change) noexcept {
         if (change.number)
-            entry_.number = *change.number;
+            entry.number = *change.number;
         if (change.alias)
-            entry_.alias = std::move(change.alias);
+            entry.alias = std::move(change.alias);
     }
 
 private:
-    DeviceList& list_;
-    DeviceEntry entry_;
+    DeviceList& list;
+    DeviceEntry entry;
 };
 
 class DeviceList final : public IDeviceList {
 public:
-    explicit DeviceList(Path devicesFile) : store_(std::move(devicesFile)) {}
+    explicit DeviceList(Path devicesFile) : store(std::move(devicesFile)) {}
 
     std::int32_t getVersion() noexcept override { return 0; }
 
-    bool isStale() noexcept override { return !fresh_ || store_.isFileChanged(); }
+    bool isStale() noexcept override { return !fresh || store.isFileChanged(); }
 
     void refresh(StatusBlock* status) noexcept override {
-        fresh_ = false;
+        fresh = false;
         guard(status, [this] {
-            std::deque<Device> devices; // built aside: after a failure the old devices stand
-            std::unordered_map<std::string_view, Device*> byToken;
-            for (DeviceEntry& entry : store_.load()) {
-                Device& device = devices.emplace_back(*this, std::move(entry));
-                byToken.emplace(device.token(), &device);
+            std::deque<Device> newDevices; // after a failure the list keeps its old devices
+            std::unordered_map<std::string_view, Device*> newByToken;
+            for (DeviceEntry& entry : store.load()) {
+                Device& device = newDevices.emplace_back(*this, std::move(entry));
+                newByToken.emplace(device.token(), &device);
             }
-            devices_.swap(devices);
-            byToken_.swap(byToken);
-            fresh_ = true;
+            devices.swap(newDevices);
+            byToken.swap(newByToken);
+            fresh = true;
         });
     }
 
-    std::uint32_t getCount() noexcept override { return static_cast<std::uint32_t>(devices_.size()); }
+    std::uint32_t getCount() noexcept override { return static_cast<std::uint32_t>(devices.size()); }
 
     IDevice* getDevice(std::uint32_t index, std::int32_t minimumVersion,
                        StatusBlock* status) noexcept override {
-        if (index >= devices_.size()) {
+        if (index >= devices.size()) {
             storeError(status, vykel::toInteger(StatusCode::InvalidParameter), "", 0);
             return nullptr;
         }
-        if (devices_[index].getVersion() < minimumVersion) {
+        if (devices[index].getVersion() < minimumVersion) {
             storeError(status, vykel::toInteger(StatusCode::VersionMismatch), "", 0);
             return nullptr;
         }
-        return &devices_[index];
+        return &devices[index];
     }
 
     void release() noexcept override {
-        StatusBlock nobodyLooks = vykel::makeStatusBlock();
-        guard(&nobodyLooks, [this] { store_.fold(); });
+        StatusBlock ignored = vykel::makeStatusBlock();
+        guard(&ignored, [this] { store.fold(); });
         delete this;
     }
 
@@ -146,71 +146,71 @@ public:
     void attach(std::uint64_t, StatusBlock*) noexcept override {}
     void detach(std::uint64_t) noexcept override {}
 
-    /// Runs `work` and turns whatever it throws into a code.
+    /// Runs `work` and turns what it throws into a code.
     template <class Work>
     void guard(StatusBlock* status, Work&& work) noexcept {
-        reportInto(status, store_.path(), std::forward<Work>(work));
+        reportInto(status, store.path, std::forward<Work>(work));
     }
 
-    /// Takes over what other lists and processes have set. When that fails the devices keep what they know.
+    /// Applies what other lists and processes have set. When that fails, the devices stay as they are.
     void takeChanges() noexcept {
-        StatusBlock nobodyLooks = vykel::makeStatusBlock();
-        guard(&nobodyLooks, [this] {
-            for (DeviceChange& change : store_.readChanges()) {
-                const auto found = byToken_.find(change.token);
-                if (found != byToken_.end())
+        StatusBlock ignored = vykel::makeStatusBlock();
+        guard(&ignored, [this] {
+            for (DeviceChange& change : store.readChanges()) {
+                const auto found = byToken.find(change.token);
+                if (found != byToken.end())
                     found->second->apply(std::move(change));
             }
         });
     }
 
     /// Keeps a change of one device for good. Throws as DeviceStore::append does.
-    void keep(const DeviceChange& change) { store_.append(change); }
+    void keep(const DeviceChange& change) { store.append(change); }
 
 private:
-    ~DeviceList() override = default; // only release() ends a list
+    ~DeviceList() override = default; // only release() may destroy a list
 
-    DeviceStore store_;
-    std::deque<Device> devices_;
-    std::unordered_map<std::string_view, Device*> byToken_; // keys are the devices' tokens
-    bool fresh_ = false;
+    DeviceStore store;
+    std::deque<Device> devices;
+    std::unordered_map<std::string_view, Device*> byToken; // the keys point into the devices
+    bool fresh = false;
 };
 
 void Device::setNumber(std::uint32_t number, StatusBlock* status) noexcept {
-    list_.guard(status, [&] {
-        list_.keep({entry_.token, number, {}});
-        entry_.number = number;
+    list.guard(status, [&] {
+        list.keep({entry.token, number, {}});
+        entry.number = number;
     });
 }
 
 std::uint32_t Device::getNumber() noexcept {
-    list_.takeChanges();
-    return entry_.number;
+    list.takeChanges();
+    return entry.number;
 }
 
 const char* Device::getAlias() noexcept {
-    list_.takeChanges();
-    return entry_.alias ? entry_.alias->c_str() : nullptr;
+    list.takeChanges();
+    return entry.alias ? entry.alias->c_str() : nullptr;
 }
 
 void Device::setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock* status) noexcept {
-    if (alias == nullptr || !entry_.alias) { // this device takes none
+    if (alias == nullptr || !entry.alias) { // this device takes no alias
         storeError(status, vykel::toInteger(StatusCode::InvalidParameter), "", 0);
         return;
     }
-    list_.guard(status, [&] {
-        DeviceChange change{entry_.token, {}, alias};
-        list_.keep(change);
-        entry_.alias.swap(change.alias); // cannot fail: what is kept is also shown
+    list.guard(status, [&] {
+        DeviceChange change{entry.token, {}, alias};
+        list.keep(change);
+        entry.alias.swap(change.alias); // a swap cannot fail, so the device shows what is kept
     });
 }
 
-/// The file beside this library, with its name and the extension `.devices`.
+/// The path of this library, with the extension `.devices`.
 Path devicesFile() {
     HMODULE self = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                        reinterpret_cast<LPCWSTR>(&vykel_initializePlugin), &self);
-    Path path(32768, 0); // no path is longer
+    Path path(32768, 0); // the longest path of Windows
     path.resize(GetModuleFileNameW(self, path.data(), static_cast<DWORD>(path.size())));
     path.resize(std::min(path.find_last_of(static_cast<WCHAR>('.')), path.size()));
     return path + ".devices";
@@ -219,7 +219,7 @@ Path devicesFile() {
 } // namespace
 } // namespace simulated
 
-// Nothing is prepared and nothing kept between lists, so there is nothing to undo either.
+// Lists share nothing, so there is nothing to prepare and nothing to clean up.
 std::int32_t vykel_initializePlugin() {
     return 0;
 }
