@@ -1,4 +1,4 @@
-// The JSON engine behind Status: any text may be read; one that is a closed container also takes fields.
+// The JSON text of a Status: any text may be read; one that is a closed container also takes fields.
 #include "errors/ErrorInfoText.h"
 #include "errors/JsonEscape.h"
 #include "errors/JsonNumber.h"
@@ -17,32 +17,26 @@ void check(bool condition) {
         std::abort();
 }
 
-void readBack(const char* text, const char* key, const std::string& expected) {
-    const char* const value = vyerr::findField(text, key);
-    vyerr::JsonToken token;
-    check(value != nullptr && vyerr::parseJsonValue(value, &token) != nullptr);
-    std::vector<char> decoded(static_cast<std::size_t>(token.length) + 1);
-    check(vyerr::unescapeJsonString(token.start, token.length, decoded.data()) != nullptr);
-    check(expected == decoded.data());
+/// A string's text as far as it can be decoded.
+std::string decoded(const vyerr::JsonToken& token) {
+    std::vector<char> text(static_cast<std::size_t>(token.length) + 1);
+    vyerr::unescapeJsonString(token.start, token.length, text.data());
+    return text.data();
 }
 
 void readAnything(const std::string& text) {
     vyerr::JsonToken token;
     const char* const end = vyerr::parseJsonValue(text.c_str(), &token);
     check(end == nullptr || (end > text.c_str() && end <= text.c_str() + text.size()));
-    if (end == nullptr)
-        return;
-    if (token.type == vyerr::JsonType::Number) {
-        std::int32_t number = 0;
+    std::int32_t number = 0;
+    if (token.type == vyerr::JsonType::Number)
         vyerr::jsonNumberToInt(token, &number);
-    } else if (token.type == vyerr::JsonType::String) {
-        std::vector<char> decoded(static_cast<std::size_t>(token.length) + 1);
-        vyerr::unescapeJsonString(token.start, token.length, decoded.data());
-    }
+    if (token.type == vyerr::JsonType::String)
+        decoded(token);
     vyerr::findField(text.c_str(), "line");
 }
 
-/// Fields added to a document that some other text began: the text must stay a document and hold them.
+/// Adds fields to a document that some other text began: the text must stay a document and hold them.
 void addFields(const std::string& text) {
     vyerr::Status status;
     vyerr::initStatus(&status);
@@ -55,9 +49,11 @@ void addFields(const std::string& text) {
         const vyerr::StatusTextGrowth growth{vyerr::growStatusText, &status};
         cursor = vyerr::addStringField(cursor, "fuzz", text.c_str(), growth);
         check(cursor != nullptr && vyerr::addIntField(cursor, "n", -1, growth) != nullptr);
-        check(vyerr::errorInfoEnd(status.json) != nullptr);
-        readBack(status.json, "fuzz", text);
-        check(status.json[status.capacity - 1] == 'J');
+        check(vyerr::errorInfoEnd(status.json) != nullptr && status.json[status.capacity - 1] == 'J');
+        vyerr::JsonToken token;
+        const char* const value = vyerr::findField(status.json, "fuzz");
+        check(value != nullptr && vyerr::parseJsonValue(value, &token) != nullptr);
+        check(decoded(token) == text);
     }
     status.code = -1;
     vykel::StatusBlock block = vykel::makeStatusBlock();
@@ -67,8 +63,6 @@ void addFields(const std::string& text) {
 }
 
 } // namespace
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text(reinterpret_cast<const char*>(data),

@@ -1,56 +1,52 @@
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "support/Machine.h"
+#include "support/OwnedStatus.h"
+#include "support/TestFiles.h"
 #include "vydynlib/dynload.h"
+#include "vyfile/internal/FileLockImpl.h"
 #include "vyplat/quarks/memoryFault.h"
+#include "vyplat/quarks/synchronization.h"
 #include "vysys/stdpath.h"
 #include "vysys/windowsRegistry.h"
-#include <fstream>
+#include <atomic>
 #include <gtest/gtest.h>
+#include <io.h>
+#include <regex>
 
 namespace vykeltest {
 
 namespace {
 
-/// The document of an operating system failure: the four fields, then two objects.
-std::string document(const char* constant, const char* file, int line, const std::string& objects) {
-    return std::string("{\"error_constant\":\"") + constant + "\",\"file\":\"includes/" + file +
+using vykel::StatusCode;
+
+/// A failure as takeError gives it.
+std::string failure(StatusCode code, const char* constant, const char* file, int line,
+                    const std::string& objects) {
+    return numberOf(code) + "{\"error_constant\":\"vyplaterr_" + constant + "\",\"file\":\"includes/" + file +
            "\",\"line\":" + std::to_string(line) + ",\"component\":\"vykeldevenum\"," + objects + "}";
 }
 
-/// "internal_error" with the text that this system has for the error.
 std::string win32Error(DWORD error) {
-    char* text = nullptr;
-    FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                       FORMAT_MESSAGE_IGNORE_INSERTS,
-                   nullptr, error, 0x400, reinterpret_cast<char*>(&text), 0, nullptr);
-    std::string escaped;
-    for (const char* at = text != nullptr ? text : ""; *at != '\0'; ++at)
-        escaped += *at == '\r' ? "\\r" : *at == '\n' ? "\\n" : std::string(1, *at);
-    LocalFree(text);
-    return "\"internal_error\":{\"api\":\"win32\",\"code\":" + std::to_string(error) +
-           (escaped.empty() ? "" : ",\"string\":\"" + escaped + "\"") + "}";
+    return "\"internal_error\":{\"api\":\"win32\",\"code\":" + std::to_string(error) + ",\"string\":*}";
 }
 
 std::string registryError(const char* file, int line, DWORD error, const char* description) {
-    return document("vyplaterr_resourceNotFound", file, line,
-                    win32Error(error) + ",\"vysys_debug\":{\"desc\":\"" + description + "\"}");
+    return failure(StatusCode::ResourceNotFound, "resourceNotFound", file, line,
+                   win32Error(error) + ",\"vysys_debug\":{\"desc\":\"" + description + " failed\"}");
 }
 
 class PlatformTest : public testing::Test {
 protected:
-    PlatformTest() { vyerr::initStatus(&status); }
-    ~PlatformTest() override { vyerr::releaseStatus(&status); }
-
-    /// The text recorded, with the code in front; empties the record.
+    /// The code and the document recorded, with an asterisk for the system's text; empties the record.
     std::string takeError() {
         const std::string error = std::to_string(status.code) + (status.json != nullptr ? status.json : "");
         vyerr::releaseStatus(&status);
-        return error;
+        return std::regex_replace(error, std::regex("\"[^\"]+\\\\r\\\\n\""), "*");
     }
 
     Machine machine;
-    vyerr::Status status;
+    OwnedStatus status;
     static constexpr const char* key = "SOFTWARE\\Morvance\\VY-KEL\\Plugins\\";
 };
 
@@ -58,124 +54,107 @@ protected:
 
 TEST_F(PlatformTest, ReadsTheRegistry) {
     const DWORD binary = REG_BINARY;
-    const std::string longText(2 * 1001, 'x');
+    const std::string longestName(255, 'n');
+    const std::string longText(2 * 1000, 'x');
     EXPECT_EQ(vysys::countSubkeys(key, status), 0u);
-    machine.registerPlugin("b", &binary, longText.data(), longText.size());
+    machine.registerPlugin(longestName, &binary, wide(longText).data(), 2 * longText.size());
     machine.registerPlugin("A", &binary, "a\0\0\0b\0c", 7);
     machine.registerPlugin(u8"é", nullptr, nullptr, 0);
-    EXPECT_EQ(vysys::countSubkeys(key, status), 3u);
-    const std::string expectedNames[] = {"A", "b", u8"é"};
-    for (std::uint32_t i = 0; i < 3; ++i) {
-        vysys::Utf8Vector name;
-        vysys::getSubkeyName(key, i, name, status);
-        EXPECT_EQ(std::string(name.begin(), name.end()), expectedNames[i]);
-    }
-    std::string longExpected;
-    for (int i = 0; i < 1001; ++i)
-        longExpected += "\xE7\xA1\xB8"; // U+7878
-    const struct {
-        const char* name;
-        std::string value;
-    } values[] = {{"A\\", std::string("a\0b", 3)}, {"b", longExpected}};
-    for (const auto& each : values) {
-        vysys::Utf8Vector value;
-        vysys::readStringValue((std::string(key) + each.name).c_str(), "EnumeratorPluginPath", value, status);
-        EXPECT_EQ(std::string(value.begin(), value.end()), each.value);
-    }
+    vysys::Utf8Vector text;
+    for (std::uint32_t i = 0; i < vysys::countSubkeys(key, status); ++i)
+        vysys::getSubkeyName(key, i, text, status);
+    for (const std::string& name : {std::string("A\\"), longestName})
+        vysys::readStringValue((key + name).c_str(), "EnumeratorPluginPath", text, status);
+    EXPECT_EQ(std::string(text.begin(), text.end()),
+              "A" + longestName + u8"é" + std::string("a\0b", 3) + longText);
     EXPECT_EQ(takeError(), "0");
 }
 
 TEST_F(PlatformTest, RecordsWhatTheRegistryRefused) {
     vysys::Utf8Vector text;
     EXPECT_EQ(vysys::countSubkeys("missing", status), 0u);
-    EXPECT_EQ(takeError(),
-              "-52006" + registryError("vysys/windowsRegistry.cpp", 91, 2, "RegOpenKeyEx failed"));
+    EXPECT_EQ(takeError(), registryError("vysys/windowsRegistry.cpp", 91, 2, "RegOpenKeyEx"));
     vysys::getSubkeyName(key, 0, text, status);
-    EXPECT_EQ(takeError(),
-              "-52006" + registryError("vysys/windowsRegistry.cpp", 58, 259, "RegEnumKey failed"));
+    EXPECT_EQ(takeError(), registryError("vysys/windowsRegistry.cpp", 58, 259, "RegEnumKey"));
     vysys::readStringValue(key, "missing", text, status);
-    EXPECT_EQ(takeError(), "-52006" + registryError("vysys/stdpath.cpp", 246, 2, "RegQueryValue failed"));
-    status.code = -1;
-    machine.registerPlugin("a", nullptr, nullptr, 0);
-    EXPECT_EQ(vysys::countSubkeys(key, status), 0u);
-    vysys::getSubkeyName(key, 0, text, status);
-    vysys::readStringValue("missing", "missing", text, status);
+    EXPECT_EQ(takeError(), registryError("vysys/stdpath.cpp", 246, 2, "RegQueryValue"));
     EXPECT_EQ(text.begin(), text.end());
-    EXPECT_EQ(takeError(), "-1");
 }
 
 TEST_F(PlatformTest, FindsTheSharedDataFolder) {
     std::string folder = "old";
-    const std::string name = u8"gerät \U0001F600";
-    fs::create_directories(machine.folder() / fs::u8path(name));
-    const struct {
-        std::string reported;
-        std::string folder;
-    } folders[] = {{"", ""}, {"\\", ""}, {"\\" + name, "\\" + name}};
-    for (const auto& each : folders) {
-        machine.setFolderName(machine.folderName() + each.reported);
+    const std::string name = u8"\\gerät \U0001F600";
+    fs::create_directories(machine.folder() / fs::u8path(name.substr(1)));
+    for (const std::string& reported : {std::string(), std::string("\\"), name}) {
+        machine.setFolderName(machine.folderName() + reported);
         vysys::getSharedDataFolder(folder, status);
-        EXPECT_EQ(folder, machine.folderName() + each.folder + "\\Morvance");
+        EXPECT_EQ(folder, machine.folderName() + (reported == name ? name : "") + "\\Morvance");
     }
     EXPECT_EQ(takeError(), "0");
     machine.setFolderName(machine.folderName() + "\\missing");
     vysys::getSharedDataFolder(folder, status);
-    EXPECT_EQ(takeError(),
-              "-52006" + document("vyplaterr_resourceNotFound", "vysys/stdpath.cpp", 283,
-                                  "\"internal_error\":{\"api\":\"hresult\",\"code\":-2147024894},"
-                                  "\"vysys_debug\":{\"desc\":\"SHGetFolderPathW failed\"}"));
-    const struct {
-        std::string path;
-        const char* trimmed;
-    } paths[] = {{std::string(" \t C:\\a b\\ \\\0\0", 13), "C:\\a b"},
-                 {" \\ ", ""},
-                 {"", ""},
-                 {"\xC2\xA0x", "\xC2\xA0x"}};
-    for (auto each : paths) {
-        vysys::trimPath(each.path);
-        EXPECT_EQ(each.path, each.trimmed);
-    }
+    EXPECT_EQ(takeError(), failure(StatusCode::ResourceNotFound, "resourceNotFound", "vysys/stdpath.cpp", 283,
+                                   "\"internal_error\":{\"api\":\"hresult\",\"code\":-2147024894},"
+                                   "\"vysys_debug\":{\"desc\":\"SHGetFolderPathW failed\"}"));
+    vysys::trimPath(folder = std::string(" \t \xC2\xA0 C:\\b\\ \\\0\0", 15));
+    EXPECT_EQ(folder, "\xC2\xA0 C:\\b");
+    vysys::trimPath(folder = " \\ ");
+    EXPECT_EQ(folder, "");
 }
 
-TEST_F(PlatformTest, RecordsWhatTheLoaderRefused) {
-    const auto recorded = [](int line, const char* subjectKey, const std::string& subject, DWORD error) {
-        return "-52005" +
-               document("vyplaterr_invalidParameter", "vydynlib/dynload.cpp", line,
-                        std::string("\"vydynlib_debug\":{\"debug\":\"failed to vydynlib_load library\",\"") +
-                            subjectKey + "\":\"" + subject + "\"}," + win32Error(error));
+TEST_F(PlatformTest, LoadsLibraries) {
+    const auto refused = [](int line, const char* subject, DWORD error) {
+        return failure(StatusCode::InvalidParameter, "invalidParameter", "vydynlib/dynload.cpp", line,
+                       std::string("\"vydynlib_debug\":{\"debug\":\"failed to vydynlib_load library\",\"") +
+                           subject + "\":\"missing\"}," + win32Error(error));
     };
     EXPECT_EQ(vydynlib::loadLibrary("missing", status), nullptr);
-    EXPECT_EQ(takeError(), recorded(94, "path", "missing", ERROR_MOD_NOT_FOUND));
+    EXPECT_EQ(takeError(), refused(94, "path", ERROR_MOD_NOT_FOUND));
     const HMODULE module = vydynlib::loadLibrary((programFolder() / libraryFile).u8string().c_str(), status);
-    ASSERT_NE(module, nullptr);
-    EXPECT_NE(vydynlib::getSymbol(module, "vykeldevenum_finalize", status), nullptr);
+    const FARPROC symbol = vydynlib::getSymbol(module, "vykeldevenum_finalize", status);
     EXPECT_EQ(vydynlib::getSymbol(module, "missing", status), nullptr);
-    EXPECT_EQ(takeError(), recorded(177, "vydynlib_symbol", "missing", ERROR_PROC_NOT_FOUND));
-    status.code = -1;
-    EXPECT_EQ(vydynlib::getSymbol(module, "vykeldevenum_finalize", status), nullptr);
-    EXPECT_EQ(vydynlib::loadLibrary("missing", status), nullptr);
-    EXPECT_EQ(takeError(), "-1");
+    EXPECT_EQ(takeError(), refused(177, "vydynlib_symbol", ERROR_PROC_NOT_FOUND));
+    constexpr DWORD byAddress =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE found = nullptr;
     vydynlib::LibraryHandle handle;
-    handle.unload();
     handle.reset(module);
-    handle.unload();
-    EXPECT_EQ(handle.get(), nullptr);
+    EXPECT_TRUE(GetModuleHandleExW(byAddress, reinterpret_cast<LPCWSTR>(symbol), &found));
+    handle.reset(nullptr); // unloads the library held before
+    EXPECT_FALSE(GetModuleHandleExW(byAddress, reinterpret_cast<LPCWSTR>(symbol), &found));
 }
 
-TEST_F(PlatformTest, RecordsALockFileThatCannotBeMade) {
-    try {
-        vykel::openLockFile((machine.folder() / "missing" / "x.lck").string().c_str());
-        FAIL();
-    } catch (const vyerr::Exception& exception) {
-        EXPECT_EQ(exception.status()->code, -50209);
-        EXPECT_STREQ(exception.what(),
-                     "{\"error_constant\":\"vykel::toInteger(code_)\",\"file\":\"includes/pellumkelddk/user/"
-                     "FileLock.cpp\",\"line\":47,\"component\":\"vykeldevenum\"}");
-    }
-    EXPECT_FALSE(fs::exists(machine.folder() / "missing"));
+TEST_F(PlatformTest, DoesNothingAfterAnError) {
+    status.code = -1;
+    machine.registerPlugin("a", nullptr, nullptr, 0);
+    EXPECT_EQ(vysys::countSubkeys(key, status), 0u);
+    vysys::Utf8Vector text;
+    vysys::getSubkeyName(key, 0, text, status);
+    vysys::readStringValue("missing", "missing", text, status);
+    EXPECT_EQ(text.begin(), text.end());
+    std::string folder = "kept";
+    vysys::getSharedDataFolder(folder, status);
+    EXPECT_EQ(folder, "kept");
+    EXPECT_EQ(vydynlib::loadLibrary((programFolder() / libraryFile).u8string().c_str(), status), nullptr);
+    EXPECT_EQ(vydynlib::getSymbol(nullptr, "missing", status), nullptr);
+    EXPECT_EQ(takeError(), "-1");
 }
 
-TEST_F(PlatformTest, CatchesTheMemoryFaultAlone) {
+TEST_F(PlatformTest, LocksAWholeFile) {
+    const fs::path path = machine.folder() / "x.lck";
+    writeFile(path, "");
+    fs::permissions(path, fs::perms::owner_read);
+    const vykel::FileStream stream = vykel::openLockFile(path.string().c_str());
+    const vykel::FileStream other = vykel::openLockFile(path.string().c_str());
+    vyfile::FileLockImpl(stream.get()).lock();
+    OVERLAPPED range = {};
+    range.Offset = range.OffsetHigh = 0x7FFFFFFF;
+    const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(other.get())));
+    EXPECT_FALSE(LockFileEx(handle, LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &range));
+    fs::permissions(path, fs::perms::owner_all);
+}
+
+TEST_F(PlatformTest, CatchesOnlyTheMemoryFault) {
     const auto run = [](DWORD code) {
         return vyplat::completesWithoutMemoryFault(
             [](void* given) { raiseStructuredException(*static_cast<DWORD*>(given)); }, &code);
@@ -184,6 +163,23 @@ TEST_F(PlatformTest, CatchesTheMemoryFaultAlone) {
     EXPECT_FALSE(run(0xC0000017));
     EXPECT_TRUE(passesOn([&] { run(0xC0000018); }));
     EXPECT_THROW(vyplat::completesWithoutMemoryFault([](void*) { throw 1; }, nullptr), int);
+    EXPECT_EQ(vyplat::criticalSectionSite.line, 881);
+}
+
+TEST(OnceInitializer, RunsOnceWhicheverThreadComesFirst) {
+    static std::atomic<int> runs{0};
+    const auto initialize = [](vykel::StatusBlock*) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(runs++ + 20));
+    };
+    vyplat::OnceInitializer once(initialize, [] {});
+    const auto run = [&once] {
+        vykel::StatusBlock status = vykel::makeStatusBlock();
+        once.run(&status);
+    };
+    std::thread other(run);
+    run();
+    other.join();
+    EXPECT_EQ(runs, 1);
 }
 
 } // namespace vykeltest
