@@ -47,12 +47,12 @@ TEST(Status, TheFirstErrorWins) {
 }
 
 TEST(Status, DoublesItsBuffer) {
-    OwnedStatus status;
     for (const std::uint32_t wanted : {4u, 512u, 513u, 1024u, 1025u}) {
+        OwnedStatus status;
         EXPECT_TRUE(status.reallocate(&status, wanted));
         EXPECT_EQ(status.capacity, wanted <= 512 ? 512u : wanted <= 1024 ? 1024u : 2048u) << wanted;
+        EXPECT_FALSE(status.reallocate(&status, 0x80000000u));
     }
-    EXPECT_FALSE(status.reallocate(&status, 0x80000000u));
 }
 
 TEST(Status, MergingMovesTheText) {
