@@ -1,8 +1,8 @@
 #ifndef VYKELDEV_SUPPORT_FILES_H
 #define VYKELDEV_SUPPORT_FILES_H
 
+#include "vybase/owners.h"
 #include <cstddef>
-#include <memory>
 #include <string>
 #include <string_view>
 #include <windows.h>
@@ -13,11 +13,8 @@ namespace vykeldev::doctor {
 /// In bytes; what is longer is no file.
 constexpr std::size_t longestPath = 32000;
 
-struct CloseFile {
-    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
-};
 /// An open file of the system; null when there is none.
-using FileHandle = std::unique_ptr<void, CloseFile>;
+using FileHandle = vybase::Handle;
 
 /// As CreateFileW, sharing everything; null with the system's last error set.
 FileHandle openFile(const std::string& path, DWORD access, DWORD disposition);
