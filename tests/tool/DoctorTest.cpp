@@ -120,7 +120,7 @@ TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
                     {"failed at path", "path-empty"},
                     {"failed at path", "path-empty"},
                     {"failed at file", "file-missing"},
-                    {"failed at file", "file-not-a-library", "no Windows library", true},
+                    {"failed at file", "file-not-a-library", "not a Windows library", true},
                     {"failed at file", "file-not-a-library", "cut off", true},
                     {"failed at architecture", "architecture-wrong", "not for x64", true},
                     {"failed at dependency", "dependency-missing", "not found: msvcrx.dll (", true},

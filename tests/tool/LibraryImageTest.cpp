@@ -65,9 +65,9 @@ TEST(LibraryImage, ReadsTheHeaders) {
         std::uint32_t value; // of 16 bits
         Kind kind;
         const char* detail;
-    } cases[] = {{0, 0, Kind::NotALibrary, "the file is no Windows library"},
-                 {0x40, 0, Kind::NotALibrary, "the file is no Windows library"},
-                 {0x3C, 0xFFFF, Kind::NotALibrary, "the file is no Windows library"},
+    } cases[] = {{0, 0, Kind::NotALibrary, "the file is not a Windows library"},
+                 {0x40, 0, Kind::NotALibrary, "the file is not a Windows library"},
+                 {0x3C, 0xFFFF, Kind::NotALibrary, "the file is not a Windows library"},
                  {0x56, 0, Kind::NotALibrary, "the file is a program, not a library"},
                  {0x44, 0x14C, Kind::OtherMachine, "the library is for 32-bit x86"},
                  {0x44, 0xAA64, Kind::OtherMachine, "the library is for ARM64"},

@@ -26,7 +26,7 @@ Device find(const List& list, const std::string& token) {
     for (const Device& device : devicesOf(list))
         if (quoted(device.getPersistentToken(1)) == token)
             return device;
-    throw Skipped{"the device " + token + " has gone meanwhile"};
+    throw Skipped{"the device " + token + " is no longer there"};
 }
 
 void mustRead(const Property& property, const Device& device, const std::string& expected, const char* when) {
@@ -36,7 +36,7 @@ void mustRead(const Property& property, const Device& device, const std::string&
                      " it is " + quoted(found)};
 }
 
-/// Sets the property of one device, and reads it back from the device and from a list that was there before.
+/// Sets the property of one device, and reads it back from the device and from a list that existed before.
 void alter(const Subject& subject, const Session& session, const Property& property,
            const Alteration& alteration) {
     const List other = session.plugin.makeList();
@@ -45,12 +45,13 @@ void alter(const Subject& subject, const Session& session, const Property& prope
     subject.trace.note({alteration.token, alteration.before, alteration.value});
     const std::int32_t code = property.write(device, alteration.value);
     if (code < 0)
-        throw Questionable{"setting " + std::string(property.name) + " was refused with " + std::to_string(code)};
+        throw Questionable{"setting " + std::string(property.name) + " was refused with " +
+                           std::to_string(code)};
     mustRead(property, device, alteration.value, "read from the same device");
     mustRead(property, find(other, alteration.token), alteration.value, "read from another list");
 }
 
-/// Reads the property back in a later process, and gives it its old value again.
+/// Reads the property in a later process, and restores its old value.
 void putBack(const Subject& subject, const Property& property) {
     const Alteration alteration{subject.notes.at(0), subject.notes.at(1), subject.notes.at(2)};
     const Session session(subject);
@@ -66,7 +67,7 @@ void putBack(const Subject& subject, const Property& property) {
                      ", and in a new process it is " + quoted(kept)};
 }
 
-/// The first device that nothing can be confused with and whose property is set; null when there is none.
+/// The first device with a token of its own whose property is set; null when there is none.
 const Device* findAlterable(const std::vector<Device>& devices, const Property& property) {
     std::map<PluginText, int> count;
     for (const Device& device : devices)
@@ -75,7 +76,7 @@ const Device* findAlterable(const std::vector<Device>& devices, const Property& 
         const PluginText token = device.getPersistentToken(1);
         const PluginText value = property.read(device);
         return count[token] == 1 && value && !value->empty() && isUtf8(value) &&
-               quoted(token).size() + value->size() <= longestNotes;
+               quoted(token).size() + value->size() <= maxNoteBytes;
     };
     const auto found = std::find_if(devices.begin(), devices.end(), isAlterable);
     return found == devices.end() ? nullptr : &*found;
@@ -97,8 +98,8 @@ std::string unusedAlias(const std::vector<Device>&) {
     return "vykeldev check \xC3\xA4\xE2\x82\xAC";
 }
 
-/// Alters the property of one device, or puts it back in the second process. Only where it is set: what is
-/// given for the check alone could not be taken back. `none` says what to do when no device has it.
+/// Alters the property of one device, or puts it back in the second process. The property must be set
+/// already: nothing could clear it again. `none` says what to do when no device has it.
 void checkKept(const Subject& subject, const Property& property, const char* none,
                std::string (*newValue)(const std::vector<Device>&)) {
     if (subject.stage != Stage::First)

@@ -76,18 +76,20 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         ->required()
         ->type_name("");
     command->add_flag("--json", options->json, "Prints one JSON object");
-    command->add_option("--junit", options->junitFile, "Writes the results for a build server, too")
+    command
+        ->add_option("--junit", options->junitFile,
+                     "Also writes the results in JUnit's format, for a build server")
         ->type_name("FILE");
     command
         ->add_option("--timeout", options->timeout,
-                     "Seconds without any progress after which a rule has failed (default 10)")
+                     "Seconds without progress after which a rule has failed (default 10)")
         ->check(numberFrom(1, "1 to 86400 seconds", 86400))
         ->type_name("S");
     command->add_flag("--read-only", options->readOnly,
                       "Leaves out the rules that change one number and one alias for a moment");
     command
         ->add_option("--rule", options->rules,
-                     "Checks this rule only, and those that it needs; may be given again")
+                     "Checks only this rule and those that it needs; may be given more than once")
         ->check([](const std::string& id) {
             return check::findRule(id) != nullptr ? std::string() : "there is no rule '" + id + "'";
         })
@@ -104,9 +106,8 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return checkPlugin(context, *options); };
     });
-    command->footer(
-        "Each rule runs in a process of its own. Exit code 0: every rule passed or was skipped; 4: warnings "
-        "only; 5: a rule is broken.");
+    command->footer("Each rule runs in a process of its own. Exit codes: 0 every rule passed or was skipped, "
+                    "4 only warnings, 5 a rule is broken.");
 }
 
 } // namespace vykeldev

@@ -3,8 +3,8 @@
 
 #include "check/Rule.h"
 
-/// The work of each rule, named as the rule. Each returns when the rule is kept and throws Broken, Questionable
-/// or Skipped otherwise.
+/// The check of each rule, named like the rule. Each returns when the rule is kept, and throws Broken,
+/// Questionable or Skipped otherwise.
 namespace vykeldev::check {
 
 // LifeChecks.cpp: the library, its entry points, the life of lists.
@@ -28,7 +28,7 @@ void checkMinimumVersion(const Subject& subject);
 void checkStaleCheap(const Subject& subject);
 void checkStaleSettles(const Subject& subject);
 
-// DeviceChecks.cpp: what a device says.
+// DeviceChecks.cpp: what a device reports.
 void checkTokenPresent(const Subject& subject);
 void checkTokenStable(const Subject& subject);
 void checkTextsUtf8(const Subject& subject);

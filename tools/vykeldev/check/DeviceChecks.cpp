@@ -9,7 +9,7 @@ namespace {
 
 constexpr std::uint32_t formats[] = {1, 2};
 
-/// All that answers with a text.
+/// Everything that returns a text.
 constexpr const char* (*readers[])(const Device&) = {
     [](const Device& device) { return device.ownToken(1); },
     [](const Device& device) { return device.ownToken(2); },
@@ -22,7 +22,7 @@ std::string name(const char* operation, std::size_t device) {
 
 void mustBeUtf8(const PluginText& text, const std::string& what) {
     if (!isUtf8(text))
-        throw Broken{what + " is no valid UTF-8: " + quoted(text)};
+        throw Broken{what + " is not valid UTF-8: " + quoted(text)};
 }
 
 /// All tokens, quoted, in an order that does not depend on that of the devices.
@@ -43,20 +43,20 @@ std::string firstMissing(const std::vector<std::string>& tokens, const std::vect
     return missing.empty() ? "" : missing.front();
 }
 
-/// As many of the tokens as notes may be, and behind them how many there are in all.
+/// As many of the tokens as fit into the notes, and then how many there are in all.
 std::vector<std::string> noteTokens(const std::vector<std::string>& tokens) {
     std::vector<std::string> notes;
     std::size_t bytes = 0;
     for (const std::string& token : tokens) {
         bytes += token.size();
-        if (bytes <= longestNotes)
+        if (bytes <= maxNoteBytes)
             notes.push_back(token);
     }
     notes.push_back(std::to_string(tokens.size()));
     return notes;
 }
 
-/// Compares with the notes of another process. A device may have gone since, but then there are fewer.
+/// Compares with the notes of another process. A device may be gone since then, but then there are fewer.
 void mustKnowTokens(const Subject& subject) {
     std::vector<std::string> before = subject.notes;
     const std::size_t count = std::stoul(before.back());
@@ -64,7 +64,7 @@ void mustKnowTokens(const Subject& subject) {
     const std::vector<std::string> now = tokensOf(Session(subject).list);
     const std::string gone = firstMissing(before, now);
     if (!gone.empty() && now.size() >= count)
-        throw Broken{"the token " + gone + " of one process is not there in the next"};
+        throw Broken{"the token " + gone + " of one process is missing in the next"};
 }
 
 } // namespace
@@ -114,7 +114,7 @@ void checkTextsStay(const Subject& subject) {
     const Session session(subject);
     const std::vector<Device> devices = devicesOf(session.list);
     if (devices.size() < 2)
-        throw Skipped{"this takes two devices"};
+        throw Skipped{"this needs two devices"};
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const Device& other = devices[(i + 1) % devices.size()];
         for (const auto& read : readers) {

@@ -17,7 +17,7 @@ void mustInitialize(Plugin& plugin, int round) {
                      " refused with " + std::to_string(code)};
 }
 
-/// The plug-in registered twice, once from start to end.
+/// Uses the plug-in as if it were registered twice, once from start to end.
 void loadTwice(const Subject& subject, int round) {
     Plugin first(subject, Ending::Unloaded);
     mustInitialize(first, round);
@@ -32,7 +32,7 @@ void useList(const List& list) {
     for (std::uint32_t i = 0; i < count; ++i) {
         const Fetched fetched = list.getDevice(i);
         if (!fetched.device)
-            continue; // matter of another rule
+            continue; // another rule is about that
         fetched.device->getPersistentToken(1);
         fetched.device->getNumber();
         fetched.device->getAlias();
@@ -44,7 +44,7 @@ void repeat(int times, const std::function<void()>& step) {
         step();
 }
 
-/// Makes a step some thousand times, in which this process must not grow. `what` names a thousand of them.
+/// Repeats a step some thousand times, in which this process must not grow. `what` names a thousand of them.
 void mustNotGrow(const char* what, const std::function<void()>& step) {
     constexpr int warmUp = 100; // what is allocated once
     constexpr int steps = 1000;
@@ -136,7 +136,7 @@ void checkAttachDetach(const Subject& subject) {
                          " in round " + std::to_string(round)};
         list.detach(token);
     });
-    list.attach(token); // the release below ends that, too
+    list.attach(token); // the release at the end of this function ends that, too
 }
 
 void checkReleaseFrees(const Subject& subject) {
@@ -157,7 +157,7 @@ void checkThreads(const Subject& subject) {
     const InitializedPlugin plugin(subject);
     useList(plugin.makeList()); // works on this thread
     plugin.trace.repeating("refreshing lists on two other threads at once");
-    std::mutex entryPoints; // as the library holds its lock
+    std::mutex entryPoints; // stands for the lock of the library
     const auto work = [&](std::exception_ptr& failure) {
         try {
             const List list = [&] {

@@ -16,13 +16,13 @@ void mustRefuse(const List& list, std::uint32_t index, std::uint32_t count) {
                  std::to_string(fetched.code)};
 }
 
-/// What a device says of itself for as long as it lives.
+/// What a device reports about itself, unchanged while it lives.
 std::string describe(const Device& device) {
     return quoted(device.getPersistentToken(1)) + ", sort key " + std::to_string(device.getSortKey()) +
            ", version " + std::to_string(device.getVersion());
 }
 
-/// Overwrites memory that was freed, so that whoever still uses it gives itself away.
+/// Overwrites memory that was freed, so that whoever still uses it is noticed.
 void overwriteFreedMemory() {
     std::vector<std::vector<char>> blocks;
     for (std::size_t size = 16; size <= 1024; size += 16)
@@ -105,7 +105,7 @@ void checkMinimumVersion(const Subject& subject) {
     const Fetched newer = session.list.getDevice(0, version + 1);
     if (newer.device || newer.code >= 0)
         throw Broken{"a device " + text + std::to_string(version + 1) + ", was " +
-                     (newer.device ? "given all the same" : "refused without an error")};
+                     (newer.device ? "returned all the same" : "refused without an error")};
 }
 
 void checkStaleCheap(const Subject& subject) {

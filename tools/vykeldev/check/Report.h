@@ -15,8 +15,7 @@ void printSummary(std::ostream& out, const Results& results);
 /// All results as one JSON object; schemas/check.schema.json describes it.
 void printJson(std::ostream& out, const std::string& plugin, const Results& results);
 
-/// All results in JUnit's XML, for build servers. A warning is no failure there: it goes into the case's
-/// output.
+/// All results in JUnit's XML, for build servers. A warning is not a failure there: the case's output has it.
 void printJUnit(std::ostream& out, const std::string& plugin, const Results& results);
 
 } // namespace vykeldev::check

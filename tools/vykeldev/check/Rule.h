@@ -12,15 +12,15 @@ namespace vykeldev::check {
 
 class Trace;
 
-/// A rule about what outlives a process leaves notes (see Trace::note) in the first and is then called once
-/// more in a second process, with these notes.
+/// A rule about what outlives a process leaves notes (see Trace::note) in the first process. It is then
+/// called again in a second process, with these notes.
 enum class Stage {
     First,
     Second, ///< The first passed.
     PutBack ///< The first did not pass: only puts back what it altered.
 };
 
-/// What is checked, and where what happens is told.
+/// What is checked, and who is told what happens.
 struct Subject {
     std::string path; ///< The plug-in, absolute, UTF-8.
     Trace& trace;
@@ -28,11 +28,11 @@ struct Subject {
     std::vector<std::string> notes; ///< Those of the first stage, in the others.
 };
 
-/// Bytes of notes that one rule may leave at most: they travel as an argument.
-constexpr std::size_t longestNotes = 4000;
+/// The largest size of the notes of one rule: they are passed as an argument.
+constexpr std::size_t maxNoteBytes = 4000;
 
 enum class Severity {
-    Warning, ///< The library gets along with it, but somebody will be surprised.
+    Warning, ///< The library copes with it, but somebody will be surprised.
     Error    ///< The library or its clients rely on it.
 };
 
@@ -42,9 +42,9 @@ struct Rule {
     const char* title;
     Severity severity;
     const char* needs; ///< The rule without which this one makes no sense, or an empty text.
-    /// The machine's lock file that is held meanwhile, when the rule alters what the plug-in keeps; empty
-    /// otherwise. Such a rule notes, before it alters anything, the device's token, the old value and the
-    /// new.
+    /// For a rule that alters what the plug-in keeps: the machine's lock file that is held meanwhile. Before
+    /// it alters anything, such a rule notes the device's token, the old value and the new one. Otherwise
+    /// empty.
     const char* lock;
     const char* meaning;
     const char* remedy;
@@ -59,10 +59,10 @@ struct Broken {
     std::string observed;
 };
 
-/// It is broken because the plug-in answered with a negative code.
+/// The rule is broken because the plug-in returned a negative code.
 struct Refused : Broken {};
 
-/// It is broken in a way that may be meant: a warning, whatever the severity of the rule.
+/// The rule is broken in a way that may be intended: a warning, whatever the severity of the rule.
 struct Questionable {
     std::string observed;
 };
@@ -72,7 +72,7 @@ struct Skipped {
     std::string reason;
 };
 
-/// All rules, each with an identifier of its own, behind the one that it needs.
+/// All rules, each with an identifier of its own, after the one that it needs.
 const std::vector<Rule>& allRules();
 
 /// Null when there is none of that identifier.

@@ -58,7 +58,8 @@ public:
     /// Checks a rule, unless there is a reason to skip it. Throws Failure when that cannot be done.
     const Result& add(const Rule& rule) {
         const std::string reason = reasonToSkip(rule);
-        collected.results.push_back(reason.empty() ? check(rule) : Result{&rule, Outcome::Skipped, reason, {}});
+        collected.results.push_back(reason.empty() ? check(rule)
+                                                   : Result{&rule, Outcome::Skipped, reason, {}});
         return collected.results.back();
     }
 

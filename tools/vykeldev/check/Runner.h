@@ -8,9 +8,9 @@ namespace vykeldev::check {
 
 struct RunOptions {
     std::string path;                ///< The plug-in, absolute, UTF-8.
-    std::chrono::milliseconds limit; ///< Within which a rule must begin another call.
+    std::chrono::milliseconds limit; ///< A rule must begin another call within this time.
     bool readOnly = false;           ///< Leaves out rules that alter what the plug-in keeps.
-    std::vector<std::string> rules;  ///< Only these and those that they need; all when empty.
+    std::vector<std::string> rules;  ///< Only these, and those that they need; all when empty.
 };
 
 struct RunResults {
@@ -18,10 +18,10 @@ struct RunResults {
     bool stopped = false; ///< By Ctrl-C, before all rules were checked.
 };
 
-/// Checks the rules, one after the other, and hands each result out as soon as nothing can change it. Also
-/// tells of a rule that was not wanted when another finds it broken. Ctrl-C during a rule that alters what
-/// the plug-in keeps is heeded when that is put back; at any other time it ends this process. Throws Failure
-/// when no child process can be started, or this tool itself fails there.
+/// Checks the rules, one after the other, and passes each result on as soon as nothing can change it. Also
+/// reports a rule that was not wanted when the check of another finds it broken. Ctrl-C during a rule that
+/// alters what the plug-in keeps takes effect when that is put back; at any other time it ends this process.
+/// Throws Failure when no child process can be started, or when this tool itself fails there.
 RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult);
 
 } // namespace vykeldev::check

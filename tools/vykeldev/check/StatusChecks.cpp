@@ -35,7 +35,7 @@ void checkFirstErrorWins(const Subject& subject) {
     }
 }
 
-// Each call of any rule is watched; here are those in which a block is most likely filled.
+// Every call of any rule is watched. These calls are the most likely to fill a block.
 void checkStatusGuard(const Subject& subject) {
     const Session session(subject);
     const std::uint32_t count = session.list.getCount();
@@ -45,7 +45,7 @@ void checkStatusGuard(const Subject& subject) {
         session.list.detach(1);
 }
 
-// As above; here are the operations that no other rule calls, and odd arguments.
+// The same. These are the operations that no other rule calls, and odd arguments.
 void checkNoException(const Subject& subject) {
     try {
         const Session session(subject);
@@ -60,7 +60,7 @@ void checkNoException(const Subject& subject) {
             device.getAlias();
             device.getNumber();
         }
-    } catch (const Broken&) { // an error is no exception
+    } catch (const Broken&) { // an error is not an exception
     }
 }
 

@@ -10,8 +10,8 @@ namespace vykeldev::doctor {
 /// A library that is imported and cannot be found or used.
 struct BadDependency {
     std::string name;
-    std::string importer;       ///< the library that imports it; empty: the plug-in itself
-    std::string unusableReason; ///< why the file that was found is of no use; empty: none was found
+    std::string importer;       ///< The library that imports it; empty: the plug-in itself.
+    std::string unusableReason; ///< Why the file that was found cannot be used; empty: none was found.
 };
 
 /// Follows the imports of `plugin`, their imports, and so on, without loading anything; the system's own

@@ -23,7 +23,7 @@ struct DoctorOptions {
     std::string bundle;
 };
 
-/// Whether clients of this tool's release can load the library.
+/// Checks that clients of this tool's release can load the library.
 void checkLibrary(const Versions& versions, Findings& findings) {
     const HMODULE library = LoadLibraryExW(toWide(versions.libraryPath).c_str(), nullptr, 0);
     if (library == nullptr || GetProcAddress(library, "vykeldevenum_initialize") == nullptr)
@@ -88,9 +88,9 @@ namespace vykeldev {
 void addDoctorCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<doctor::DoctorOptions>();
     CLI::App* const command = app.add_subcommand(
-        "doctor", "Says why a device is missing: tries every plug-in, numbers and moves nothing");
+        "doctor", "Says why a device is missing: tries every plug-in, but changes no number and no alias");
     command->add_flag("--json", options->json, "Prints one JSON object (schemas/doctor.schema.json)");
-    command->add_option("--timeout", options->timeout, "Seconds that each plug-in is given (default 10)")
+    command->add_option("--timeout", options->timeout, "Seconds for each plug-in (default 10)")
         ->check(numberFrom(0.001, "0.001 to 86400 seconds", 86400))
         ->type_name("S");
     command

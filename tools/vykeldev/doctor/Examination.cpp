@@ -85,7 +85,7 @@ std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
         return Verdict{&finding::fileNotALibrary, Step::File, plugin.image->detail};
     if (plugin.image->kind == LibraryImage::Kind::OtherMachine)
         return Verdict{&finding::architectureWrong, Step::Architecture, plugin.image->detail};
-    return lookAtDependencies(*plugin.image, folderOf(path));
+    return lookAtDependencies(*plugin.image, path.substr(0, path.find_last_of("\\/")));
 }
 
 Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
@@ -152,7 +152,7 @@ std::optional<Verdict> judgeEnd(const ProbeResult& probe, std::chrono::milliseco
 
 /// Looks and probes. Nothing when the plug-in loaded.
 std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds limit) {
-    if (plugin.path->size() > longestPath) // no command line can hold it
+    if (plugin.path->size() > maxPathBytes) // no command line can hold it
         return Verdict{&finding::fileMissing, Step::Path, "no file can have a path of this length"};
     const std::optional<Verdict> look = lookAtFile(plugin);
     ProbeResult probe;

@@ -73,10 +73,11 @@ Json registrationsToJson(const Report& report) {
 }
 
 void to_json(Json& json, const Report& report) {
+    const bool warned = report.count(Severity::Warning) > 0;
     json = {{"schemaVersion", 1},
-            {"state", report.count(Severity::Error) > 0     ? "broken"
-                      : report.count(Severity::Warning) > 0 ? "warnings"
-                                                            : "healthy"},
+            {"state", report.count(Severity::Error) > 0 ? "broken"
+                      : warned                          ? "warnings"
+                                                        : "healthy"},
             {"versions", report.versions},
             {"counts",
              {{"registered", report.plugins.size()},

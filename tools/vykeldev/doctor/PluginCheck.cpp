@@ -75,7 +75,7 @@ std::string identityOf(const std::string& path) {
 void checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& findings) {
     std::map<std::string, std::string> firstOf; // by path
     for (const PluginAccount& plugin : plugins) {
-        if (!plugin.path || plugin.path->empty() || plugin.path->size() > longestPath)
+        if (!plugin.path || plugin.path->empty() || plugin.path->size() > maxPathBytes)
             continue;
         const auto [first, isNew] = firstOf.emplace(identityOf(*plugin.path), plugin.name);
         if (!isNew)

@@ -7,8 +7,8 @@
 
 namespace vykeldev::doctor {
 
-/// Accounts for every registered plug-in, in the registry's order, with one outcome each: adds it to
-/// `report.plugins`, and what is wrong to `report.findings`. Gives each of them `limit`.
+/// Examines every registered plug-in, each within `limit`: adds its account to `report.plugins`, and what is wrong
+/// to `report.findings`.
 void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress);
 
 } // namespace vykeldev::doctor

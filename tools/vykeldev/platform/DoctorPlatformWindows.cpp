@@ -38,7 +38,7 @@ std::optional<std::string> findImport(const std::string& name) {
     if (isApiSet(file) || GetModuleHandleW(file.c_str()) != nullptr)
         return "";
     // The loader's way for libraries that a library asks for; the folder of the latter is not on it.
-    WideString path(longestPath, L'\0');
+    WideString path(maxPathBytes, L'\0');
     const DWORD length =
         SearchPathW(nullptr, file.c_str(), L".dll", static_cast<DWORD>(path.size()), path.data(), nullptr);
     if (length == 0 || length >= path.size())

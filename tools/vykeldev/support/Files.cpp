@@ -6,11 +6,7 @@
 namespace vykeldev::doctor {
 namespace {
 
-constexpr LONGLONG largestFile = LONGLONG{256} << 20;
-
-std::size_t nameBegin(const std::string& path) noexcept {
-    return path.find_last_of("\\/") + 1; // 0 when there is no separator
-}
+constexpr LONGLONG maxFileBytes = LONGLONG{256} << 20;
 
 } // namespace
 
@@ -26,7 +22,7 @@ DWORD readFile(const std::string& path, std::string& bytes) {
     LARGE_INTEGER size = {};
     if (!file || !GetFileSizeEx(file.get(), &size))
         return GetLastError();
-    if (size.QuadPart > largestFile)
+    if (size.QuadPart > maxFileBytes)
         return ERROR_NOT_ENOUGH_MEMORY;
     bytes.resize(static_cast<std::size_t>(size.QuadPart));
     DWORD done = 0;
@@ -43,7 +39,7 @@ void writeFile(const std::string& path, std::string_view bytes, bool replace) {
         done == bytes.size())
         return;
     const DWORD error = GetLastError();
-    if (file) { // half a file is none
+    if (file) { // leave no half of a file
         file.reset();
         DeleteFileW(toWide(path).c_str());
     } else if (error == ERROR_FILE_EXISTS) {
@@ -55,11 +51,6 @@ void writeFile(const std::string& path, std::string_view bytes, bool replace) {
 bool isFolder(const std::string& path) {
     const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
-}
-
-std::string folderOf(const std::string& path) {
-    const std::size_t begin = nameBegin(path);
-    return begin == 0 ? std::string() : path.substr(0, begin - 1);
 }
 
 } // namespace vykeldev::doctor

@@ -10,8 +10,8 @@
 /// Whole files by their UTF-8 paths.
 namespace vykeldev::doctor {
 
-/// In bytes; what is longer is no file.
-constexpr std::size_t longestPath = 32000;
+/// No file has a longer path.
+constexpr std::size_t maxPathBytes = 32000;
 
 /// An open file of the system; null when there is none.
 using FileHandle = vybase::Handle;
@@ -22,14 +22,11 @@ FileHandle openFile(const std::string& path, DWORD access, DWORD disposition);
 /// Reads a file of at most 256 MB. Returns the system's error; 0 is success.
 DWORD readFile(const std::string& path, std::string& bytes);
 
-/// Writes a new file; an old one only when `replace`. Throws Failure, also when there is an old one.
+/// Writes a new file, or replaces an existing one when told so. Throws Failure, also when it may not replace.
 void writeFile(const std::string& path, std::string_view bytes, bool replace);
 
 /// Whether there is a folder of that name.
 bool isFolder(const std::string& path);
-
-/// A path without its last part.
-std::string folderOf(const std::string& path);
 
 } // namespace vykeldev::doctor
 
