@@ -99,6 +99,8 @@ public:
     void setNumber(std::uint32_t number, StatusBlock* status) override {
         if (has("refuses-numbers"))
             return storeError(status, StatusCode::GeneralFault);
+        if (index != 0)
+            return; // this one never has a number
         kept.number = number;
         if (!has("forgets-numbers"))
             change([&](State& state) { state.number = number; });
@@ -160,7 +162,15 @@ public:
     void refresh(StatusBlock* status) override {
         if (has("crashes"))
             crash();
-        if (has("hangs"))
+#if !defined(_WIN32)
+        if (has("starts-process") || has("hangs-by-name")) {
+            const pid_t started = has("starts-process") ? fork() : getpid();
+            if (started == 0 && close(STDOUT_FILENO) == 0)
+                execlp("sleep", "sleep", "100", nullptr);
+            std::ofstream(variable("VYKEL_ZOO_STATE")) << started;
+        }
+#endif
+        if (has("hangs") || has("hangs-by-name"))
             std::this_thread::sleep_for(std::chrono::minutes(1));
         while (has("floods"))
             std::puts("a line of no end of lines");
@@ -182,7 +192,9 @@ public:
             status->code = 0;
         shown = 2;
     }
-    std::uint32_t getCount() override { return has("counts-down") && shown > 0 ? shown-- : shown; }
+    std::uint32_t getCount() override {
+        return has("counts-down") && shown > 0 ? shown-- : shown;
+    }
     vykel::IDevice* getDevice(std::uint32_t index, std::int32_t minimumVersion,
                               StatusBlock* status) override {
         if (index == 1 && (has("null-device") || has("refuses-device"))) {
@@ -259,6 +271,22 @@ std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList**
 std::int32_t vykel_finalizePlugin() {
     if (!has("initialises-once"))
         --initialisations;
+    if (has("tells-its-end"))
+        std::ofstream(variable("VYKEL_ZOO_STATE")) << 1 << '\n';
     return 0;
+}
+
+// It can also stand in for the library itself.
+VYKEL_PLUGIN_EXPORT std::int32_t vykeldevenum_initialize() {
+    return vykel_initializePlugin();
+}
+
+VYKEL_PLUGIN_EXPORT std::int32_t vykeldevenum_getAllKelDevices(std::int32_t version,
+                                                               vykel::IDeviceList** list) {
+    return vykel_getPluginInterface(version, list);
+}
+
+VYKEL_PLUGIN_EXPORT std::int32_t vykeldevenum_finalize() {
+    return vykel_finalizePlugin();
 }
 #endif
