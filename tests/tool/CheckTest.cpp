@@ -85,10 +85,10 @@ constexpr Animal animals[] = {
     {"refuses-device", "devices", "warning", "left the code -52003"},
     {"any-index", "index-beyond", "failed", "getDevice(2) of 2 answered a device"},
     {"silent-index", "index-beyond", "failed", "null and left the code 0"},
-    {"any-device-version", "minimum-version", "warning", "at least 3, was given"},
+    {"any-device-version", "minimum-version", "warning", "at least 3, was returned"},
     {"null-token", "token-present", "failed", "device 0 in format 2 is null"},
     {"changing-token", "token-stable", "failed", "'zoo/device "},
-    {"process-token", "token-stable", "failed", "is not there in the next"},
+    {"process-token", "token-stable", "failed", "is missing in the next"},
     {"one-object", "devices-stay", "failed", "became 'zoo/device 1'"},
     {"latin-1-token", "texts-utf8", "failed", "getPersistentToken of device 0"},
     {"forgets-numbers", "number-kept", "failed", "set to '8', and in a new process it is '7'"},
@@ -184,7 +184,7 @@ TEST_F(CheckTest, ReadOnlyLeavesOutWhatAltersAndJUnitTellsAll) {
     const std::string xml = readFile(junit);
     EXPECT_NE(xml.find("tests=\"26\" failures=\"1\" errors=\"0\" skipped=\"2\""), std::string::npos) << xml;
     EXPECT_NE(
-        xml.find("<failure message=\"getPersistentToken of device 0 is no valid UTF-8: 'Ger\xEF\xBF\xBD"),
+        xml.find("<failure message=\"getPersistentToken of device 0 is not valid UTF-8: 'Ger\xEF\xBF\xBD"),
         std::string::npos)
         << xml;
     EXPECT_NE(xml.find("WideCharToMultiByte(CP_UTF8, ...); the narrow"), std::string::npos);
