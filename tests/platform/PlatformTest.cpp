@@ -2,7 +2,6 @@
 #include "pellumkelddk/user/FileLock.h"
 #include "support/Machine.h"
 #include "support/OwnedStatus.h"
-#include "support/TestFiles.h"
 #include "vydynlib/dynload.h"
 #include "vyfile/internal/FileLockImpl.h"
 #include "vyplat/quarks/memoryFault.h"
@@ -142,8 +141,6 @@ TEST_F(PlatformTest, DoesNothingAfterAnError) {
 
 TEST_F(PlatformTest, LocksAWholeFile) {
     const fs::path path = machine.folder() / "x.lck";
-    writeFile(path, "");
-    fs::permissions(path, fs::perms::owner_read);
     const vykel::FileStream stream = vykel::openLockFile(path.string().c_str());
     const vykel::FileStream other = vykel::openLockFile(path.string().c_str());
     vyfile::FileLockImpl(stream.get()).lock();
@@ -151,7 +148,6 @@ TEST_F(PlatformTest, LocksAWholeFile) {
     range.Offset = range.OffsetHigh = 0x7FFFFFFF;
     const auto handle = reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(other.get())));
     EXPECT_FALSE(LockFileEx(handle, LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0, &range));
-    fs::permissions(path, fs::perms::owner_all);
 }
 
 TEST_F(PlatformTest, CatchesOnlyTheMemoryFault) {
