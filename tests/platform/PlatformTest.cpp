@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 #include <io.h>
 #include <regex>
+#include <thread>
 
 namespace vykeltest {
 

@@ -34,6 +34,8 @@
 
 struct OVERLAPPED {
     ULONG_PTR Internal;
+    DWORD Offset; ///< no effect, like OffsetHigh: a lock is always of the whole file
+    DWORD OffsetHigh;
     HANDLE hEvent;
 };
 using LPOVERLAPPED = OVERLAPPED*;
