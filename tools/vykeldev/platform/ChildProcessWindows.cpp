@@ -4,9 +4,9 @@
 #include "child/TimeLimit.h"
 #include "support/Failure.h"
 #include "support/Text.h"
+#include "vybase/owners.h"
 #include <cstdio>
 #include <iterator>
-#include <memory>
 #include <utility>
 
 namespace vykeldev {
@@ -14,12 +14,9 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr DWORD pipeSize = 65536; // enough for what is written between two looks
+using vybase::Handle;
 
-struct CloseTheHandle {
-    void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
-};
-using Handle = std::unique_ptr<void, CloseTheHandle>;
+constexpr DWORD pipeSize = 65536; // enough for what is written between two looks
 
 [[noreturn]] void cannotStart(DWORD error) {
     throw systemFailure("starting a child process", error, "");

@@ -1,16 +1,12 @@
 #include "platform/System.h"
 
 #include "support/Text.h"
+#include "vybase/owners.h"
 #include <cstdlib>
-#include <memory>
 #include <unistd.h>
 
 namespace vykeldev {
 namespace {
-
-struct FreeLocal {
-    void operator()(void* memory) const noexcept { LocalFree(memory); }
-};
 
 bool showsColour(int stream) noexcept {
     return std::getenv("NO_COLOR") == nullptr && isatty(stream) == 1;
@@ -29,7 +25,7 @@ std::string systemErrorText(DWORD error) {
     const DWORD length = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
                                             FORMAT_MESSAGE_IGNORE_INSERTS,
                                         nullptr, error, 0, reinterpret_cast<char*>(&text), 0, nullptr);
-    const std::unique_ptr<char, FreeLocal> owner(text);
+    const vybase::LocalMemory<char> owner(text);
     return length == 0 ? std::string() : trimmed(std::string(text, length));
 }
 

@@ -1,18 +1,14 @@
 #include "platform/System.h"
 
 #include "support/Text.h"
+#include "vybase/owners.h"
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
 #include <shellapi.h>
 
 namespace vykeldev {
 namespace {
-
-struct FreeLocal {
-    void operator()(void* memory) const noexcept { LocalFree(memory); }
-};
 
 /// Turns on the escape sequences of a console; false when `handle` is none, or is too old for them.
 bool enableColour(DWORD handle) noexcept {
@@ -28,7 +24,7 @@ const char* const libraryFileName = "vykeldevenum.dll";
 
 std::vector<std::string> commandLineArguments(int, const char* const*) {
     int count = 0;
-    const std::unique_ptr<LPWSTR, FreeLocal> arguments(CommandLineToArgvW(GetCommandLineW(), &count));
+    const vybase::LocalMemory<LPWSTR> arguments(CommandLineToArgvW(GetCommandLineW(), &count));
     std::vector<std::string> result;
     for (int i = 1; arguments && i < count; ++i)
         result.push_back(toUtf8(arguments.get()[i]));
@@ -40,7 +36,7 @@ std::string systemErrorText(DWORD error) {
     const DWORD length = FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
                                             FORMAT_MESSAGE_IGNORE_INSERTS,
                                         nullptr, error, 0, reinterpret_cast<LPWSTR>(&text), 0, nullptr);
-    const std::unique_ptr<WCHAR, FreeLocal> owner(text);
+    const vybase::LocalMemory<WCHAR> owner(text);
     return length == 0 ? std::string() : trimmed(toUtf8(WideString(text, length)));
 }
 
