@@ -1,9 +1,10 @@
-// Lookups and edits against a model that keeps everything in plain vectors and walks all of it for every
-// question: random files and operations, options changing in between.
+// Lookups and edits compared with a model that keeps everything in plain vectors and walks all of it for
+// every question: random files and operations, options changing in between.
 #include "ini/IniEdit.h"
 #include "support/IniTestKit.h"
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <memory>
 #include <random>
 #include <vector>
 
@@ -29,121 +30,93 @@ struct Entry {
 };
 
 struct Section {
-    int id;
-    std::string name;
+    std::string key;
     int line;
     std::vector<Entry> entries;
 };
+using Sections = std::vector<std::shared_ptr<Section>>;
 
 class Model {
 public:
-    int merge = 1, caseSensitive = 0, current = -1;
-    std::vector<Section> sections;
+    int merge = 1, caseSensitive = 0;
+    std::shared_ptr<Section> current;
+    Sections sections;
 
-    /// A joined key may end in a blank, so neither name can be taken for trimmed.
     bool same(const std::string& left, const std::string& right) const {
-        if (caseSensitive != 0)
-            return left == right;
-        const std::string l = upper(trim(left + ".")), r = upper(trim(right + ".")); // blanks at the end stay
-        const std::size_t common = std::min(l.size(), r.size()) - 1;
-        return l.compare(0, common, r, 0, common) == 0 && trim(l.substr(common)) == "." &&
-               trim(r.substr(common)) == ".";
+        return caseSensitive != 0 ? left == right : upper(trim(left)) == upper(trim(right));
     }
 
-    Section* findFirst(const std::string& name) {
-        const auto found = std::find_if(sections.begin(), sections.end(),
-                                        [&](const Section& section) { return same(section.name, name); });
-        return found != sections.end() ? &*found : nullptr;
-    }
-
-    Section* currentSection() {
-        const auto found = std::find_if(sections.begin(), sections.end(),
-                                        [&](const Section& section) { return section.id == current; });
-        return found != sections.end() ? &*found : nullptr;
+    Sections::iterator findFirst(const std::string& name) {
+        return std::find_if(sections.begin(), sections.end(),
+                            [&](const auto& section) { return same(section->key, name); });
     }
 
     Section* find(const std::string& name) {
-        Section* found = currentSection();
-        if (found == nullptr || !same(found->name, name))
-            found = findFirst(name);
-        current = found != nullptr ? found->id : current;
-        return found;
+        if (current != nullptr && same(current->key, name))
+            return current.get();
+        const auto found = findFirst(name);
+        return found != sections.end() ? (current = *found).get() : nullptr;
     }
 
-    Entry* find(Section* section, const std::string& key) {
-        const auto found = std::find_if(section->entries.begin(), section->entries.end(),
-                                        [&](const Entry& entry) { return same(entry.key, key); });
-        return found != section->entries.end() ? &*found : nullptr;
-    }
-
-    Section* add(const std::string& name, int line) {
-        sections.push_back({nextId++, name, line, {}});
-        current = sections.back().id;
-        return &sections.back();
-    }
-
-    void put(Section* section, const std::string& key, const std::string& value, int quote, int line) {
-        Entry* entry = merge != 0 ? find(section, key) : nullptr;
-        if (entry == nullptr)
-            section->entries.push_back({trim(key), value, line, quote});
-        else
-            *entry = {entry->key, value, line != -1 ? line : entry->line, quote};
+    std::vector<Entry>::iterator find(Section& section, const std::string& key) const {
+        return std::find_if(section.entries.begin(), section.entries.end(),
+                            [&](const Entry& entry) { return same(entry.key, key); });
     }
 
     void set(const std::string& name, const std::string& key, const std::string& value, int quote) {
         Section* section = find(name);
-        put(section != nullptr ? section : add(trim(name), -1), key, trim(value), quote, -1);
+        if (section == nullptr)
+            section =
+                sections.emplace_back(current = std::make_shared<Section>(Section{trim(name), -1, {}})).get();
+        const auto entry = merge != 0 ? find(*section, key) : section->entries.end();
+        if (entry == section->entries.end())
+            section->entries.push_back({trim(key), value, -1, quote});
+        else
+            *entry = {entry->key, value, entry->line, quote};
     }
 
     int removeSection(const std::string& name) {
-        Section* section = findFirst(name);
-        if (section == nullptr)
+        const auto found = findFirst(name);
+        if (found == sections.end())
             return 0;
-        current = current == section->id ? -1 : current;
-        sections.erase(sections.begin() + (section - sections.data()));
+        if (current == *found)
+            current = nullptr;
+        sections.erase(found);
         return 1;
     }
 
     int removeEntry(const std::string& name, const std::string& key) {
         Section* section = find(name);
-        Entry* entry = section != nullptr ? find(section, key) : nullptr;
-        if (entry == nullptr)
+        if (section == nullptr || find(*section, key) == section->entries.end())
             return 0;
-        section->entries.erase(section->entries.begin() + (entry - section->entries.data()));
+        section->entries.erase(find(*section, key));
         return 1;
     }
 
     /// Takes over what the engine has read.
     void copy(const IniDocument& document) {
         sections.clear();
-        read = -1;
+        current = nullptr;
         for (const IniSection* from = document.sections.first(); from != nullptr; from = from->next) {
-            Section* section = add(from->name, from->line);
+            auto& section =
+                sections.emplace_back(std::make_shared<Section>(Section{from->name, from->line, {}}));
             for (const IniEntry* entry = from->entries.first(); entry != nullptr; entry = entry->next)
                 section->entries.push_back({entry->key, entry->value, entry->line, entry->quote});
             if (from == document.currentSection)
-                read = section->id;
+                current = section;
         }
-        current = read;
     }
 
     std::string describe() const {
         std::string text;
-        for (const Section& section : sections) {
-            text += "[" + section.name + "]" + std::to_string(section.line) + "{";
-            for (const Entry& entry : section.entries) {
-                const std::string quote(entry.quote != 0 ? 1 : 0, static_cast<char>(entry.quote));
-                text +=
-                    entry.key + "=" + quote + entry.value + quote + "@" + std::to_string(entry.line) + ";";
-            }
+        for (const auto& section : sections) {
+            text += "[" + section->key + "]" + std::to_string(section->line) + "{";
+            for (const Entry& entry : section->entries)
+                text += describeEntry(entry);
             text += "}";
         }
         return text;
     }
-
-private:
-    int read = -1; // the section that the parser was in last
-    int nextId = 0;
 };
 
 class Pair {
@@ -159,34 +132,36 @@ public:
         } else if (choice < 6) {
             setOptions();
         } else if (choice < 20) {
-            ASSERT_EQ(deleteIniSection(engine.get(), section.c_str()), model.removeSection(section));
+            ASSERT_EQ(deleteIniSection(&engine, section.c_str()), model.removeSection(section));
         } else if (choice < 350) {
-            ASSERT_EQ(deleteIniEntry(engine.get(), section.c_str(), key.c_str()),
-                      model.removeEntry(section, key));
+            ASSERT_EQ(deleteIniEntry(&engine, section.c_str(), key.c_str()), model.removeEntry(section, key));
         } else if (choice < 650) {
             find(section);
         } else {
             const int quote = below(2) != 0 ? '"' : 0;
             const std::string value = std::to_string(below(1000));
-            ASSERT_EQ(setIniValue(engine.get(), section.c_str(), key.c_str(), value.c_str(), quote), 1);
+            ASSERT_EQ(setIniValue(&engine, section.c_str(), key.c_str(), value.c_str(), quote), 1);
             model.set(section, key, value, quote);
         }
     }
 
     void find(const std::string& section) {
-        IniSection* at = findIniSection(engine.get(), section.c_str());
+        IniSection* at = findIniSection(&engine, section.c_str());
         const Section* found = model.find(section);
         ASSERT_EQ(at != nullptr, found != nullptr);
         const std::uint32_t count = countIniEntries(at);
         ASSERT_EQ(count, found != nullptr ? found->entries.size() : 0);
-        const auto n = static_cast<std::uint32_t>(below(count + 2));
-        const IniEntry* entry = getIniEntry(at, n);
-        ASSERT_EQ(entry != nullptr ? entry->key : "", n != 0 && n <= count ? found->entries[n - 1].key : "");
+        for (int i = 0; i < 3; ++i) {
+            const auto n = static_cast<std::uint32_t>(below(count + 2));
+            const IniEntry* entry = getIniEntry(at, n);
+            ASSERT_EQ(entry != nullptr ? describeEntry(*entry) : "",
+                      n != 0 && n <= count ? describeEntry(found->entries[n - 1]) : "");
+        }
     }
 
     void compare() {
-        ASSERT_EQ(describe(*engine), model.describe());
-        ASSERT_EQ(engine->currentSection != nullptr, model.current != -1);
+        ASSERT_EQ(describe(engine), model.describe());
+        ASSERT_EQ(engine.currentSection != nullptr, model.current != nullptr);
     }
 
     void load() {
@@ -201,29 +176,29 @@ public:
         for (std::size_t count = below(2) * below(1500); count != 0; --count)
             text += pieces[below(pieces.size())];
         setOptions();
-        ASSERT_EQ(folder.load(engine.get(), text), 0);
-        model.copy(*engine);
+        ASSERT_EQ(folder.load(engine, text), 0);
+        model.copy(engine);
     }
 
     void setOptions() {
-        engine->mergeDuplicates = model.merge = below(3) != 0;
-        engine->caseSensitive = model.caseSensitive = below(3) == 0;
-        engine->parseFlags = static_cast<int>(below(16));
+        engine.mergeDuplicates = model.merge = below(3) != 0;
+        engine.caseSensitive = model.caseSensitive = below(3) == 0;
+        engine.parseFlags = static_cast<int>(below(16));
     }
 
 private:
     std::size_t below(std::size_t limit) { return random() % limit; }
 
     /// One of a few names in some spelling.
-    std::string name(const char* stem) {
-        std::string text = stem + std::to_string(below(below(2) != 0 ? 4 : 60));
+    std::string name(const char* letter) {
+        std::string text = letter + std::to_string(below(below(2) != 0 ? 4 : 60));
         text = below(3) == 0 ? upper(text) : text;
         return std::string(below(8) == 0 ? " " : "") + text + (below(8) == 0 ? "\t " : "");
     }
 
     std::mt19937 random;
     IniFolder folder;
-    IniDocumentPtr engine = makeDocument();
+    IniDocument engine;
     Model model;
 };
 

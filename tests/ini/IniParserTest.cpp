@@ -1,4 +1,4 @@
-// What the parser makes of bytes.
+// What the parser reads from bytes.
 #include "ini/IniParser.h"
 #include "support/IniTestKit.h"
 #include <cstdio>
@@ -34,13 +34,13 @@ TEST(IniParser, ReadsEveryCornerOfTheFormat) {
         {"bytes of 128 and above are text", "[\xC4\xA0]\n\xE4=\xF6\xA0\n", "[\xC4\xA0]1{\xE4=\xF6\xA0@2;}"},
         {"pairs are one end, equal ones are two", "[a]\r\nb=1\n\rc=2\r\rd=3\n\ne=4",
          "[a]1{b=1@2;c=2@3;d=3@5;e=4@7;}", 4},
-        {"NUL ends a line, pairs too", bytes("[a]\0b=1\0\nc=2\r\0d=3\0\0e=4"),
+        {"NUL ends a line, pairs too", "[a]\0b=1\0\nc=2\r\0d=3\0\0e=4"s,
          "[a]1{b=1@2;c=2@3;d=3@4;e=4@6;}", 5},
         {"a line end at the very start ends nothing, unless it is NUL", "\n[a]\nb=1", "[a]1{b=1@2;}"},
         {"the same with a pair", "\r\n[a]", "[a]2{}", 1},
-        {"NUL first", bytes("\0[a]"), "[a]2{}", 1},
+        {"NUL first", "\0[a]"s, "[a]2{}", 1},
         {"a file of nothing but ends", "\r\n\r\n", "", 1},
-        {"quotes: taken off, kept when lone, unmatched or single",
+        {"quotes: taken off, kept when alone, unmatched or single",
          "[a]\nb=\"x\"\nc=\"\nd=\"x\ne='x'\nf=\"\"\ng=\" x \"\nh=\"\"x\"\"\n",
          "[a]1{b=\"x\"@2;c=\"@3;d=\"x@4;e='x'@5;f=\"\"@6;g=\" x \"@7;h=\"\"x\"\"@8;}"},
         {"single quotes where asked for", "[a]\nb='x'\nc=\"x\"\nd='x\"\ne='\"x\"'\n",
@@ -59,7 +59,7 @@ TEST(IniParser, ReadsEveryCornerOfTheFormat) {
          "[a]1{b=0@2;Alias=\"abcdef\"@3;c=1@5;}"},
         {"numbers in any order and bases of any name; number 1 begins anew",
          "[a]\nb Line1=1\nc Line7=2\nd Line0=3\ne Line01=4\nf Line3=5\n", "[a]1{b=123@2;e=45@5;}"},
-        {"no continuation: not from 1, too large, no digits, more behind, another case",
+        {"no continuation: not from 1, too large, no digits, more after them, another case",
          "[a]\nb Line2=1\nc Line1x=2\nd Line=3\ne Line4294967297=4\nf line1=5\ng Line1 Line1=6\nLine1=7\n",
          "[a]1{b Line2=1@2;c Line1x=2@3;d Line=3@4;e Line4294967297=4@5;f line1=5@6;g Line1 "
          "Line1=6@7;Line1=7@8;}"},
@@ -67,39 +67,33 @@ TEST(IniParser, ReadsEveryCornerOfTheFormat) {
     for (const Row& row : rows) {
         SCOPED_TRACE(row.reason);
         IniFolder folder;
-        const IniDocumentPtr document = makeDocument();
-        document->parseFlags = row.parseFlags;
-        document->mergeDuplicates = row.mergeDuplicates;
-        document->caseSensitive = row.caseSensitive;
-        EXPECT_EQ(folder.load(document.get(), row.text), 0);
-        EXPECT_EQ(describe(*document), row.expected);
-        EXPECT_EQ(document->firstBadLine, row.firstBadLine);
-        EXPECT_EQ(document->lastKeyLine, row.lastKeyLine);
+        IniDocument document;
+        document.parseFlags = row.parseFlags;
+        document.mergeDuplicates = row.mergeDuplicates;
+        document.caseSensitive = row.caseSensitive;
+        EXPECT_EQ(folder.load(document, row.text), 0);
+        EXPECT_EQ(describe(document), row.expected);
+        EXPECT_EQ(document.firstBadLine, row.firstBadLine);
+        EXPECT_EQ(document.lastKeyLine, row.lastKeyLine);
     }
 }
 
-std::string parse(const std::string& text, std::size_t expectedSize) {
-    std::FILE* file = std::tmpfile();
-    std::fwrite(text.data(), 1, text.size(), file);
-    std::rewind(file);
-    const IniDocumentPtr document = makeDocument();
-    IniLineReader reader(file, expectedSize);
-    EXPECT_EQ(parseIni(document.get(), &reader), 0);
-    std::fclose(file);
-    return describe(*document);
-}
-
-TEST(IniParser, LineEndsDependOnNothingAround) {
-    const std::string ends[] = {"\r\n", "\n", "\r", "\n\r", std::string(1, '\0')};
-    for (const std::string& end : ends) {
-        for (const unsigned length : {0U, 245U, 1030U, 2065U, 4150U, 10000U}) {
-            for (unsigned more = 0; more < 20; ++more) {
-                const std::string key(length + more + 1, 'k');
-                const std::string text = "[a]" + end + key + "=v" + end + "l=w" + end + end + "m=x";
-                const std::string expected = "[a]1{" + key + "=v@2;l=w@3;m=x@5;}";
-                ASSERT_EQ(parse(text, text.size()), expected) << key.size();
-                ASSERT_EQ(parse(text, 0), expected) << key.size();
-                ASSERT_EQ(parse(text, key.size()), expected) << key.size();
+/// The beginnings and ends of the blocks that are read fall everywhere around a line's end.
+TEST(IniParser, ReadsLinesOfAnyLengthInBlocksOfAnySize) {
+    for (const std::string& end : {std::string("\r\n"), std::string("\n"), "\n\0"s}) {
+        for (std::size_t n = 0; n < 15; ++n) {
+            const std::size_t length = n != 0 ? 32755 + n : 3000000;
+            const std::string key(length, 'k');
+            const std::string text = "[a]" + end + key + "=v" + end + end + "l=w";
+            for (const std::size_t expectedSize : {std::size_t{0}, std::size_t{1}, text.size()}) {
+                std::FILE* file = std::tmpfile();
+                std::fwrite(text.data(), 1, text.size(), file);
+                std::rewind(file);
+                IniDocument document;
+                IniLineReader reader(file, expectedSize);
+                EXPECT_EQ(parseIni(&document, &reader), 0);
+                std::fclose(file);
+                ASSERT_TRUE(describe(document) == "[a]1{" + key + "=v@2;l=w@4;}") << length;
             }
         }
     }
@@ -111,37 +105,36 @@ TEST(IniLoad, ByteOrderMarksAndFailures) {
         std::string text;
         int result;
         const char* expected;
+        int firstBadLine;
     } rows[] = {
-        {"UTF-8", "\xEF\xBB\xBF[a]", 0, "[a]1{}"},
-        {"nothing behind the mark", "\xEF\xBB\xBF", 0, ""},
-        {"not a whole mark is text", "\xEF\xBB[a]\n[b]", 0, "[b]2{}"},
-        {"UTF-16 little-endian", bytes("\xFF\xFE[\0"), IniWideText, "[old]1{}"},
-        {"UTF-16 of two bytes", "\xFE\xFF", IniWideText, "[old]1{}"},
-        {"UTF-32 little-endian", bytes("\xFF\xFE\0\0"), IniWideText, "[old]1{}"},
-        {"UTF-32 big-endian", bytes("\0\0\xFE\xFF[a]"), IniWideText, "[old]1{}"},
-        {"three zeros are lines", bytes("\0\0\xFE[a]\n[b]"), 0, "[b]4{}"},
+        {"UTF-8", "\xEF\xBB\xBF[a]", 0, "[a]1{}", -1},
+        {"nothing after the mark", "\xEF\xBB\xBF", 0, "", -1},
+        {"not a whole mark is text", "\xEF\xBB[a]\n[b]", 0, "[b]2{}", 1},
+        {"UTF-16 little-endian", "\xFF\xFE[\0"s, IniWideText, "[old]2{}", 1},
+        {"UTF-16 of two bytes", "\xFE\xFF", IniWideText, "[old]2{}", 1},
+        {"UTF-32 little-endian", "\xFF\xFE\0\0"s, IniWideText, "[old]2{}", 1},
+        {"UTF-32 big-endian", "\0\0\xFE\xFF[a]"s, IniWideText, "[old]2{}", 1},
+        {"three zeros are lines", "\0\0\xFE[a]\n[b]"s, 0, "[b]4{}", 1},
     };
+    IniFolder folder;
     for (const auto& row : rows) {
         SCOPED_TRACE(row.reason);
-        IniFolder folder;
-        const IniDocumentPtr document = makeDocument();
-        ASSERT_EQ(folder.load(document.get(), "[old]"), 0);
-        EXPECT_EQ(folder.load(document.get(), row.text), row.result);
-        EXPECT_EQ(describe(*document), row.expected);
+        IniDocument document;
+        ASSERT_EQ(folder.load(document, "bad\n[old]"), 0);
+        EXPECT_EQ(folder.load(document, row.text), row.result);
+        EXPECT_EQ(describe(document), row.expected);
+        EXPECT_EQ(document.firstBadLine, row.firstBadLine);
     }
-
-    IniFolder folder;
-    const IniDocumentPtr document = makeDocument();
-    EXPECT_EQ(loadIniFile(document.get(), folder.path("none.ini").string().c_str()), IniNoFile);
-    EXPECT_EQ(loadIniFile(document.get(), nullptr), IniNoFile);
-    EXPECT_EQ(document->path, nullptr);
+    IniDocument document;
+    EXPECT_EQ(loadIniFile(&document, folder.path("none.ini").string().c_str()), IniNoFile);
+    EXPECT_EQ(loadIniFile(&document, nullptr), IniNoFile);
     fs::create_directory(folder.path("folder"));
-    const int result = loadIniFile(document.get(), folder.path("folder").string().c_str());
-    EXPECT_EQ(result, IniOpenFailed);
-    ASSERT_EQ(folder.load(document.get(), "[a]"), 0);
-    EXPECT_EQ(document->path.get(), folder.file().string());
-    EXPECT_NE(document->lastWriteTime.dwHighDateTime, 0U);
-    EXPECT_EQ(loadIniFile(document.get(), document->path.get()), 0) << "its own path";
+    EXPECT_EQ(loadIniFile(&document, folder.path("folder").string().c_str()), IniOpenFailed);
+    EXPECT_EQ(document.path, nullptr);
+    ASSERT_EQ(folder.load(document, "[a]"), 0);
+    EXPECT_EQ(document.path.get(), folder.file().string());
+    EXPECT_NE(document.lastWriteTime.dwHighDateTime, 0U);
+    EXPECT_EQ(loadIniFile(&document, document.path.get()), 0) << "its own path";
 }
 
 } // namespace
