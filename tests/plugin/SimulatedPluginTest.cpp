@@ -1,65 +1,24 @@
-// The sample plug-in as a library: its text file, and what it keeps there for every process.
-#include "support/LoadedLibrary.h"
-#include "support/Machine.h"
-#include "support/TestFiles.h"
-#include "vykel/PluginEntryPoints.h"
-#include "vykel/StatusCodes.h"
-#include <gtest/gtest.h>
+// The sample plug-in as a library: its text file, and the numbers and aliases that it keeps there.
+#include "plugin/SimulatedPlugin.h"
 #include <thread>
 #include <vector>
 
 namespace vykeltest {
 namespace {
 
-using vykel::IDevice;
-using vykel::StatusBlock;
-
+using namespace std::string_literals;
 constexpr std::int32_t fileMissing = -64101;
 constexpr std::int32_t fileMalformed = -64102;
 
-IDevice& deviceAt(const ListPtr& list, std::uint32_t index) {
-    StatusBlock status = vykel::makeStatusBlock();
-    return *list->getDevice(index, 0, &status);
-}
-
 /// A device in one line: tokens, version, sort key, number, alias.
-std::string describe(IDevice& device) {
-    std::string text = device.getPersistentToken(1) + std::string("|");
-    text += device.getPersistentToken(2) + std::string("|") + std::to_string(device.getVersion()) + "|" +
-            std::to_string(device.getSortKey()) + "|";
+std::string describe(vykel::IDevice& device) {
     const std::uint32_t number = device.getNumber();
-    text += number == vykel::noDeviceNumber ? "-" : std::to_string(number);
     const char* const alias = device.getAlias();
-    return text + "|" + (alias == nullptr ? "none" : "'" + std::string(alias) + "'");
+    return device.getPersistentToken(1) + "|"s + device.getPersistentToken(2) + "|" +
+           std::to_string(device.getVersion()) + "|" + std::to_string(device.getSortKey()) + "|" +
+           (number == vykel::noDeviceNumber ? "-" : std::to_string(number)) + "|" +
+           (alias == nullptr ? "none" : "'"s + alias + "'");
 }
-
-class SimulatedPlugin : public testing::Test {
-protected:
-    ~SimulatedPlugin() override { FreeLibrary(module); }
-
-    void reload() {
-        FreeLibrary(module);
-        module = LoadLibraryExW(path.c_str(), nullptr, 0);
-    }
-    ListPtr makeList() const {
-        vykel::IDeviceList* list = nullptr;
-        EXPECT_EQ(symbolOf<decltype(&vykel_getPluginInterface)>(module, "vykel_getPluginInterface")(0, &list),
-                  0);
-        return ListPtr(list);
-    }
-    /// A new list of these devices.
-    ListPtr makeList(const std::string& devices) const {
-        writeFile(devicesFile, devices);
-        ListPtr list = makeList();
-        EXPECT_EQ(refresh(*list), 0);
-        return list;
-    }
-
-    Machine machine;
-    const WideString path = machine.copyLibrary("simulated", "left").string<WCHAR>();
-    const fs::path devicesFile = machine.folder() / "left.devices";
-    HMODULE module = LoadLibraryExW(path.c_str(), nullptr, 0);
-};
 
 TEST_F(SimulatedPlugin, ReadsEveryField) {
     const ListPtr list =
@@ -74,91 +33,97 @@ TEST_F(SimulatedPlugin, ReadsEveryField) {
 }
 
 TEST_F(SimulatedPlugin, NamesTheBadLineAndKeepsTheGoodDevices) {
-    const ListPtr list = makeList();
+    const ListPtr list = makeList("token=good\n");
+    const fs::path aside = machine.folder() / "aside";
+    fs::rename(devicesFile, aside);
     EXPECT_EQ(refresh(*list), fileMissing);
-    for (const char* const bad :
-         {"tokn=a", "token=", "token=\"\"", "version=1", "token=a token=b", "token=a x", "token=a\"b\"",
-          "token=\"a", "token=\"\\x\"", "token=a number=4294967295", "token=a version=-1",
-          "token=a sortKey=1x", "token=good", "token=\xFF", "=a", "token=\"a\"b=1"}) {
-        writeFile(devicesFile, "token=good\n");
-        ASSERT_EQ(refresh(*list), 0);
-        writeFile(devicesFile, "token=good\n\n" + std::string(bad) + "\ntoken=last number=1\n");
-        StatusBlock status = vykel::makeStatusBlock();
+    fs::rename(aside, devicesFile); // the same file again
+    EXPECT_TRUE(list->isStale());
+    for (const std::string& bad : {"tokn=a"s, "token="s, "token=\"\""s, "version=1"s, "token=a token=b"s,
+                                   "token=a x"s, "token=a\"b\""s, "token=\"a"s, "token=\"\\x\""s,
+                                   "token=a number=4294967295"s, "token=a version=-1"s, "token=a sortKey=1x"s,
+                                   "token=good"s, "token=\xFF"s, "token=a\0"s, "=a"s, "token=\"a\"b=1"s}) {
+        writeFile(devicesFile, "token=good\n\n" + bad + "\ntoken=last number=1\n");
+        status.code = 0;
         list->refresh(&status);
         EXPECT_EQ(status.code, fileMalformed) << bad;
         EXPECT_EQ(status.line, 3u) << bad;
         EXPECT_STREQ(status.file, "left.devices");
-        EXPECT_TRUE(list->isStale());
         EXPECT_EQ(list->getCount(), 1u);
     }
 }
 
 TEST_F(SimulatedPlugin, KeepsNumbersAndAliasesForEveryone) {
-    StatusBlock status = vykel::makeStatusBlock();
     {
-        const ListPtr one = makeList("# mine\r\ntoken=a number=1 # old\r\ntoken=b alias=\"\"");
+        const ListPtr one = makeList("\xEF\xBB\xBF# mine\r\ntoken=a number=1 # old\r\ntoken=b alias=\"\"");
         const ListPtr other = makeList();
         ASSERT_EQ(refresh(*other), 0);
         deviceAt(one, 0).setNumber(12, &status);
-        deviceAt(one, 1).setNumber(5, &status);
-        deviceAt(one, 1).setAlias("say \"hi\"", 1, 0, &status);
+        deviceAt(other, 1).setNumber(5, &status);
+        deviceAt(other, 1).setAlias("\"\\\r\n", 1, 0, &status);
         EXPECT_EQ(status.code, 0);
         EXPECT_FALSE(one->isStale());
-        EXPECT_EQ(deviceAt(other, 0).getNumber(), 12u);
-        EXPECT_EQ(describe(deviceAt(other, 1)), "b|b|1|0|5|'say \"hi\"'");
+        EXPECT_EQ(deviceAt(other, 0).getNumber(), 12u); // although it has set something itself since
+        EXPECT_EQ(describe(deviceAt(one, 1)), "b|b|1|0|5|'\"\\\r\n'");
 
-        ASSERT_EQ(refresh(*other), 0); // folds the journal
-        EXPECT_EQ(readFile(devicesFile),
-                  "# mine\r\ntoken=a number=12 # old\r\ntoken=b alias=\"say \\\"hi\\\"\" number=5");
+        ASSERT_EQ(refresh(*other), 0); // folds the changes in
+        EXPECT_EQ(readFile(devicesFile), "\xEF\xBB\xBF# mine\r\ntoken=a number=12 # old\r\n"
+                                         "token=b alias=\"\\\"\\\\\\r\\n\" number=5");
         EXPECT_FALSE(other->isStale());
-        deviceAt(other, 0).setNumber(13, &status);
-        EXPECT_EQ(deviceAt(one, 0).getNumber(), 13u); // across a fold
+        for (const std::uint32_t number : {13u, 14u}) { // a journal of the same size each time
+            deviceAt(other, 0).setNumber(number, &status);
+            EXPECT_EQ(deviceAt(one, 0).getNumber(), number);
+            ASSERT_EQ(refresh(*other), 0);
+        }
+        deviceAt(one, 0).setNumber(15, &status);
+        deviceAt(one, 1).setNumber(6, &status);
         deviceAt(one, 0).setAlias("no", 1, 0, &status);
-        EXPECT_EQ(status.code, vykel::toInteger(vykel::StatusCode::InvalidParameter)) << "it takes no alias";
+        EXPECT_EQ(status.code, invalidParameter) << "it takes no alias";
     }
-    reload();
-    const ListPtr later = makeList();
-    ASSERT_EQ(refresh(*later), 0);
-    EXPECT_EQ(deviceAt(later, 0).getNumber(), 13u);
-    EXPECT_FALSE(fs::exists(machine.folder() / "left.devices.tmp"));
+    EXPECT_NE(readFile(devicesFile).find("number=15"), std::string::npos) << "release folds";
+    EXPECT_FALSE(fs::exists(temporary));
 }
 
-TEST_F(SimulatedPlugin, IgnoresWhatAKilledProcessLeftHalfWritten) {
+TEST_F(SimulatedPlugin, FoldsWhatIsWholeIntoTheFileAsItIsNow) {
     const ListPtr list = makeList("token=a\ntoken=b\n");
-    std::ofstream(machine.folder() / "left.devices.journal", std::ios::app | std::ios::binary)
-        << "\nnumber=77 token=\"a";
-    StatusBlock status = vykel::makeStatusBlock();
+    deviceAt(list, 0).setNumber(77, &status);
+    fs::resize_file(journal, fs::file_size(journal) - 1); // as if the process had been killed
     deviceAt(list, 1).setNumber(2, &status);
-    EXPECT_EQ(deviceAt(list, 0).getNumber(), vykel::noDeviceNumber);
     ASSERT_EQ(refresh(*list), 0);
     EXPECT_EQ(readFile(devicesFile), "token=a\ntoken=b number=2\n");
+
+    deviceAt(list, 0).setNumber(1, &status);
+    deviceAt(list, 1).setNumber(3, &status);
+    writeFile(devicesFile, "token=c\ntoken=b number=2\n"); // an edit that keeps the size
+    fs::last_write_time(devicesFile, fs::last_write_time(devicesFile) + std::chrono::seconds(1));
+    EXPECT_TRUE(list->isStale());
+    ASSERT_EQ(refresh(*list), 0);
+    EXPECT_EQ(readFile(devicesFile), "token=c\ntoken=b number=3\n");
 }
 
 TEST_F(SimulatedPlugin, LosesNothingWhenManyWriteAndFoldAtOnce) {
     constexpr std::uint32_t writers = 4;
-    constexpr std::uint32_t each = 25;
-    std::string text;
-    for (std::uint32_t i = 0; i < writers * each; ++i)
-        text += "token=d" + std::to_string(i) + "\n";
-    writeFile(devicesFile, text);
-    std::vector<std::thread> threads;
-    for (std::uint32_t writer = 0; writer < writers; ++writer) {
-        threads.emplace_back([this, writer] {
-            StatusBlock status = vykel::makeStatusBlock();
-            for (std::uint32_t i = writer * each; i < (writer + 1) * each; ++i) {
-                const ListPtr list = makeList(); // released, and with it folded, each time
-                list->refresh(&status);
-                deviceAt(list, i).setNumber(i, &status);
-            }
-            EXPECT_EQ(status.code, 0);
-        });
+    constexpr std::uint32_t devices = 100;
+    std::string before, after;
+    for (std::uint32_t i = 0; i < devices; ++i) {
+        before += "token=d" + std::to_string(i) + "\n";
+        after += "token=d" + std::to_string(i) + " number=" + std::to_string(i) + "\n";
     }
+    writeFile(devicesFile, before);
+    std::vector<std::thread> threads;
+    for (std::uint32_t writer = 0; writer < writers; ++writer)
+        threads.emplace_back([this, writer] {
+            vykel::StatusBlock result = vykel::makeStatusBlock();
+            for (std::uint32_t i = writer; i < devices; i += writers) {
+                const ListPtr list = makeList(); // its release folds
+                list->refresh(&result);
+                list->getDevice(i, 0, &result)->setNumber(i, &result);
+            }
+            EXPECT_EQ(result.code, 0);
+        });
     for (std::thread& thread : threads)
         thread.join();
-    const ListPtr list = makeList();
-    ASSERT_EQ(refresh(*list), 0);
-    for (std::uint32_t i = 0; i < writers * each; ++i)
-        EXPECT_EQ(deviceAt(list, i).getNumber(), i);
+    EXPECT_EQ(readFile(devicesFile), after);
 }
 
 } // namespace

@@ -1,0 +1,27 @@
+// The sample plug-in when calls of the system fail.
+#include "plugin/SimulatedPlugin.h"
+#include "winhost/faults.h"
+
+namespace vykeltest {
+
+TEST_F(SimulatedPlugin, NeitherLosesNorHalfKeepsWhenACallFails) {
+    bool struck = true;
+    const std::ptrdiff_t resources = winhost::openResources();
+    for (std::size_t nth = 1; struck; ++nth) {
+        status.code = 0;
+        {
+            const ListPtr list = makeList("token=a alias=\"\"\ntoken=b\n");
+            const winhost::ScopedFault fault({winhost::Call::Any, nth});
+            deviceAt(list, 0).setAlias("A", 1, 0, &status);
+            refresh(*list);
+            struck = fault.struck() != 0;
+        }
+        const std::string alias = status.code < 0 ? "" : "A";
+        EXPECT_EQ(refresh(*makeList()), 0);
+        EXPECT_EQ(readFile(devicesFile), "token=a alias=\"" + alias + "\"\ntoken=b\n") << nth;
+        EXPECT_FALSE(fs::exists(temporary)) << nth;
+    }
+    EXPECT_EQ(winhost::openResources(), resources);
+}
+
+} // namespace vykeltest
