@@ -15,9 +15,17 @@ TEST(IniEdit, NamesCompareWithoutCaseAndOuterBlanks) {
         const char* right;
         int folded;
         int exact;
-    } rows[] = {{"General", " gENERAL\t ", 0, 1}, {"a b", "ab", -1, -1}, {"a", "a b", -1, -1}, {"a", "B", -1, 1},
-                {"[", "a", 1, -1}, {"", " \v\f\r\n", 0, -1}, {"\xE4", "\xC4", 1, 1}, {"\xFF", "a", 1, 1},
-                {"a ", "a\t", 0, 1}, {nullptr, "", -1, -1}, {nullptr, nullptr, 0, 0}};
+    } rows[] = {{"General", " gENERAL\t ", 0, 1},
+                {"a b", "ab", -1, -1},
+                {"a", "a b", -1, -1},
+                {"a", "B", -1, 1},
+                {"[", "a", 1, -1},
+                {"", " \v\f\r\n", 0, -1},
+                {"\xE4", "\xC4", 1, 1},
+                {"\xFF", "a", 1, 1},
+                {"a ", "a\t", 0, 1},
+                {nullptr, "", -1, -1},
+                {nullptr, nullptr, 0, 0}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.right != nullptr ? row.right : "null");
         EXPECT_EQ(compareIniNames(row.left, row.right, 0), row.folded);
@@ -79,10 +87,17 @@ TEST(IniEscape, EncodesAndDecodes) {
         const char* encoded;
         const char* decoded;
         bool bothWays = true;
-    } rows[] = {{"", ""}, {"plain text \xC3\xA4\xFF", "plain text \xC3\xA4\xFF"},
-                {"\\t\\n\\x0d\\\"\\\\", "\t\n\r\"\\"}, {"\\x01\\x1f\\x7f'", "\x01\x1F\x7F'"},
-                {"\\xAf\\x4", "\xAFx4", false}, {"\\x", "x", false}, {"\\xg1\\x1g", "xg1x1g", false},
-                {"\\", "", false}, {"\\q\\X41", "qX41", false}, {"ntx\"", "ntx\"", false}, {"\\x\\n", "x\n", false}};
+    } rows[] = {{"", ""},
+                {"plain text \xC3\xA4\xFF", "plain text \xC3\xA4\xFF"},
+                {"\\t\\n\\x0d\\\"\\\\", "\t\n\r\"\\"},
+                {"\\x01\\x1f\\x7f'", "\x01\x1F\x7F'"},
+                {"\\xAf\\x4", "\xAFx4", false},
+                {"\\x", "x", false},
+                {"\\xg1\\x1g", "xg1x1g", false},
+                {"\\", "", false},
+                {"\\q\\X41", "qX41", false},
+                {"ntx\"", "ntx\"", false},
+                {"\\x\\n", "x\n", false}};
     IniString out;
     for (const auto& row : rows) {
         EXPECT_EQ(decodeIniValue(row.encoded, out), 0);

@@ -34,8 +34,7 @@ TEST(IniParser, ReadsEveryCornerOfTheFormat) {
         {"bytes of 128 and above are text", "[\xC4\xA0]\n\xE4=\xF6\xA0\n", "[\xC4\xA0]1{\xE4=\xF6\xA0@2;}"},
         {"pairs are one end, equal ones are two", "[a]\r\nb=1\n\rc=2\r\rd=3\n\ne=4",
          "[a]1{b=1@2;c=2@3;d=3@5;e=4@7;}", 4},
-        {"NUL ends a line, pairs too", "[a]\0b=1\0\nc=2\r\0d=3\0\0e=4"s,
-         "[a]1{b=1@2;c=2@3;d=3@4;e=4@6;}", 5},
+        {"NUL ends a line, pairs too", "[a]\0b=1\0\nc=2\r\0d=3\0\0e=4"s, "[a]1{b=1@2;c=2@3;d=3@4;e=4@6;}", 5},
         {"a line end at the very start ends nothing, unless it is NUL", "\n[a]\nb=1", "[a]1{b=1@2;}"},
         {"the same with a pair", "\r\n[a]", "[a]2{}", 1},
         {"NUL first", "\0[a]"s, "[a]2{}", 1},
@@ -80,7 +79,7 @@ TEST(IniParser, ReadsEveryCornerOfTheFormat) {
 
 /// The beginnings and ends of the blocks that are read fall everywhere around a line's end.
 TEST(IniParser, ReadsLinesOfAnyLengthInBlocksOfAnySize) {
-    for (const std::string& end : {std::string("\r\n"), std::string("\n"), "\n\0"s}) {
+    for (const std::string& end : {"\r\n"s, "\n"s, "\n\0"s}) {
         for (std::size_t n = 0; n < 15; ++n) {
             const std::size_t length = n != 0 ? 32755 + n : 3000000;
             const std::string key(length, 'k');

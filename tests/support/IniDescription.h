@@ -18,7 +18,8 @@ std::string describeEntry(const Entry& entry, bool withLine = true) {
 inline std::string describe(const vyini::IniDocument& document, bool withLines = true) {
     std::string text;
     for (auto* section = document.sections.first(); section != nullptr; section = section->next) {
-        text += "[" + std::string(section->name) + "]" + (withLines ? std::to_string(section->line) : "") + "{";
+        text +=
+            "[" + std::string(section->name) + "]" + (withLines ? std::to_string(section->line) : "") + "{";
         for (auto* entry = section->entries.first(); entry != nullptr; entry = entry->next)
             text += describeEntry(*entry, withLines);
         text += "}";
