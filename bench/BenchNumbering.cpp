@@ -2,12 +2,12 @@
 // the devices, the last of them in key order, and one sort of the waiting keys.
 #include "DeviceNumbering.h"
 #include "errors/StatusBlocks.h"
+#include "ThreadTime.h"
 #include <algorithm>
 #include <benchmark/benchmark.h>
 #include <cstdint>
 #include <memory>
 #include <random>
-#include <time.h>
 #include <vector>
 
 namespace {
@@ -55,13 +55,6 @@ struct Machine {
     vykel::DeviceTable table;
 };
 
-/// Processor time of this thread: other work on the machine does not count.
-double threadSeconds() {
-    timespec time = {};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
 void floorPass(const Machine& machine) {
     std::vector<std::uint32_t> keys;
     keys.reserve(machine.devices.size());
@@ -83,9 +76,9 @@ void measure(benchmark::State& state, Pass pass) {
     Machine machine(static_cast<std::size_t>(state.range(0)), oneInNumbered);
     for (auto _ : state) {
         machine.reset(oneInNumbered);
-        const double start = threadSeconds();
+        const double start = bench::threadSeconds();
         pass(machine);
-        state.SetIterationTime(threadSeconds() - start);
+        state.SetIterationTime(bench::threadSeconds() - start);
     }
 }
 

@@ -2,10 +2,10 @@
 // four bytes choose the options, the rest is the file.
 #include "ini/IniEdit.h"
 #include "ini/IniEscape.h"
-#include "ini/IniFile.h"
 #include "ini/IniParser.h"
 #include "ini/IniWriter.h"
 #include "support/IniDescription.h"
+#include "vybase/owners.h"
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -87,7 +87,7 @@ void checkSame(const IniDocument& left, const IniDocument& right) {
 void writeAndReadAgain(IniDocument& document, const std::uint8_t* options) {
     if (!canBeSplit(document))
         document.maxLineLength = -1;
-    IniFile written(std::tmpfile());
+    vybase::FileStream written(std::tmpfile());
     int result = writeIni(&document, written.get());
     if (result == IniKeyTooLong) {
         document.maxLineLength = -1;
@@ -115,7 +115,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     constexpr std::size_t optionBytes = 4;
     if (size < optionBytes)
         return 0;
-    const IniFile file(std::tmpfile());
+    const vybase::FileStream file(std::tmpfile());
     check(file != nullptr);
     check(std::fwrite(data + optionBytes, 1, size - optionBytes, file.get()) == size - optionBytes);
     IniDocument document;
