@@ -23,7 +23,7 @@ TEST(IniEdit, NamesCompareWithoutCaseAndOuterBlanks) {
                 {"", " \v\f\r\n", 0, -1},
                 {"\xE4", "\xC4", 1, 1},
                 {"\xFF", "a", 1, 1},
-                {"a ", "a\t", 0, 1},
+                {"a ", "a\t", 1, 1},
                 {nullptr, "", -1, -1},
                 {nullptr, nullptr, 0, 0}};
     for (const auto& row : rows) {

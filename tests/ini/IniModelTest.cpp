@@ -42,8 +42,14 @@ public:
     std::shared_ptr<Section> current;
     Sections sections;
 
+    /// The first difference decides, unless one side has only blanks left.
     bool same(const std::string& left, const std::string& right) const {
-        return caseSensitive != 0 ? left == right : upper(trim(left)) == upper(trim(right));
+        if (caseSensitive != 0)
+            return left == right;
+        const std::string l = upper(trim(left + ".")), r = upper(trim(right + ".")); // blanks at the end stay
+        const std::size_t common = std::min(l.size(), r.size()) - 1;
+        return l.compare(0, common, r, 0, common) == 0 && trim(l.substr(common)) == "." &&
+               trim(r.substr(common)) == ".";
     }
 
     Sections::iterator findFirst(const std::string& name) {
