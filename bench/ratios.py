@@ -11,15 +11,15 @@ import re
 import sys
 
 # What the project promises: operation, sizes, what it is compared with, the least or the most that the ratio may be.
-LEAST, MOST = ">=", "<="
+AT_LEAST, AT_MOST = ">=", "<="
 PROMISES = (
-    ("Number", r"devices:.*", "floor", MOST, 2.0),
-    ("Load", r"(sections|keys):\d+", "simpleini", LEAST, 5.0),
-    ("Load", r"(sections|keys):\d+", "gkeyfile", LEAST, 3.0),
-    ("SafeSave", r"bytes:600", "floor", MOST, 1.3),
+    ("Number", r"devices:.*", "floor", AT_MOST, 2.0),
+    ("Load", r"(sections|keys):\d+", "simpleini", AT_LEAST, 5.0),
+    ("Load", r"(sections|keys):\d+", "gkeyfile", AT_LEAST, 3.0),
+    ("SafeSave", r"bytes:600", "floor", AT_MOST, 1.3),
     # A search takes the same time in small and large documents; caches are allowed for.
-    ("Lookup", r"sections:n", "growth", MOST, 1.3),
-    ("Delete", r"sections:n", "growth", MOST, 1.3),
+    ("Lookup", r"sections:n", "growth", AT_MOST, 1.3),
+    ("Delete", r"sections:n", "growth", AT_MOST, 1.3),
 )
 
 
@@ -70,7 +70,7 @@ class Report:
             if (of, than) != (operation, against) or not re.fullmatch(sizes, size):
                 continue
             self.kept[promise] += 1
-            if ratio >= bound if limit == LEAST else ratio <= bound:
+            if ratio >= bound if limit == AT_LEAST else ratio <= bound:
                 return f"   ({limit} {bound})"
             self.failures.append(f"{operation} {size}: {ratio:.2f} against {against} is not {limit} {bound}")
             return f"   (MISSED: {limit} {bound})"

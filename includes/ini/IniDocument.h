@@ -14,8 +14,8 @@
 /// the document usable. A document is used by one thread at a time, different documents by any.
 namespace vyini {
 
-/// Every failure that an operation of the engine reports. 0 and positive results are successes, whose meaning
-/// each function states.
+/// Every failure that an operation of the engine reports. 0 and positive results are successes; each function
+/// says what they mean.
 enum IniCode : int {
     IniSeekFailed = -1,        ///< the file cannot be positioned after its byte-order mark
     IniKeyTooLong = -2,        ///< a key leaves no room for a piece of its value within maxLineLength
@@ -66,7 +66,7 @@ struct IniEntry {
     const char* key = "";   ///< never null, trimmed
     const char* value = ""; ///< never null, trimmed, without its quotes
     std::int32_t line = -1; ///< line in the file, from 1; -1: made in memory
-    std::uint8_t quote = 0; ///< 0, 0x22 or 0x27: stands around the value in the file
+    std::uint8_t quote = 0; ///< 0, 0x22 or 0x27: the quotes around the value in the file
     bool ownsKey = false;   ///< key is on the heap; otherwise it is part of the document's text
     bool ownsValue = false; ///< the same for value
 

@@ -21,8 +21,8 @@ IniEntry* findIniEntry(IniSection* section, int caseSensitive, const char* key) 
 /// entry when there is one.
 int getIniUInt(IniDocument* document, const char* section, const char* key, std::uint32_t* out) noexcept;
 
-/// Sets a value, without the blanks at its ends, and the quote character that stands around it in the file (0
-/// for none, 0x22, 0x27). An existing entry keeps its place and line; with mergeDuplicates off a further
+/// Sets a value, without the blanks at its ends, and the quote character that is written around it (0 for
+/// none, 0x22, 0x27). An existing entry keeps its place and line; with mergeDuplicates off a further
 /// entry of that key is made instead. A missing section or entry is made at the end. Null `value` is empty.
 /// 1; IniEmptyName when a name is null or blank; IniMemoryFull, after which sections and entries are as
 /// before and there is no current section.

@@ -1,4 +1,5 @@
 #include "ini/IniEscape.h"
+
 #include "ini/IniDocument.h"
 #include "ini/IniFile.h"
 #include "ini/IniText.h"
@@ -8,6 +9,10 @@
 namespace vyini {
 
 namespace {
+
+constexpr bool isControl(char c) noexcept {
+    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
 
 /// Appends the escaped form of one character and returns the end.
 char* encode(char c, char* out) noexcept {
@@ -27,7 +32,7 @@ char* encode(char c, char* out) noexcept {
     return out;
 }
 
-/// What the character after a backslash means; `text`, behind that character, moves over hex digits.
+/// What the character `c` after a backslash means. `text`, which follows it, is moved past hex digits.
 char decodeEscape(char c, const char*& text) noexcept {
     if (c == 'n')
         return '\n';

@@ -11,7 +11,7 @@ namespace vyini {
 /// `out` unchanged. Any thread.
 int encodeIniValue(const char* text, IniString& out) noexcept;
 
-/// Reads such a text back. A backslash before any other character is dropped, so is one at the end; \x
+/// Reads such a text back. A backslash before any other character is dropped, and so is one at the end; \x
 /// without two hex digits is the letter x. \x00 gives a NUL, which ends the text for most readers. 0 and the
 /// new text in `out`, or IniMemoryFull and `out` unchanged. Any thread.
 int decodeIniValue(const char* text, IniString& out) noexcept;

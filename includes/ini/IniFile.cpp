@@ -1,4 +1,5 @@
 #include "ini/IniFile.h"
+
 #include <cstdint>
 #include <cstring>
 

@@ -8,7 +8,7 @@
 /// What loading and saving share.
 namespace vyini {
 
-/// What a directory search tells about a file.
+/// What a directory search reports about a file.
 struct IniFileFacts {
     FILETIME lastWriteTime = {};
     std::size_t size = 0;
@@ -18,7 +18,7 @@ struct IniFileFacts {
 /// facts are allowed.
 bool findFile(const char* path, IniFileFacts* facts) noexcept;
 
-/// `length` bytes of a text as a text of its own, with room for `more` bytes behind it; null when memory is
+/// A copy of the first `length` bytes of a text, with room for `more` bytes after them. Null when memory is
 /// short.
 IniString copyText(const char* text, std::size_t length, std::size_t more = 0) noexcept;
 

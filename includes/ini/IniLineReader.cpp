@@ -52,7 +52,7 @@ int IniLineReader::readLine(IniRange& line) noexcept {
     return 1;
 }
 
-/// Reads more bytes behind those of the line in progress: 1 when some came, 0 at the end of the file.
+/// Reads more bytes after those of the line in progress: 1 when some came, 0 at the end of the file.
 int IniLineReader::refill() noexcept {
     if (filled == blockEnd && !startBlock())
         return IniMemoryFull;
@@ -65,7 +65,7 @@ int IniLineReader::refill() noexcept {
     return got != 0 ? 1 : 0;
 }
 
-/// Goes on in a new block, to which the line in progress moves. False when memory is short.
+/// Begins a new block and moves the line in progress there. False when memory is short.
 bool IniLineReader::startBlock() noexcept {
     const auto length = static_cast<std::size_t>(filled - position);
     const std::size_t size = std::max(nextBlockSize, 2 * length);

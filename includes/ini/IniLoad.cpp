@@ -1,4 +1,5 @@
 #include "ini/IniLoad.h"
+
 #include "ini/IniFile.h"
 #include "vybase/owners.h"
 #include <cstring>
@@ -7,7 +8,7 @@ namespace vyini {
 
 namespace {
 
-/// Where the text begins behind a byte-order mark, or IniWideText.
+/// Where the text begins after a byte-order mark, or IniWideText.
 int findTextStart(const unsigned char* bytes, std::size_t count) noexcept {
     if (count == 4 &&
         (std::memcmp(bytes, "\xFF\xFE\0\0", 4) == 0 || std::memcmp(bytes, "\0\0\xFE\xFF", 4) == 0))

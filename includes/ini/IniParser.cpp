@@ -9,13 +9,25 @@ namespace {
 constexpr char continuationWord[] = " Line";
 constexpr std::ptrdiff_t wordLength = sizeof(continuationWord) - 1;
 
+IniRange withoutLeadingBlanks(IniRange range) noexcept {
+    while (range.begin != range.end && isBlank(*range.begin))
+        ++range.begin;
+    return range;
+}
+
+IniRange withoutTrailingBlanks(IniRange range) noexcept {
+    while (range.begin != range.end && isBlank(range.end[-1]))
+        --range.end;
+    return range;
+}
+
 /// Where the character first is, or the end.
 char* findByte(IniRange range, char wanted) noexcept {
     void* found = std::memchr(range.begin, wanted, static_cast<std::size_t>(range.end - range.begin));
     return found != nullptr ? static_cast<char*>(found) : range.end;
 }
 
-/// Quick to say no: does the key end in the word and digits?
+/// True when the key ends in the word and digits: a quick test that rules out nearly every key.
 bool mayContinue(IniRange key) noexcept {
     const char* digits = key.end;
     while (digits != key.begin && isDigit(digits[-1]))
@@ -24,7 +36,7 @@ bool mayContinue(IniRange key) noexcept {
            std::memcmp(digits - wordLength, continuationWord, wordLength) == 0;
 }
 
-/// Ends the range with a NUL, which overwrites the byte behind it.
+/// Ends the range with a NUL, which overwrites the byte after it.
 const char* terminated(IniRange range) noexcept {
     *range.end = '\0';
     return range.begin;
@@ -103,11 +115,11 @@ private:
             separator = findByte({line.begin, separator}, ':');
         if (separator == line.end)
             return unusable(line, number);
-        char* behind = separator + 1;
-        if (*separator == ':' && behind != line.end && *behind == '=')
-            ++behind;
+        char* afterSeparator = separator + 1;
+        if (*separator == ':' && afterSeparator != line.end && *afterSeparator == '=')
+            ++afterSeparator;
         const IniRange key = withoutTrailingBlanks({line.begin, separator});
-        const IniRange value = withoutLeadingBlanks({behind, line.end});
+        const IniRange value = withoutLeadingBlanks({afterSeparator, line.end});
         if (key.empty() || (value.empty() && (document.parseFlags & IniAllowEmptyValue) == 0))
             return unusable(line, number);
         if (document.currentSection == nullptr) {
@@ -138,7 +150,7 @@ private:
         return 0;
     }
 
-    /// Takes the quotes off that the options name, and tells which.
+    /// Takes off the quotes that the options name, and returns which.
     std::uint8_t stripQuotes(IniRange& value) const noexcept {
         if (value.end - value.begin < 2 || *value.begin != value.end[-1])
             return 0;

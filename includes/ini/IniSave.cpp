@@ -1,4 +1,5 @@
 #include "ini/IniSave.h"
+
 #include "ini/IniFile.h"
 #include "ini/IniWriter.h"
 #include "vybase/owners.h"

@@ -1,4 +1,5 @@
 #include "ini/IniText.h"
+
 #include <cstring>
 
 namespace vyini {
@@ -46,14 +47,14 @@ std::uint32_t hashIniName(const char* name, int caseSensitive) noexcept {
             hash = (hash ^ static_cast<unsigned char>(*name)) * prime;
         return hash;
     }
-    // Blanks at the end must not count, and which ones are at the end shows only there.
-    std::uint32_t counting = hash;
+    // Blanks at the end do not count, but only the end of the name shows which ones are there.
+    std::uint32_t hashWithoutTrailing = hash;
     for (name = skipBlanks(name); *name != '\0'; ++name) {
         hash = (hash ^ fold(*name)) * prime;
         if (!isBlank(*name))
-            counting = hash;
+            hashWithoutTrailing = hash;
     }
-    return counting;
+    return hashWithoutTrailing;
 }
 
 bool readDigits(const char*& text, std::uint32_t& number) noexcept {

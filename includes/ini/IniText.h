@@ -17,10 +17,6 @@ constexpr bool isDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
 
-constexpr bool isControl(char c) noexcept {
-    return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
-}
-
 /// Upper case of the 26 letters; every other byte is itself.
 constexpr unsigned char fold(char c) noexcept {
     return static_cast<unsigned char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
@@ -34,18 +30,6 @@ struct IniRange {
     bool empty() const noexcept { return begin == end; }
 };
 
-inline IniRange withoutLeadingBlanks(IniRange range) noexcept {
-    while (range.begin != range.end && isBlank(*range.begin))
-        ++range.begin;
-    return range;
-}
-
-inline IniRange withoutTrailingBlanks(IniRange range) noexcept {
-    while (range.begin != range.end && isBlank(range.end[-1]))
-        --range.end;
-    return range;
-}
-
 /// True for null, for empty text and for nothing but blanks.
 bool isBlankText(const char* text) noexcept;
 
@@ -54,7 +38,7 @@ bool isBlankText(const char* text) noexcept;
 /// letter case and the blanks at both ends don't matter. Any thread.
 int compareIniNames(const char* left, const char* right, int caseSensitive) noexcept;
 
-/// compareIniNames() == 0, at its cheapest. Neither name is null.
+/// compareIniNames() == 0, only faster. Neither name is null.
 inline bool equalIniNames(const char* left, const char* right, int caseSensitive) noexcept {
     if (caseSensitive != 0)
         return std::strcmp(left, right) == 0;
@@ -63,7 +47,7 @@ inline bool equalIniNames(const char* left, const char* right, int caseSensitive
     for (; *l == *r || fold(*l) == fold(*r); ++l, ++r)
         if (*l == '\0')
             return true;
-    // What differs behind a common beginning settles it, unless one of the two has more blanks there.
+    // The first difference decides, unless one side has only blanks left.
     return (isBlank(*l) || isBlank(*r)) && compareIniNames(left, right, 0) == 0;
 }
 

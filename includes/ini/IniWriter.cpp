@@ -1,4 +1,5 @@
 #include "ini/IniWriter.h"
+
 #include "ini/IniOutput.h"
 #include <algorithm>
 #include <charconv>
@@ -80,9 +81,9 @@ private:
             const char* digitsEnd = std::to_chars(digits + 3, digits + sizeof(digits), number).ptr;
             const char* firstDigit = std::min<const char*>(digits + 3, digitsEnd - 4);
             const auto digitCount = static_cast<std::size_t>(digitsEnd - firstDigit);
-            // Five digits and more take their room from the piece, but never all of it.
-            const std::size_t most = room - std::min(digitCount - 4, room - 1);
-            const std::size_t piece = measurePiece(rest, static_cast<std::size_t>(end - rest), most);
+            // More than four digits take their room from the piece, but never all of it.
+            const std::size_t maxPiece = room - std::min(digitCount - 4, room - 1);
+            const std::size_t piece = measurePiece(rest, static_cast<std::size_t>(end - rest), maxPiece);
             output.put(entry.key, keyLength);
             output.put(" Line", 5);
             output.put(firstDigit, digitCount);
@@ -92,16 +93,16 @@ private:
         return 0;
     }
 
-    /// Length of the next piece: as much as fits, but if possible only up to the last splitChar.
-    std::size_t measurePiece(const char* text, std::size_t length, std::size_t most) const noexcept {
-        if (length <= most)
+    /// Length of the next piece: as much as fits, but up to the last splitChar where there is one.
+    std::size_t measurePiece(const char* text, std::size_t length, std::size_t maxPiece) const noexcept {
+        if (length <= maxPiece)
             return length;
         if (document.splitChar != 0) {
-            for (std::size_t piece = most; piece != 0; --piece)
+            for (std::size_t piece = maxPiece; piece != 0; --piece)
                 if (text[piece - 1] == static_cast<char>(document.splitChar))
                     return piece;
         }
-        return most;
+        return maxPiece;
     }
 
     static constexpr std::size_t numberRoom = 12; // " Line", four digits and the longer separator
