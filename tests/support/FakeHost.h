@@ -6,11 +6,11 @@
 
 namespace vykeltest {
 
-/// What a fake plug-in does at a call besides the ordinary. A negative value is the code that the call
+/// What a call of a fake plug-in does, if nothing ordinary. A negative value is the code that the call
 /// reports.
 enum Answer : std::int32_t {
     Ordinary,
-    Yes,  ///< isStale: true
+    Yes,  ///< isStale: true; entry points: a warning
     Null, ///< getDevice, getInterface: success with null
     ThrowBadAlloc,
     ThrowInvalidArgument,
@@ -27,13 +27,13 @@ struct FakeDevice {
     std::uint32_t slot = 0; ///< its place in FakePlugins::numbersFile
 };
 
-/// The test behind the fake plug-ins of its process, which find it by the address in this environment
+/// The test's side of the fake plug-ins in its process. They find it by the address in this environment
 /// variable. A plug-in's name is the name of its file without extension.
 class FakeHost {
 public:
     static constexpr const char* environmentVariable = "VYKEL_TEST_FAKE_HOST";
 
-    /// Told of every call of a plug-in; argument -1: the call has none.
+    /// Answers each call of a plug-in; argument -1: the call has none.
     virtual Answer call(const char* plugin, const char* operation, std::int64_t argument) = 0;
     /// The devices that a plug-in sees at its refresh.
     virtual FakeDevice* devices(const char* plugin, std::uint32_t& count) = 0;

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <memory>
-#include <new>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -22,26 +21,26 @@ namespace {
 
 using vykel::IDevice;
 using vykel::StatusBlock;
-using vykeltest::Answer;
+using namespace vykeltest;
 
 struct OwnType {};
 
-/// The plug-in's name, and the test; the last thing that the plug-in tells is that it is being unloaded.
+/// The plug-in's name, and the test. The last that the plug-in reports is that it is unloaded.
 struct Plugin {
     Plugin() {
+        const char* const text = std::getenv(FakeHost::environmentVariable);
         void* address = nullptr;
-        const char* const text = std::getenv(vykeltest::FakeHost::environmentVariable);
         if (text == nullptr || std::sscanf(text, "%p", &address) != 1)
             std::abort();
-        host = static_cast<vykeltest::FakeHost*>(address);
+        host = static_cast<FakeHost*>(address);
         HMODULE module = nullptr;
         WCHAR path[1024] = {};
         GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
                                GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                            reinterpret_cast<const WCHAR*>(this), &module);
-        const DWORD length = GetModuleFileNameW(module, path, 1024);
+        const WCHAR* const end = path + GetModuleFileNameW(module, path, 1024);
         // Only the name, without extension: a short text, so that this never needs memory.
-        for (const WCHAR* at = path; at != path + length; ++at)
+        for (const WCHAR* at = path; at != end; ++at)
             if (*at == '/' || *at == '\\')
                 name.clear();
             else
@@ -55,94 +54,84 @@ struct Plugin {
 #endif
     }
 
-    vykeltest::FakeHost* host = nullptr;
+    FakeHost* host = nullptr;
     std::string name;
 } plugin;
 
-std::int32_t tell(const char* operation, std::int64_t argument = -1) {
+std::int32_t report(const char* operation, std::int64_t argument = -1) {
+    static void (*const throwing[])() = {
+        [] { throw std::bad_alloc(); },
+        [] { throw std::invalid_argument("fake"); },
+        [] { throw std::bad_cast(); },
+        [] { throw std::system_error(std::make_error_code(std::errc::io_error)); },
+        [] { throw std::logic_error("fake"); },
+        [] { throw OwnType(); }};
     const Answer answer = plugin.host->call(plugin.name.c_str(), operation, argument);
-    switch (answer) {
-    case Answer::ThrowBadAlloc:
-        throw std::bad_alloc();
-    case Answer::ThrowInvalidArgument:
-        throw std::invalid_argument("fake");
-    case Answer::ThrowBadCast:
-        throw std::bad_cast();
-    case Answer::ThrowSystemError:
-        throw std::system_error(std::make_error_code(std::errc::io_error));
-    case Answer::ThrowLogicError:
-        throw std::logic_error("fake");
-    case Answer::ThrowOwnType:
-        throw OwnType();
-    default:
-        return answer;
-    }
+    if (answer >= ThrowBadAlloc)
+        throwing[answer - ThrowBadAlloc]();
+    return answer;
 }
 
-void tell(const char* operation, std::int64_t argument, StatusBlock* status) {
-    const std::int32_t answer = tell(operation, argument);
+std::int32_t report(const char* operation, std::int64_t argument, StatusBlock* status) {
+    const std::int32_t answer = report(operation, argument);
     if (answer < 0 && status->code >= 0)
         status->code = answer;
+    return answer;
 }
 
 class Device final : public IDevice {
 public:
-    Device(vykeltest::FakeDevice& fakeDevice, std::int64_t deviceIndex)
-        : fake(fakeDevice), index(deviceIndex) {}
+    Device(FakeDevice& fakeDevice, std::int64_t deviceIndex) : fake(fakeDevice), index(deviceIndex) {}
 
     std::int32_t getVersion() override { return fake.version; }
     const char* getPersistentToken(std::uint32_t) override { return plugin.name.c_str(); }
     std::uint32_t getSortKey() override {
-        tell("getSortKey", index);
+        report("getSortKey", index);
         return fake.sortKey;
     }
     void setNumber(std::uint32_t number, StatusBlock* status) override {
-        tell("setNumber", index, status);
-        if (status->code >= 0)
+        if (report("setNumber", index, status) >= 0)
             plugin.host->setNumber(fake, number);
     }
     std::uint32_t getNumber() override {
-        tell("getNumber", index);
+        report("getNumber", index);
         return plugin.host->getNumber(fake);
     }
     const char* getAlias() override { return nullptr; }
     void setAlias(const char*, std::int32_t, std::int32_t, StatusBlock*) override {}
 
 private:
-    vykeltest::FakeDevice& fake;
+    FakeDevice& fake;
     std::int64_t index;
 };
 
 class List final : public vykel::IDeviceList {
 public:
     std::int32_t getVersion() override { return 0; }
-    bool isStale() override { return tell("isStale") == Answer::Yes; }
+    bool isStale() override { return report("isStale") == Yes; }
     void refresh(StatusBlock* status) override {
         devices.clear();
-        tell("refresh", -1, status);
+        report("refresh", -1, status);
         std::uint32_t count = 0;
-        vykeltest::FakeDevice* const fakes = plugin.host->devices(plugin.name.c_str(), count);
+        FakeDevice* const fakes = plugin.host->devices(plugin.name.c_str(), count);
         for (std::uint32_t i = 0; i < count; ++i)
             devices.emplace_back(fakes[i], i);
     }
     std::uint32_t getCount() override {
-        tell("getCount");
+        report("getCount");
         return static_cast<std::uint32_t>(devices.size());
     }
     IDevice* getDevice(std::uint32_t index, std::int32_t minimumVersion, StatusBlock* status) override {
-        const std::int32_t answer = tell("getDevice", index);
-        if (answer < 0 && status->code >= 0)
-            status->code = answer;
-        return answer != 0 || minimumVersion != 0 ? nullptr : &devices[index];
+        return report("getDevice", index, status) != 0 || minimumVersion != 0 ? nullptr : &devices[index];
     }
     void release() override {
         const std::unique_ptr<List> self(this);
-        tell("release");
+        report("release");
     }
     void attach(std::uint64_t token, StatusBlock* status) override {
-        tell("attach", static_cast<std::int64_t>(token), status);
+        report("attach", static_cast<std::int64_t>(token), status);
     }
-    void detach(std::uint64_t token) override { tell("detach", static_cast<std::int64_t>(token)); }
+    void detach(std::uint64_t token) override { report("detach", static_cast<std::int64_t>(token)); }
 
 private:
     std::vector<Device> devices;
@@ -151,18 +140,18 @@ private:
 } // namespace
 
 std::int32_t vykel_initializePlugin() {
-    return tell("initialize");
+    return report("initialize");
 }
 
 std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** list) {
-    const std::int32_t answer = tell("getInterface", version);
-    if (answer == Answer::Ordinary)
+    const std::int32_t answer = report("getInterface", version);
+    if (answer == Ordinary || answer == Yes)
         *list = new List;
     return answer;
 }
 
 #ifndef FAKE_WITHOUT_FINALIZE
 std::int32_t vykel_finalizePlugin() {
-    return tell("finalize");
+    return report("finalize");
 }
 #endif

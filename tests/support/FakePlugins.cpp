@@ -17,10 +17,10 @@ FakePlugins::FakePlugins() {
 
 std::string FakePlugins::takeLog(const std::vector<std::string>& operations) {
     std::string text;
-    for (const Entry& entry : log)
+    for (const auto& [operation, call] : log)
         if (operations.empty() ||
-            std::find(operations.begin(), operations.end(), entry.operation) != operations.end())
-            text += (text.empty() ? "" : " ") + entry.text;
+            std::find(operations.begin(), operations.end(), operation) != operations.end())
+            text += (text.empty() ? "" : " ") + call;
     log.clear();
     return text;
 }
@@ -30,9 +30,8 @@ Answer FakePlugins::call(const char* plugin, const char* operation, std::int64_t
         return Ordinary;
     const std::string name = std::string(plugin) + "." + operation;
     const std::string text = argument < 0 ? name : name + "(" + std::to_string(argument) + ")";
-    const std::lock_guard<std::mutex> guard(mutex);
     if (logging)
-        log.push_back({operation, text});
+        log.emplace_back(operation, text);
     auto answer = answers.find(text);
     if (answer == answers.end())
         answer = answers.find(name);

@@ -4,23 +4,22 @@
 #include "support/FakeHost.h"
 #include <filesystem>
 #include <map>
-#include <mutex>
 #include <string>
 #include <vector>
 
 namespace vykeltest {
 
-/// The test's side of all fake plug-ins of its process: what they see, what they do, what they were asked.
+/// The test's side of all fake plug-ins in its process: what they see, what they do, what they were asked.
 class FakePlugins final : public FakeHost {
 public:
     FakePlugins();
 
     /// By plug-in.
     std::map<std::string, std::vector<FakeDevice>> devicesOf;
-    /// By call, for example "a.refresh", "a.getDevice(2)", or "a.getDevice" for every argument. Missing ones
+    /// By call, for example "a.refresh", "a.getDevice(2)", or "a.getDevice" for every argument. Other calls
     /// are ordinary.
     std::map<std::string, std::int32_t> answers;
-    /// When set, the devices' numbers lie in this file, each in its slot, for all processes.
+    /// When set, this file holds the devices' numbers for all processes, each in its slot.
     std::filesystem::path numbersFile;
     bool logging = true;
 
@@ -34,12 +33,7 @@ public:
     void setNumber(FakeDevice& device, std::uint32_t number) override;
 
 private:
-    struct Entry {
-        std::string operation;
-        std::string text;
-    };
-    std::vector<Entry> log;
-    std::mutex mutex; // lists are released on any thread
+    std::vector<std::pair<std::string, std::string>> log; // operation and text
 };
 
 } // namespace vykeltest

@@ -1,6 +1,7 @@
 #ifndef TESTS_LIBRARYTEST_H
 #define TESTS_LIBRARYTEST_H
 
+#include "support/Codes.h"
 #include "support/FakePlugins.h"
 #include "support/LoadedLibrary.h"
 #include "support/Machine.h"
@@ -12,7 +13,7 @@ namespace vykeltest {
 class LibraryTest : public testing::Test {
 protected:
     ~LibraryTest() override {
-        while (library.finalize() == 0) { // else its plug-ins stay loaded and outlive the test
+        while (library.finalize() == 0) { // otherwise its plug-ins stay loaded and outlive the test
         }
     }
 

@@ -35,7 +35,7 @@ public:
     std::int32_t (*const getAllKelDevices)(std::int32_t version, vykel::IDeviceList** list);
     std::int32_t (*const finalize)();
 
-    /// A new list; throws the code when there is none.
+    /// A new list. Throws the code when none can be made.
     ListPtr newList() const;
 };
 

@@ -1,4 +1,4 @@
-// A plug-in of one device as the other Windows compiler lays it out: no C or C++ library at all.
+// A plug-in of one device in the ABI of the other Windows compiler, without any C or C++ library.
 #include "vykel/PluginEntryPoints.h"
 
 using vykel::IDevice;
@@ -9,14 +9,6 @@ extern "C" int _purecall() {
     return 0;
 }
 
-alignas(16) static char storage[4096];
-static decltype(sizeof(0)) used = 0;
-
-void* operator new(decltype(sizeof(0)) size) {
-    used += (size + 15) / 16 * 16;
-    return storage + used - (size + 15) / 16 * 16;
-}
-void operator delete(void*) noexcept {}
 void operator delete(void*, decltype(sizeof(0))) noexcept {}
 
 namespace {
@@ -53,7 +45,7 @@ public:
 
 private:
     std::uint32_t count = 0;
-};
+} list;
 
 } // namespace
 
@@ -65,8 +57,8 @@ std::int32_t vykel_initializePlugin() {
     return 0;
 }
 
-std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** list) {
-    *list = new List;
+std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** made) {
+    *made = &list;
     return version;
 }
 
