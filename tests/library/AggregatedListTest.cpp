@@ -3,6 +3,7 @@
 
 #include <cstring>
 #include <functional>
+#include <tuple>
 
 namespace vykeltest {
 
@@ -24,22 +25,19 @@ TEST_F(AggregatedListTest, JoinsTheListsAndRefusesByIndexAndVersion) {
     EXPECT_EQ(list->getCount(), 0u);
     ASSERT_EQ(refresh(*list), success);
     ASSERT_EQ(list->getCount(), 5u);
-    const struct {
-        std::uint32_t index;
-        std::int32_t minimumVersion;
-        std::int32_t code;
-    } cases[] = {{0, 1, success},         {0, 2, versionMismatch},  {1, 2, success},
-                 {2, 0, success},         {3, -5, success},         {4, -1, success},
-                 {4, 0, versionMismatch}, {5, 0, invalidParameter}, {0xFFFFFFFF, 0, invalidParameter}};
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.index);
+    const std::tuple<std::uint32_t, std::int32_t, std::int32_t> cases[] = {
+        {0, 1, success},         {0, 2, versionMismatch},  {1, 2, success},
+        {2, 0, success},         {3, -5, success},         {4, -1, success},
+        {4, 0, versionMismatch}, {5, 0, invalidParameter}, {0xFFFFFFFF, 0, invalidParameter}};
+    for (const auto& [index, minimumVersion, code] : cases) {
+        SCOPED_TRACE(index);
         vykel::StatusBlock status = vykel::makeStatusBlock();
-        vykel::IDevice* const device = list->getDevice(each.index, each.minimumVersion, &status);
-        EXPECT_EQ(status.code, each.code);
-        ASSERT_EQ(device != nullptr, each.code == success);
-        EXPECT_TRUE(device == nullptr || device->getNumber() == each.index);
+        vykel::IDevice* const device = list->getDevice(index, minimumVersion, &status);
+        EXPECT_EQ(status.code, code);
+        ASSERT_EQ(device != nullptr, code == success);
+        EXPECT_TRUE(device == nullptr || device->getNumber() == index);
         status.code = -1; // an earlier error stays, and hinders nothing
-        EXPECT_EQ(list->getDevice(each.index, each.minimumVersion, &status), device);
+        EXPECT_EQ(list->getDevice(index, minimumVersion, &status), device);
         EXPECT_EQ(status.code, -1);
     }
 }
@@ -76,25 +74,21 @@ TEST_F(AggregatedListTest, AsksInAFixedOrderAndOnlyWhatIsStale) {
 TEST_F(AggregatedListTest, KeepsWhatAFailingListDelivered) {
     plugins.devicesOf = {{"a", {{0}}}, {"b", {{1}, {2}, {3}, {4}, {5}}}, {"c", {{6}}}};
     startList({"a", "b", "c"});
-    const struct {
-        const char* call;
-        std::int32_t answer;
-        std::string numbers;
-    } cases[] = {{"b.none", 0, "0123456"},       {"b.refresh", -7, "06"},
-                 {"b.getDevice(2)", -7, "0126"}, {"b.getDevice(2)", Null, "012456"},
-                 {"b.getDevice(0)", -7, "06"},   {"b.setNumber", -7, "0123456"}};
-    for (const auto& each : cases) {
-        SCOPED_TRACE(each.call);
-        plugins.answers = {{each.call, each.answer}, {"b.isStale", Yes}};
+    const std::tuple<std::string, std::int32_t, std::string> cases[] = {
+        {"b.none", 0, "0123456"},           {"b.refresh", -7, "06"},      {"b.getDevice(2)", -7, "0126"},
+        {"b.getDevice(2)", Null, "012456"}, {"b.getDevice(0)", -7, "06"}, {"b.setNumber", -7, "0123456"}};
+    for (const auto& [call, answer, expected] : cases) {
+        SCOPED_TRACE(call);
+        plugins.answers = {{call, answer}, {"b.isStale", Yes}};
         EXPECT_EQ(refresh(*list), success);
         std::string numbers;
         vykel::StatusBlock status = vykel::makeStatusBlock();
         for (std::uint32_t i = 0; i < list->getCount(); ++i)
             numbers += std::to_string(list->getDevice(i, 0, &status)->getNumber());
-        EXPECT_EQ(numbers, each.numbers);
+        EXPECT_EQ(numbers, expected);
         const bool asked = plugins.takeLog({"getCount"}).find('b') != std::string::npos;
         EXPECT_EQ(asked,
-                  each.call != std::string("b.refresh")); // a failed refresh is the last that it is asked
+                  call != "b.refresh"); // a failed refresh is the last that it is asked
     }
 }
 
@@ -124,19 +118,15 @@ TEST_F(AggregatedListTest, AFailedRefreshLeavesItStaleAndReadable) {
 TEST_F(AggregatedListTest, AttachIsTakenBackWhenOneListRefuses) {
     startList({"a", "b", "c", "d"});
     plugins.answers["a.detach"] = ThrowOwnType; // nobody can act on it
-    const struct {
-        std::int32_t answer;
-        std::int32_t code;
-        const char* log;
-    } cases[] = {{0, success, "a.attach(9) b.attach(9) c.attach(9) d.attach(9)"},
-                 {-7, -7, "a.attach(9) b.attach(9) c.attach(9) a.detach(9) b.detach(9)"},
-                 {ThrowOwnType, generalFault, "a.attach(9) b.attach(9) c.attach(9) a.detach(9) b.detach(9)"}};
-    for (const auto& each : cases) {
-        plugins.answers["c.attach"] = each.answer;
+    const std::pair<std::int32_t, std::int32_t> cases[] = {
+        {Ordinary, success}, {-7, -7}, {ThrowOwnType, generalFault}};
+    for (const auto& [answer, code] : cases) {
+        plugins.answers["c.attach"] = answer;
         vykel::StatusBlock status = vykel::makeStatusBlock();
         list->attach(9, &status);
-        EXPECT_EQ(status.code, each.code);
-        EXPECT_EQ(plugins.takeLog(), each.log);
+        EXPECT_EQ(status.code, code);
+        EXPECT_EQ(plugins.takeLog(), std::string("a.attach(9) b.attach(9) c.attach(9) ") +
+                                         (code == success ? "d.attach(9)" : "a.detach(9) b.detach(9)"));
     }
     plugins.answers.clear();
     list->detach(9);
@@ -152,25 +142,21 @@ TEST_F(AggregatedListTest, WritesOnlyWhatTheCallersBlockHolds) {
     startList({"a"});
     ASSERT_EQ(refresh(*list), success);
     vykel::StatusBlock status;
-    const struct {
-        const char* throwing;
-        std::function<void()> call;
-        std::int32_t code;
-        std::uint32_t line;
-    } cases[] = {{"a.isStale", [&] { list->refresh(&status); }, generalFault, 50},
-                 {"", [&] { list->getDevice(0, 1, &status); }, versionMismatch, 74},
-                 {"", [&] { list->getDevice(9, 0, &status); }, invalidParameter, 82},
-                 {"a.attach", [&] { list->attach(7, &status); }, generalFault, 93}};
-    for (const auto& each : cases) {
+    const std::tuple<const char*, std::function<void()>, std::int32_t, std::uint32_t> cases[] = {
+        {"a.isStale", [&] { list->refresh(&status); }, generalFault, 50},
+        {"", [&] { list->getDevice(0, 1, &status); }, versionMismatch, 74},
+        {"", [&] { list->getDevice(9, 0, &status); }, invalidParameter, 82},
+        {"a.attach", [&] { list->attach(7, &status); }, generalFault, 93}};
+    for (const auto& [throwing, call, code, line] : cases) {
         for (const std::uint32_t size : {8u, 207u, 208u, 300u}) {
-            SCOPED_TRACE(std::to_string(each.line) + ", size " + std::to_string(size));
+            SCOPED_TRACE(std::to_string(line) + ", size " + std::to_string(size));
             std::memset(&status, 'G', sizeof status);
             status.structSize = size;
             status.code = success;
             const vykel::StatusBlock before = status;
-            plugins.answers = {{each.throwing, ThrowOwnType}};
-            each.call();
-            EXPECT_EQ(status.code, each.code);
+            plugins.answers = {{throwing, ThrowOwnType}};
+            call();
+            EXPECT_EQ(status.code, code);
             EXPECT_EQ(std::memcmp(status.unassigned, before.unassigned, sizeof before.unassigned), 0);
             if (size < sizeof status) {
                 status.code = success;
@@ -179,7 +165,7 @@ TEST_F(AggregatedListTest, WritesOnlyWhatTheCallersBlockHolds) {
             }
             EXPECT_STREQ(status.component, "vykeldeve");
             EXPECT_STREQ(status.file, "source/vykeldevenum/AggregatedDeviceList.cpp");
-            EXPECT_EQ(status.line, each.line);
+            EXPECT_EQ(status.line, line);
             EXPECT_EQ(status.reserved, 0u);
         }
     }

@@ -17,7 +17,8 @@ enum Answer : std::int32_t {
     ThrowBadCast,
     ThrowSystemError,
     ThrowLogicError,
-    ThrowOwnType
+    ThrowOwnType,
+    ThrowLibraryError ///< the library's own exception: ConfigurationFault, raised at plugin.cpp:7
 };
 
 struct FakeDevice {

@@ -1,3 +1,4 @@
+#include "errors/Exception.h"
 #include "support/FakeHost.h"
 #include "vykel/PluginEntryPoints.h"
 #include <algorithm>
@@ -65,7 +66,10 @@ std::int32_t report(const char* operation, std::int64_t argument = -1) {
         [] { throw std::bad_cast(); },
         [] { throw std::system_error(std::make_error_code(std::errc::io_error)); },
         [] { throw std::logic_error("fake"); },
-        [] { throw OwnType(); }};
+        [] { throw OwnType(); },
+        [] {
+            vyerr::raiseError(vykel::StatusCode::ConfigurationFault, "", {"plugin.cpp", 7});
+        }};
     const Answer answer = plugin.host->call(plugin.name.c_str(), operation, argument);
     if (answer >= ThrowBadAlloc)
         throwing[answer - ThrowBadAlloc]();

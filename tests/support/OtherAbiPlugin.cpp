@@ -30,8 +30,6 @@ private:
     const char* alias = "";
 } device;
 
-std::int32_t released = 0;
-
 class List final : public vykel::IDeviceList {
 public:
     std::int32_t getVersion() override { return 0; }
@@ -39,7 +37,7 @@ public:
     void refresh(StatusBlock*) override { count = 1; }
     std::uint32_t getCount() override { return count; }
     IDevice* getDevice(std::uint32_t, std::int32_t, StatusBlock*) override { return &device; }
-    void release() override { ++released; }
+    void release() override {}
     void attach(std::uint64_t given, StatusBlock* status) override { status->code = given == 7 ? 0 : -7; }
     void detach(std::uint64_t) override {}
 
@@ -48,10 +46,6 @@ private:
 } list;
 
 } // namespace
-
-VYKEL_PLUGIN_EXPORT std::int32_t otherAbiReleased() {
-    return released;
-}
 
 std::int32_t vykel_initializePlugin() {
     return 0;

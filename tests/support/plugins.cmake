@@ -1,7 +1,7 @@
 # Fake plug-ins: real libraries that do what the test tells them (FakeHost.h).
 function(add_fake_plugin name)
   add_library(${name} MODULE support/FakePlugin.cpp)
-  target_link_libraries(${name} PRIVATE project_options)
+  target_link_libraries(${name} PRIVATE project_options vykeldevenum_core) # for the library's own exception
   target_include_directories(${name} PRIVATE ${CMAKE_CURRENT_SOURCE_DIR})
   target_compile_definitions(${name} PRIVATE ${ARGN})
   set_target_properties(${name} PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden)
