@@ -15,11 +15,11 @@ TEST_F(SimulatedPlugin, NeitherLosesNorHalfKeepsWhenACallFails) {
             deviceAt(list, 0).setAlias("A", 1, 0, &status);
             refresh(*list);
             struck = fault.struck() != 0;
+            EXPECT_FALSE(fs::exists(temporary)) << nth;
         }
         const std::string alias = status.code < 0 ? "" : "A";
         EXPECT_EQ(refresh(*makeList()), 0);
         EXPECT_EQ(readFile(devicesFile), "token=a alias=\"" + alias + "\"\ntoken=b\n") << nth;
-        EXPECT_FALSE(fs::exists(temporary)) << nth;
     }
     EXPECT_EQ(winhost::openResources(), resources);
 }

@@ -85,20 +85,20 @@ TEST_F(SimulatedPlugin, KeepsNumbersAndAliasesForEveryone) {
 }
 
 TEST_F(SimulatedPlugin, FoldsWhatIsWholeIntoTheFileAsItIsNow) {
-    const ListPtr list = makeList("token=a\ntoken=b\n");
+    const ListPtr list = makeList("token=aa\ntoken=b\ntoken=a\n");
     deviceAt(list, 0).setNumber(77, &status);
     fs::resize_file(journal, fs::file_size(journal) - 1); // as if the process had been killed
     deviceAt(list, 1).setNumber(2, &status);
     ASSERT_EQ(refresh(*list), 0);
-    EXPECT_EQ(readFile(devicesFile), "token=a\ntoken=b number=2\n");
+    EXPECT_EQ(readFile(devicesFile), "token=aa\ntoken=b number=2\ntoken=a\n");
 
     deviceAt(list, 0).setNumber(1, &status);
     deviceAt(list, 1).setNumber(3, &status);
-    writeFile(devicesFile, "token=c\ntoken=b number=2\n"); // an edit that keeps the size
+    writeFile(devicesFile, "token=cc\ntoken=b number=2\ntoken=a\n"); // an edit that keeps the size
     fs::last_write_time(devicesFile, fs::last_write_time(devicesFile) + std::chrono::seconds(1));
     EXPECT_TRUE(list->isStale());
     ASSERT_EQ(refresh(*list), 0);
-    EXPECT_EQ(readFile(devicesFile), "token=c\ntoken=b number=3\n");
+    EXPECT_EQ(readFile(devicesFile), "token=cc\ntoken=b number=3\ntoken=a\n");
 }
 
 TEST_F(SimulatedPlugin, LosesNothingWhenManyWriteAndFoldAtOnce) {
