@@ -1,9 +1,9 @@
-# split_debug_symbols(target [-g1]): what is shipped is stripped; its debug symbols lie beside it in <file>.debug,
-# where debuggers look for them. -g1 leaves out all that a stack trace does not need. A static library keeps its
-# symbols for whatever it is linked into. Without -p, objcopy would write the time into each header.
+# split_debug_symbols(target [-g1]): strips the target and writes its debug symbols to <file>.debug beside it,
+# where debuggers look for them. -g1 keeps only what a stack trace needs. A static library keeps its symbols
+# for the programs that link it. Without -p, objcopy would write the time into each header.
 function(split_debug_symbols target)
   if(VYKEL_SANITIZE)
-    return() # the sanitizers' reports want the symbols in place
+    return() # the reports of the sanitizers need the symbols in the file
   endif()
   target_compile_options(${target} PRIVATE -g ${ARGN} -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
   get_target_property(type ${target} TYPE)

@@ -1,4 +1,4 @@
-# What every target of this project is built with: the target project_options.
+# The options of all targets of this project: the target project_options.
 set(CMAKE_CXX_STANDARD 17)
 set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
@@ -10,18 +10,18 @@ set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
 
 set(VYKEL_SANITIZE "" CACHE STRING "Sanitizers of a host build, for example address,undefined")
 if(VYKEL_SANITIZE)
-  set(CMAKE_CXX_FLAGS_DEBUG "-Og -g1") # enough for a report's lines, and twice as fast to build
+  set(CMAKE_CXX_FLAGS_DEBUG "-Og -g1") # enough for the line numbers in reports, and builds twice as fast
   add_compile_options(-fsanitize=${VYKEL_SANITIZE} -fno-omit-frame-pointer -fno-sanitize-recover=all)
   add_link_options(-fsanitize=${VYKEL_SANITIZE})
-  string(APPEND CMAKE_EXE_LINKER_FLAGS " -no-pie") # relocating the sanitizers' tables is a third of a start
+  string(APPEND CMAKE_EXE_LINKER_FLAGS " -no-pie") # otherwise relocation takes a third of the start-up time
 endif()
 
-# __FILE__ is part of the error contract: the path from the project's root, whatever folder it lies in.
+# Errors contain __FILE__: it must be the path from the project's root, wherever the project is.
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=build/)
 if(WIN32)
-  add_link_options(-Wl,--no-insert-timestamp) # a release is byte-identical from any folder
+  add_link_options(-Wl,--no-insert-timestamp) # a release has the same bytes whenever and wherever it is built
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  # A library with GNU_UNIQUE symbols is never unloaded; plug-ins must be.
+  # A library with GNU_UNIQUE symbols is never unloaded, but plug-ins must be.
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 

@@ -1,8 +1,7 @@
 # vykel_add_plugin(NAME sources...)
 #
-# Adds an enumerator plug-in: the library NAME.dll that exports its three entry points alone, needs no C++
-# runtime beside it, and finds the public headers. An entry point that the sources lack is an error of the
-# linker on Windows.
+# Adds an enumerator plug-in: the library NAME.dll, which exports only the three entry points, needs no DLL of
+# the C++ runtime and finds the public headers. On Windows the linker reports an entry point that is missing.
 set(_vykel_add_plugin_dir ${CMAKE_CURRENT_LIST_DIR})
 
 function(vykel_add_plugin name)
@@ -22,7 +21,7 @@ function(vykel_add_plugin name)
   else()
     target_link_options(${name} PRIVATE -Wl,--version-script=${dir}/plugin.map)
     set_target_properties(${name} PROPERTIES LINK_DEPENDS ${dir}/plugin.map)
-    # A library with GNU_UNIQUE symbols is never unloaded; plug-ins must be.
+    # A library with GNU_UNIQUE symbols is never unloaded, but plug-ins must be.
     target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   endif()
 endfunction()

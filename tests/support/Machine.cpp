@@ -19,7 +19,7 @@ std::string machineId(bool& owned) {
     return owned ? "vykel-" + std::to_string(processId()) + "-" + std::to_string(++count) : given;
 }
 
-/// Writes a value of a key, which is made when it is missing; without a type only the key.
+/// Creates the key if necessary and writes a value; with a null type, only the key.
 void writeValue(const std::string& key, const char* value, const DWORD* type, const void* data,
                 std::size_t size) {
     HKEY handle = nullptr;

@@ -13,8 +13,8 @@ using WideString = std::basic_string<WCHAR>;
 
 WideString wide(const std::string& utf8);
 
-/// A machine for one test: a registry and a common data folder of its own, with the plug-ins' key and the
-/// configuration folder in place. The child processes of a test see its machine.
+/// A machine for one test: its own registry, with the key of the plug-ins, and its own common data folder,
+/// with the configuration folder. The child processes of the test use the same machine.
 class Machine {
 public:
     Machine();
@@ -22,21 +22,21 @@ public:
     Machine(const Machine&) = delete;
     Machine& operator=(const Machine&) = delete;
 
-    /// The common data folder, and what the system calls it.
+    /// The common data folder, and its name for the system.
     const fs::path& folder() const { return root.folder; }
     const std::string& folderName() const { return root.name; }
-    /// What the system answers from now on when asked for the common data folder.
+    /// Sets the name that the system gives for the common data folder.
     void setFolderName(const std::string& utf8);
 
     fs::path configurationFolder() const { return root.folder / "Morvance" / "VY-KEL"; }
     void setConfigurationFolder(bool exists);
     void setPluginsKey(bool exists);
 
-    /// Registers a plug-in with a value of any type and bytes, without any (a null type), or with a path.
+    /// Registers a plug-in with a value of any type and bytes, without a value (a null type), or with a path.
     void registerPlugin(const std::string& name, const DWORD* type, const void* data, std::size_t size);
     void registerPlugin(const std::string& name, const fs::path& path);
 
-    /// Copies a built library under another name, and registers the copy under that name.
+    /// Both copy a built library under another name; install also registers the copy under that name.
     fs::path install(const std::string& library, const std::string& name);
     fs::path copyLibrary(const std::string& library, const std::string& name) const;
 

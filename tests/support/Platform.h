@@ -7,58 +7,59 @@
 #include <string>
 #include <vector>
 
-/// What the tests do differently on the two builds.
+/// The functions of the tests that differ between the two builds.
 namespace vykeltest {
 
 /// Sets a variable for this process and the children started later.
 void setEnvironment(const char* name, const std::string& value);
 
 struct MachineRoot {
-    std::filesystem::path folder; ///< a folder of the machine's own, for its common data
-    std::string name;             ///< what the system calls that folder, in UTF-8
+    std::filesystem::path folder; ///< the common data folder of the machine
+    std::string name;             ///< its name for the system, in UTF-8
 };
 
-/// Makes this process see the machine of that name: made when it does not exist yet.
+/// Makes this process use the machine of that name, which is created when it is missing.
 MachineRoot enterMachine(const std::string& id);
-/// Takes the machine's registry away and comes back to the real one.
+/// Removes the machine; this process uses the real one again.
 void leaveMachine(const std::string& id);
 
 std::uint32_t processId();
 
-/// Where the test programs and the libraries are built.
+/// The folder of the test programs and the built libraries.
 std::filesystem::path programFolder();
 extern const char* const libraryFile; ///< the library under test
 extern const char* const pluginExtension;
 
-/// Runs a built program to its end. `arguments` as a shell takes them; the standard error is this program's.
+/// Runs a built program to its end. `arguments` are quoted as for a shell; standard error is that of this
+/// program.
 struct ProgramResult {
     int exitCode;
-    std::string output; ///< what it wrote to standard output
+    std::string output; ///< its standard output
 };
 ProgramResult runProgram(const std::string& name, const std::string& arguments);
 
-/// The fake plug-ins that differ only in where their C++ runtime is.
+/// The fake plug-ins that differ only in the place of their C++ runtime.
 std::vector<std::string> pluginsByRuntime();
 
-/// Raises a structured exception of the system, on the host its stand-in; and whether `body` lets one out
-/// that is not for exhausted memory.
+/// Raises a structured exception of the system, on the host what stands for one.
 void raiseStructuredException(std::uint32_t code);
+/// Whether such an exception leaves `body`.
 bool passesOn(const std::function<void()>& body);
 
-/// This test program once more, as another process of the same machine: it runs runRole(role).
+/// This test program as a second process of the same machine. It runs the function of the role.
 class ChildProcess {
 public:
     explicit ChildProcess(const std::string& role); ///< Throws std::system_error when it cannot be started.
-    /// Its exit code.
+    /// Waits for its end. Returns 0 when it ended well.
     int wait();
-    /// Ends it at once, as a power cut would, and waits for that.
+    /// Kills it and waits for its end.
     void kill();
 
 private:
     std::intptr_t process;
 };
 
-/// What a child process does; returns its exit code. Each test program that starts children defines roles.
+/// What a child process does; returns its exit code. A test program that starts children defines roles.
 using Role = int (*)();
 struct NamedRole {
     NamedRole(const char* name, Role role);

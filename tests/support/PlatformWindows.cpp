@@ -17,8 +17,8 @@ void setEnvironment(const char* name, const std::string& value) {
     _putenv((std::string(name) + "=" + value).c_str());
 }
 
-/// The registry can be exchanged for one process alone. Tests that start other programs are given a system of
-/// their own instead, and say so with this variable.
+/// Another registry can be set only for this process. Tests that start other programs run on a system of
+/// their own instead; this variable says so.
 static bool ownsTheSystem() {
     return std::getenv("VYKEL_TEST_OWN_SYSTEM") != nullptr;
 }
@@ -84,8 +84,7 @@ void raiseStructuredException(std::uint32_t code) {
     RaiseException(code, 0, 0, nullptr);
 }
 
-// GCC's catch clauses see no structured exception, but a handler that is asked before them may end the
-// search.
+// GCC's catch clauses do not see structured exceptions, so a handler ends the search for one.
 static jmp_buf escape;
 bool passesOn(const std::function<void()>& body) {
     const auto handler = [](EXCEPTION_POINTERS*) -> LONG { longjmp(escape, 1); };

@@ -23,12 +23,12 @@ inline void writeFile(const fs::path& path, const std::string& bytes) {
     std::ofstream(path, std::ios::binary) << bytes;
 }
 
-/// Waits for a file that another process makes; throws when it does not come, as when that process died.
+/// Waits for a file that another process creates. Throws after 30 seconds.
 inline void waitFor(const fs::path& file) {
-    const auto patience = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!fs::exists(file)) {
-        if (std::chrono::steady_clock::now() > patience)
-            throw std::runtime_error(file.string() + " does not come");
+        if (std::chrono::steady_clock::now() > deadline)
+            throw std::runtime_error(file.string() + " was not created");
         std::this_thread::sleep_for(std::chrono::milliseconds(2));
     }
 }
