@@ -3,6 +3,7 @@
 #include "commands/Commands.h"
 #include "support/Failure.h"
 #include "support/NumberRange.h"
+#include "support/Paths.h"
 #include "support/Registrations.h"
 #include "support/Text.h"
 #include <CLI/CLI.hpp>

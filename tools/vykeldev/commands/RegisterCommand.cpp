@@ -1,5 +1,6 @@
 #include "commands/Commands.h"
 #include "support/Failure.h"
+#include "support/Paths.h"
 #include "support/Registrations.h"
 #include "support/Text.h"
 #include <CLI/CLI.hpp>

@@ -7,6 +7,7 @@
 #include "platform/DoctorPlatform.h"
 #include "platform/System.h"
 #include "support/NumberRange.h"
+#include "support/Paths.h"
 #include "support/Text.h"
 #include <CLI/CLI.hpp>
 #include <iostream>

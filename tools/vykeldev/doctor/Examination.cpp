@@ -7,6 +7,7 @@
 #include "platform/System.h"
 #include "support/Failure.h"
 #include "support/Files.h"
+#include "support/Paths.h"
 #include "support/Registrations.h"
 #include "support/Text.h"
 

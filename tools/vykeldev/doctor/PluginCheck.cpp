@@ -7,6 +7,7 @@
 #include "PluginRegistrations.h"
 #include "support/Failure.h"
 #include "support/Files.h"
+#include "support/Paths.h"
 #include "support/Text.h"
 #include "vysys/windowsRegistry.h"
 #include <map>

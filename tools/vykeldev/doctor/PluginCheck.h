@@ -7,8 +7,8 @@
 
 namespace vykeldev::doctor {
 
-/// Examines every registered plug-in, each within `limit`: adds its account to `report.plugins`, and what is wrong
-/// to `report.findings`.
+/// Examines every registered plug-in, each within `limit`: adds its account to `report.plugins`, and what is
+/// wrong to `report.findings`.
 void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress);
 
 } // namespace vykeldev::doctor

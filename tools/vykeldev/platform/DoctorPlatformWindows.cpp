@@ -2,6 +2,7 @@
 
 #include "support/Failure.h"
 #include "support/Files.h"
+#include "support/Paths.h"
 #include "support/Text.h"
 #include <io.h>
 #include <vector>

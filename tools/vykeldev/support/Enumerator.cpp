@@ -2,6 +2,7 @@
 
 #include "platform/System.h"
 #include "support/Failure.h"
+#include "support/Paths.h"
 #include "support/Text.h"
 
 namespace vykeldev {
@@ -15,36 +16,36 @@ std::string defaultLibraryPath() {
 
 template <class Function>
 Function* Enumerator::resolve(const char* name) const {
-    const FARPROC address = GetProcAddress(module_.get(), name);
+    const FARPROC address = GetProcAddress(module.get(), name);
     if (address == nullptr) {
-        throw systemFailure("finding '" + std::string(name) + "' in '" + printable(path_) + "'",
+        throw systemFailure("finding '" + std::string(name) + "' in '" + printable(path) + "'",
                             GetLastError(), "Give the path of a vykeldevenum library with --library.");
     }
     return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
 }
 
-Enumerator::Enumerator(const std::string& path) : path_(absolutePath(path)) {
-    module_.reset(LoadLibraryExW(toWide(path_).c_str(), nullptr, 0));
-    if (!module_) {
+Enumerator::Enumerator(const std::string& library) : path(absolutePath(library)) {
+    module.reset(LoadLibraryExW(toWide(path).c_str(), nullptr, 0));
+    if (!module) {
         throw systemFailure(
-            "loading '" + printable(path_) + "'", GetLastError(),
+            "loading '" + printable(path) + "'", GetLastError(),
             "Put the vykeldevenum library beside this tool, or give its path with --library.");
     }
     auto* const initialize = resolve<decltype(vykeldevenum_initialize)>("vykeldevenum_initialize");
-    getAllKelDevices_ = resolve<decltype(vykeldevenum_getAllKelDevices)>("vykeldevenum_getAllKelDevices");
-    finalize_ = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
+    getAllKelDevices = resolve<decltype(vykeldevenum_getAllKelDevices)>("vykeldevenum_getAllKelDevices");
+    finalize = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
     const std::int32_t code = initialize();
     if (code < 0)
         throw statusFailure("initialising the library", code);
 }
 
 Enumerator::~Enumerator() {
-    finalize_();
+    finalize();
 }
 
 DeviceListHandle Enumerator::makeList() const {
     vykel::IDeviceList* list = nullptr;
-    const std::int32_t code = getAllKelDevices_(0, &list);
+    const std::int32_t code = getAllKelDevices(0, &list);
     if (code < 0)
         throw statusFailure("making a device list", code);
     return DeviceListHandle(list);

@@ -21,7 +21,7 @@ std::string defaultLibraryPath();
 class Enumerator {
 public:
     /// Loads the library at a path and initialises it. Throws Failure.
-    explicit Enumerator(const std::string& path);
+    explicit Enumerator(const std::string& library);
     ~Enumerator();
     Enumerator(const Enumerator&) = delete;
     Enumerator& operator=(const Enumerator&) = delete;
@@ -36,10 +36,10 @@ private:
     template <class Function>
     Function* resolve(const char* name) const;
 
-    std::string path_;
-    std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule> module_;
-    decltype(vykeldevenum_getAllKelDevices)* getAllKelDevices_ = nullptr;
-    decltype(vykeldevenum_finalize)* finalize_ = nullptr;
+    std::string path;
+    std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule> module;
+    decltype(vykeldevenum_getAllKelDevices)* getAllKelDevices = nullptr;
+    decltype(vykeldevenum_finalize)* finalize = nullptr;
 };
 
 /// Refreshes a list. Throws Failure.

@@ -62,9 +62,9 @@ const Explanation& explain(std::int32_t code) noexcept {
 }
 
 /// A text of a fixed-size field, which a faulty writer may have left without its end.
-template <std::size_t Size>
-std::string fieldText(const char (&field)[Size]) {
-    return printable(std::string(field, std::find(field, field + Size, '\0')));
+template <std::size_t size>
+std::string fieldText(const char (&field)[size]) {
+    return printable(std::string(field, std::find(field, field + size, '\0')));
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include "PluginRegistrations.h"
 #include "support/Failure.h"
 #include "support/LibraryError.h"
+#include "support/Paths.h"
 #include "support/Text.h"
 #include "vysys/windowsRegistry.h"
 
@@ -33,11 +34,6 @@ Registration readRegistration(std::uint32_t index) {
 
 bool isRegistrationName(const std::string& name) {
     return !name.empty() && name.find('\\') == std::string::npos && toWide(name).size() <= longestName;
-}
-
-bool isAbsolutePath(const std::string& path) noexcept {
-    const bool drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
-    return drive || path.substr(0, 2) == "\\\\" || path.substr(0, 1) == "/";
 }
 
 std::vector<Registration> readRegistrations() {

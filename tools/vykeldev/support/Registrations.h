@@ -19,9 +19,6 @@ struct Registration {
 /// True when `name` can name a plug-in: 1 to 255 UTF-16 units and no backslash.
 bool isRegistrationName(const std::string& name);
 
-/// True when a path says by itself which file it is.
-bool isAbsolutePath(const std::string& path) noexcept;
-
 /// All registrations in the order in which the library loads them. Throws Failure.
 std::vector<Registration> readRegistrations();
 

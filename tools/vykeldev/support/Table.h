@@ -16,7 +16,7 @@ public:
         Align align;
     };
 
-    explicit Table(std::vector<Column> columns);
+    explicit Table(std::vector<Column> all);
 
     /// Adds a row with one cell for each column. Cells may hold any text; they are made printable.
     void addRow(const std::vector<std::string>& cells);
@@ -28,9 +28,9 @@ private:
     using Row = std::vector<std::string>;
     void printRow(std::ostream& out, const Row& row) const;
 
-    std::vector<Column> columns_;
-    std::vector<std::size_t> widths_;
-    std::vector<Row> rows_;
+    std::vector<Column> columns;
+    std::vector<std::size_t> widths;
+    std::vector<Row> rows;
 };
 
 } // namespace vykeldev

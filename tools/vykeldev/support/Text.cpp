@@ -1,6 +1,5 @@
 #include "support/Text.h"
 
-#include "support/Failure.h"
 #include <algorithm>
 #include <cstdint>
 #include <cstdio>
@@ -26,8 +25,8 @@ constexpr Range wide[] = {{0x1100, 0x115F},  {0x231A, 0x231B},   {0x2E80, 0x303E
                           {0xFFE0, 0xFFE6},  {0x1F300, 0x1F64F}, {0x1F680, 0x1F6FF}, {0x1F900, 0x1F9FF},
                           {0x20000, 0x3FFFD}};
 
-template <std::size_t Size>
-bool contains(const Range (&ranges)[Size], char32_t character) noexcept {
+template <std::size_t size>
+bool contains(const Range (&ranges)[size], char32_t character) noexcept {
     return std::any_of(std::begin(ranges), std::end(ranges), [character](const Range& range) {
         return range.first <= character && character <= range.last;
     });
@@ -103,18 +102,6 @@ std::size_t displayWidth(std::string_view text) {
         columns += contains(withoutWidth, character) ? 0u : contains(wide, character) ? 2u : 1u;
     }
     return columns;
-}
-
-std::string absolutePath(const std::string& path) {
-    WideString absolute(32768, 0); // no path is longer
-    const DWORD length =
-        GetFullPathNameW(toWide(path).c_str(), static_cast<DWORD>(absolute.size()), absolute.data(), nullptr);
-    if (length == 0 || length >= absolute.size()) {
-        throw systemFailure("making the path '" + printable(path) + "' absolute", GetLastError(),
-                            "Give the whole path.");
-    }
-    absolute.resize(length);
-    return toUtf8(absolute);
 }
 
 } // namespace vykeldev

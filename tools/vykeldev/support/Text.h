@@ -29,9 +29,6 @@ std::string printable(std::string_view text);
 /// Columns that a printable UTF-8 text takes on a terminal.
 std::size_t displayWidth(std::string_view text);
 
-/// `path`, UTF-8, made absolute against the current folder. Throws Failure.
-std::string absolutePath(const std::string& path);
-
 } // namespace vykeldev
 
 #endif

@@ -1,0 +1,25 @@
+#include "support/Paths.h"
+
+#include "support/Failure.h"
+#include "support/Text.h"
+
+namespace vykeldev {
+
+bool isAbsolutePath(const std::string& path) noexcept {
+    const bool drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
+    return drive || path.substr(0, 2) == "\\\\" || path.substr(0, 1) == "/";
+}
+
+std::string absolutePath(const std::string& path) {
+    WideString absolute(32768, 0); // no path is longer
+    const DWORD length =
+        GetFullPathNameW(toWide(path).c_str(), static_cast<DWORD>(absolute.size()), absolute.data(), nullptr);
+    if (length == 0 || length >= absolute.size()) {
+        throw systemFailure("making the path '" + printable(path) + "' absolute", GetLastError(),
+                            "Give the whole path.");
+    }
+    absolute.resize(length);
+    return toUtf8(absolute);
+}
+
+} // namespace vykeldev
