@@ -48,7 +48,7 @@ bool canBeWritten(const IniDocument& document) {
     const auto has = [&](int flag) { return (document.parseFlags & flag) != 0; };
     for (const IniSection* section = document.sections.first(); section != nullptr; section = section->next)
         // Written without its header: only at the start, and not empty, it is read as what it was.
-        if (std::strcmp(section->name, IniHeaderless) == 0 &&
+        if (std::strcmp(section->name, headerlessSection) == 0 &&
             (section->previous != nullptr || section->entries.count() == 0 || !has(IniColonSeparator)))
             return false;
     return allEntries(document, [&](IniSection& section, const IniEntry& entry) {

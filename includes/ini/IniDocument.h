@@ -57,7 +57,7 @@ enum IniWriteFlag : std::int32_t {
 };
 
 /// The name under which entries before the first header are kept; written without a header.
-inline constexpr char IniHeaderless[] = "(null)";
+inline constexpr char headerlessSection[] = "(null)";
 
 /// One key with its value.
 struct IniEntry {

@@ -125,7 +125,7 @@ private:
         if (document.currentSection == nullptr) {
             if (!colons)
                 return skip(line, number);
-            if (openSection(IniHeaderless, -1) != 0)
+            if (openSection(headerlessSection, -1) != 0)
                 return IniMemoryFull;
         }
         continuation = continuation || mayContinue(key);

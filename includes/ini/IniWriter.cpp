@@ -19,7 +19,7 @@ public:
         const IniSection* previous = nullptr;
         for (const IniSection* section = document.sections.first(); section != nullptr;
              section = section->next) {
-            const bool headerless = std::strcmp(section->name, IniHeaderless) == 0;
+            const bool headerless = std::strcmp(section->name, headerlessSection) == 0;
             if (rules && section->line == -1 && previous != nullptr && previous->line >= 0)
                 output.endLine();
             if (!headerless)
