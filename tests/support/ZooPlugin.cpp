@@ -1,5 +1,6 @@
-// A plug-in that is wrong in one way, named by the environment variable VYKEL_ZOO_FAULT; right without it. It
-// has two devices: one with a number and an alias, kept in the file VYKEL_ZOO_STATE, and one with neither.
+// A plug-in that is wrong in the ways that the environment variable VYKEL_ZOO_FAULT names (one, or two with a
+// comma between them); right without it. It has two devices: one with a number and an alias, kept in the file
+// VYKEL_ZOO_STATE, and one with neither.
 
 #include "vykel/PluginEntryPoints.h"
 #include "vykel/StatusCodes.h"
@@ -7,7 +8,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <fstream>
 #include <set>
 #include <stdexcept>
@@ -29,53 +29,57 @@ std::string variable(const char* name) {
     return value == nullptr ? "" : value;
 }
 
-const std::string fault = variable("VYKEL_ZOO_FAULT");
-int initialisations = 0;
-
-void crash() {
-    volatile int* volatile nowhere = nullptr; // the compiler must not know
-    *nowhere = 0;
-}
-
-struct UnloadCrash {
-    ~UnloadCrash() {
-        if (fault == "crashes-unloading")
-            crash();
-    }
-} const unloadCrash;
-std::thread::id firstThread;
+const std::string faults = variable("VYKEL_ZOO_FAULT");
+const std::string fault = faults.substr(0, faults.find(','));
+const std::string otherFault = faults.substr(faults.find(',') + 1);
 
 bool has(const char* name) {
-    return fault == name;
+    return fault == name || otherFault == name;
 }
 
-void storeError(StatusBlock* status, StatusCode code) {
+int initialised = 0;    // now
+int initialisedAll = 0; // since the library was loaded
+int listsMade = 0;
+std::thread::id firstThread;
+
+void crashIf(bool wanted) {
+    volatile int* volatile nowhere = nullptr; // the compiler must not know
+    if (wanted)
+        *nowhere = 0;
+}
+
+const struct AtUnload {
+    ~AtUnload() { crashIf(has("crashes-unloading")); }
+} atUnload;
+
+void fail(StatusBlock* status, StatusCode code) {
     if (has("keeps-warnings") && status->code > 0)
         return;
     if (status->code >= 0 || has("replaces-errors"))
         status->code = vykel::toInteger(code);
     if (has("fills-small-blocks"))
-        std::strcpy(status->component, "zoo");
+        reinterpret_cast<char*>(status)[207] = 'z'; // of 208 bytes that it might have
 }
 
 /// What outlives the process: number and alias of the first device.
 struct State {
-    std::uint32_t number = 7;
-    std::string alias;
-
-    static State load() {
-        State state;
+    State() {
         std::ifstream file(variable("VYKEL_ZOO_STATE"));
-        file >> state.number >> std::ws;
-        std::getline(file, state.alias);
-        return state;
+        file >> number >> std::ws;
+        std::getline(file, alias);
     }
     void save() const { std::ofstream(variable("VYKEL_ZOO_STATE")) << number << '\n' << alias << '\n'; }
+
+    std::uint32_t number = 7;
+    std::string alias;
 };
+
+State remembered; // by this process
 
 class Device final : public vykel::IDevice {
 public:
     std::size_t index = 0;
+    int refreshes = 0; // of its list
 
     std::int32_t getVersion() override { return 2; }
     const char* getPersistentToken(std::uint32_t format) override {
@@ -84,26 +88,27 @@ public:
         static const auto born = std::chrono::system_clock::now().time_since_epoch().count();
         if (has("null-token") && format == 2)
             return nullptr;
-        if (has("latin-1-token"))
-            return "Ger\xE4t";
-        token = std::string("zoo/device ") +
-                std::to_string(has("changing-token") ? ++calls : static_cast<int>(index));
-        if (has("process-token"))
-            token += std::to_string(born);
-        if (!has("one-buffer"))
-            return token.c_str();
+        token = has("latin-1-token") ? "<Ger\xE4t" : "zoo/device ";
+        token +=
+            std::to_string(has("one-token") ? 0 : index) + (has("process-token") ? std::to_string(born) : "");
+        if (has("changing-token") || has("refresh-token"))
+            token += "/" + std::to_string(has("changing-token") ? ++calls : refreshes);
         std::snprintf(shared, sizeof shared, "%s", token.c_str());
-        return shared;
+        return has("one-buffer") ? shared : token.c_str();
     }
-    std::uint32_t getSortKey() override { return 0; }
+    std::uint32_t getSortKey() override {
+        return has("counts-lists") ? static_cast<std::uint32_t>(listsMade) : 0;
+    }
     void setNumber(std::uint32_t number, StatusBlock* status) override {
         if (has("refuses-numbers"))
-            return storeError(status, StatusCode::GeneralFault);
+            return fail(status, StatusCode::GeneralFault);
         if (index != 0)
             return; // this one never has a number
-        kept.number = number;
+        remembered.number = number;
+        State state;
+        state.number = number;
         if (!has("forgets-numbers"))
-            change([&](State& state) { state.number = number; });
+            state.save();
         if (has("crashes-numbering") && number != 7)
             std::abort();
 #if !defined(_WIN32)
@@ -112,42 +117,33 @@ public:
 #endif
     }
     std::uint32_t getNumber() override {
-        if (index != 0)
+        if (index != 0 && !has("one-token"))
             return vykel::noDeviceNumber;
-        return has("forgets-numbers") ? kept.number : State::load().number;
+        return has("forgets-numbers") ? remembered.number : State().number;
     }
     const char* getAlias() override {
         if (index != 0)
             return nullptr;
         if (!has("caches-aliases"))
-            own.alias = State::load().alias;
+            own.alias = State().alias;
         return own.alias.c_str();
     }
     void setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock*) override {
-        own.alias = alias;
-        change([&](State& state) { state.alias = has("cuts-aliases") ? own.alias.substr(0, 3) : own.alias; });
+        own = State();
+        own.alias = std::string(alias).substr(0, has("cuts-aliases") ? 3 : std::string::npos);
+        own.save();
     }
 
 private:
-    template <class Edit>
-    static void change(Edit&& edit) {
-        State state = State::load();
-        edit(state);
-        state.save();
-    }
-
     std::string token;
-    State own = State::load();
-    static State kept; // by this process
+    State own;
 };
-
-State Device::kept = State::load();
 
 class List final : public vykel::IDeviceList {
 public:
-    List() : shown(has("full-from-the-start") ? 2 : 0) {
-        for (std::size_t i = 0; i < devices.size(); ++i)
-            devices[i].index = i;
+    List() {
+        ++listsMade;
+        devices[1].index = 1;
     }
     std::int32_t getVersion() override {
         if (has("throws"))
@@ -160,8 +156,8 @@ public:
         return shown == 0 || has("always-stale");
     }
     void refresh(StatusBlock* status) override {
-        if (has("crashes"))
-            crash();
+        static int refreshes = 0;
+        crashIf(has("crashes"));
 #if !defined(_WIN32)
         if (has("starts-process") || has("hangs-by-name")) {
             const pid_t started = has("starts-process") ? fork() : getpid();
@@ -175,7 +171,8 @@ public:
         while (has("floods"))
             std::puts("a line of no end of lines");
         if (has("exits")) {
-            std::puts("{\"calling\":5}\n{\"outcome\":\"passed\"}"); // it may print what it likes
+            for (std::size_t length = 0; length < 40; ++length) // it may print what it likes
+                std::puts((std::string(length, 'x') + R"({"outcome":"passed"})").c_str());
             std::fflush(stdout);
             std::_Exit(0);
         }
@@ -183,13 +180,13 @@ public:
             std::_Exit(static_cast<int>(0xE06D7363));
         if (has("throws-own-type"))
             throw State();
-        static int refreshes = 0;
-        if (has("fails") || has("fails-and-crashes") || (has("wears-out") && ++refreshes > 500))
-            return storeError(status, StatusCode::GeneralFault);
-        if (has("one-thread") && std::this_thread::get_id() != firstThread)
-            return storeError(status, StatusCode::GeneralFault);
+        if (has("fails") || has("fails-and-crashes") || (has("wears-out") && ++refreshes > 500) ||
+            (has("one-thread") && std::this_thread::get_id() != firstThread))
+            return fail(status, StatusCode::GeneralFault);
         if (has("clears-codes"))
             status->code = 0;
+        for (Device& device : devices)
+            ++device.refreshes;
         shown = 2;
     }
     std::uint32_t getCount() override {
@@ -197,18 +194,19 @@ public:
     }
     vykel::IDevice* getDevice(std::uint32_t index, std::int32_t minimumVersion,
                               StatusBlock* status) override {
-        if (index == 1 && (has("null-device") || has("refuses-device"))) {
-            if (has("refuses-device"))
-                storeError(status, StatusCode::GeneralFault);
+        if (index == 1 && has("refuses-device"))
+            fail(status, StatusCode::GeneralFault);
+        if (index == 1 && (has("refuses-device") || has("null-device")))
+            return nullptr;
+        if (index >= shown) {
+            if (has("any-index") || (has("last-index") && index == 0xFFFFFFFF))
+                return &devices[0];
+            if (!has("silent-index"))
+                fail(status, StatusCode::InvalidParameter);
             return nullptr;
         }
-        if (index >= shown) {
-            if (!has("any-index") && !has("silent-index"))
-                storeError(status, StatusCode::InvalidParameter);
-            return has("any-index") ? &devices[0] : nullptr;
-        }
         if (minimumVersion > 2 && !has("any-device-version")) {
-            storeError(status, StatusCode::VersionMismatch);
+            fail(status, StatusCode::VersionMismatch);
             return nullptr;
         }
         if (!has("one-object"))
@@ -218,8 +216,7 @@ public:
     }
     void release() override {
         static int releases = 0;
-        if (has("fails-and-crashes"))
-            crash();
+        crashIf(has("fails-and-crashes") || (has("crashes-attached") && !attached.empty()));
         if (has("leaks-handles") && ++releases % 8 == 0 && // a process may have 1,024 of them
             std::fopen(variable("VYKEL_ZOO_STATE").c_str(), "r") == nullptr)
             std::abort();
@@ -227,11 +224,11 @@ public:
             delete this;
     }
     void attach(std::uint64_t token, StatusBlock* status) override {
-        static std::vector<std::string> kept;
+        static std::vector<std::string> leaked;
         if (has("leaks-attachments"))
-            kept.emplace_back(64, 'x');
+            leaked.emplace_back(64, 'x');
         if (!attached.insert(token).second)
-            storeError(status, StatusCode::InvalidParameter);
+            fail(status, StatusCode::InvalidParameter);
     }
     void detach(std::uint64_t token) override {
         if (!has("stays-attached"))
@@ -242,16 +239,17 @@ private:
     ~List() override = default;
 
     std::array<Device, 2> devices;
-    std::uint32_t shown;
+    std::uint32_t shown = has("full-from-the-start") ? 2 : 0;
     std::set<std::uint64_t> attached;
 };
 
 } // namespace
 
 std::int32_t vykel_initializePlugin() {
-    if (has("refuses") || (has("initialises-once") && initialisations > 0))
+    ++initialisedAll;
+    if (has("refuses") || initialised == 2 || (has("initialises-twice") && initialisedAll > 2))
         return vykel::toInteger(StatusCode::GeneralFault);
-    ++initialisations;
+    ++initialised;
     firstThread = std::this_thread::get_id();
     return 0;
 }
@@ -269,8 +267,7 @@ std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList**
 
 #ifndef ZOO_WITHOUT_FINALIZE
 std::int32_t vykel_finalizePlugin() {
-    if (!has("initialises-once"))
-        --initialisations;
+    --initialised;
     if (has("tells-its-end"))
         std::ofstream(variable("VYKEL_ZOO_STATE")) << 1 << '\n';
     return 0;
