@@ -38,6 +38,10 @@ def measured(run):
     return run.get("bytes", run.get("median", run["real_time" if by_hand else "cpu_time"]))
 
 
+def in_order(operation, size):
+    return operation, [int(part) if part.isdigit() else part for part in re.split(r"(\d+)", size)]
+
+
 class Report:
     def __init__(self):
         self.best = collections.defaultdict(dict)  # (operation, size) -> contender -> best value
@@ -77,9 +81,9 @@ class Report:
         return ""
 
     def show_ratios(self):
-        for (operation, size), by_contender in self.best.items():
+        for (operation, size), by_contender in sorted(self.best.items(), key=lambda item: in_order(*item[0])):
             ours = by_contender.get("vykel", math.nan)
-            for contender, theirs in by_contender.items():
+            for contender, theirs in sorted(by_contender.items()):
                 if contender == "floor":
                     self.show(operation, size, contender, ours / theirs, f"{ours / theirs:6.2f} times the floor")
                 elif contender != "vykel":
