@@ -2,8 +2,11 @@
 #define TESTS_TRANSFERMACHINE_H
 
 #include "DeviceTable.h"
+#include "errors/CatchLadder.h"
+#include "support/Codes.h"
 #include "support/Machine.h"
 #include "support/TestFiles.h"
+#include "TraditionalAliasTransferManager.h"
 #include "vykel/IDevice.h"
 #include <cstdint>
 #include <fstream>
@@ -67,6 +70,14 @@ vykel::DeviceTable tableOf(const std::vector<std::unique_ptr<Device>>& devices) 
     for (const auto& device : devices)
         table[1].push_back(device.get());
     return table;
+}
+
+/// Runs one transfer on the machine's legacy file.
+inline vykel::StatusBlock transfer(const vykel::DeviceTable& table) {
+    vykel::StatusBlock block = vykel::makeStatusBlock();
+    vyerr::runGuarded(&block, {"", 0},
+                      [&] { vykel::TraditionalAliasTransferManager().transferAliases(table); });
+    return block;
 }
 
 } // namespace vykeltest

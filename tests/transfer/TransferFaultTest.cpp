@@ -1,9 +1,7 @@
-// The host build alone: every call of the system and every allocation of an alias transfer made to fail, once
-// and from then on. The file is the old or the new one, byte for byte, and the next run finishes.
-#include "errors/CatchLadder.h"
+// The host build only: every call of the system and every allocation of an alias transfer fails, once or from
+// then on. The file is the old or the new one, byte for byte, and the next run finishes.
 #include "support/AllocationFault.h"
 #include "support/TransferMachine.h"
-#include "TraditionalAliasTransferManager.h"
 #include <algorithm>
 #include <functional>
 #include <gtest/gtest.h>
@@ -15,16 +13,14 @@ using namespace vykeltest;
 using winhost::Effect;
 
 struct Layout {
-    const char* name;
     std::string before;
     std::string after;
 };
 
 const Layout layouts[] = {
-    {"by resource name", "[Aliases]\nA=KEL0\nB=KEL1\nOld=KEL9\n[Keep]\nme=1\n",
+    {"[Aliases]\nA=KEL0\nB=KEL1\nOld=KEL9\n[Keep]\nme=1\n",
      "[Aliases]\r\nOld=KEL9\r\n\r\n[Keep]\r\nme=1\r\n\r\n"},
-    {"by token",
-     "[General]\nMajorVersion=15\nMinorVersion=0\n[Alias0]\nAlias=A\nPersistentToken=T0\nLocal=True\n"
+    {"[General]\nMajorVersion=15\nMinorVersion=0\n[Alias0]\nAlias=A\nPersistentToken=T0\nLocal=True\n"
      "[Alias1]\nAlias=\"X \\\" Line0001\"\nPersistentToken=T9\nLocal=False\n"
      "[Alias2]\nAlias=B\nPersistentToken=T1\nLocal=True\n",
      "[General]\r\nMajorVersion=15\r\nMinorVersion=0\r\n\r\n[Alias0]\r\nAlias=\"X \\\" Line0001\"\r\n"
@@ -39,13 +35,7 @@ protected:
         table = tableOf(devices);
     }
 
-    std::int32_t transfer() const {
-        vykel::StatusBlock block;
-        vyerr::initStatusBlock(&block);
-        vyerr::runGuarded(&block, {"", 0},
-                          [&] { vykel::TraditionalAliasTransferManager().transferAliases(table); });
-        return block.code;
-    }
+    std::int32_t transfer() const { return vykeltest::transfer(table).code; }
 
     std::size_t timesGiven() const {
         std::size_t count = 0;
@@ -65,14 +55,15 @@ protected:
     /// One run under a fault (`run` tells whether it struck), then one without.
     bool survives(const std::function<bool(std::int32_t& code)>& run) {
         reset();
-        std::int32_t code = 0;
+        std::int32_t code = success;
         const bool struck = run(code);
         const std::string text = readFile(legacy.iniFile);
-        EXPECT_TRUE(code == 0 || code == -50209 || code == -52000 || code == -52006 || code == -52008)
+        EXPECT_TRUE(code == success || code == configurationFault || code == memoryFull ||
+                    code == resourceNotFound || code == osFault)
             << code;
         EXPECT_TRUE(text == GetParam().after || text == GetParam().before) << text;
-        EXPECT_TRUE(code == 0 || text == GetParam().before); // what follows the replace cannot fail the run
-        EXPECT_EQ(transfer(), 0);
+        EXPECT_TRUE(code == success || text == GetParam().before); // nothing after the replace can fail
+        EXPECT_EQ(transfer(), success);
         EXPECT_EQ(readFile(legacy.iniFile), GetParam().after);
         EXPECT_EQ(timesGiven(), 2u);
         EXPECT_EQ(devices[0]->alias + devices[1]->alias, "AB");
@@ -83,6 +74,24 @@ protected:
     std::vector<std::unique_ptr<LegacyDevice>> devices;
     vykel::DeviceTable table;
 };
+
+TEST_P(TransferFault, AReadErrorKeepsTheFileAndTheNewOneIsFlushedToDisk) {
+    reset();
+    std::string text = GetParam().before; // several blocks long, so that what was read could be saved
+    for (int i = 0; i < 20000; ++i)
+        text += "; a line to fill blocks\n";
+    writeFile(legacy.iniFile, text);
+    {
+        const winhost::ScopedFault fault({winhost::Call::fread, 3, Effect::Fail, 0});
+        EXPECT_EQ(transfer(), success);
+        EXPECT_EQ(fault.struck(), 1u);
+    }
+    EXPECT_EQ(timesGiven(), 0u);
+    EXPECT_EQ(readFile(legacy.iniFile), text);
+    const winhost::ScopedFault fault({winhost::Call::FlushFileBuffers, 1, Effect::Fail, 0});
+    EXPECT_EQ(transfer(), success);
+    EXPECT_EQ(fault.struck(), 1u);
+}
 
 TEST_P(TransferFault, EveryCallOfTheSystem) {
     const std::ptrdiff_t resources = winhost::openResources();

@@ -1,8 +1,6 @@
 // The alias transfer among rivals, and under kills: no alias is lost or handed over twice, and nobody ever
 // sees half a file.
-#include "errors/Exception.h"
 #include "support/TransferMachine.h"
-#include "TraditionalAliasTransferManager.h"
 #include <algorithm>
 #include <chrono>
 #include <cstdlib>
@@ -82,12 +80,7 @@ struct SharedMachine : TransferMachine {
         std::vector<std::unique_ptr<StoredDevice>> devices;
         for (std::uint32_t i = remainder; i < aliasCount; i += modulus)
             devices.push_back(std::make_unique<StoredDevice>(i, aliases[i], store));
-        try {
-            vykel::TraditionalAliasTransferManager().transferAliases(tableOf(devices));
-            return 0;
-        } catch (const vyerr::ExceptionBase& exception) {
-            return exception.status()->code;
-        }
+        return vykeltest::transfer(tableOf(devices)).code;
     }
 };
 
@@ -98,10 +91,10 @@ int rival() {
     const std::uint32_t first = processId() / 4 % slices;
     for (std::uint32_t i = 0; i < slices; ++i) {
         int tries = 1000;
-        std::int32_t code = 0;
-        while ((code = shared.transfer(slices, (first + i) % slices)) == -50209 && --tries > 0)
+        std::int32_t code = success;
+        while ((code = shared.transfer(slices, (first + i) % slices)) == configurationFault && --tries > 0)
             std::this_thread::sleep_for(std::chrono::milliseconds(1));
-        if (code != 0)
+        if (code != success)
             return 1;
     }
     return 0;
@@ -111,15 +104,15 @@ const NamedRole rivalRole("rival", rival);
 int transferOnce() {
     const SharedMachine shared;
     writeFile(shared.machine.folder() / "ready", "");
-    return shared.transfer() == 0 ? 0 : 1;
+    return shared.transfer() == success ? 0 : 1;
 }
 const NamedRole transferOnceRole("transferOnce", transferOnce);
 
-/// After a process was killed in the midst of a transfer.
+/// Checks what a process left that was killed during a transfer.
 void expectNothingLost(const SharedMachine& shared) {
     const std::string text = readFile(shared.iniFile);
     ASSERT_TRUE(text == shared.before || text == shared.after) << text;
-    ASSERT_EQ(shared.transfer(), 0);
+    ASSERT_EQ(shared.transfer(), success);
     ASSERT_EQ(readFile(shared.iniFile), shared.after);
     ASSERT_FALSE(fs::exists(shared.temporaryFile));
     shared.expectEachGivenOnce();

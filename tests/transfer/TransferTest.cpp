@@ -1,8 +1,7 @@
 // The layouts of the legacy alias file: which device gets what, which bytes are left, and in which order the
 // devices are asked.
-#include "errors/Exception.h"
 #include "support/TransferMachine.h"
-#include "TraditionalAliasTransferManager.h"
+#include "support/Unwinding.h"
 #include <gtest/gtest.h>
 
 namespace {
@@ -22,11 +21,13 @@ struct Row {
     std::string before;
     std::vector<DeviceRow> devices;
     std::string after; ///< "=": not a byte changes
-    std::int32_t code = 0;
-    int line = 0; ///< of the error
+    std::int32_t code = success;
+    std::uint32_t line = 0; ///< of the error
 };
 
 constexpr std::uint32_t none = vykel::noDeviceNumber;
+const char* const longAlias =
+    "an alias that is longer than the 80 bytes that a line may have where long values are split";
 const std::string v15 = "[General]\nMajorVersion=15\nMinorVersion=0\n";
 const std::string v15Saved = "[General]\r\nMajorVersion=15\r\nMinorVersion=0\r\n\r\n";
 
@@ -40,19 +41,25 @@ std::string saved(int index, const char* alias, const char* token, const char* l
            "\"\r\nLocal=" + local + "\r\n\r\n";
 }
 
-std::string version(const char* major, const char* minor) {
-    return std::string("[General]\nMajorVersion=") + major + "\nMinorVersion=" + minor + "\n" +
-           "[Aliases]\nByName=KEL0\n" + record(0, "ByToken", "T", "True");
-}
-
 std::vector<DeviceRow> one(const char* aliasAfter, const char* calls) {
     return {{0, "", "T", aliasAfter, calls}};
+}
+
+/// A file of both layouts, of which the version chooses one.
+Row version(const char* major, const char* minor, const char* calls) {
+    const std::string versions =
+        std::string("[General]\nMajorVersion=") + major + "\nMinorVersion=" + minor + "\n";
+    const std::string written =
+        std::string("[General]\r\nMajorVersion=") + major + "\r\nMinorVersion=" + minor + "\r\n\r\n";
+    const bool byName = std::string(calls) == "nanaS";
+    return {major, versions + "[Aliases]\nByName=KEL0\n" + record(0, "ByToken", "T", "True"),
+            one(byName ? "ByName" : "ByToken", calls),
+            written + (byName ? saved(0, "ByToken", "T", "True") : "[Aliases]\r\nByName=KEL0\r\n\r\n")};
 }
 
 const std::vector<Row>& rows() {
     static const std::vector<Row> table = {
         {"a file without sections asks no device", "; nothing\n", {{0, "", "T", "", ""}}, "="},
-        {"no section of aliases", "[Other]\na=b\n", {{0, "", "T", "", ""}}, "="},
         {"no entry left", "[Aliases]\n", {{0, "", "T", "", ""}}, "="},
         {"a free device receives, a named one keeps, both entries go",
          "[Aliases]\nLab1=KEL0\nLab2=KEL3\nOld=KEL9\n",
@@ -87,18 +94,12 @@ const std::vector<Row>& rows() {
          {{0, "", "", "A", "nanaS"}, {1, "refuse", "", "", "nanaS"}},
          "=",
          -77},
-        {"14.7: tokens of format 1", version("14", "7"), one("ByToken", "nat1aS"),
-         "[General]\r\nMajorVersion=14\r\nMinorVersion=7\r\n\r\n[Aliases]\r\nByName=KEL0\r\n\r\n"},
-        {"14.6 goes by resource name", version("14", "6"), one("ByName", "nanaS"),
-         "[General]\r\nMajorVersion=14\r\nMinorVersion=6\r\n\r\n" + saved(0, "ByToken", "T", "True")},
-        {"14.8 goes by resource name", version("14", "8"), one("ByName", "nanaS"),
-         "[General]\r\nMajorVersion=14\r\nMinorVersion=8\r\n\r\n" + saved(0, "ByToken", "T", "True")},
-        {"16.9, written with blanks: tokens of format 2", version(" +16 ", "9 "), one("ByToken", "nat2aS"),
-         "[General]\r\nMajorVersion=+16\r\nMinorVersion=9\r\n\r\n[Aliases]\r\nByName=KEL0\r\n\r\n"},
-        {"a negative version is none", version("-15", "0"), one("ByName", "nanaS"),
-         "[General]\r\nMajorVersion=-15\r\nMinorVersion=0\r\n\r\n" + saved(0, "ByToken", "T", "True")},
-        {"a version above 32 bits is none", version("4294967296", "0"), one("ByName", "nanaS"),
-         "[General]\r\nMajorVersion=4294967296\r\nMinorVersion=0\r\n\r\n" + saved(0, "ByToken", "T", "True")},
+        version("14", "7", "nat1aS"),
+        version("14", "6", "nanaS"),
+        version("14", "8", "nanaS"),
+        version("+16", "9", "nat2aS"),
+        version("-15", "0", "nanaS"),
+        version("4294967296", "0", "nanaS"),
         {"no minor version: by resource name", "[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
          one("A", "nanaS"), "[General]\r\nMajorVersion=15\r\n\r\n"},
         {"records are consumed by token, survivors renumbered in their order at the end",
@@ -128,32 +129,30 @@ const std::vector<Row>& rows() {
              record(1, "c\\td\\x7f\\\\", "T1", "True"),
          {{0, "", "T0", "a\tb\r\"q\"xzz", "nat2aS"}},
          v15Saved + saved(0, "c\\td\\x7f\\\\", "T1", "True")},
+        {"a long survivor is written in one line",
+         v15 + record(0, longAlias, "T9", "True") + record(1, "B", "T1", "True"),
+         {{0, "", "T1", "B", "nat2aS"}},
+         v15Saved + saved(0, longAlias, "T9", "True")},
         {"a survivor loses the blanks at its ends",
          v15 + record(0, "  x ", " T9 ", "True") + record(1, "B", "T1", "True"),
          {{0, "", "T1", "B", "nat2aS"}},
          v15Saved + saved(0, "x", "T9", "True")},
-        {"an alias is missing", v15 + "[Alias0]\nPersistentToken=T\nLocal=True\n", one("", ""), "=", -50209,
-         280},
-        {"a token is missing", v15 + "[Alias0]\nAlias=A\nLocal=True\n", one("", ""), "=", -50209, 286},
-        {"local is missing", v15 + "[Alias0]\nAlias=A\nPersistentToken=T\n", one("", ""), "=", -50209, 293},
-        {"local is neither", v15 + record(0, "A", "T", "yes"), one("", ""), "=", -50209, 293},
-        {"local is blank", v15 + record(0, "A", "T", "\"  \""), one("", ""), "=", -50209, 293},
+        {"an alias is missing", v15 + "[Alias0]\nPersistentToken=T\nLocal=True\n", one("", ""), "=",
+         configurationFault, 280},
+        {"a token is missing", v15 + "[Alias0]\nAlias=A\nLocal=True\n", one("", ""), "=", configurationFault,
+         286},
+        {"local is missing", v15 + "[Alias0]\nAlias=A\nPersistentToken=T\n", one("", ""), "=",
+         configurationFault, 293},
+        {"local is neither", v15 + record(0, "A", "T", "yes"), one("", ""), "=", configurationFault, 293},
+        {"local is blank", v15 + record(0, "A", "T", "\"  \""), one("", ""), "=", configurationFault, 293},
         {"wide text is never read", std::string("\xFF\xFE[\0A\0", 6), one("", ""), "="},
     };
     return table;
 }
 
-/// Runs one transfer; returns the code, and the line of the error.
-std::pair<std::int32_t, int> transfer(const vykel::DeviceTable& table) {
-    try {
-        vykel::TraditionalAliasTransferManager().transferAliases(table);
-        return {0, 0};
-    } catch (const vyerr::ExceptionBase& exception) {
-        const std::string text = exception.errorInfoJson();
-        const std::size_t line = text.find("\"line\":");
-        const bool named = text.find("TraditionalAliasTransferManager.cpp") != std::string::npos;
-        return {exception.status()->code, named ? std::stoi(text.substr(line + 7)) : 0};
-    }
+std::pair<std::int32_t, std::uint32_t> codeAndLine(const vykel::DeviceTable& table) {
+    const vykel::StatusBlock block = transfer(table);
+    return {block.code, block.line};
 }
 
 TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
@@ -170,7 +169,8 @@ TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
                 devices.back()->refusal = row.code;
             }
         }
-        EXPECT_EQ(transfer(tableOf(devices)), std::make_pair(row.code, row.line));
+        // A failure must be reported also when the refresh runs while the client unwinds.
+        whileUnwinding([&] { EXPECT_EQ(codeAndLine(tableOf(devices)), std::make_pair(row.code, row.line)); });
         for (std::size_t i = 0; i < devices.size(); ++i) {
             EXPECT_EQ(devices[i]->alias, row.devices[i].aliasAfter);
             EXPECT_EQ(devices[i]->calls, row.devices[i].calls) << "device " << i;
@@ -185,34 +185,17 @@ TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
 
 TEST(Transfer, AMissingFileStaysMissingAndAMissingFolderIsAnError) {
     TransferMachine legacy;
-    EXPECT_EQ(transfer({}).first, 0);
+    EXPECT_EQ(transfer({}).code, success);
     EXPECT_FALSE(fs::exists(legacy.iniFile));
     EXPECT_EQ(fs::file_size(legacy.machine.configurationFolder() / "vykel.lck"), 0u);
     legacy.machine.setConfigurationFolder(false);
-    EXPECT_EQ(transfer({}).first, -50209);
+    EXPECT_EQ(transfer({}).code, configurationFault);
     legacy.machine.setConfigurationFolder(true);
 }
 
-TEST(Transfer, ASaveThatFailsKeepsTheFileAndTheNextRunFinishes) {
+TEST(Transfer, AFileThatCannotBeReadOrReplacedIsKeptAndTheNextRunFinishes) {
     TransferMachine legacy;
     const std::string before = "[Aliases]\nA=KEL0\nB=KEL1\n";
-    writeFile(legacy.iniFile, before);
-    fs::create_directory(legacy.temporaryFile); // no temporary file can be made here
-    std::vector<std::unique_ptr<LegacyDevice>> devices;
-    devices.push_back(std::make_unique<LegacyDevice>(0, ""));
-    EXPECT_EQ(transfer(tableOf(devices)), std::make_pair(-50209, 95));
-    EXPECT_EQ(readFile(legacy.iniFile), before);
-    EXPECT_EQ(devices[0]->alias, "A");
-    fs::remove(legacy.temporaryFile);
-    devices[0]->calls.clear();
-    EXPECT_EQ(transfer(tableOf(devices)).first, 0);
-    EXPECT_EQ(devices[0]->calls, "nana"); // it has its alias: the entry goes without another setAlias
-    EXPECT_EQ(readFile(legacy.iniFile), "[Aliases]\r\nB=KEL1\r\n\r\n");
-}
-
-TEST(Transfer, AFileHeldByOthersEndsQuietlyAndARefusedReplaceKeepsIt) {
-    TransferMachine legacy;
-    const std::string before = "[Aliases]\nA=KEL0\n";
     writeFile(legacy.iniFile, before);
     std::vector<std::unique_ptr<LegacyDevice>> devices;
     devices.push_back(std::make_unique<LegacyDevice>(0, ""));
@@ -222,14 +205,22 @@ TEST(Transfer, AFileHeldByOthersEndsQuietlyAndARefusedReplaceKeepsIt) {
     };
     HANDLE held = hold(0);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(transfer(tableOf(devices)).first, 0);
-    EXPECT_EQ(devices[0]->calls, ""); // it could not be read
+    EXPECT_EQ(transfer(tableOf(devices)).code, success);
+    EXPECT_EQ(devices[0]->calls, ""); // the file could not be read
     CloseHandle(held);
     held = hold(FILE_SHARE_READ | FILE_SHARE_WRITE);
-    EXPECT_EQ(transfer(tableOf(devices)), std::make_pair(-50209, 95));
+    EXPECT_EQ(codeAndLine(tableOf(devices)), std::make_pair(configurationFault, 95u)); // nor replaced
     CloseHandle(held);
-    EXPECT_EQ(readFile(legacy.iniFile), before);
     EXPECT_FALSE(fs::exists(legacy.temporaryFile));
+    fs::create_directory(legacy.temporaryFile); // no temporary file can be made here
+    EXPECT_EQ(codeAndLine(tableOf(devices)), std::make_pair(configurationFault, 95u));
+    fs::remove(legacy.temporaryFile);
+    EXPECT_EQ(readFile(legacy.iniFile), before);
+    EXPECT_EQ(devices[0]->alias, "A");
+    devices[0]->calls.clear();
+    EXPECT_EQ(transfer(tableOf(devices)).code, success);
+    EXPECT_EQ(devices[0]->calls, "nana"); // it has its alias: the entry is removed without another setAlias
+    EXPECT_EQ(readFile(legacy.iniFile), "[Aliases]\r\nB=KEL1\r\n\r\n");
 }
 
 } // namespace
