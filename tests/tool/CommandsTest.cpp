@@ -196,7 +196,7 @@ TEST_F(CommandsTest, LeaveNoProcessThatAPluginStarted) {
 TEST(LineSplitter, KeepsTheLastLineAndBoundsALongOne) {
     std::vector<std::size_t> sizes;
     vykeldev::LineSplitter lines([&](const std::string& line) { sizes.push_back(line.size()); });
-    const std::string flood(vykeldev::LineSplitter::longestLine + 9, 'x');
+    const std::string flood(vykeldev::LineSplitter::maxLineBytes + 9, 'x');
     lines.add((flood + "\r\n\nend").c_str(), flood.size() + 6);
     lines.end();
     EXPECT_EQ(sizes, (std::vector<std::size_t>{flood.size() - 9, 0, 3}));

@@ -1,7 +1,9 @@
 #include "Application.h"
 
+#include "check/StageRun.h"
 #include "commands/Commands.h"
-#include "platform/System.h"
+#include "doctor/Probe.h"
+#include "platform/Console.h"
 #include "support/Enumerator.h"
 #include "support/Failure.h"
 #include <CLI/CLI.hpp>
@@ -55,9 +57,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     Run chosen;
     addAliasesCommand(app, chosen);
     addCheckCommand(app, chosen);
-    addCheckRuleCommand(app, chosen);
     addDoctorCommand(app, chosen);
-    addDoctorProbeCommand(app, chosen);
     addListCommand(app, chosen);
     addPluginsCommand(app, chosen);
     addRegisterCommand(app, chosen);
@@ -84,14 +84,16 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
 int runApplication(const std::vector<std::string>& arguments) noexcept {
     const Console console;
     try {
-        Context context{"", console.colourOnOutput()};
+        if (runRequestedTask(arguments, {&check::checkRuleTask, &doctor::probeTask}))
+            return toInteger(ExitCode::Success);
+        Context context{"", console.colourOnOutput};
         return runParsed(arguments, context);
     } catch (const Failure& failure) {
-        printFailure(failure, console.colourOnError());
+        printFailure(failure, console.colourOnError);
     } catch (const std::exception& error) {
-        printFailure(Failure(error.what(), "", ""), console.colourOnError());
+        printFailure(Failure(error.what(), "", ""), console.colourOnError);
     } catch (...) {
-        printFailure(Failure("a plug-in let an unknown exception out", "", ""), console.colourOnError());
+        printFailure(Failure("a plug-in let an unknown exception out", "", ""), console.colourOnError);
     }
     return toInteger(ExitCode::Error);
 }

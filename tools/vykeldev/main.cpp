@@ -1,5 +1,5 @@
 #include "Application.h"
-#include "platform/System.h"
+#include "platform/Console.h"
 
 int main(int argc, char** argv) {
     return vykeldev::runApplication(vykeldev::commandLineArguments(argc, argv));

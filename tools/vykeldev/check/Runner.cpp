@@ -4,11 +4,10 @@
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
-#include "platform/StopRequest.h"
+#include "platform/Console.h"
 #include "support/BoundedLock.h"
 #include "support/Failure.h"
 #include <map>
-#include <random>
 
 namespace vykeldev::check {
 namespace {
@@ -18,11 +17,6 @@ constexpr std::string_view watched[] = {"status-guard", "no-exception"};
 
 bool isWatched(const Rule& rule) noexcept {
     return std::find(std::begin(watched), std::end(watched), rule.id) != std::end(watched);
-}
-
-std::string randomMark() {
-    std::random_device random;
-    return "vykeldev-" + std::to_string(random()) + std::to_string(random()) + ":";
 }
 
 /// True when the rule is one of those, or one of them needs it.
@@ -83,7 +77,6 @@ private:
     }
 
     const RunOptions& options;
-    const std::string mark = randomMark();
     std::map<std::string, std::vector<std::string>> incidents; // by rule
 };
 
@@ -121,7 +114,7 @@ Result Run::check(const Rule& rule) {
 }
 
 Account Run::runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes) {
-    Account account = runStage({mark, rule.id, options.path, stage, notes}, options.limit);
+    Account account = runStage({rule.id, options.path, stage, notes}, options.limit);
     for (const Incident& incident : account.incidents)
         incidents[incident.rule].push_back(
             incident.observed +

@@ -1,57 +1,53 @@
 #include "check/StageRun.h"
 
-#include "child/ChildProcess.h"
-#include <nlohmann/json.hpp>
+#include "check/Trace.h"
 
 namespace vykeldev::check {
 namespace {
 
-using Json = nlohmann::json;
-
 constexpr std::uint32_t foreignException = 0xE06D7363; // of the Microsoft compiler
 
-/// Takes what a process tells, line by line.
-class Listener {
-public:
-    Listener(const std::string& mark, Account& account) : mark_(mark), account_(account) {}
-
-    /// True when the process told something.
-    bool take(const std::string& line) {
-        if (line.compare(0, mark_.size(), mark_) != 0)
-            return false; // the plug-in prints, too
-        try {
-            takeEntry(Json::parse(line.substr(mark_.size())));
-            return true;
-        } catch (const Json::exception&) { // it printed into this line
-            return false;
-        }
+void checkRule(const Rule& rule, const Subject& subject) {
+    Trace& trace = subject.trace;
+    try {
+        rule.check(subject);
+        trace.finished(Outcome::Passed, "");
+    } catch (const Broken& broken) {
+        const bool warning = rule.severity == Severity::Warning;
+        trace.finished(warning ? Outcome::Warning : Outcome::Failed, broken.observed);
+    } catch (const Questionable& questionable) {
+        trace.finished(Outcome::Warning, questionable.observed);
+    } catch (const Skipped& skipped) {
+        trace.finished(Outcome::Skipped, skipped.reason);
+    } catch (const std::exception& exception) {
+        trace.toolFailed(exception.what());
     }
+}
 
-    /// Where the last words were spoken.
-    std::string place() const { return calling_.empty() ? "" : " in: " + calling_; }
-    const std::string& calling() const noexcept { return calling_; }
+/// The child's side.
+void runInChild(const std::vector<std::string>& arguments, Reporter& reporter) {
+    const Rule* const rule = findRule(arguments.at(0));
+    const auto stage = static_cast<Stage>(std::stoi(arguments.at(2)));
+    Trace trace(reporter);
+    if (rule != nullptr)
+        checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 3, arguments.end()}});
+    exitImmediately(); // everything is reported; what the plug-in left behind must not spoil the end
+}
 
-private:
-    void takeEntry(const Json& entry) {
-        calling_ = entry.value("calling", calling_);
-        account_.notes = entry.value("notes", account_.notes);
-        account_.putBack = entry.value("putBack", account_.putBack);
-        account_.toolFailed = entry.value("toolFailed", account_.toolFailed);
-        const auto observed = entry.value("observed", std::string());
-        if (const auto rule = entry.value("incident", std::string()); !rule.empty())
-            account_.incidents.push_back({rule, observed});
-        if (const auto outcome = outcomeOf(entry.value("outcome", std::string()))) {
-            account_.outcome = outcome;
-            account_.observed = observed;
-        }
+void take(const Json& report, Account& account) {
+    account.notes = report.value("notes", account.notes);
+    account.putBack = report.value("putBack", account.putBack);
+    account.toolFailed = report.value("toolFailed", account.toolFailed);
+    const auto observed = report.value("observed", std::string());
+    if (const auto rule = report.value("incident", std::string()); !rule.empty())
+        account.incidents.push_back({rule, observed});
+    if (const auto outcome = outcomeOf(report.value("outcome", std::string()))) {
+        account.outcome = outcome;
+        account.observed = observed;
     }
+}
 
-    const std::string& mark_;
-    Account& account_;
-    std::string calling_;
-};
-
-/// What happened to a process that told no outcome.
+/// What happened to a process that reported no outcome.
 std::string endText(const ChildOutcome& child, std::chrono::milliseconds limit) {
     switch (child.end) {
     case ChildOutcome::End::TimedOut:
@@ -66,19 +62,22 @@ std::string endText(const ChildOutcome& child, std::chrono::milliseconds limit) 
 
 } // namespace
 
-Account runStage(const ChildTask& task, std::chrono::milliseconds limit) {
+const ChildTask checkRuleTask = {"check-rule", runInChild};
+
+Account runStage(const StageTask& task, std::chrono::milliseconds limit) {
     Account account;
-    Listener listener(task.mark, account);
-    const ChildOutcome child = runChildWhileItProgresses(
-        childArguments(task), limit, [&](const std::string& line) { return listener.take(line); });
+    std::vector<std::string> arguments{task.rule, task.plugin, std::to_string(static_cast<int>(task.stage))};
+    arguments.insert(arguments.end(), task.notes.begin(), task.notes.end());
+    TaskRun run(checkRuleTask, arguments, [&account](const Json& report) { take(report, account); });
+    const ChildOutcome child = run.finish(limit, TaskRun::Limit::BetweenReports);
     account.duration = child.duration;
     if (account.outcome || !account.toolFailed.empty())
         return account;
     account.outcome = Outcome::Failed;
-    account.observed = endText(child, limit) + listener.place();
+    account.observed = endText(child, limit) + (run.step().empty() ? "" : " in: " + run.step());
     if (child.end == ChildOutcome::End::Crashed && child.code == foreignException) {
         account.incidents.push_back(
-            {"no-exception", "an exception left " + listener.calling() + " and ended the process"});
+            {"no-exception", "an exception left " + run.step() + " and ended the process"});
         account.outcome = Outcome::Skipped;
         account.observed = "an exception ended the process; see 'no-exception'";
     }

@@ -1,10 +1,20 @@
 #ifndef VYKELDEV_CHECK_STAGERUN_H
 #define VYKELDEV_CHECK_STAGERUN_H
 
-#include "check/Child.h"
 #include "check/Result.h"
+#include "child/ChildTask.h"
 
 namespace vykeldev::check {
+
+extern const ChildTask checkRuleTask;
+
+/// What a child process is to do.
+struct StageTask {
+    std::string rule;
+    std::string plugin;
+    Stage stage = Stage::First;
+    std::vector<std::string> notes;
+};
 
 /// A rule that turned out to be broken, perhaps while another was checked.
 struct Incident {
@@ -25,7 +35,7 @@ struct Account {
 
 /// Does the task in a process of its own, which is killed when it makes no progress for `limit`. Throws
 /// Failure when it cannot be started.
-Account runStage(const ChildTask& task, std::chrono::milliseconds limit);
+Account runStage(const StageTask& task, std::chrono::milliseconds limit);
 
 } // namespace vykeldev::check
 

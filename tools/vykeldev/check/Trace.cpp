@@ -1,51 +1,48 @@
 #include "check/Trace.h"
 
+#include "child/ChildTask.h"
 #include <chrono>
-#include <cstdio>
-#include <nlohmann/json.hpp>
 
 namespace vykeldev::check {
 
-using Json = nlohmann::json;
-
-Trace::Trace(std::string mark) : mark_(std::move(mark)), progress_([this] { tellProgress(); }) {}
+Trace::Trace(Reporter& toParent) : reporter(toParent), progress([this] { reportProgress(); }) {}
 
 Trace::~Trace() {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        ended_ = true;
+        const std::lock_guard<std::mutex> lock(mutex);
+        ended = true;
     }
-    end_.notify_one();
-    progress_.join();
+    end.notify_one();
+    progress.join();
 }
 
 void Trace::calling(const char* operation) {
-    ++calls_;
-    if (!repeating_)
-        write(Json{{"calling", operation}});
+    ++callCount;
+    if (!isRepeating)
+        reporter.beginStep(operation);
 }
 
 void Trace::repeating(const std::string& what) {
-    ++calls_;
-    write(Json{{"calling", what}});
-    repeating_ = true;
+    ++callCount;
+    reporter.beginStep(what);
+    isRepeating = true;
 }
 
 void Trace::note(const std::vector<std::string>& notes) {
-    write(Json{{"notes", notes}});
+    reporter.report({{"notes", notes}});
 }
 
 void Trace::putBack() {
-    write(Json{{"putBack", true}});
+    reporter.report({{"putBack", true}});
 }
 
 void Trace::incident(const char* rule, const std::string& observed) {
     {
-        const std::lock_guard<std::mutex> lock(mutex_);
-        if (!incidents_.insert(rule + observed).second)
+        const std::lock_guard<std::mutex> lock(mutex);
+        if (!incidents.insert(rule + observed).second)
             return;
     }
-    write(Json{{"incident", rule}, {"observed", observed}});
+    reporter.report({{"incident", rule}, {"observed", observed}});
 }
 
 void Trace::exceptionLeft(const char* operation, const std::string& what) {
@@ -54,29 +51,21 @@ void Trace::exceptionLeft(const char* operation, const std::string& what) {
 }
 
 void Trace::finished(Outcome outcome, const std::string& observed) {
-    write(Json{{"outcome", toString(outcome)}, {"observed", observed}});
+    reporter.report({{"outcome", toString(outcome)}, {"observed", observed}});
 }
 
 void Trace::toolFailed(const std::string& what) {
-    write(Json{{"toolFailed", what}});
+    reporter.report({{"toolFailed", what}});
 }
 
-template <class Line>
-void Trace::write(const Line& line) {
-    // A line end before it, too: the plug-in may have printed half a line.
-    const std::string text = "\n" + mark_ + line.dump(-1, ' ', true, Json::error_handler_t::replace) + "\n";
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
-}
-
-void Trace::tellProgress() {
+void Trace::reportProgress() {
     constexpr std::chrono::milliseconds interval(100);
-    std::unique_lock<std::mutex> lock(mutex_);
-    std::uint64_t told = 0;
-    while (!end_.wait_for(lock, interval, [this] { return ended_; })) {
-        if (const std::uint64_t calls = calls_; calls != told) {
-            told = calls;
-            write(Json{{"progress", calls}});
+    std::unique_lock<std::mutex> lock(mutex);
+    std::uint64_t reported = 0;
+    while (!end.wait_for(lock, interval, [this] { return ended; })) {
+        if (const std::uint64_t calls = callCount; calls != reported) {
+            reported = calls;
+            reporter.report({{"progress", calls}});
         }
     }
 }

@@ -11,14 +11,18 @@
 #include <string>
 #include <thread>
 
+namespace vykeldev {
+class Reporter;
+}
+
 namespace vykeldev::check {
 
-/// Tells the parent process what a rule is doing, one JSON object a line behind a mark that no plug-in knows,
-/// so that the last words of a plug-in that crashes or hangs are known. While calls are begun
-/// it also tells so, ten times a second: the plug-in does not hang. Any thread may call.
+/// Reports to the parent process what a rule is doing, so that the parent knows what a plug-in that crashes
+/// or hangs was last asked for. As long as calls begin, it reports that ten times a second: the plug-in does
+/// not hang. Any thread may call.
 class Trace {
 public:
-    explicit Trace(std::string mark);
+    explicit Trace(Reporter& toParent);
     ~Trace();
     Trace(const Trace&) = delete;
     Trace& operator=(const Trace&) = delete;
@@ -61,18 +65,16 @@ public:
 
 private:
     [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);
-    template <class Line>
-    void write(const Line& line);
-    void tellProgress();
+    void reportProgress();
 
-    const std::string mark_;
-    bool repeating_ = false;
-    std::atomic<std::uint64_t> calls_{0};
-    std::mutex mutex_;
-    std::set<std::string> incidents_; // each is told once
-    bool ended_ = false;
-    std::condition_variable end_;
-    std::thread progress_;
+    Reporter& reporter;
+    bool isRepeating = false;
+    std::atomic<std::uint64_t> callCount{0};
+    std::mutex mutex;
+    std::set<std::string> incidents; // each is reported once
+    bool ended = false;
+    std::condition_variable end;
+    std::thread progress;
 };
 
 } // namespace vykeldev::check

@@ -7,11 +7,11 @@
 
 namespace vykeldev {
 
-/// Cuts a stream of bytes into lines, whose ends (LF or CR LF) it takes off. Of a line that is longer than
-/// any reader expects only the beginning is kept, so that a flood without line ends costs no memory.
+/// Cuts a stream of bytes into lines without their ends (LF or CR LF). Keeps only the beginning of a line
+/// that is longer than any reader expects, so that a flood without line ends costs no memory.
 class LineSplitter {
 public:
-    static constexpr std::size_t longestLine = 65536;
+    static constexpr std::size_t maxLineBytes = 65536;
 
     explicit LineSplitter(std::function<void(const std::string&)> lineHandler)
         : onLine(std::move(lineHandler)) {}
@@ -20,7 +20,7 @@ public:
         for (const char* const end = bytes + count; bytes != end; ++bytes)
             if (*bytes == '\n')
                 finish();
-            else if (line.size() < longestLine)
+            else if (line.size() < maxLineBytes)
                 line += *bytes;
     }
 

@@ -1,6 +1,6 @@
 #include "commands/ChangeText.h"
 #include "commands/Commands.h"
-#include "platform/StopRequest.h"
+#include "platform/Console.h"
 #include "support/Enumerator.h"
 #include "support/Failure.h"
 #include "support/NumberRange.h"

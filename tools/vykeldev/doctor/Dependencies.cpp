@@ -1,6 +1,7 @@
 #include "doctor/Dependencies.h"
 
-#include "platform/DoctorPlatform.h"
+#include "platform/Loader.h"
+#include "platform/System.h"
 #include "support/Files.h"
 #include <deque>
 #include <set>

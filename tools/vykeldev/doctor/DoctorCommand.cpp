@@ -3,8 +3,7 @@
 #include "doctor/Findings.h"
 #include "doctor/FolderCheck.h"
 #include "doctor/PluginCheck.h"
-#include "doctor/Probe.h"
-#include "platform/DoctorPlatform.h"
+#include "platform/Process.h"
 #include "platform/System.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
@@ -67,7 +66,7 @@ ExitCode diagnose(const Context& context, const DoctorOptions& options) {
         printFindings();
         return ExitCode::Success;
     }
-    silenceCrashes();
+    suppressCrashDialogs();
     const Report report = makeReport(context, options);
     if (options.json)
         std::cout << textOf(report) << '\n';
@@ -106,18 +105,6 @@ void addDoctorCommand(CLI::App& app, Run& chosen) {
         "every finding.");
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return doctor::diagnose(context, *options); };
-    });
-}
-
-void addDoctorProbeCommand(CLI::App& app, Run& chosen) {
-    const auto path = std::make_shared<std::string>();
-    CLI::App* const command = app.add_subcommand(doctor::probeCommand)->group("");
-    command->add_option("PATH", *path)->required();
-    command->callback([path, &chosen] {
-        chosen = [path](const Context&) {
-            doctor::runProbe(*path);
-            return ExitCode::Success;
-        };
     });
 }
 

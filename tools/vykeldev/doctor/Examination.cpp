@@ -3,7 +3,7 @@
 #include "doctor/Dependencies.h"
 #include "doctor/Findings.h"
 #include "doctor/Probe.h"
-#include "platform/DoctorPlatform.h"
+#include "platform/Loader.h"
 #include "platform/System.h"
 #include "support/Failure.h"
 #include "support/Files.h"

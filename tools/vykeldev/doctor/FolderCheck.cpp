@@ -5,7 +5,6 @@
 #include "doctor/LegacyCheck.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
-#include "platform/DoctorPlatform.h"
 #include "platform/System.h"
 #include "support/BoundedLock.h"
 #include "support/Files.h"

@@ -3,7 +3,7 @@
 #include "doctor/Examination.h"
 #include "doctor/Findings.h"
 #include "errors/Exception.h"
-#include "platform/DoctorPlatform.h"
+#include "platform/System.h"
 #include "PluginRegistrations.h"
 #include "support/Failure.h"
 #include "support/Files.h"

@@ -2,37 +2,21 @@
 
 #include "DeviceCollection.h"
 #include "errors/Exception.h"
-#include "pellumkelddk/user/FileLock.h"
 #include "PellumKelPlugin.h"
-#include "platform/DoctorPlatform.h"
 #include "PluginCall.h"
 #include "vykel/StatusBlock.h"
 #include <algorithm>
-#include <cstdio>
 #include <exception>
 
 namespace vykeldev::doctor {
 namespace {
 
-// A plug-in may write to standard output, too. Only what follows this is the probe's.
-constexpr const char* mark = "{\"vykeldevProbe\":1,";
+void begin(Step step, Reporter& reporter) {
+    reporter.beginStep(nameOf(step));
+}
 
-/// Writes the child's lines; each is on its way before the next step can end the process.
-class Teller {
-public:
-    void begin(Step step) { tell("begun", nameOf(step)); }
-    void tell(const char* key, const Json& value) {
-        const std::string line = mark + Json(key).dump() + ':' + textOf(value, -1) + "}\n";
-        std::fputs(line.c_str(), output.get());
-        std::fflush(output.get());
-    }
-
-private:
-    vykel::FileStream output = duplicateOutput(); // a plug-in may close standard output
-};
-
-/// In several lines, because long ones are cut off.
-void tellNumbers(const std::vector<vykel::IDevice*>& devices, Teller& teller) {
+/// Reports the numbers in several lines, because long lines are cut off.
+void reportNumbers(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
     constexpr std::size_t numbersPerLine = 1000;
     for (std::size_t begin = 0; begin < devices.size(); begin += numbersPerLine) {
         const std::size_t end = std::min(begin + numbersPerLine, devices.size());
@@ -43,7 +27,7 @@ void tellNumbers(const std::vector<vykel::IDevice*>& devices, Teller& teller) {
                 numbers.push_back(number == vykel::noDeviceNumber ? Json() : Json(number));
             }
         });
-        teller.tell("deviceNumbers", numbers);
+        reporter.report({{"deviceNumbers", numbers}});
     }
 }
 
@@ -57,33 +41,33 @@ bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*
     });
 }
 
-void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Teller& teller) {
-    teller.begin(Step::Load);
+void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Reporter& reporter) {
+    begin(Step::Load, reporter);
     plugin.loadLibrary();
-    teller.begin(Step::EntryPoint);
+    begin(Step::EntryPoint, reporter);
     plugin.resolveEntryPoints();
-    teller.begin(Step::Initialise);
+    begin(Step::Initialise, reporter);
     plugin.initialize();
-    teller.begin(Step::List);
+    begin(Step::List, reporter);
     list = plugin.getInterface();
     if (list == nullptr) {
-        teller.tell("listMissing", true);
+        reporter.report({{"listMissing", true}});
         return;
     }
-    teller.begin(Step::Refresh);
+    begin(Step::Refresh, reporter);
     std::vector<vykel::IDevice*> devices;
     const std::int32_t code = vykel::collectDevices(*list, devices);
-    tellNumbers(devices, teller);
+    reportNumbers(devices, reporter);
     if (code >= 0)
         return;
     if (isDeviceRefused(*list, devices))
-        teller.tell("deviceRefused", true);
-    teller.tell("error", {{"code", code}, {"document", ""}});
+        reporter.report({{"deviceRefused", true}});
+    reporter.report({{"error", {{"code", code}, {"document", ""}}}});
 }
 
 void take(const Json& line, ProbeResult& result) {
-    if (line.contains("begun"))
-        result.step = stepOf(line["begun"].get<std::string>()).value_or(result.step);
+    if (line.contains("step"))
+        result.step = stepOf(line["step"].get<std::string>()).value_or(result.step);
     if (line.contains("error") || line.contains("thrown") || line.contains("listMissing"))
         result.failedStep = result.step;
     if (line.contains("error"))
@@ -101,38 +85,32 @@ void take(const Json& line, ProbeResult& result) {
     result.done = result.done || line.contains("done");
 }
 
-} // namespace
-
-void runProbe(const std::string& path) {
-    silenceCrashes();
-    Teller teller;
-    vykel::PellumKelPlugin plugin(path);
+/// The child's side.
+void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
+    vykel::PellumKelPlugin plugin(arguments.at(0));
     vykel::DeviceListPtr list;
     try {
-        walk(plugin, list, teller);
+        walk(plugin, list, reporter);
     } catch (const vyerr::Exception& exception) {
-        teller.tell("error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}});
+        reporter.report(
+            {{"error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}}}});
     } catch (const std::exception& exception) {
-        teller.tell("thrown", exception.what());
+        reporter.report({{"thrown", exception.what()}});
     }
-    teller.begin(Step::Unload);
+    begin(Step::Unload, reporter);
     list.reset();
     plugin.unload();
-    teller.tell("done", true);
+    reporter.report({{"done", true}});
 }
+
+} // namespace
+
+const ChildTask probeTask = {"probe-plugin", probe};
 
 ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit) {
     ProbeResult result;
-    result.end = runChild({probeCommand, "--", path}, limit, [&result](const std::string& text) {
-        const std::size_t begin = text.find(mark);
-        const Json line = Json::parse(begin == std::string::npos ? "" : text.substr(begin), nullptr, false);
-        try {
-            if (line.is_object())
-                take(line, result);
-        } catch (const Json::exception&) {
-            // A plug-in that imitates the probe's lines fools only itself.
-        }
-    });
+    TaskRun child(probeTask, {path}, [&result](const Json& report) { take(report, result); });
+    result.end = child.finish(limit, TaskRun::Limit::WholeTask);
     return result;
 }
 

@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_DOCTOR_PROGRESS_H
 #define VYKELDEV_DOCTOR_PROGRESS_H
 
-#include "platform/DoctorPlatform.h"
+#include "platform/Console.h"
 #include "support/Text.h"
 #include <algorithm>
 #include <iostream>

@@ -1,29 +1,67 @@
 #ifndef VYKELDEV_PLATFORM_PROCESS_H
 #define VYKELDEV_PLATFORM_PROCESS_H
 
+#include "vybase/owners.h"
+#include <chrono>
 #include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
 #include <windows.h>
 
-/// What differs between Windows and the host: ProcessWindows.cpp and ProcessHost.cpp.
-namespace vykeldev::check {
+/// This process, and this program once more as a child process.
+namespace vykeldev {
 
 /// What this process holds of the system.
 struct Usage {
-    std::uint64_t memory;  ///< Bytes that are its alone.
+    std::uint64_t memory;  ///< Bytes that no other process shares.
     std::uint64_t handles; ///< Open handles; 0 when they cannot be counted.
 };
-
 Usage usageOfThisProcess();
 
-/// A crash of this process ends it at once: no dialog, no report, no dump.
-void crashQuietly() noexcept;
+/// Keeps the system from showing, asking or storing anything when this process crashes or meets a bad file.
+void suppressCrashDialogs() noexcept;
 
-/// Ends this process with exit code 0: nothing of it, nor of the plug-in, is called any more.
-[[noreturn]] void endAtOnce() noexcept;
+/// Ends this process with exit code 0 and calls nothing of it, nor of a plug-in, any more.
+[[noreturn]] void exitImmediately() noexcept;
 
 /// Unloads a library. A crash in that ends this process, also where the system would hide it.
 void unload(HMODULE library) noexcept;
 
-} // namespace vykeldev::check
+/// A second stream to standard output, which stays open when a plug-in closes the first one.
+vybase::FileStream duplicateOutput();
+
+/// This program once more, in a child process whose standard output the parent reads; its standard error is
+/// dropped. The child and every process that it started end with this object, and when this process is
+/// killed. One thread.
+class ChildProcess {
+public:
+    /// Starts it with these arguments (UTF-8). Throws Failure.
+    explicit ChildProcess(const std::vector<std::string>& arguments);
+    ~ChildProcess();
+    ChildProcess(const ChildProcess&) = delete;
+    ChildProcess& operator=(const ChildProcess&) = delete;
+
+    /// Waits for output for at most `time` and appends what there is. False when the child has ended and its
+    /// output has been read. Throws Failure.
+    bool read(std::string& output, std::chrono::milliseconds time);
+
+    /// How it ended, after read() returned false: by an exception of the system (Windows) or a signal (host);
+    /// and the exit code, the exception's code or the signal's number.
+    struct End {
+        bool crashed;
+        std::uint32_t code;
+    };
+    End end() const noexcept;
+
+private:
+    struct State;
+    const std::unique_ptr<State> state;
+};
+
+/// A crash as text: "exception 0xC0000005" or "signal 11", with its usual name where it has one.
+std::string crashText(std::uint32_t code);
+
+} // namespace vykeldev
 
 #endif

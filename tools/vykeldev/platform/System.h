@@ -2,38 +2,31 @@
 #define VYKELDEV_PLATFORM_SYSTEM_H
 
 #include <string>
-#include <vector>
 #include <windows.h>
 
-/// What differs between Windows and the host: SystemWindows.cpp and SystemHost.cpp.
+/// The system: its errors, its version and its files. Paths and texts are UTF-8.
 namespace vykeldev {
 
-/// The arguments of the process in UTF-8, without the program's name.
-std::vector<std::string> commandLineArguments(int argc, const char* const* argv);
-
-/// The file name of the library as this system's build calls it.
+/// The file name of the library on this system.
 extern const char* const libraryFileName;
 
-/// The system's text for an error, UTF-8, without a line end; empty when there is none.
+/// The system's text for an error, without a line end; empty when there is none.
 std::string systemErrorText(DWORD error);
 
-/// Makes the console show UTF-8 while it lives. One object, for the life of the tool.
-class Console {
-public:
-    Console() noexcept;
-    ~Console();
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
+/// The system's name and version.
+std::string systemVersion();
 
-    /// True when the stream is a terminal that shows colour, and NO_COLOR does not forbid it.
-    bool colourOnOutput() const noexcept { return colourOnOutput_; }
-    bool colourOnError() const noexcept { return colourOnError_; }
+/// The version that a library's file states, or an empty text.
+std::string fileVersion(const std::string& path);
 
-private:
-    bool colourOnOutput_;
-    bool colourOnError_;
-    [[maybe_unused]] unsigned savedCodePage_ = 0; // the host has none
-};
+/// False when opening `path`, which is absolute, could wait for a device or a pipe.
+bool isOrdinaryFile(const std::string& path);
+
+/// A text that is the same for all paths of one file; empty when the system gives none.
+std::string fileIdentity(const std::string& path);
+
+/// Makes a file that is gone again at once. False, with the system's last error, when that fails.
+bool makeTemporaryFile(const std::string& path);
 
 } // namespace vykeldev
 

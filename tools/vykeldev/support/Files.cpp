@@ -3,7 +3,7 @@
 #include "support/Failure.h"
 #include "support/Text.h"
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 constexpr LONGLONG maxFileBytes = LONGLONG{256} << 20;
@@ -53,4 +53,4 @@ bool isFolder(const std::string& path) {
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

@@ -8,7 +8,7 @@
 #include <windows.h>
 
 /// Whole files by their UTF-8 paths.
-namespace vykeldev::doctor {
+namespace vykeldev {
 
 /// No file has a longer path.
 constexpr std::size_t maxPathBytes = 32000;
@@ -28,6 +28,6 @@ void writeFile(const std::string& path, std::string_view bytes, bool replace);
 /// Whether there is a folder of that name.
 bool isFolder(const std::string& path);
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev
 
 #endif

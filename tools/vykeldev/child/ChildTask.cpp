@@ -1,0 +1,94 @@
+#include "child/ChildTask.h"
+
+#include "child/TimeLimit.h"
+#include <cstdio>
+#include <random>
+
+namespace vykeldev {
+namespace {
+
+constexpr const char* hiddenCommand = "child-task";
+
+std::string makeMark() {
+    std::random_device random;
+    return "vykeldev-" + std::to_string(random()) + std::to_string(random()) + ":";
+}
+
+std::vector<std::string> taskArguments(const char* task, const std::string& mark,
+                                       const std::vector<std::string>& arguments) {
+    std::vector<std::string> all{hiddenCommand, task, mark};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    return all;
+}
+
+} // namespace
+
+void Reporter::report(const Json& object) {
+    // A line end before it, too: the plug-in may have printed half a line.
+    const std::string text = "\n" + mark + textOf(object, -1) + "\n";
+    const std::lock_guard<std::mutex> lock(mutex);
+    std::fwrite(text.data(), 1, text.size(), output.get());
+    std::fflush(output.get());
+}
+
+bool runRequestedTask(const std::vector<std::string>& arguments,
+                      std::initializer_list<const ChildTask*> tasks) {
+    if (arguments.size() < 3 || arguments[0] != hiddenCommand)
+        return false;
+    for (const ChildTask* const task : tasks) {
+        if (arguments[1] != task->name)
+            continue;
+        suppressCrashDialogs();
+        Reporter reporter(arguments[2]);
+        task->run({arguments.begin() + 3, arguments.end()}, reporter);
+        return true;
+    }
+    return false;
+}
+
+TaskRun::TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport)
+    : mark(makeMark()), handler(std::move(onReport)), lines([this](const std::string& line) { take(line); }),
+      child(taskArguments(task.name, mark, arguments)) {}
+
+bool TaskRun::listen(std::chrono::milliseconds time) {
+    std::string bytes;
+    const bool running = child.read(bytes, time);
+    lines.add(bytes.data(), bytes.size());
+    if (!running)
+        lines.end();
+    return running;
+}
+
+ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
+    TimeLimit time(limit);
+    bool running = true;
+    for (std::size_t before = reportCount; running && !time.isOver(); before = reportCount) {
+        running = listen(time.left());
+        if (kind == Limit::BetweenReports && reportCount != before)
+            time.restart();
+    }
+    ChildOutcome outcome;
+    outcome.duration =
+        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+    if (running)
+        return outcome;
+    const ChildProcess::End end = child.end();
+    outcome.end = end.crashed ? ChildOutcome::End::Crashed : ChildOutcome::End::Exited;
+    outcome.code = end.code;
+    return outcome;
+}
+
+void TaskRun::take(const std::string& line) {
+    if (line.compare(0, mark.size(), mark) != 0)
+        return; // the plug-in prints, too
+    try {
+        const Json report = Json::parse(line.substr(mark.size()));
+        lastStep = report.value("step", lastStep);
+        handler(report);
+        ++reportCount;
+    } catch (const Json::exception&) {
+        // The plug-in printed into this line.
+    }
+}
+
+} // namespace vykeldev

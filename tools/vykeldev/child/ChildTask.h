@@ -1,0 +1,97 @@
+#ifndef VYKELDEV_CHILD_CHILDTASK_H
+#define VYKELDEV_CHILD_CHILDTASK_H
+
+#include "child/LineSplitter.h"
+#include "platform/Process.h"
+#include "support/Json.h"
+#include <chrono>
+#include <functional>
+#include <initializer_list>
+#include <mutex>
+#include <string>
+#include <vector>
+
+/// Work that this program does in a child process of its own, so that whatever a plug-in does there (crash,
+/// hang, exit, corrupt its memory) is an observation and no accident. The child reports what happens in JSON
+/// objects, one per line of standard output, each after a mark that no plug-in knows.
+namespace vykeldev {
+
+/// The child's side: what reports go through. Any thread may report.
+class Reporter {
+public:
+    explicit Reporter(std::string lineMark) : mark(std::move(lineMark)) {}
+
+    /// Writes one object, of less than LineSplitter::maxLineBytes, before anything else can happen.
+    void report(const Json& object);
+
+    /// Names what the child does next.
+    void beginStep(const std::string& name) { report({{"step", name}}); }
+
+private:
+    const std::string mark;
+    std::mutex mutex;
+    const vybase::FileStream output = duplicateOutput(); // a plug-in may close standard output
+};
+
+/// A kind of work that a child can be started for.
+struct ChildTask {
+    const char* name;
+    void (*run)(const std::vector<std::string>& arguments, Reporter& reporter);
+};
+
+/// The child's side of all tasks: does the task that the program's arguments ask for. False when they ask for
+/// none.
+bool runRequestedTask(const std::vector<std::string>& arguments,
+                      std::initializer_list<const ChildTask*> tasks);
+
+/// How a child ended.
+struct ChildOutcome {
+    enum class End {
+        Exited,  ///< By itself, with an exit code.
+        Crashed, ///< See crashText.
+        TimedOut ///< It was still running when its time was over, and was killed.
+    };
+    End end = End::TimedOut;
+    std::uint32_t code = 0; ///< The exit code, or see ChildProcess::End.
+    std::chrono::milliseconds duration{0};
+};
+
+/// The parent's side: a child at work. The child is killed, with every process that it started, when this
+/// object ends. One thread.
+class TaskRun {
+public:
+    using ReportHandler = std::function<void(const Json& report)>;
+
+    /// Starts the child. Throws Failure. `onReport` is called by the functions below, on their thread, for
+    /// each report; a report of other types than it reads is dropped.
+    TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport);
+
+    /// Takes the reports that come within `time`; returns after the first ones. False when the child has
+    /// ended. Throws Failure. For a task of long life: call it until it returns false, or until something
+    /// else (such as a StopRequest) asks to end.
+    bool listen(std::chrono::milliseconds time);
+
+    /// What the time limit of finish() is for.
+    enum class Limit { WholeTask, BetweenReports };
+
+    /// Listens until the child ends or its time is over.
+    ChildOutcome finish(std::chrono::milliseconds limit, Limit kind);
+
+    /// The last step that the child began; empty before the first.
+    const std::string& step() const noexcept { return lastStep; }
+
+private:
+    void take(const std::string& line);
+
+    const std::string mark;
+    const ReportHandler handler;
+    std::size_t reportCount = 0;
+    std::string lastStep;
+    LineSplitter lines;
+    const std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+    ChildProcess child;
+};
+
+} // namespace vykeldev
+
+#endif
