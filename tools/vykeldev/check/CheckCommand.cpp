@@ -84,7 +84,7 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command
         ->add_option("--timeout", options->timeout,
                      "Seconds without progress after which a rule has failed (default 10)")
-        ->check(numberFrom(1, "1 to 86400 seconds", 86400))
+        ->check(inRange(1, 86400, "1 to 86400 seconds"))
         ->type_name("S");
     command->add_flag("--read-only", options->readOnly,
                       "Leaves out the rules that change one number and one alias for a moment");

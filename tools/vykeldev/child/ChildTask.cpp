@@ -1,6 +1,5 @@
 #include "child/ChildTask.h"
 
-#include "child/TimeLimit.h"
 #include <cstdio>
 #include <random>
 
@@ -60,16 +59,17 @@ bool TaskRun::listen(std::chrono::milliseconds time) {
 }
 
 ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
-    TimeLimit time(limit);
+    auto limitBegin = Clock::now();
     bool running = true;
-    for (std::size_t before = reportCount; running && !time.isOver(); before = reportCount) {
-        running = listen(time.left());
+    for (auto left = limit; running && left.count() > 0;) {
+        const std::size_t before = reportCount;
+        running = listen(left);
         if (kind == Limit::BetweenReports && reportCount != before)
-            time.restart();
+            limitBegin = Clock::now();
+        left = std::chrono::ceil<std::chrono::milliseconds>(limitBegin + limit - Clock::now());
     }
     ChildOutcome outcome;
-    outcome.duration =
-        std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - begin);
+    outcome.duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
     if (running)
         return outcome;
     const ChildProcess::End end = child.end();

@@ -81,6 +81,7 @@ public:
     const std::string& step() const noexcept { return lastStep; }
 
 private:
+    using Clock = std::chrono::steady_clock;
     void take(const std::string& line);
 
     const std::string mark;
@@ -88,7 +89,7 @@ private:
     std::size_t reportCount = 0;
     std::string lastStep;
     LineSplitter lines;
-    const std::chrono::steady_clock::time_point begin = std::chrono::steady_clock::now();
+    const Clock::time_point begin = Clock::now();
     ChildProcess child;
 };
 

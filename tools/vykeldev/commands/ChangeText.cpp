@@ -2,7 +2,6 @@
 
 #include "support/Json.h"
 #include "support/Text.h"
-#include "vykel/IDevice.h"
 #include <algorithm>
 
 namespace vykeldev {
@@ -15,22 +14,10 @@ struct KindName {
     const char* colour;
 };
 
-KindName nameOf(Kind kind) noexcept {
-    switch (kind) {
-    case Kind::Added:
-        return {"added", "\x1b[32m"};
-    case Kind::Removed:
-        return {"removed", "\x1b[31m"};
-    case Kind::Renumbered:
-        return {"renumbered", "\x1b[33m"};
-    case Kind::Renamed:
-        break;
-    }
-    return {"renamed", "\x1b[33m"};
-}
-
-std::string numberText(std::uint32_t number) {
-    return number == vykel::noDeviceNumber ? "-" : "KEL" + std::to_string(number);
+const KindName& nameOf(Kind kind) noexcept {
+    static constexpr KindName names[] = {
+        {"added", "\x1b[32m"}, {"removed", "\x1b[31m"}, {"renumbered", "\x1b[33m"}, {"renamed", "\x1b[33m"}};
+    return names[static_cast<std::size_t>(kind)];
 }
 
 std::string aliasText(const std::optional<std::string>& alias) {
@@ -45,7 +32,7 @@ std::string padded(std::string text, std::size_t columns) {
 } // namespace
 
 std::string toText(const DeviceChange& change, bool colour) {
-    const KindName kind = nameOf(change.kind);
+    const KindName& kind = nameOf(change.kind);
     std::string line = padded(kind.name, 12);
     if (colour)
         line = kind.colour + line + "\x1b[0m";

@@ -1,52 +1,39 @@
 #include "commands/DeviceChanges.h"
 
 #include <cstddef>
+#include <queue>
 #include <string_view>
 #include <unordered_map>
 
 namespace vykeldev {
-namespace {
 
-/// Pairs each device with the device of the other reading that is the same one, or with nullptr.
-std::vector<const DeviceState*> findCounterparts(const std::vector<DeviceState>& devices,
-                                                 const std::vector<DeviceState>& others) {
-    struct SameToken {
-        std::vector<const DeviceState*> devices;
-        std::size_t next = 0;
-    };
-    std::unordered_map<std::string_view, SameToken> byToken;
-    for (const DeviceState& other : others)
-        byToken[other.token].devices.push_back(&other);
-    std::vector<const DeviceState*> counterparts;
-    for (const DeviceState& device : devices) {
-        SameToken& same = byToken[device.token];
-        counterparts.push_back(same.next < same.devices.size() ? same.devices[same.next++] : nullptr);
-    }
-    return counterparts;
-}
-
-} // namespace
-
-std::vector<DeviceChange> compareStates(const std::vector<DeviceState>& before,
-                                        const std::vector<DeviceState>& now) {
+std::vector<DeviceChange> findChanges(const std::vector<DeviceInfo>& before,
+                                      const std::vector<DeviceInfo>& now) {
     using Kind = DeviceChange::Kind;
-    std::vector<DeviceChange> changes;
-    const std::vector<const DeviceState*> successors = findCounterparts(before, now);
+    std::unordered_map<std::string_view, std::queue<std::size_t>> indexesOf; // in `before`, by token
     for (std::size_t i = 0; i < before.size(); ++i)
-        if (successors[i] == nullptr)
-            changes.push_back({Kind::Removed, before[i], before[i]});
-    const std::vector<const DeviceState*> predecessors = findCounterparts(now, before);
-    for (std::size_t i = 0; i < now.size(); ++i) {
-        const DeviceState* const old = predecessors[i];
-        if (old == nullptr) {
-            changes.push_back({Kind::Added, now[i], now[i]});
+        indexesOf[before[i].token].push(i);
+    std::vector<bool> isRemoved(before.size(), true);
+    std::vector<DeviceChange> later;
+    for (const DeviceInfo& device : now) {
+        std::queue<std::size_t>& same = indexesOf[device.token];
+        if (same.empty()) {
+            later.push_back({Kind::Added, device, device});
             continue;
         }
-        if (old->number != now[i].number)
-            changes.push_back({Kind::Renumbered, *old, now[i]});
-        if (old->alias != now[i].alias)
-            changes.push_back({Kind::Renamed, *old, now[i]});
+        const DeviceInfo& old = before[same.front()];
+        isRemoved[same.front()] = false;
+        same.pop();
+        if (old.number != device.number)
+            later.push_back({Kind::Renumbered, old, device});
+        if (old.alias != device.alias)
+            later.push_back({Kind::Renamed, old, device});
     }
+    std::vector<DeviceChange> changes;
+    for (std::size_t i = 0; i < before.size(); ++i)
+        if (isRemoved[i])
+            changes.push_back({Kind::Removed, before[i], before[i]});
+    changes.insert(changes.end(), later.begin(), later.end());
     return changes;
 }
 

@@ -1,12 +1,11 @@
 #include "commands/Commands.h"
+#include "commands/Devices.h"
 #include "support/Enumerator.h"
-#include "support/Failure.h"
 #include "support/Json.h"
 #include "support/Table.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
-#include <optional>
 #include <vector>
 
 namespace vykeldev {
@@ -14,42 +13,9 @@ namespace {
 
 struct ListOptions {
     bool json = false;
-    std::int32_t minimumVersion = 0;
+    std::int32_t minVersion = 0;
     std::uint32_t format = 1;
 };
-
-/// What a device answered, copied: its own texts end with the next call.
-struct DeviceInfo {
-    std::uint32_t index;
-    std::uint32_t number;
-    std::optional<std::string> alias;
-    std::int32_t version;
-    std::uint32_t sortKey;
-    std::string token;
-};
-
-DeviceInfo ask(vykel::IDevice& device, std::uint32_t index, std::uint32_t format) {
-    DeviceInfo info{index, device.getNumber(), std::nullopt, device.getVersion(), device.getSortKey(), {}};
-    if (const char* const alias = device.getAlias())
-        info.alias = alias;
-    if (const char* const token = device.getPersistentToken(format)) // null breaks the contract
-        info.token = token;
-    return info;
-}
-
-std::vector<DeviceInfo> askAll(vykel::IDeviceList& list, const ListOptions& options) {
-    std::vector<DeviceInfo> devices;
-    const std::uint32_t count = list.getCount();
-    for (std::uint32_t index = 0; index < count; ++index) {
-        vykel::StatusBlock status = vykel::makeStatusBlock();
-        vykel::IDevice* const device = list.getDevice(index, options.minimumVersion, &status);
-        if (device != nullptr)
-            devices.push_back(ask(*device, index, options.format));
-        else if (status.code != vykel::toInteger(vykel::StatusCode::VersionMismatch))
-            throw statusFailure("getting device " + std::to_string(index), status);
-    }
-    return devices;
-}
 
 void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
     using Align = Table::Align;
@@ -60,10 +26,8 @@ void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
                  {"SORT KEY", Align::Right},
                  {"TOKEN", Align::Left}});
     for (const DeviceInfo& device : devices) {
-        const bool numbered = device.number != vykel::noDeviceNumber;
-        table.addRow({std::to_string(device.index), numbered ? "KEL" + std::to_string(device.number) : "-",
-                      device.alias.value_or("-"), std::to_string(device.version),
-                      std::to_string(device.sortKey), device.token});
+        table.addRow({std::to_string(device.index), numberText(device.number), device.alias.value_or("-"),
+                      std::to_string(device.version), std::to_string(device.sortKey), device.token});
     }
     table.print(std::cout, colour);
 }
@@ -85,7 +49,7 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
     const Enumerator enumerator(context.library);
     const DeviceListHandle list = enumerator.makeList();
     refresh(*list);
-    const std::vector<DeviceInfo> devices = askAll(*list, options);
+    const std::vector<DeviceInfo> devices = readDevices(*list, options.minVersion, options.format);
     if (options.json)
         printJson(devices, options.format);
     else if (!devices.empty())
@@ -102,7 +66,7 @@ void addListCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<ListOptions>();
     CLI::App* const command = app.add_subcommand("list", "Shows all devices, with new ones numbered");
     command->add_flag("--json", options->json, "Prints one JSON object");
-    command->add_option("--min-version", options->minimumVersion, "Leaves out devices below this version")
+    command->add_option("--min-version", options->minVersion, "Leaves out devices below this version")
         ->type_name("N");
     command->add_option("--format", options->format, "Which form of the token to show: 1 (default) or 2")
         ->check(CLI::IsMember({1, 2}))

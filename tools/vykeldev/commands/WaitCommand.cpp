@@ -12,11 +12,12 @@
 namespace vykeldev {
 namespace {
 
-constexpr double secondsBetweenLooks = 0.05;
+constexpr double unlimited = std::numeric_limits<double>::infinity();
+constexpr double secondsBetweenReadings = 0.05;
 
 struct WaitOptions {
     std::uint32_t count = 1;
-    double timeout = std::numeric_limits<double>::infinity(); // seconds
+    double timeout = unlimited; // seconds
 };
 
 ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
@@ -37,7 +38,7 @@ ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
             std::cerr << "vykeldev: time is over with " << count << " of " << options.count << " devices\n";
             return ExitCode::NothingListed;
         }
-        Sleep(static_cast<DWORD>(1000 * std::min(left, secondsBetweenLooks)) + 1);
+        Sleep(static_cast<DWORD>(1000 * std::min(left, secondsBetweenReadings)) + 1);
     }
 }
 
@@ -47,12 +48,12 @@ void addWaitCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<WaitOptions>();
     CLI::App* const command = app.add_subcommand("wait", "Waits until devices are listed");
     command->add_option("--count", options->count, "How many (default 1)")
-        ->check(numberFrom(1, "at least 1 device"))
+        ->check(inRange(1, unlimited, "at least 1 device"))
         ->type_name("N");
     command
         ->add_option("--timeout", options->timeout,
                      "Gives up, with exit code 3, after so many seconds (default: never)")
-        ->check(numberFrom(0, "0 seconds or more"))
+        ->check(inRange(0, unlimited, "0 seconds or more"))
         ->type_name("S");
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return waitForDevices(context, *options); };

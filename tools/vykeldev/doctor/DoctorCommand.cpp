@@ -91,7 +91,7 @@ void addDoctorCommand(CLI::App& app, Run& chosen) {
         "doctor", "Says why a device is missing: tries every plug-in, but changes no number and no alias");
     command->add_flag("--json", options->json, "Prints one JSON object (schemas/doctor.schema.json)");
     command->add_option("--timeout", options->timeout, "Seconds for each plug-in (default 10)")
-        ->check(numberFrom(0.001, "0.001 to 86400 seconds", 86400))
+        ->check(inRange(0.001, 86400, "0.001 to 86400 seconds"))
         ->type_name("S");
     command
         ->add_option("--bundle", options->bundle,

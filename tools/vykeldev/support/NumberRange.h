@@ -3,19 +3,17 @@
 
 #include <CLI/CLI.hpp>
 #include <functional>
-#include <limits>
 #include <string>
 
 namespace vykeldev {
 
-/// A check of an option's text, for numbers from `least` to `most`. Refuses all else, "nan" too, and says
-/// what is `wanted`.
-inline std::function<std::string(const std::string&)>
-numberFrom(double least, const char* wanted, double most = std::numeric_limits<double>::infinity()) {
+/// A check of an option's text: accepts numbers from `min` to `max` and nothing else, not even "nan". The
+/// error says what is `expected`.
+inline std::function<std::string(const std::string&)> inRange(double min, double max, const char* expected) {
     return [=](const std::string& text) {
         double value = 0;
-        const bool good = CLI::detail::lexical_cast(text, value) && value >= least && value <= most;
-        return good ? std::string() : std::string(wanted) + " expected, not '" + text + "'";
+        const bool good = CLI::detail::lexical_cast(text, value) && value >= min && value <= max;
+        return good ? std::string() : std::string(expected) + " expected, not '" + text + "'";
     };
 }
 

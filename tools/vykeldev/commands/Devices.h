@@ -1,0 +1,32 @@
+#ifndef VYKELDEV_COMMANDS_DEVICES_H
+#define VYKELDEV_COMMANDS_DEVICES_H
+
+#include "vykel/IDeviceList.h"
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vykeldev {
+
+/// The answers of a device, copied: its own texts end with the next call. Texts are UTF-8.
+struct DeviceInfo {
+    std::uint32_t index;
+    std::uint32_t number;             ///< vykel::noDeviceNumber: none.
+    std::optional<std::string> alias; ///< None: the device takes no alias.
+    std::int32_t version;
+    std::uint32_t sortKey;
+    std::string token; ///< Empty when the device breaks its contract and has none.
+};
+
+/// Asks all devices of a refreshed list, but for those below a version. Throws Failure when the list does not
+/// return a device.
+std::vector<DeviceInfo> readDevices(vykel::IDeviceList& list, std::int32_t minVersion,
+                                    std::uint32_t tokenFormat);
+
+/// A device's number as text: "KEL7", or "-" for none.
+std::string numberText(std::uint32_t number);
+
+} // namespace vykeldev
+
+#endif
