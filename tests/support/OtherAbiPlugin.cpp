@@ -9,6 +9,12 @@ extern "C" int _purecall() {
     return 0;
 }
 
+alignas(16) static char storage[64]; // for the one list that is made
+
+void* operator new(decltype(sizeof(0))) {
+    return storage;
+}
+void operator delete(void*) noexcept {}
 void operator delete(void*, decltype(sizeof(0))) noexcept {}
 
 namespace {
@@ -43,7 +49,7 @@ public:
 
 private:
     std::uint32_t count = 0;
-} list;
+};
 
 } // namespace
 
@@ -51,8 +57,8 @@ std::int32_t vykel_initializePlugin() {
     return 0;
 }
 
-std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** made) {
-    *made = &list;
+std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** list) {
+    *list = new List;
     return version;
 }
 
