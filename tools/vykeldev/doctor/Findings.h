@@ -145,7 +145,7 @@ inline const FindingKind numberMissing{
 inline const FindingKind folderUnknown{
     "folder-unknown", Severity::Error,
     "The system does not report its folder for data common to all users, so no client gets a list.",
-    "Check that the folder (usually C:\\ProgramData) exists and that the registry has its right path."};
+    "Check that the folder (usually ProgramData on drive C) exists and that the registry has its right path."};
 inline const FindingKind folderMissing{
     "folder-missing", Severity::Error, "The folder of the lock files is missing, so every refresh fails.",
     "Make the folder as administrator and let the users of the devices write in it."};

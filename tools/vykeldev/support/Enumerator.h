@@ -31,7 +31,7 @@ public:
 
 private:
     struct FreeModule {
-        void operator()(HMODULE module) const noexcept { FreeLibrary(module); }
+        void operator()(HMODULE loaded) const noexcept { FreeLibrary(loaded); }
     };
     template <class Function>
     Function* resolve(const char* name) const;
