@@ -124,7 +124,7 @@ TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {
     }
     setEnvironment("VYKEL_ZOO_FAULT", "tells-its-end");
     run(zoo + "list");
-    EXPECT_EQ(readFile(state).substr(0, 2), "1\n");
+    EXPECT_EQ(readFile(state).substr(0, 1), "1");
     machine.setConfigurationFolder(false);
     const std::string text = run("list");
     for (const char* const part :
