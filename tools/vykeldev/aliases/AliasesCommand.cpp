@@ -4,10 +4,10 @@
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "support/BoundedLock.h"
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Json.h"
 #include "support/Table.h"
-#include "support/Text.h"
 #include "TraditionalAliasTransferManager.h"
 #include <CLI/CLI.hpp>
 #include <iostream>

@@ -1,10 +1,10 @@
 #include "check/Report.h"
 #include "check/Runner.h"
 #include "commands/Commands.h"
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
-#include "support/Registrations.h"
 #include "support/Text.h"
 #include <CLI/CLI.hpp>
 #include <filesystem>

@@ -1,6 +1,6 @@
 #include "check/Report.h"
 
-#include "support/Text.h"
+#include "support/DisplayText.h"
 #include <cstdio>
 #include <ostream>
 #include <string_view>

@@ -1,6 +1,7 @@
 #include "check/Plugin.h"
 
 #include "platform/Process.h"
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Text.h"
 #include <cstring>

@@ -1,7 +1,7 @@
 #include "check/Report.h"
 
+#include "support/DisplayText.h"
 #include "support/Json.h"
-#include "support/Text.h"
 #include <iomanip>
 #include <ostream>
 

@@ -1,7 +1,7 @@
 #include "commands/ChangeText.h"
 
+#include "support/DisplayText.h"
 #include "support/Json.h"
-#include "support/Text.h"
 #include <algorithm>
 
 namespace vykeldev {

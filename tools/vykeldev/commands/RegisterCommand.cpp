@@ -1,8 +1,8 @@
 #include "commands/Commands.h"
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Paths.h"
 #include "support/Registrations.h"
-#include "support/Text.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>

@@ -5,6 +5,7 @@
 #include "doctor/PluginCheck.h"
 #include "platform/Process.h"
 #include "platform/System.h"
+#include "support/DisplayText.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
 #include "support/Text.h"

@@ -8,7 +8,6 @@
 #include "support/Failure.h"
 #include "support/Files.h"
 #include "support/Paths.h"
-#include "support/Registrations.h"
 #include "support/Text.h"
 
 namespace vykeldev::doctor {

@@ -7,7 +7,7 @@
 #include "pellumkelddk/user/FileLock.h"
 #include "platform/System.h"
 #include "support/BoundedLock.h"
-#include "support/Files.h"
+#include "support/Paths.h"
 #include <cmath>
 
 namespace vykeldev::doctor {

@@ -6,7 +6,6 @@
 #include "platform/System.h"
 #include "PluginRegistrations.h"
 #include "support/Failure.h"
-#include "support/Files.h"
 #include "support/Paths.h"
 #include "support/Text.h"
 #include "vysys/windowsRegistry.h"

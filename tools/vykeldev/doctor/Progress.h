@@ -2,7 +2,7 @@
 #define VYKELDEV_DOCTOR_PROGRESS_H
 
 #include "platform/Console.h"
-#include "support/Text.h"
+#include "support/DisplayText.h"
 #include <algorithm>
 #include <iostream>
 #include <string>

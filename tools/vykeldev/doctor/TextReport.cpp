@@ -1,6 +1,6 @@
 #include "doctor/Report.h"
+#include "support/DisplayText.h"
 #include "support/Table.h"
-#include "support/Text.h"
 #include <ostream>
 
 namespace vykeldev::doctor {

@@ -1,6 +1,7 @@
 #include "support/Enumerator.h"
 
 #include "platform/System.h"
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Paths.h"
 #include "support/Text.h"

@@ -1,7 +1,7 @@
 #include "support/Failure.h"
+#include "support/DisplayText.h"
 
 #include "platform/System.h"
-#include "support/Text.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <iterator>
@@ -23,14 +23,12 @@ constexpr Explanation explanations[] = {
     {StatusCode::ConfigurationFault, "ConfigurationFault",
      "A lock file cannot be made, or the legacy alias file vykel.ini is malformed or cannot be saved.",
      "Make the folder Morvance\\VY-KEL in the common application data folder (C:\\ProgramData) and let this "
-     "user "
-     "write there. If vykel.ini lies there, 'vykeldev aliases' names the line to mend; 'vykeldev doctor' "
-     "tells "
-     "what else is in the way."},
+     "user write there. If vykel.ini lies there, 'vykeldev aliases' names the line to mend; 'vykeldev doctor' "
+     "tells what else is in the way."},
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", "End other programs and try again."},
     {StatusCode::GeneralFault, "GeneralFault",
      "The library is not initialised, or failed in an unforeseen way.",
-     "Try again; if it stays, report the code and the place where it was raised."},
+     "Try again; if it fails again, report the code and the place where it was raised."},
     {StatusCode::BadCast, "BadCast", "A plug-in is faulty.",
      "'vykeldev doctor' tries each plug-in by itself and names it."},
     {StatusCode::InvalidParameter, "InvalidParameter", "The library refuses an argument of this tool.",
@@ -38,13 +36,12 @@ constexpr Explanation explanations[] = {
     {StatusCode::ResourceNotFound, "ResourceNotFound",
      "The registry key of the plug-ins or the common application data folder cannot be found or read.",
      "Register a plug-in with 'vykeldev register NAME PATH' as administrator, which makes the key; check "
-     "that "
-     "the folder C:\\ProgramData is there."},
+     "that the folder C:\\ProgramData is there."},
     {StatusCode::OsFault, "OsFault", "The operating system refuses an event or a file lock.",
      "Check that the folder Morvance\\VY-KEL of the common application data folder is on a local disk."},
     {StatusCode::PluginNotInitialized, "PluginNotInitialized",
      "A plug-in was used before it was initialised.",
-     "Try again; if it stays, report the code and the place where it was raised."},
+     "Try again; if it fails again, report the code and the place where it was raised."},
     {StatusCode::VersionMismatch, "VersionMismatch", "The library does not offer the interface of this tool.",
      "Install tool and library from the same release."},
 };

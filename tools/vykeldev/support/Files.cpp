@@ -1,5 +1,6 @@
 #include "support/Files.h"
 
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Text.h"
 
@@ -46,11 +47,6 @@ void writeFile(const std::string& path, std::string_view bytes, bool replace) {
         throw Failure("'" + printable(path) + "' exists already", "", "Give another name, or --force.");
     }
     throw systemFailure("writing '" + printable(path) + "'", error, "Give a name in another folder.");
-}
-
-bool isFolder(const std::string& path) {
-    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
 }
 
 } // namespace vykeldev

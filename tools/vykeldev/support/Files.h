@@ -2,16 +2,12 @@
 #define VYKELDEV_SUPPORT_FILES_H
 
 #include "vybase/owners.h"
-#include <cstddef>
 #include <string>
 #include <string_view>
 #include <windows.h>
 
 /// Whole files by their UTF-8 paths.
 namespace vykeldev {
-
-/// No file has a longer path.
-constexpr std::size_t maxPathBytes = 32000;
 
 /// An open file of the system; null when there is none.
 using FileHandle = vybase::Handle;
@@ -24,9 +20,6 @@ DWORD readFile(const std::string& path, std::string& bytes);
 
 /// Writes a new file, or replaces an existing one when told so. Throws Failure, also when it may not replace.
 void writeFile(const std::string& path, std::string_view bytes, bool replace);
-
-/// Whether there is a folder of that name.
-bool isFolder(const std::string& path);
 
 } // namespace vykeldev
 

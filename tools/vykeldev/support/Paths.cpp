@@ -1,14 +1,10 @@
 #include "support/Paths.h"
 
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Text.h"
 
 namespace vykeldev {
-
-bool isAbsolutePath(const std::string& path) noexcept {
-    const bool drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
-    return drive || path.substr(0, 2) == "\\\\" || path.substr(0, 1) == "/";
-}
 
 std::string absolutePath(const std::string& path) {
     WideString absolute(32768, 0); // no path is longer
@@ -20,6 +16,24 @@ std::string absolutePath(const std::string& path) {
     }
     absolute.resize(length);
     return toUtf8(absolute);
+}
+
+bool isAbsolutePath(const std::string& path) noexcept {
+    const bool drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
+    return drive || path.substr(0, 2) == "\\\\" || path.substr(0, 1) == "/";
+}
+
+bool isFolder(const std::string& path) {
+    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::string pathProblem(const std::string& path) {
+    if (!isAbsolutePath(path))
+        return "the path is not absolute"; // which file it means depends on the client
+    if (isFolder(path))
+        return "this is a folder";
+    return GetFileAttributesW(toWide(path).c_str()) == INVALID_FILE_ATTRIBUTES ? "there is no such file" : "";
 }
 
 } // namespace vykeldev

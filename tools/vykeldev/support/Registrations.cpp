@@ -1,6 +1,7 @@
 #include "support/Registrations.h"
 
 #include "PluginRegistrations.h"
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/LibraryError.h"
 #include "support/Paths.h"
@@ -10,7 +11,7 @@
 namespace vykeldev {
 namespace {
 
-constexpr std::size_t longestName = 255; // in UTF-16 units; the registry's limit
+constexpr std::size_t maxNameUnits = 255; // in UTF-16 units; the registry's limit
 
 Failure registryFailure(const std::string& action, DWORD error) {
     return systemFailure(action, error, "Check the rights on this registry key.");
@@ -33,7 +34,7 @@ Registration readRegistration(std::uint32_t index) {
 } // namespace
 
 bool isRegistrationName(const std::string& name) {
-    return !name.empty() && name.find('\\') == std::string::npos && toWide(name).size() <= longestName;
+    return !name.empty() && name.find('\\') == std::string::npos && toWide(name).size() <= maxNameUnits;
 }
 
 std::vector<Registration> readRegistrations() {
@@ -81,15 +82,6 @@ void removeRegistration(const std::string& name) {
     }
     if (error != ERROR_SUCCESS)
         throw registryFailure("unregistering '" + printable(name) + "'", static_cast<DWORD>(error));
-}
-
-std::string pathProblem(const std::string& path) {
-    if (!isAbsolutePath(path))
-        return "the path is not absolute"; // which file it means depends on the client
-    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return "there is no such file";
-    return (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0 ? "this is a folder" : "";
 }
 
 } // namespace vykeldev

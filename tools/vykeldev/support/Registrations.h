@@ -16,7 +16,7 @@ struct Registration {
     std::string problem; ///< Why the library cannot use it, as far as that shows from outside, or empty.
 };
 
-/// True when `name` can name a plug-in: 1 to 255 UTF-16 units and no backslash.
+/// Whether `name` can name a plug-in: 1 to 255 UTF-16 units and no backslash.
 bool isRegistrationName(const std::string& name);
 
 /// All registrations in the order in which the library loads them. Throws Failure.
@@ -25,11 +25,8 @@ std::vector<Registration> readRegistrations();
 /// Makes or replaces a registration; `path` is stored as it is. Throws Failure.
 void writeRegistration(const std::string& name, const std::string& path);
 
-/// Removes a registration. Throws Failure, also when there is none of that name.
+/// Removes a registration. Throws Failure, also when no plug-in has that name.
 void removeRegistration(const std::string& name);
-
-/// What stands against loading `path` as a plug-in, or an empty text.
-std::string pathProblem(const std::string& path);
 
 } // namespace vykeldev
 

@@ -1,5 +1,6 @@
 #include "support/Table.h"
 
+#include "support/DisplayText.h"
 #include "support/Text.h"
 #include <algorithm>
 #include <ostream>
@@ -7,39 +8,33 @@
 
 namespace vykeldev {
 
-Table::Table(std::vector<Column> all) : columns(std::move(all)) {
+Table::Table(std::vector<Column> tableColumns) : columns(std::move(tableColumns)) {
+    std::vector<std::string> headings;
     for (const Column& column : columns)
-        widths.push_back(displayWidth(column.heading));
+        headings.emplace_back(column.heading);
+    addRow(headings);
 }
 
 void Table::addRow(const std::vector<std::string>& cells) {
-    Row row;
-    for (std::size_t i = 0; i < columns.size(); ++i) {
-        row.push_back(printable(cells.at(i)));
-        widths[i] = std::max(widths[i], displayWidth(row.back()));
-    }
-    rows.push_back(std::move(row));
+    std::vector<std::string>& row = rows.emplace_back();
+    for (const std::string& cell : cells)
+        row.push_back(printable(cell));
 }
 
 void Table::print(std::ostream& out, bool colour) const {
-    Row headings;
-    for (const Column& column : columns)
-        headings.push_back(column.heading);
-    out << (colour ? "\x1b[1m" : "");
-    printRow(out, headings);
-    out << (colour ? "\x1b[0m" : "");
-    for (const Row& row : rows)
-        printRow(out, row);
-}
-
-void Table::printRow(std::ostream& out, const Row& row) const {
-    std::string line;
-    for (std::size_t i = 0; i < row.size(); ++i) {
-        const std::string padding(widths[i] - displayWidth(row[i]), ' ');
-        line += columns[i].align == Align::Right ? padding + row[i] : row[i] + padding;
-        line += "  ";
+    std::vector<std::size_t> widths(columns.size());
+    for (const auto& row : rows)
+        for (std::size_t i = 0; i < widths.size(); ++i)
+            widths[i] = std::max(widths[i], displayWidth(row[i]));
+    for (const auto& row : rows) {
+        const bool bold = colour && &row == &rows.front();
+        std::string line;
+        for (std::size_t i = 0; i < widths.size(); ++i) {
+            const std::string padding(widths[i] - displayWidth(row[i]), ' ');
+            line += (columns[i].align == Align::Right ? padding + row[i] : row[i] + padding) + "  ";
+        }
+        out << (bold ? "\x1b[1m" : "") << trimmed(std::move(line)) << '\n' << (bold ? "\x1b[0m" : "");
     }
-    out << trimmed(std::move(line)) << '\n';
 }
 
 } // namespace vykeldev

@@ -7,16 +7,16 @@
 
 namespace vykeldev {
 
-/// Rows of text in columns, aligned by their width on a terminal.
+/// Rows of text in columns that are aligned by their width on a terminal.
 class Table {
 public:
     enum class Align { Left, Right };
     struct Column {
-        std::string heading;
+        const char* heading;
         Align align;
     };
 
-    explicit Table(std::vector<Column> all);
+    explicit Table(std::vector<Column> tableColumns);
 
     /// Adds a row with one cell for each column. Cells may hold any text; they are made printable.
     void addRow(const std::vector<std::string>& cells);
@@ -25,12 +25,8 @@ public:
     void print(std::ostream& out, bool colour) const;
 
 private:
-    using Row = std::vector<std::string>;
-    void printRow(std::ostream& out, const Row& row) const;
-
     std::vector<Column> columns;
-    std::vector<std::size_t> widths;
-    std::vector<Row> rows;
+    std::vector<std::vector<std::string>> rows; ///< The first one: the headings.
 };
 
 } // namespace vykeldev

@@ -1,0 +1,20 @@
+#ifndef VYKELDEV_SUPPORT_DISPLAYTEXT_H
+#define VYKELDEV_SUPPORT_DISPLAYTEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// Texts of any origin on a terminal.
+namespace vykeldev {
+
+/// `text` as it may go to a terminal: control characters and changes of the writing direction become escapes,
+/// malformed UTF-8 becomes U+FFFD.
+std::string printable(std::string_view text);
+
+/// Columns that a printable UTF-8 text takes on a terminal.
+std::size_t displayWidth(std::string_view text);
+
+} // namespace vykeldev
+
+#endif
