@@ -18,7 +18,7 @@ constexpr const char* footer = R"(Examples:
   vykeldev list --json --min-version 2   the same for programs, without older devices
   vykeldev register Left left.dll        register a plug-in (as administrator)
   vykeldev plugins                       show what is registered
-  vykeldev doctor                        say why a device is missing
+  vykeldev doctor                        explain why a device is missing
   vykeldev wait --count 2 --timeout 10   wait for two devices, at most ten seconds
   vykeldev watch --json                  follow what is added, removed, renumbered, renamed
 

@@ -10,10 +10,10 @@ class App;
 
 namespace vykeldev {
 
-/// How the process ends; part of the tool's interface.
+/// How the process ends. Scripts rely on these numbers.
 enum class ExitCode { Success = 0, Error = 1, WrongUsage = 2, NothingListed = 3, Warnings = 4, Broken = 5 };
 
-/// What all commands are given.
+/// The parameters of all commands.
 struct Context {
     std::string library; ///< Path of the library to use, UTF-8.
     bool colour = false; ///< Standard output is a terminal that shows colour.

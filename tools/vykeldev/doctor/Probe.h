@@ -23,7 +23,7 @@ struct ProbeResult {
     std::optional<LibraryError> error; ///< it failed with an error
     std::optional<std::string> thrown; ///< this was thrown
     bool listMissing = false;          ///< success was reported without a list
-    bool deviceRefused = false;        ///< `error` is that of a device; the list had been refreshed
+    bool deviceRefused = false;        ///< `error` is that of a device; the refresh itself succeeded
     bool done = false;                 ///< everything was unloaded again
     std::vector<std::optional<std::uint32_t>> deviceNumbers;
     ChildOutcome end; ///< how the child ended

@@ -9,7 +9,7 @@
 
 namespace vykeldev::doctor {
 
-/// One line on standard error that tells what is being waited for; gone at the end. Only on a terminal.
+/// One line on standard error that says what the tool waits for; removed at the end. Only on a terminal.
 class Progress {
 public:
     Progress() : shown(isErrorTerminal()) {}

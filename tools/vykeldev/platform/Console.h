@@ -41,8 +41,8 @@ public:
     StopRequest(const StopRequest&) = delete;
     StopRequest& operator=(const StopRequest&) = delete;
 
-    /// Sleeps for `time`, or until this process is asked to end. True when it was asked, also before the
-    /// call; on the host also when nobody reads standard output any more.
+    /// Sleeps for `time`, or until this process is asked to end. Returns whether it was asked, also before
+    /// the call; on the host also when nobody reads standard output any more.
     bool waitFor(std::chrono::milliseconds time) noexcept;
 };
 

@@ -23,7 +23,7 @@ namespace {
 
 using vybase::Handle;
 
-constexpr DWORD pipeBytes = 65536; // enough for what is written between two looks
+constexpr DWORD pipeBytes = 65536; // enough for the output between two calls of read
 
 LONG CALLBACK endByException(EXCEPTION_POINTERS* exception) {
     const DWORD code = exception->ExceptionRecord->ExceptionCode;
@@ -275,7 +275,7 @@ std::string systemVersion() {
     using RtlGetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
     OSVERSIONINFOW version = {};
     version.dwOSVersionInfoSize = sizeof version;
-    // GetVersionEx answers what the program's manifest knows of, not what the system is.
+    // GetVersionEx reports the newest system that the program's manifest names, not the real one.
     const FARPROC function = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
     if (function != nullptr)
         reinterpret_cast<RtlGetVersion>(reinterpret_cast<void (*)()>(function))(&version);
@@ -304,7 +304,7 @@ bool isOrdinaryFile(const std::string& path) {
     try { // names such as NUL and COM1 lead to a device, whatever folder they seem to lie in
         return absolutePath(path).rfind("\\\\.\\", 0) != 0;
     } catch (const Failure&) {
-        return true; // whoever opens it will see
+        return true; // opening it will fail
     }
 }
 
@@ -335,7 +335,7 @@ bool beginsWith(const WideString& text, const WideString& beginning) {
            CompareStringOrdinal(text.c_str(), length, beginning.c_str(), length, TRUE) == CSTR_EQUAL;
 }
 
-/// Names that stand for a set of functions, not for a file; the loader itself knows where those are.
+/// Whether a name means a set of functions, not a file. The loader itself knows where those are.
 bool isApiSet(const WideString& name) {
     return beginsWith(name, L"api-ms-") || beginsWith(name, L"ext-ms-");
 }

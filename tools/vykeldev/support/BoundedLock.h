@@ -11,8 +11,8 @@ namespace vykeldev {
 constexpr std::chrono::seconds longestLockWait{2};
 
 /// Takes the lock that vyfile::FileLockImpl takes on a lock file, without its unbounded wait. It ends with
-/// the stream. Before each further try `onWait` is told how long it has been. Returns the system's error: 0
-/// for success, ERROR_LOCK_VIOLATION when another process kept the lock for all of longestLockWait.
+/// the stream. Calls `onWait` with the time waited so far before each further try. Returns the system's
+/// error: 0 for success, ERROR_LOCK_VIOLATION when another process kept the lock for all of longestLockWait.
 template <class OnWait>
 DWORD lockInTime(std::FILE* stream, OnWait onWait) {
     using Clock = std::chrono::steady_clock;

@@ -13,7 +13,7 @@ struct Range {
     char32_t last;
 };
 
-/// Marks that stand on the character before them, and characters without any width.
+/// Marks that are drawn over the character before them, and characters without any width.
 constexpr Range withoutWidth[] = {{0x0300, 0x036F}, {0x0483, 0x0489}, {0x0591, 0x05BD},  {0x0610, 0x061A},
                                   {0x064B, 0x065F}, {0x0E34, 0x0E3A}, {0x0E47, 0x0E4E},  {0x1AB0, 0x1AFF},
                                   {0x1DC0, 0x1DFF}, {0x200B, 0x200D}, {0x20D0, 0x20FF},  {0xFE00, 0xFE0F},

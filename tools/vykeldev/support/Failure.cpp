@@ -23,8 +23,8 @@ constexpr Explanation explanations[] = {
     {StatusCode::ConfigurationFault, "ConfigurationFault",
      "A lock file cannot be made, or the legacy alias file vykel.ini is malformed or cannot be saved.",
      "Make the folder Morvance\\VY-KEL in the common application data folder (C:\\ProgramData) and let this "
-     "user write there. If vykel.ini lies there, 'vykeldev aliases' names the line to mend; 'vykeldev doctor' "
-     "tells what else is in the way."},
+     "user write there. If vykel.ini is there, 'vykeldev aliases' names the line to correct; 'vykeldev "
+     "doctor' names any other cause."},
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", "End other programs and try again."},
     {StatusCode::GeneralFault, "GeneralFault",
      "The library is not initialised, or failed in an unforeseen way.",

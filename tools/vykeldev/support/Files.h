@@ -18,7 +18,8 @@ FileHandle openFile(const std::string& path, DWORD access, DWORD disposition);
 /// Reads a file of at most 256 MB. Returns the system's error; 0 is success.
 DWORD readFile(const std::string& path, std::string& bytes);
 
-/// Writes a new file, or replaces an existing one when told so. Throws Failure, also when it may not replace.
+/// Writes a new file, or with `replace` also over an existing one. Throws Failure, also when the file exists
+/// and `replace` is false.
 void writeFile(const std::string& path, std::string_view bytes, bool replace);
 
 } // namespace vykeldev

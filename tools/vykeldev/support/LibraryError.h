@@ -9,7 +9,7 @@
 
 namespace vykeldev {
 
-/// An error as the library accounts for it.
+/// An error as the library reports it.
 struct LibraryError {
     std::int32_t code = 0;
     Json document;                       ///< null when there is none
