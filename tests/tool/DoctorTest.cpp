@@ -2,6 +2,7 @@
 #include "support/Machine.h"
 #include "support/TestFiles.h"
 #include "vyfile/internal/FileLockImpl.h"
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -28,7 +29,10 @@ std::string replaced(std::string text, const std::string& from, const std::strin
 
 class DoctorTest : public testing::Test {
 protected:
+    DoctorTest() { installSimulated("a", "token=a number=0\n"); }
+
     Machine machine;
+    fs::path folder = machine.configurationFolder();
     int exitCode = -1;
     Json report;
 
@@ -36,6 +40,7 @@ protected:
         const ProgramResult result = runProgram("vykeldev", "doctor --json " + options);
         exitCode = result.exitCode;
         report = Json::parse(result.output);
+        EXPECT_EQ(report["state"], exitCode == 0 ? "healthy" : exitCode == 4 ? "warnings" : "broken");
     }
 
     /// A plug-in that lists the devices of these lines.
@@ -45,43 +50,29 @@ protected:
     }
 
     /// Registers a file of these bytes.
-    void installBytes(const std::string& name, const std::string& bytes) {
+    fs::path installBytes(const std::string& name, const std::string& bytes) {
         const fs::path path = machine.folder() / (name + pluginExtension);
         writeFile(path, bytes);
         machine.registerPlugin(name, path);
+        return path;
     }
 
     /// The findings about a subject, or about all: "identifier", with ":line" where there is one.
     std::string findings(const std::string& subject = "") const {
         std::string text;
-        for (const Json& finding : report["findings"]) {
+        for (const Json& finding : report["findings"])
             if (subject.empty() || finding["subject"] == subject)
                 text += (text.empty() ? "" : " ") + finding["id"].get<std::string>() +
                         (finding["line"].is_null() ? "" : ":" + finding["line"].dump());
-        }
         return text;
     }
 
     std::string outcome(std::size_t index) const {
         const Json& plugin = report["plugins"].at(index);
-        const Json& step = plugin["failedStep"];
-        return plugin["outcome"].get<std::string>() +
-               (step.is_null() ? "" : " at " + step.get<std::string>());
+        return replaced(plugin["outcome"].get<std::string>() + " at " + plugin["failedStep"].dump(), "\"",
+                        "");
     }
 };
-
-TEST_F(DoctorTest, IsContentWithAHealthyMachine) {
-    installSimulated("left", "token=a number=0\ntoken=b number=1\n");
-    installSimulated("right", "token=c number=2\n");
-    diagnose();
-    EXPECT_EQ(exitCode, 0);
-    EXPECT_EQ(findings(), "");
-    EXPECT_EQ(report["state"], "healthy");
-    EXPECT_EQ(report["counts"], Json({{"registered", 2}, {"loaded", 2}, {"refused", 0}, {"failed", 0}}));
-    EXPECT_EQ(report["plugins"][0]["deviceNumbers"], Json({0, 1}));
-    const std::string text = runProgram("vykeldev", "doctor").output;
-    EXPECT_NE(text.find("healthy"), std::string::npos) << text;
-}
 
 TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
     const std::string library = readFile(programFolder() / (std::string("simulated") + pluginExtension));
@@ -97,53 +88,53 @@ TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
         setEnvironment("PATH", machine.folder().string());
     }
     const DWORD text = REG_SZ;
-    machine.registerPlugin("a", nullptr, nullptr, 0);
-    machine.registerPlugin("b", &text, "\0", 2);
+    machine.registerPlugin("b", nullptr, nullptr, 0);
+    machine.registerPlugin("b2", &text, "", 0);
     machine.registerPlugin("c", machine.folder());
     machine.registerPlugin("d", machine.folder() / "nothing");
+    fs::resize_file(installBytes("d2", ""), (256u << 20) + 1);
     installBytes("e", "no library");
     installBytes("f", library.substr(0, 200));
     installBytes("g", otherMachine);
     installBytes("h", importing("msvcrx.dll"));
     machine.install("zoo_plugin_without_finalize", "i");
-    installSimulated("j", "token=a number=0\n");
     installBytes("k", importing("helper.dll"));
     installBytes("l", importing("itself.dll"));
     diagnose();
     // The host's doctor leaves a library's headers to the loader.
     const struct {
+        const char* name;
         const char* outcome;
         const char* finding;
         const char* detail = ""; ///< part of it
         bool fromHeaders = false;
-    } expected[] = {{"failed at registry value", "value-missing"},
-                    {"failed at path", "path-empty"},
-                    {"failed at path", "path-empty"},
-                    {"failed at file", "file-missing"},
-                    {"failed at file", "file-not-a-library", "not a Windows library", true},
-                    {"failed at file", "file-not-a-library", "cut off", true},
-                    {"failed at architecture", "architecture-wrong", "not for x64", true},
-                    {"failed at dependency", "dependency-missing", "not found: msvcrx.dll (", true},
-                    {"failed at entry point", "entry-point-missing",
-                     isWindows ? "missing: vykel_finalizePlugin" : "code -52005"},
-                    {"loaded", ""},
-                    {"failed at dependency", "dependency-missing",
-                     "not found: msvcrx.dll (imported by helper.dll)", true},
-                    {"failed at load", "load-refused"}};
+    } expected[] = {
+        {"a", "loaded at null", ""},
+        {"b", "failed at registry value", "value-missing"},
+        {"b2", "failed at path", "path-empty"},
+        {"c", "failed at path", "path-empty"},
+        {"d", "failed at file", "file-missing"},
+        {"d2", "failed at file", "file-unreadable"},
+        {"e", "failed at file", "file-not-a-library", "not a Windows library", true},
+        {"f", "failed at file", "file-not-a-library", "cut off", true},
+        {"g", "failed at architecture", "architecture-wrong", "not for x64", true},
+        {"h", "failed at dependency", "dependency-missing", "not found: msvcrx.dll (", true},
+        {"i", "failed at entry point", "entry-point-missing",
+         isWindows ? "missing: vykel_finalizePlugin" : ""},
+        {"k", "failed at dependency", "dependency-missing", "msvcrx.dll (imported by helper.dll)", true},
+        {"l", "failed at load", "load-refused"}};
     for (std::size_t i = 0; i < std::size(expected); ++i) {
         const bool refused = expected[i].fromHeaders && !isWindows;
         EXPECT_EQ(outcome(i), refused ? "failed at load" : expected[i].outcome) << i;
-        EXPECT_EQ(findings(std::string(1, static_cast<char>('a' + i))),
-                  refused ? "load-refused" : expected[i].finding);
+        EXPECT_EQ(findings(expected[i].name), refused ? "load-refused" : expected[i].finding) << i;
         const std::string detail = report["plugins"][i]["detail"];
         EXPECT_NE(detail.find(refused ? "code -52005" : expected[i].detail), std::string::npos) << detail;
     }
     EXPECT_EQ(exitCode, 5);
-    EXPECT_EQ(report["counts"], Json({{"registered", std::size(expected)},
-                                      {"loaded", 1},
-                                      {"refused", 0},
-                                      {"failed", std::size(expected) - 1}}));
-    const Json& missingFile = report["plugins"][3];
+    const std::size_t count = std::size(expected);
+    EXPECT_EQ(report["counts"],
+              Json({{"registered", count}, {"loaded", 1}, {"refused", 0}, {"failed", count - 1}}));
+    const Json& missingFile = report["plugins"][4];
     EXPECT_EQ(missingFile["system"]["code"], ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(missingFile["error"]["document"]["vydynlib_debug"]["path"], missingFile["path"]);
 }
@@ -165,7 +156,6 @@ TEST_F(DoctorTest, NamesWhatAPluginDoesAndGoesOn) {
                  {"floods", "failed at refresh", "plugin-hung", 5},
                  {"fails-and-crashes", "failed at unload", crashed, 5},
                  {"crashes", "failed at refresh", crashed, 5}};
-    installSimulated("a", "token=a number=0\n");
     machine.install("zoo_plugin", "b");
     installSimulated("c", "token=c number=1\n");
     for (const auto& each : cases) {
@@ -174,42 +164,61 @@ TEST_F(DoctorTest, NamesWhatAPluginDoesAndGoesOn) {
         diagnose(each.finding == std::string("plugin-hung") ? "--timeout 3" : "--timeout 50");
         EXPECT_EQ(exitCode, each.exitCode);
         EXPECT_EQ(outcome(0) + ", " + outcome(1) + ", " + outcome(2),
-                  std::string("loaded, ") + each.outcome + ", loaded");
+                  std::string("loaded at null, ") + each.outcome + ", loaded at null");
         EXPECT_EQ(findings(), each.finding);
+        const bool lists = each.finding == std::string("device-refused"); // it lists one before that
+        EXPECT_EQ(report["plugins"][1]["deviceNumbers"], lists ? Json({7}) : Json::array());
     }
 }
 
 TEST_F(DoctorTest, ChecksRegistrationsAndNumbers) {
-    diagnose();
-    EXPECT_EQ(findings(), "plugins-none");
     machine.setPluginsKey(false);
     diagnose();
     EXPECT_EQ(findings(), "plugins-key-missing");
-    EXPECT_EQ(exitCode, 5);
-    const fs::path path = machine.install("simulated", "a");
-    writeFile(machine.folder() / "a.devices", "token=a number=3\ntoken=b\n");
+    machine.setPluginsKey(true);
+    diagnose();
+    EXPECT_EQ(findings(), "plugins-none");
+    EXPECT_NE(runProgram("vykeldev", "doctor").output.find("0 errors, 1 warning\n"), std::string::npos);
+    std::string devices = "token=x number=1000\ntoken=y\n";
+    for (int i = 0; i <= 1000; ++i)
+        devices += "token=" + std::to_string(i) + " number=" + std::to_string(i) + '\n';
+    installSimulated("a", devices);
+    const fs::path path = machine.folder() / (std::string("a") + pluginExtension);
     const WideString text = path.string<WCHAR>();
-    const DWORD types[] = {REG_EXPAND_SZ, REG_SZ};
+    const DWORD types[] = {REG_BINARY, REG_SZ};
     machine.registerPlugin("b", &types[0], text.c_str(), (text.size() + 1) * sizeof(WCHAR));
-    // Behind the unterminated text must stand no 0: the system would store it, too.
+    // No 0 may follow the unterminated text: the system would store it, too.
     machine.registerPlugin("c", &types[1], (text + WCHAR{'x'}).c_str(), text.size() * sizeof(WCHAR));
-    machine.registerPlugin("d", "relative" + path.filename().string());
-    machine.registerPlugin("e", path.parent_path() / std::string(40000, 'x'));
-    machine.registerPlugin("f", fs::path('"' + path.string() + '"'));
+    const std::pair<fs::path, const char*> others[] = {
+        {"relative" + path.filename().string(), "path-relative file-missing"},
+        {path.parent_path() / std::string(40000, 'x'), "file-missing"}, // too long for a command line
+        {'"' + path.string() + '"', "file-missing"},                    // not also "path-relative"
+        {path.string() + "x ", "file-missing"},
+        {path.parent_path() / "." / path.filename(), "path-duplicate number-missing"}};
+    for (std::size_t i = 0; i < std::size(others); ++i)
+        machine.registerPlugin("d" + std::to_string(i), others[i].first);
     diagnose();
     EXPECT_EQ(findings("a"), "number-missing");
+    EXPECT_EQ(report["plugins"][0]["deviceNumbers"].size(), 1003u);
     EXPECT_EQ(findings("b"), "value-type path-duplicate number-missing");
     EXPECT_EQ(findings("c"), "value-unterminated path-duplicate number-missing");
-    EXPECT_EQ(findings("d"), "path-relative file-missing");
-    EXPECT_EQ(findings("e"), "file-missing"); // whatever cannot even be handed to a child
-    EXPECT_EQ(findings("f"), "file-missing"); // not also "path-relative"
-    EXPECT_EQ(findings("number 3"), "number-duplicate");
+    for (std::size_t i = 0; i < std::size(others); ++i)
+        EXPECT_EQ(findings("d" + std::to_string(i)), others[i].second) << i;
+    EXPECT_NE(report["plugins"][6]["detail"].get<std::string>().find("with a blank: remove it"),
+              std::string::npos);
+    for (const char* const key : {"b", "c", "d4"})
+        ASSERT_EQ(runProgram("vykeldev", std::string("unregister ") + key).exitCode, 0);
+    const std::string output = runProgram("vykeldev", "doctor").output;
+    for (const char* const part :
+         {"error number-duplicate: number 1000\n  seen:       a[0], a[1002]\n", "info number-missing: a\n"})
+        EXPECT_NE(output.find(part), std::string::npos) << output;
+    diagnose("--library \"" + path.string() + '"');
+    EXPECT_EQ(findings(path.string()), "library-missing");
 }
 
 TEST_F(DoctorTest, ChecksFolderAndLocks) {
-    installSimulated("a", "token=a number=0\n");
     {
-        const std::string path = (machine.configurationFolder() / "vykel.lck").string();
+        const std::string path = (folder / "vykel.lck").string();
         const vykel::FileStream stream = vykel::openLockFile(path.c_str());
         vyfile::FileLockImpl lock(stream.get());
         lock.lock();
@@ -217,18 +226,24 @@ TEST_F(DoctorTest, ChecksFolderAndLocks) {
         EXPECT_EQ(findings(), "lock-held");
         EXPECT_EQ(report["legacyFile"]["state"], "not read");
         EXPECT_EQ(runProgram("vykeldev", "aliases").exitCode, 1); // and does not wait for good
-        EXPECT_EQ(exitCode, 4);
         EXPECT_EQ(report["locks"][0]["state"], "free");
         EXPECT_GE(report["locks"][1]["secondsWaited"], 1.9);
+        const std::string plugin = (machine.folder() / "a").string() + pluginExtension;
+        const ProgramResult check = runProgram("vykeldev", "check --rule alias-kept \"" + plugin + '"');
+        EXPECT_NE(check.output.find("vykel.lck cannot be locked"), std::string::npos) << check.output;
     }
-    fs::remove(machine.configurationFolder() / "DeviceList.lck");
-    fs::create_directory(machine.configurationFolder() / "DeviceList.lck");
+    fs::remove(folder / "DeviceList.lck");
+    fs::create_directory(folder / "DeviceList.lck");
     diagnose();
     EXPECT_EQ(findings(), "lock-unusable");
     machine.setConfigurationFolder(false);
     diagnose();
     EXPECT_EQ(findings(), "folder-missing");
-    EXPECT_EQ(exitCode, 5);
+    if (isWindows)
+        return;
+    fs::create_directory_symlink("/proc", folder); // not even root makes files there
+    diagnose();
+    EXPECT_EQ(findings(), "folder-read-only lock-unusable lock-unusable");
 }
 
 TEST_F(DoctorTest, ChecksTheLegacyFile) {
@@ -251,50 +266,48 @@ TEST_F(DoctorTest, ChecksTheLegacyFile) {
         {tokens + "[Alias0]\nAlias=x\nPersistentToken=t\nLocal=yes\n", "legacy-malformed:7"},
         {tokens + "\n[Alias0]\nAlias=x\nLocal=True\n", "legacy-malformed:5"},
     };
-    installSimulated("a", "token=a number=0\n");
     for (const auto& each : cases) {
-        writeFile(machine.configurationFolder() / "vykel.ini", each.text);
+        writeFile(folder / "vykel.ini", each.text);
         diagnose();
         EXPECT_EQ(findings(), each.findings) << each.text;
-        EXPECT_EQ(readFile(machine.configurationFolder() / "vykel.ini"), each.text);
+        EXPECT_EQ(readFile(folder / "vykel.ini"), each.text);
     }
     std::string text = "[Aliases]\nLab = KEL0\n";
     for (int i = 0; i < 23; ++i)
         text += "x\n";
-    writeFile(machine.configurationFolder() / "vykel.ini", text);
-    fs::create_directory(machine.configurationFolder() / "vykel.TMP"); // the name of the file to be saved
+    writeFile(folder / "vykel.ini", text);
+    fs::create_directory(folder / "vykel.TMP"); // the name of the file to be saved
     diagnose();
     const Json& all = report["findings"];
     ASSERT_EQ(all.size(), 22u);
     EXPECT_EQ(all[20]["id"], "legacy-not-writable");
     EXPECT_EQ(all[21]["detail"], "3 more");
+    EXPECT_EQ(report["legacyFile"]["layout"], "resource names");
 }
 
 TEST_F(DoctorTest, BundlesWhatSupportNeedsAndNoMore) {
-    installSimulated("a", "token=a number=0\n");
-    writeFile(machine.configurationFolder() / "vykel.ini", "[Aliases]\nLab = KEL0\n");
-    const fs::path path = machine.folder() / "bundle.zip";
-    const std::string arguments = "doctor --bundle \"" + path.string() + "\"";
-    const ProgramResult first = runProgram("vykeldev", arguments);
-    EXPECT_EQ(first.exitCode, 0);
-    const std::string archive = readFile(path);
-    std::string names;
-    std::string last;
-    for (std::size_t at = 0; archive.compare(at, 4, "PK\x03\x04") == 0;) {
-        const auto byte = [&](std::size_t offset) {
-            return static_cast<unsigned char>(archive.at(at + offset));
-        };
-        const std::size_t size = byte(18) + 256u * byte(19);
-        const std::string name = archive.substr(at + 30, byte(26));
-        EXPECT_NE(first.output.find("  " + name + ", " + std::to_string(size) + " bytes"), std::string::npos);
-        names += name + ' ';
-        last = archive.substr(at + 30 + name.size(), size);
-        at += 30 + name.size() + size;
-    }
-    EXPECT_EQ(names, "account.json registrations.json locks.json versions.json vykel.ini ");
-    EXPECT_EQ(last, "[Aliases]\nLab = KEL0\n");
-    EXPECT_EQ(runProgram("vykeldev", arguments).exitCode, 1); // it is there already
-    EXPECT_EQ(runProgram("vykeldev", arguments + " --force").exitCode, 0);
+    writeFile(folder / "vykel.ini", "[Aliases]\nLab = KEL0\n");
+    const std::string path = (machine.folder() / "bundle.zip").string();
+    diagnose("--bundle \"" + path + '"');
+    EXPECT_EQ(exitCode, 0);
+    EXPECT_EQ(runProgram("vykeldev", "doctor --bundle \"" + path + '"').exitCode, 1); // it exists already
+    const ProgramResult again = runProgram("vykeldev", "doctor --force --bundle \"" + path + '"');
+    EXPECT_NE(again.output.find("\n  vykel.ini, 21 bytes\n"), std::string::npos) << again.output;
+    if (isWindows)
+        return;
+    const std::string judge = "zip = zipfile.ZipFile('" + path + R"(')
+assert zip.testzip() is None
+parts = {name: zip.read(name) for name in zip.namelist()}
+assert parts.pop('vykel.ini') == b'[Aliases]\nLab = KEL0\n'
+parts = {name: json.loads(text) for name, text in parts.items()}
+assert list(parts) == ['account.json', 'registrations.json', 'locks.json', 'versions.json']
+assert parts['registrations.json'][0]['type'] == 1 and parts['account.json']['state'] == 'healthy')";
+    writeFile(machine.folder() / "judge.py", "import json, zipfile\n" + judge);
+    EXPECT_EQ(std::system(("python3 '" + (machine.folder() / "judge.py").string() + "'").c_str()), 0);
+    fs::remove(path);
+    fs::create_symlink("/dev/full", path);
+    EXPECT_EQ(runProgram("vykeldev", "doctor --force --bundle '" + path + "'").exitCode, 1);
+    EXPECT_FALSE(fs::is_symlink(path)); // half a bundle does not stay
 }
 
 TEST(DoctorDocument, ListsEveryFinding) {
@@ -307,12 +320,9 @@ TEST(DoctorDocument, ListsEveryFinding) {
             "### `" + name + "` (" + severity + ")\n\n" + meaning + "\n\n**What to do:** " + remedy + "\n";
         EXPECT_NE(document.find(section), std::string::npos) << section;
     }
-    std::size_t sections = 0;
-    for (std::size_t at = document.find("\n### `"); at != std::string::npos;
-         at = document.find("\n### `", at + 1))
-        ++sections;
-    EXPECT_EQ(sections, count);
-    EXPECT_GT(count, 30u);
+    for (std::size_t at = document.find("\n### `"); at != std::string::npos; --count)
+        at = document.find("\n### `", at + 1);
+    EXPECT_EQ(count, 0u);
 }
 
 } // namespace
