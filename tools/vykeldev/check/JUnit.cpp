@@ -37,21 +37,17 @@ void printCase(std::ostream& out, const Result& result) {
     const std::string advice = escaped(std::string(rule.title) + ". " + rule.meaning + " " + rule.remedy);
     out << "    <testcase classname=\"vykeldev.check\" name=\"" << rule.id << "\" time=\""
         << seconds(result.duration) << '"';
-    switch (result.outcome) {
-    case Outcome::Passed:
+    if (result.outcome == Outcome::Passed) {
         out << "/>\n";
         return;
-    case Outcome::Failed:
+    }
+    if (result.outcome == Outcome::Failed)
         out << "><failure message=\"" << observed << "\" type=\"" << rule.id << "\">" << advice
             << "</failure>";
-        break;
-    case Outcome::Warning:
+    else if (result.outcome == Outcome::Warning)
         out << "><system-out>warning: " << observed << ". " << advice << "</system-out>";
-        break;
-    case Outcome::Skipped:
+    else
         out << "><skipped message=\"" << observed << "\"/>";
-        break;
-    }
     out << "</testcase>\n";
 }
 

@@ -2,8 +2,8 @@
 #include "check/Session.h"
 #include "platform/Process.h"
 #include <chrono>
-#include <exception>
 #include <functional>
+#include <future>
 #include <mutex>
 #include <thread>
 
@@ -158,30 +158,19 @@ void checkThreads(const Subject& subject) {
     useList(plugin.makeList()); // works on this thread
     plugin.trace.repeating("refreshing lists on two other threads at once");
     std::mutex entryPoints; // stands for the lock of the library
-    const auto work = [&](std::exception_ptr& failure) {
-        try {
-            const List list = [&] {
-                const std::lock_guard<std::mutex> lock(entryPoints);
-                return plugin.makeList();
-            }();
-            for (int round = 0; round < rounds; ++round)
-                useList(list);
-        } catch (...) {
-            failure = std::current_exception();
-        }
+    const auto work = [&] {
+        std::unique_lock<std::mutex> lock(entryPoints);
+        const List list = plugin.makeList();
+        lock.unlock();
+        repeat(rounds, [&] { useList(list); });
     };
-    std::exception_ptr failures[2];
-    std::thread first(work, std::ref(failures[0]));
-    std::thread second(work, std::ref(failures[1]));
-    first.join();
-    second.join();
-    for (const std::exception_ptr& failure : failures) {
-        try {
-            if (failure)
-                std::rethrow_exception(failure);
-        } catch (const Broken& broken) {
-            throw Broken{"on another thread than the first, " + broken.observed};
-        }
+    try {
+        std::future<void> first = std::async(std::launch::async, work);
+        std::future<void> second = std::async(std::launch::async, work);
+        first.get();
+        second.get();
+    } catch (const Broken& broken) {
+        throw Broken{"on another thread than the first, " + broken.observed};
     }
 }
 

@@ -36,6 +36,9 @@ enum class Severity {
     Error    ///< The library or its clients rely on it.
 };
 
+/// The check of a rule: returns when the rule is kept, throws Broken, Questionable or Skipped otherwise.
+using Check = void(const Subject& subject);
+
 /// One rule of the contract. Texts are for people.
 struct Rule {
     const char* id; ///< Stable: scripts may rely on it.
@@ -48,8 +51,7 @@ struct Rule {
     const char* lock;
     const char* meaning;
     const char* remedy;
-    /// Returns when the rule is kept, throws Broken, Questionable or Skipped otherwise.
-    void (*check)(const Subject& subject);
+    Check* check;
 
     bool alters() const noexcept { return *lock != '\0'; }
 };

@@ -5,15 +5,13 @@
 namespace vykeldev::check {
 namespace {
 
-[[noreturn]] void wrongCode(const char* operation, std::int32_t before, std::int32_t after) {
+/// An error may replace a warning; a call that is `refused` must do so.
+void mustKeepCode(const char* operation, std::int32_t before, std::int32_t after, bool refused = false) {
+    const bool warned = before > 0;
+    if ((warned && after < 0) || (after == before && !(warned && refused)))
+        return;
     throw Broken{std::string(operation) + " found the code " + std::to_string(before) + " and left " +
                  std::to_string(after)};
-}
-
-void mustKeepCode(const char* operation, std::int32_t before, std::int32_t after) {
-    if (after == before || (before > 0 && after < 0)) // an error may replace a warning
-        return;
-    wrongCode(operation, before, after);
 }
 
 } // namespace
@@ -26,10 +24,8 @@ void checkFirstErrorWins(const Subject& subject) {
         mustKeepCode("refresh", preset, session.list.refresh(preset));
         refresh(session.list);
         const std::uint32_t count = session.list.getCount();
-        const std::int32_t beyond = session.list.getDevice(count, 0, preset).code;
-        mustKeepCode("getDevice beyond the count", preset, beyond);
-        if (beyond >= 0)
-            wrongCode("getDevice beyond the count", preset, beyond);
+        mustKeepCode("getDevice beyond the count", preset, session.list.getDevice(count, 0, preset).code,
+                     true);
         if (count > 0)
             mustKeepCode("getDevice", preset, session.list.getDevice(0, 0, preset).code);
     }

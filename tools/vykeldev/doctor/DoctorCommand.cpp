@@ -1,14 +1,15 @@
 #include "commands/Commands.h"
-#include "doctor/Bundle.h"
 #include "doctor/Findings.h"
 #include "doctor/FolderCheck.h"
 #include "doctor/PluginCheck.h"
 #include "platform/Process.h"
 #include "platform/System.h"
 #include "support/DisplayText.h"
+#include "support/Files.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
 #include "support/Text.h"
+#include "support/Zip.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
@@ -55,8 +56,16 @@ void printFindings() {
                   << kind->remedy << '\n';
 }
 
-void printBundle(std::ostream& out, const std::string& path, const std::vector<ZipEntry>& entries) {
-    out << "wrote " << printable(path) << ':';
+/// Writes only what support needs into one ZIP file, and prints what that is.
+void writeBundle(std::ostream& out, const DoctorOptions& options, const Report& report) {
+    std::vector<ZipEntry> entries = {{"account.json", textOf(report) + '\n'},
+                                     {"registrations.json", textOf(registrationsToJson(report)) + '\n'},
+                                     {"locks.json", textOf(report.locks) + '\n'},
+                                     {"versions.json", textOf(report.versions) + '\n'}};
+    if (report.legacy.bytes)
+        entries.push_back({"vykel.ini", *report.legacy.bytes});
+    writeFile(options.bundle, makeZip(entries), options.force);
+    out << "wrote " << printable(options.bundle) << ':';
     for (const ZipEntry& entry : entries)
         out << "\n  " << entry.name << ", " << entry.bytes.size() << " bytes";
     out << '\n';
@@ -74,8 +83,7 @@ ExitCode diagnose(const Context& context, const DoctorOptions& options) {
     else
         printReport(std::cout, report, context.colour);
     if (!options.bundle.empty())
-        printBundle(options.json ? std::cerr : std::cout, options.bundle,
-                    writeBundle(options.bundle, report, options.force));
+        writeBundle(options.json ? std::cerr : std::cout, options, report);
     if (report.count(Severity::Error) > 0)
         return ExitCode::Broken;
     return report.count(Severity::Warning) > 0 ? ExitCode::Warnings : ExitCode::Success;

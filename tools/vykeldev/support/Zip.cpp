@@ -8,9 +8,9 @@ namespace {
 constexpr std::uint32_t localHeader = 0x04034B50;
 constexpr std::uint32_t centralHeader = 0x02014B50;
 constexpr std::uint32_t endOfCentral = 0x06054B50;
-constexpr std::uint16_t version = 20;
-constexpr std::uint16_t namesAreUtf8 = 0x0800;
-constexpr std::uint16_t firstOf1980 = 0x0021; // the earliest date of the format
+constexpr std::size_t version = 20;
+constexpr std::size_t namesAreUtf8 = 0x0800;
+constexpr std::size_t firstOf1980 = 0x0021; // the earliest date of the format
 
 void put16(std::string& out, std::size_t value) {
     out += static_cast<char>(value & 0xFF);
@@ -34,16 +34,13 @@ std::uint32_t crc32(const std::string& bytes) noexcept {
 
 /// What both headers of an entry share, from the version that is needed to the length of the extra field.
 void putFacts(std::string& out, const ZipEntry& entry) {
-    put16(out, version);
-    put16(out, namesAreUtf8);
-    put16(out, 0); // stored
-    put16(out, 0); // midnight
-    put16(out, firstOf1980);
-    put32(out, crc32(entry.bytes));
-    put32(out, entry.bytes.size());
-    put32(out, entry.bytes.size());
-    put16(out, entry.name.size());
-    put16(out, 0);
+    constexpr std::size_t stored = 0;
+    constexpr std::size_t midnight = 0;
+    for (const std::size_t value : {version, namesAreUtf8, stored, midnight, firstOf1980})
+        put16(out, value);
+    for (const std::size_t value : {std::size_t{crc32(entry.bytes)}, entry.bytes.size(), entry.bytes.size()})
+        put32(out, value);
+    put32(out, entry.name.size()); // and no extra field
 }
 
 } // namespace
