@@ -1,0 +1,135 @@
+#ifndef VYKEL_VYKEL_C_H
+#define VYKEL_VYKEL_C_H
+
+#include <stdbool.h>
+#include <stdint.h>
+
+/// \file
+/// The binary contract of the library for C99: the same objects, slots, codes and functions as in the C++
+/// headers, which say what each operation does. An object is a pointer to a table of function pointers; every
+/// function takes the object as its first argument: `list->operations->refresh(list, &status)`.
+/// C++ programs may include this header beside the others. The functions are then declared by those alone.
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+/// What the library itself reports: 0 success, negative error, positive warning; see vykel::StatusCode. A
+/// plug-in may return negative codes of its own.
+enum vykel_StatusCode {
+    VYKEL_SUCCESS = 0,                     ///< No error.
+    VYKEL_CONFIGURATION_FAULT = -50209,    ///< A lock file or the legacy alias file cannot be used.
+    VYKEL_MEMORY_FULL = -52000,            ///< Memory is exhausted.
+    VYKEL_GENERAL_FAULT = -52003,          ///< Not initialised, or a failure of no more specific kind.
+    VYKEL_BAD_CAST = -52004,               ///< A cast failed; only a faulty plug-in causes this.
+    VYKEL_INVALID_PARAMETER = -52005,      ///< An argument is invalid, or a plug-in cannot be loaded.
+    VYKEL_RESOURCE_NOT_FOUND = -52006,     ///< A registry key or a standard folder cannot be read.
+    VYKEL_OS_FAULT = -52008,               ///< An object of the operating system cannot be used.
+    VYKEL_PLUGIN_NOT_INITIALIZED = -52010, ///< A plug-in was asked for a list while not initialised.
+    VYKEL_VERSION_MISMATCH = -63193        ///< A device or an interface has another version.
+};
+
+/// What getNumber of a device answers when the device has no number.
+#define VYKEL_NO_DEVICE_NUMBER 0xFFFFFFFFu
+
+/// The caller's record into which an operation reports its outcome; see vykel::StatusBlock. The first error
+/// wins. A plug-in must check `structSize` before it writes anything but `code`.
+typedef struct vykel_StatusBlock {
+    uint32_t structSize;          ///< Size in bytes of the caller's record: 8, or 208 and more.
+    int32_t code;                 ///< 0 success, negative error, positive warning.
+    char component[10];           ///< Name of the raising component, NUL-terminated.
+    char file[101];               ///< Source file of the raise site, NUL-terminated.
+    unsigned char padding1[1];    ///< Never read or written.
+    uint32_t line;                ///< Source line of the raise site.
+    unsigned char padding2[4];    ///< Never read or written.
+    uint64_t reserved;            ///< 0 whenever the detail fields were written.
+    unsigned char unassigned[72]; ///< Never read or written.
+} vykel_StatusBlock;
+
+/// A block of full size with code 0: what a client passes to learn component, file and line of an error.
+static inline vykel_StatusBlock vykel_makeStatusBlock(void) {
+    const vykel_StatusBlock block = {208, 0, {0}, {0}, {0}, 0, {0}, 0, {0}};
+    return block;
+}
+
+/// One device; see vykel::IDevice. It belongs to its list and is valid until that list is refreshed again or
+/// released. Texts are UTF-8, owned by the device, and valid until the next call on the same device.
+typedef struct vykel_Device vykel_Device;
+
+/// The nine slots of a device.
+typedef struct vykel_DeviceOperations {
+    int32_t (*getVersion)(vykel_Device* device);
+    /// `format` is 1 or 2. Never null.
+    const char* (*getPersistentToken)(vykel_Device* device, uint32_t format);
+    uint32_t (*getSortKey)(vykel_Device* device);
+    void (*setNumber)(vykel_Device* device, uint32_t number, vykel_StatusBlock* status);
+    /// The number, or VYKEL_NO_DEVICE_NUMBER.
+    uint32_t (*getNumber)(vykel_Device* device);
+    void (*reserved1)(vykel_Device* device); ///< Never called.
+    void (*reserved2)(vykel_Device* device); ///< Never called.
+    /// Null when the device takes no alias, an empty text when it has none yet.
+    const char* (*getAlias)(vykel_Device* device);
+    /// `one` is 1 and `zero` is 0.
+    void (*setAlias)(vykel_Device* device, const char* alias, int32_t one, int32_t zero,
+                     vykel_StatusBlock* status);
+} vykel_DeviceOperations;
+
+struct vykel_Device {
+    const vykel_DeviceOperations* operations; ///< All that others may see of a device.
+};
+
+/// A list of devices; see vykel::IDeviceList. Its holder ends it with `release` and never frees it. One list
+/// with its devices must not be used by two threads at once.
+typedef struct vykel_DeviceList vykel_DeviceList;
+
+/// The eight slots of a list that may be called. The destructor of C++ follows them in the table: one slot or
+/// two, as the compiler has it.
+typedef struct vykel_DeviceListOperations {
+    int32_t (*getVersion)(vykel_DeviceList* list);
+    bool (*isStale)(vykel_DeviceList* list);
+    void (*refresh)(vykel_DeviceList* list, vykel_StatusBlock* status);
+    uint32_t (*getCount)(vykel_DeviceList* list);
+    vykel_Device* (*getDevice)(vykel_DeviceList* list, uint32_t index, int32_t minimumVersion,
+                               vykel_StatusBlock* status);
+    void (*release)(vykel_DeviceList* list);
+    void (*attach)(vykel_DeviceList* list, uint64_t token, vykel_StatusBlock* status);
+    void (*detach)(vykel_DeviceList* list, uint64_t token);
+} vykel_DeviceListOperations;
+
+struct vykel_DeviceList {
+    const vykel_DeviceListOperations* operations; ///< All that others may see of a list.
+};
+
+/// The whole table of a list that is written in C, in a plug-in: its lists point to `operations` of such a
+/// table. Nobody calls the slots of the destructor; set both to the function in `release`, so that even a
+/// holder who deletes the list does no harm.
+typedef struct vykel_PluginListOperations {
+    vykel_DeviceListOperations operations;         ///< What is called.
+    void (*destructor[2])(vykel_DeviceList* list); ///< What is not.
+} vykel_PluginListOperations;
+
+#ifdef __cplusplus
+} // extern "C"
+#else
+
+/// The three exports of the library; see vykeldevenum.h. Any thread may call any of them at any time.
+int32_t vykeldevenum_initialize(void);
+int32_t vykeldevenum_getAllKelDevices(int32_t version, vykel_DeviceList** list);
+int32_t vykeldevenum_finalize(void);
+
+/// Exports an entry point of a plug-in under its plain name.
+#if defined(_WIN32)
+#define VYKEL_PLUGIN_EXPORT __declspec(dllexport)
+#else
+#define VYKEL_PLUGIN_EXPORT __attribute__((visibility("default")))
+#endif
+
+/// The three functions that a plug-in exports; see PluginEntryPoints.h. Programs that are no plug-ins leave
+/// them undefined.
+VYKEL_PLUGIN_EXPORT int32_t vykel_initializePlugin(void);
+VYKEL_PLUGIN_EXPORT int32_t vykel_getPluginInterface(int32_t version, vykel_DeviceList** list);
+VYKEL_PLUGIN_EXPORT int32_t vykel_finalizePlugin(void);
+
+#endif
+
+#endif
