@@ -2,7 +2,7 @@
 if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
   add_test(NAME kit COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/kit-test.sh ${CMAKE_BINARY_DIR})
   set_tests_properties(kit PROPERTIES FIXTURES_SETUP kit
-    ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER};OBJDUMP=${CMAKE_OBJDUMP}")
+    ENVIRONMENT "CC=${CMAKE_C_COMPILER};CXX=${CMAKE_CXX_COMPILER};OBJDUMP=${CMAKE_OBJDUMP}")
   set(kit_tests kit)
   if(WIN32) # what the documents say is typed on Windows
     add_test(NAME docs COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/docs-test.sh ${CMAKE_BINARY_DIR})
