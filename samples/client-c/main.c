@@ -1,5 +1,5 @@
-// Lists the devices of this machine from C: all that a client of the library does. Exit codes: 0 listed,
-// 1 failed, 4 listed with a warning.
+// A complete client of the library, in C: lists the devices of this machine. Exit codes: 0 listed, 1 failed,
+// 4 listed with a warning.
 
 #include "vykel/vykel_c.h"
 #include <stdio.h>
