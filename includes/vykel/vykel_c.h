@@ -52,50 +52,65 @@ static inline vykel_StatusBlock vykel_makeStatusBlock(void) {
     return block;
 }
 
-/// One device; see vykel::IDevice. It belongs to its list and is valid until that list is refreshed again or
-/// released. Texts are UTF-8, owned by the device, and valid until the next call on the same device.
+/// The same, without `struct`.
 typedef struct vykel_Device vykel_Device;
 
 /// The nine slots of a device.
 typedef struct vykel_DeviceOperations {
+    /// The interface version of the device.
     int32_t (*getVersion)(vykel_Device* device);
-    /// `format` is 1 or 2. Never null.
+    /// A text that names the device for good, never null. `format` is 1 or 2.
     const char* (*getPersistentToken)(vykel_Device* device, uint32_t format);
+    /// Orders the devices that have no number yet: lower keys are numbered first.
     uint32_t (*getSortKey)(vykel_Device* device);
+    /// Gives the device its machine-wide number.
     void (*setNumber)(vykel_Device* device, uint32_t number, vykel_StatusBlock* status);
     /// The number, or VYKEL_NO_DEVICE_NUMBER.
     uint32_t (*getNumber)(vykel_Device* device);
-    void (*reserved1)(vykel_Device* device); ///< Never called.
-    void (*reserved2)(vykel_Device* device); ///< Never called.
+    /// Never called.
+    void (*reserved1)(vykel_Device* device);
+    /// Never called.
+    void (*reserved2)(vykel_Device* device);
     /// Null when the device takes no alias, an empty text when it has none yet.
     const char* (*getAlias)(vykel_Device* device);
-    /// `one` is 1 and `zero` is 0.
+    /// Gives the device an alias. `one` is 1 and `zero` is 0.
     void (*setAlias)(vykel_Device* device, const char* alias, int32_t one, int32_t zero,
                      vykel_StatusBlock* status);
 } vykel_DeviceOperations;
 
+/// One device; see vykel::IDevice. It belongs to its list and is valid until that list is refreshed again or
+/// released. Texts are UTF-8, owned by the device, and valid until the next call on the same device.
 struct vykel_Device {
     const vykel_DeviceOperations* operations; ///< All that others may see of a device.
 };
 
-/// A list of devices; see vykel::IDeviceList. Its holder ends it with `release` and never frees it. One list
-/// with its devices must not be used by two threads at once.
+/// The same, without `struct`.
 typedef struct vykel_DeviceList vykel_DeviceList;
 
 /// The eight slots of a list that may be called. The destructor of C++ follows them in the table: one slot or
 /// two, as the compiler has it.
 typedef struct vykel_DeviceListOperations {
+    /// The version of this interface: 0.
     int32_t (*getVersion)(vykel_DeviceList* list);
+    /// True when a refresh may show something new.
     bool (*isStale)(vykel_DeviceList* list);
+    /// Brings the list up to date; devices handed out before become invalid.
     void (*refresh)(vykel_DeviceList* list, vykel_StatusBlock* status);
+    /// Number of devices after the last refresh; 0 before the first.
     uint32_t (*getCount)(vykel_DeviceList* list);
+    /// The device at a zero-based index; null after an error.
     vykel_Device* (*getDevice)(vykel_DeviceList* list, uint32_t index, int32_t minimumVersion,
                                vykel_StatusBlock* status);
+    /// Ends the list and frees it.
     void (*release)(vykel_DeviceList* list);
+    /// Hands an opaque token to every plug-in's list.
     void (*attach)(vykel_DeviceList* list, uint64_t token, vykel_StatusBlock* status);
+    /// Withdraws a token.
     void (*detach)(vykel_DeviceList* list, uint64_t token);
 } vykel_DeviceListOperations;
 
+/// A list of devices; see vykel::IDeviceList. Its holder ends it with `release` and never frees it. One list
+/// with its devices must not be used by two threads at once.
 struct vykel_DeviceList {
     const vykel_DeviceListOperations* operations; ///< All that others may see of a list.
 };
@@ -112,9 +127,13 @@ typedef struct vykel_PluginListOperations {
 } // extern "C"
 #else
 
-/// The three exports of the library; see vykeldevenum.h. Any thread may call any of them at any time.
+// The three exports of the library; see vykeldevenum.h. Any thread may call any of them at any time.
+
+/// Loads every registered plug-in, at the first call; further calls only count.
 int32_t vykeldevenum_initialize(void);
+/// Stores a new list over all loaded plug-ins; `version` is 0. The caller owns the list.
 int32_t vykeldevenum_getAllKelDevices(int32_t version, vykel_DeviceList** list);
+/// Takes back one vykeldevenum_initialize; the last one unloads every plug-in.
 int32_t vykeldevenum_finalize(void);
 
 /// Exports an entry point of a plug-in under its plain name.
@@ -124,10 +143,13 @@ int32_t vykeldevenum_finalize(void);
 #define VYKEL_PLUGIN_EXPORT __attribute__((visibility("default")))
 #endif
 
-/// The three functions that a plug-in exports; see PluginEntryPoints.h. Programs that are no plug-ins leave
-/// them undefined.
+// The three functions that a plug-in exports; see PluginEntryPoints.h. Other programs leave them undefined.
+
+/// Called once, right after loading. A negative result refuses.
 VYKEL_PLUGIN_EXPORT int32_t vykel_initializePlugin(void);
+/// Stores a new list, which the caller owns; `version` is 0.
 VYKEL_PLUGIN_EXPORT int32_t vykel_getPluginInterface(int32_t version, vykel_DeviceList** list);
+/// Called once before unloading; the result is ignored.
 VYKEL_PLUGIN_EXPORT int32_t vykel_finalizePlugin(void);
 
 #endif
