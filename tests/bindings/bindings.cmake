@@ -14,8 +14,8 @@ endif()
 add_dependencies(bindings_tests client_c lamp)
 
 # The Python module runs on the host. A sanitized library wants the sanitizer's runtime in the process from the
-# start, and that wants the C++ runtime for its look at thrown exceptions. What Python itself leaves allocated is no
-# leak of ours.
+# start, and that wants the C++ runtime when it looks at thrown exceptions. What Python itself leaves allocated
+# is no leak of ours.
 if(NOT WIN32 AND NOT VYKEL_SANITIZE MATCHES thread)
   add_test(NAME python_binding
     COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/bindings/test_vykeldevenum.py)

@@ -1,6 +1,7 @@
 """The Python module against the library of a build, with the sample plug-in and one that is faulty."""
 
 import os
+import re
 import shutil
 import subprocess
 import sys
@@ -12,23 +13,16 @@ from pathlib import Path
 from typing import Callable, List, Optional, Union
 
 import vykeldevenum
-from vykeldevenum import ClosedError, Device, DeviceList, Library, LoadError, PluginError, Site, StatusError
+from vykeldevenum import ClosedError, Library, LoadError, PluginError, Site, StatusCode, StatusError, _native
 
 BUILD = Path(os.environ["VYKEL_BUILD"])
 LIBRARY = BUILD / "libvykeldevenum.so"
 
 
-def uses_of(device: Device) -> List[Callable[[], object]]:
-    return [lambda: device.number, lambda: device.alias, lambda: device.version, lambda: device.sort_key,
-            device.token, lambda: device.set_alias("x")]
-
-
 class Binding(unittest.TestCase):
     def setUp(self) -> None:
-        folder = tempfile.TemporaryDirectory()
-        self.addCleanup(folder.cleanup)
-        self.root = Path(folder.name)
-        os.environ["WINHOST_ROOT"] = folder.name
+        self.root = Path(self.enterContext(tempfile.TemporaryDirectory()))
+        os.environ["WINHOST_ROOT"] = str(self.root)
         self.configuration = self.root / "c/ProgramData/Morvance/VY-KEL"
         self.configuration.mkdir(parents=True)
 
@@ -37,9 +31,7 @@ class Binding(unittest.TestCase):
         copy = shutil.copy(BUILD / f"{plugin}.so", self.root)
         (self.root / "simulated.devices").write_text(devices, "utf-8")
         subprocess.run([BUILD / "vykeldev", "register", "left", copy], check=True, stdout=subprocess.DEVNULL)
-        library = Library(LIBRARY)
-        self.addCleanup(library.close)
-        return library
+        return self.enterContext(Library(LIBRARY))
 
     def assert_fails(self, call: Callable[[], object], code: int, name: Optional[str]) -> StatusError:
         with self.assertRaises(StatusError) as caught:
@@ -48,21 +40,19 @@ class Binding(unittest.TestCase):
         return caught.exception
 
     def test_shows_and_names_devices(self) -> None:
-        library = self.open(devices='token=a token2=A version=3 sortKey=4000000000 alias=""\n'
+        library = self.open(devices='token=a token2=A version=2147483647 sortKey=4000000000 alias=""\n'
                                     'token=ü sortKey=5 number=7\n')
         with library.devices() as devices:
             self.assertEqual((len(devices), devices.stale, list(devices)), (0, True, []))
             devices.refresh()
             self.assertEqual(
                 [(d.number, d.alias, d.version, d.sort_key, d.token(), d.token(2)) for d in devices],
-                [(0, "", 3, 4000000000, "a", "A"), (7, None, 1, 5, "ü", "ü")])
+                [(0, "", 2147483647, 4000000000, "a", "A"), (7, None, 1, 5, "ü", "ü")])
             self.assertFalse(devices.stale)
             devices[0].set_alias("Wäge")
             self.assertEqual(devices[-2].alias, "Wäge")
             self.assert_fails(lambda: devices[1].set_alias("x"), -52005, "InvalidParameter")
             self.assert_fails(lambda: devices.get(1, 3), -63193, "VersionMismatch")
-            devices.attach(2**64 - 1)
-            devices.detach(2**64 - 1)
             for wrong in (2, -3):
                 self.assertRaises(IndexError, devices.get, wrong)
             for call in (lambda: devices.get(0, 2**31), lambda: devices.attach(-1),
@@ -70,27 +60,22 @@ class Binding(unittest.TestCase):
                 self.assertRaises(ValueError, call)
 
     def test_ends_lives(self) -> None:
-        ends: List[Callable[[Library, DeviceList], None]] = [
-            lambda _, devices: devices.refresh(), lambda _, devices: devices.close(),
-            lambda library, _: library.close()]
-        library = self.open(devices="token=a alias=A")
-        library.close()
-        for number, end in enumerate(ends):
-            library = Library(LIBRARY)
-            devices = library.devices()
-            devices.refresh()
-            device = devices[0]
-            end(library, devices)
-            uses = uses_of(device)
-            if number > 0:
-                uses += [devices.refresh, devices.__len__, lambda: devices[0], lambda: devices.attach(1)]
-            if library.closed:
-                uses += [library.devices]
-            for use in uses:
-                self.assertRaises(ClosedError, use)
-            library.close()
-            devices.close()
-            library.close()
+        self.open(devices="token=a alias=A").close()
+        for end in ("refresh", "close the list", "close the library"):
+            with self.subTest(end), Library(LIBRARY) as library, library.devices() as devices:
+                devices.refresh()
+                device = devices[0]
+                uses: List[Callable[[], object]] = [
+                    lambda: device.number, lambda: device.alias, lambda: device.version, device.token,
+                    lambda: device.sort_key, lambda: device.set_alias("x")]
+                of_list = [devices.refresh, devices.__len__, lambda: devices[0], lambda: devices.attach(1)]
+                if end == "refresh":
+                    devices.refresh()
+                else:
+                    (devices if end == "close the list" else library).close()
+                    uses += of_list
+                for use in uses + [library.devices] * library.closed:
+                    self.assertRaises(ClosedError, use)
         self.assertNotIn("simulated.so", Path("/proc/self/maps").read_text())  # each was finalised
 
     def test_reports_errors(self) -> None:
@@ -122,6 +107,22 @@ class Binding(unittest.TestCase):
                     self.assertEqual(devices[0].number, 7)
                 else:
                     self.assertEqual(devices[0].token(2), expected)
+                devices.attach(2**64 - 1)
+                self.assert_fails(lambda: devices.attach(2**64 - 1), -52005, "InvalidParameter")
+                devices.detach(2**64 - 1)
+                devices.attach(2**64 - 1)
+
+    def test_has_the_documented_contract(self) -> None:
+        text = (Path(__file__).parents[2] / "docs/binary-interface.md").read_text()
+        codes = {int(code): name for code, name in re.findall(r"^\| (-?\d+) \| `([A-Z]\w+)`", text, re.M)}
+        self.assertEqual(codes, {code.value: code.name for code in StatusCode})
+        rows = {(int(first), int(second), name)
+                for first, second, name in re.findall(r"^\| (\d+) \| (\d+) \| `(\w+)`", text, re.M)}
+        for structure in (_native.DeviceListOperations, _native.DeviceOperations, _native.StatusBlock):
+            for name, *_ in structure._fields_:
+                field = getattr(structure, name)
+                rows -= {(field.offset // 8, field.offset, name), (field.offset, field.size, name)}
+        self.assertEqual(rows, set())
 
     def test_lets_threads_wait_for_each_other(self) -> None:
         devices = self.open(devices="token=a alias=A").devices()
@@ -138,7 +139,6 @@ class Binding(unittest.TestCase):
                 self.assertIn([device.alias for device in devices], ([], ["A"]))
             except ClosedError:
                 pass
-        worker.join()
 
     def test_makes_a_wheel(self) -> None:
         package = Path(vykeldevenum.__file__).parent
