@@ -26,8 +26,8 @@ constexpr Range wide[] = {{0x1100, 0x115F},  {0x231A, 0x231B},   {0x2E80, 0x303E
                           {0xFFE0, 0xFFE6},  {0x1F300, 0x1F64F}, {0x1F680, 0x1F6FF}, {0x1F900, 0x1F9FF},
                           {0x20000, 0x3FFFD}};
 
-template <std::size_t Size>
-bool contains(const Range (&ranges)[Size], char32_t character) noexcept {
+template <std::size_t size>
+bool contains(const Range (&ranges)[size], char32_t character) noexcept {
     return std::any_of(std::begin(ranges), std::end(ranges), [character](const Range& range) {
         return range.first <= character && character <= range.last;
     });
