@@ -2,6 +2,7 @@
 #include "doctor/Findings.h"
 #include "doctor/FolderCheck.h"
 #include "doctor/PluginCheck.h"
+#include "doctor/Zip.h"
 #include "platform/Process.h"
 #include "platform/System.h"
 #include "support/DisplayText.h"
@@ -9,7 +10,6 @@
 #include "support/NumberRange.h"
 #include "support/Paths.h"
 #include "support/Text.h"
-#include "support/Zip.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>

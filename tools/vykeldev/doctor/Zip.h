@@ -1,5 +1,5 @@
-#ifndef VYKELDEV_SUPPORT_ZIP_H
-#define VYKELDEV_SUPPORT_ZIP_H
+#ifndef VYKELDEV_DOCTOR_ZIP_H
+#define VYKELDEV_DOCTOR_ZIP_H
 
 #include <string>
 #include <vector>

@@ -1,4 +1,4 @@
-#include "support/Zip.h"
+#include "doctor/Zip.h"
 
 #include <cstdint>
 
