@@ -21,7 +21,7 @@ add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${
 if(WIN32)
   add_link_options(-Wl,--no-insert-timestamp) # a release has the same bytes whenever and wherever it is built
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  # A library with GNU_UNIQUE symbols is never unloaded, but plug-ins must be.
+  # The system never unloads a library with GNU_UNIQUE symbols, but plug-ins must be unloaded.
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 
