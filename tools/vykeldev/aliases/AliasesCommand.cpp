@@ -25,15 +25,8 @@ const char* nameOf(Outcome outcome) noexcept {
 }
 
 const char* layoutText(AliasLayout layout) noexcept {
-    switch (layout) {
-    case AliasLayout::ByTokenFormat1:
-        return "tokens of format 1";
-    case AliasLayout::ByTokenFormat2:
-        return "tokens of format 2";
-    case AliasLayout::ByResourceName:
-        break;
-    }
-    return "resource names";
+    static constexpr const char* texts[] = {"resource names", "tokens of format 1", "tokens of format 2"};
+    return texts[static_cast<std::size_t>(layout)];
 }
 
 std::string unreachedText(const EntryPreview& entry) {
@@ -104,34 +97,26 @@ void printJson(const std::string& path, const Preview* preview) {
     std::cout << textOf(document) << '\n';
 }
 
-/// Keeps transfers from running while it lives. It makes no lock file: without one nobody has transferred
-/// yet.
-class TransferPause {
-public:
-    /// Throws Failure when a transfer does not end, vyerr::Exception when the folder is unknown.
-    TransferPause() {
-        const std::string path = vykel::getConfigurationFolder() + "vykel.lck";
-        stream.reset(std::fopen(path.c_str(), "rb"));
-        if (stream == nullptr)
-            return;
-        const DWORD error = lockInTime(stream.get(), [](auto) {});
-        if (error != ERROR_SUCCESS)
-            throw systemFailure("locking '" + printable(path) + "'", error,
-                                "Most likely a client hangs in a refresh; 'vykeldev doctor' says more.");
-    }
-
-private:
-    vykel::FileStream stream;
-};
+/// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
+/// transferred yet. Throws Failure when a transfer does not end, vyerr::Exception when the folder is unknown.
+vykel::FileStream pauseTransfers() {
+    const std::string path = vykel::getConfigurationFolder() + "vykel.lck";
+    vykel::FileStream stream(std::fopen(path.c_str(), "rb"));
+    const DWORD error = stream ? lockInTime(stream.get(), [](auto) {}) : ERROR_SUCCESS;
+    if (error != ERROR_SUCCESS)
+        throw systemFailure("locking '" + printable(path) + "'", error,
+                            "Most likely a client hangs in a refresh; 'vykeldev doctor' says more.");
+    return stream;
+}
 
 LegacyFile readWhilePaused(const std::string& path) {
-    const TransferPause pause;
+    const vykel::FileStream pause = pauseTransfers();
     return LegacyFile(path);
 }
 
 /// Whether there is a file. Throws Failure when it cannot be read.
 bool isRead(const LegacyFile& file, const std::string& path) {
-    const int result = file.result();
+    const int result = file.result;
     if (result == 0 || result == vyini::IniNoFile)
         return result == 0;
     const std::string what = "reading '" + printable(path) + "' failed with " + std::to_string(result);
@@ -187,8 +172,7 @@ void addAliasesCommand(CLI::App& app, Run& chosen) {
         "Shows what the next refresh does with the aliases of an older release, and changes nothing");
     command->add_flag("--json", *json, "Prints one JSON object (schemas/aliases.schema.json)");
     command->footer("Exit codes: 0 done, 1 the file is malformed, locked or cannot be read, 3 there is none. "
-                    "docs/legacy-aliases.md "
-                    "explains the file.");
+                    "docs/legacy-aliases.md explains the file.");
     command->callback([json, &chosen] {
         chosen = [json](const Context& context) { return aliases::previewAliases(context, *json); };
     });

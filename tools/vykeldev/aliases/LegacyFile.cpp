@@ -2,6 +2,7 @@
 
 #include "ini/IniEdit.h"
 #include "ini/IniLoad.h"
+#include "support/Text.h"
 #include <algorithm>
 
 namespace vykeldev::aliases {
@@ -83,17 +84,17 @@ private:
         const AliasRecord* const counting = table.find(*record.target);
         if (counting == &record)
             return add(record, Flaw::None);
-        return add(record, Flaw::Duplicate,
-                   "line " + std::to_string(counting->line) +
-                       (byName ? " names the same device" : " has the same token"));
+        const char* const shared = byName ? " names the same device" : " has the same token";
+        return add(record, Flaw::Duplicate, concat("line ", counting->line, shared));
     }
 
     std::string flawText(AliasFlaw flaw, std::size_t index) const {
-        if (flaw != AliasFlaw::UnknownLocal)
-            return std::string(flaw == AliasFlaw::NoAlias    ? "Alias"
-                               : flaw == AliasFlaw::NoTarget ? "PersistentToken"
-                                                             : "Local") +
-                   " is missing or empty";
+        if (flaw == AliasFlaw::NoAlias)
+            return "Alias is missing or empty";
+        if (flaw == AliasFlaw::NoTarget)
+            return "PersistentToken is missing or empty";
+        if (flaw == AliasFlaw::NoLocal)
+            return "Local is missing or empty";
         vyini::IniSection* const section = vykel::findAliasSection(&document, index);
         const char* const local = vyini::findIniEntry(section, document.caseSensitive, "Local")->value;
         return "Local is '" + std::string(local) + "', neither True nor False";
@@ -124,17 +125,13 @@ private:
 } // namespace
 
 LegacyFile::LegacyFile(const std::string& path) {
-    const vyini::IniSkippedLineObserver observer = {keepSkipped, this};
-    loadResult = vyini::loadIniFile(text.document(), path.c_str(), &observer);
-}
-
-void LegacyFile::keepSkipped(void* file, vyini::IniRange line, std::int32_t number) {
-    if (!line.empty())
-        static_cast<LegacyFile*>(file)->skipped.push_back({number, std::string(line.begin, line.end)});
-}
-
-AliasLayout LegacyFile::layout() const {
-    return vykel::aliasLayoutOf(&document());
+    const auto keepSkipped = [](void* lines, vyini::IniRange line, std::int32_t number) {
+        if (!line.empty())
+            static_cast<decltype(skippedLines)*>(lines)->push_back(
+                {number, std::string(line.begin, line.end)});
+    };
+    const vyini::IniSkippedLineObserver observer = {keepSkipped, &skippedLines};
+    result = vyini::loadIniFile(text.document(), path.c_str(), &observer);
 }
 
 std::vector<LegacyEntry> LegacyFile::entries() const {

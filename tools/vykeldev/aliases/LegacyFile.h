@@ -46,22 +46,16 @@ public:
     /// Reads the file. Throws vyerr::Exception when memory is short.
     explicit LegacyFile(const std::string& path);
 
-    /// The result of vyini::loadIniFile: 0, or why the file was not read.
-    int result() const noexcept { return loadResult; }
     /// Owned by this object.
     vyini::IniDocument& document() const noexcept { return *text.document(); }
-    /// In the order of the file; blank lines are not among them.
-    const std::vector<SkippedLine>& skippedLines() const noexcept { return skipped; }
-    vykel::AliasLayout layout() const;
     /// In the order of their lines. Throws std::bad_alloc.
     std::vector<LegacyEntry> entries() const;
 
-private:
-    static void keepSkipped(void* file, vyini::IniRange line, std::int32_t number);
+    int result = 0;                        ///< Of vyini::loadIniFile: 0, or why the file was not read.
+    std::vector<SkippedLine> skippedLines; ///< In the order of the file; blank lines are not among them.
 
+private:
     vykel::AutoIniText text;
-    std::vector<SkippedLine> skipped;
-    int loadResult;
 };
 
 } // namespace vykeldev::aliases

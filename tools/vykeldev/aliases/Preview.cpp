@@ -14,23 +14,18 @@ namespace {
 
 using vykel::AliasLayout;
 
+/// What becomes of an entry that no device is offered.
 Outcome outcomeOf(Flaw flaw) noexcept {
-    switch (flaw) {
-    case Flaw::None:
-        return Outcome::NoDevice;
-    case Flaw::Malformed:
-        return Outcome::Malformed;
-    case Flaw::NotLocal:
-        return Outcome::NotLocal;
-    default:
-        return Outcome::Unreached;
-    }
+    return flaw == Flaw::None        ? Outcome::NoDevice
+           : flaw == Flaw::Malformed ? Outcome::Malformed
+           : flaw == Flaw::NotLocal  ? Outcome::NotLocal
+                                     : Outcome::Unreached;
 }
 
 class Previewer {
 public:
     explicit Previewer(const LegacyFile& file) : document(file.document()) {
-        preview.layout = file.layout();
+        preview.layout = vykel::aliasLayoutOf(&document);
         for (const LegacyEntry& entry : file.entries())
             preview.entries.push_back({entry, outcomeOf(entry.flaw)});
     }
@@ -40,7 +35,7 @@ public:
             tagEntry(i);
         transfer(devices.table());
         for (const PreviewDevice& device : devices.all())
-            if (device.offeredAlias())
+            if (device.offered)
                 noteConsumed(device);
         if (byName())
             findWhatIsLeft();
@@ -66,10 +61,10 @@ private:
     }
 
     void noteConsumed(const PreviewDevice& device) {
-        const std::string tag = byName() ? vykel::resourceName(device.lastNumber()) : *device.offeredAlias();
+        const std::string tag = byName() ? vykel::resourceName(device.number) : *device.offered;
         EntryPreview& entry = preview.entries[entryOf.at(tag)];
-        entry.outcome = device.keepsItsAlias() ? Outcome::Dropped : Outcome::Moves;
-        entry.device = device.lastNumber();
+        entry.outcome = device.named ? Outcome::Dropped : Outcome::Moves;
+        entry.device = device.number;
         entry.stays = false;
         entry.detail.clear();
     }

@@ -4,6 +4,7 @@
 #include "DeviceListPtr.h"
 #include "DeviceTable.h"
 #include "PellumKelPluginManager.h"
+#include "vytpl/NonCopyable.h"
 #include <deque>
 #include <optional>
 #include <string>
@@ -37,18 +38,12 @@ public:
         offered = alias;
     }
 
-    /// The number when it was last asked for.
-    std::uint32_t lastNumber() const noexcept { return number; }
-    /// The alias that a transfer offered; none without one.
-    const std::optional<std::string>& offeredAlias() const noexcept { return offered; }
-    /// Whether the plug-in's device has an alias already, and keeps it.
-    bool keepsItsAlias() const noexcept { return named; }
+    std::uint32_t number = vykel::noDeviceNumber; ///< When it was last asked for.
+    bool named = false;                 ///< Whether the plug-in's device has an alias already, and keeps it.
+    std::optional<std::string> offered; ///< The alias that a transfer offered; none without one.
 
 private:
     vykel::IDevice& real;
-    std::uint32_t number = vykel::noDeviceNumber;
-    bool named = false;
-    std::optional<std::string> offered;
 };
 
 /// All devices of this machine, with the numbers that the next refresh gives the new ones. The plug-ins stay
@@ -64,11 +59,9 @@ public:
     const std::deque<PreviewDevice>& all() const noexcept { return devices; }
 
 private:
-    struct LoadedPlugins {
+    struct LoadedPlugins : private vytpl::NonCopyableT<LoadedPlugins> {
         LoadedPlugins() { manager.loadAll(); }
         ~LoadedPlugins() { manager.unloadAll(); }
-        LoadedPlugins(const LoadedPlugins&) = delete;
-        LoadedPlugins& operator=(const LoadedPlugins&) = delete;
 
         vykel::PellumKelPluginManager manager;
     };

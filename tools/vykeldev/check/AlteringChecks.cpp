@@ -10,6 +10,8 @@ namespace {
 /// Something that can be set on a device, as a text; none when it is not set.
 struct Property {
     const char* name;
+    const char* none; ///< When no device has it: what to do.
+    std::string (*newValue)(const std::vector<Device>&);
     PluginText (*read)(const Device&);
     std::int32_t (*write)(const Device&, const std::string&);
 };
@@ -24,16 +26,16 @@ struct Alteration {
 /// Finds a device again by its token.
 Device find(const List& list, const std::string& token) {
     for (const Device& device : devicesOf(list))
-        if (quoted(device.getPersistentToken(1)) == token)
+        if (quotedText(device.getPersistentToken(1)) == token)
             return device;
-    throw Skipped{"the device " + token + " is no longer there"};
+    throw Skipped("the device ", token, " is no longer there");
 }
 
 void mustRead(const Property& property, const Device& device, const std::string& expected, const char* when) {
     const PluginText found = property.read(device);
     if (found != expected)
-        throw Broken{std::string(property.name) + " was set to " + quoted(expected) + ", and " + when +
-                     " it is " + quoted(found)};
+        throw Broken(property.name, " was set to ", quotedText(expected), ", and ", when, " it is ",
+                     quotedText(found));
 }
 
 /// Sets the property of one device, and reads it back from the device and from a list that existed before.
@@ -45,8 +47,7 @@ void alter(const Subject& subject, const Session& session, const Property& prope
     subject.trace.note({alteration.token, alteration.before, alteration.value});
     const std::int32_t code = property.write(device, alteration.value);
     if (code < 0)
-        throw Questionable{"setting " + std::string(property.name) + " was refused with " +
-                           std::to_string(code)};
+        throw Questionable("setting ", property.name, " was refused with ", code);
     mustRead(property, device, alteration.value, "read from the same device");
     mustRead(property, find(other, alteration.token), alteration.value, "read from another list");
 }
@@ -63,8 +64,8 @@ void putBack(const Subject& subject, const Property& property) {
     if (property.read(find(later, alteration.token)) == alteration.before)
         subject.trace.putBack();
     if (subject.stage == Stage::Second && kept != alteration.value)
-        throw Broken{std::string(property.name) + " was set to " + quoted(alteration.value) +
-                     ", and in a new process it is " + quoted(kept)};
+        throw Broken(property.name, " was set to ", quotedText(alteration.value),
+                     ", and in a new process it is ", quotedText(kept));
 }
 
 /// The first device with a token of its own whose property is set; null when there is none.
@@ -76,7 +77,7 @@ const Device* findAlterable(const std::vector<Device>& devices, const Property& 
         const PluginText token = device.getPersistentToken(1);
         const PluginText value = property.read(device);
         return count[token] == 1 && value && !value->empty() && isUtf8(value) &&
-               quoted(token).size() + value->size() <= maxNoteBytes;
+               quotedText(token).size() + value->size() <= maxNoteBytes;
     };
     const auto found = std::find_if(devices.begin(), devices.end(), isAlterable);
     return found == devices.end() ? nullptr : &*found;
@@ -90,27 +91,22 @@ std::string unusedNumber(const std::vector<Device>& devices) {
         unused = std::max(unused, number == vykel::noDeviceNumber ? 0 : number + 1);
     }
     if (unused == vykel::noDeviceNumber)
-        throw Skipped{"the highest number is in use"};
+        throw Skipped("the highest number is in use");
     return std::to_string(unused);
 }
 
-std::string unusedAlias(const std::vector<Device>&) {
-    return "vykeldev check \xC3\xA4\xE2\x82\xAC";
-}
-
 /// Alters the property of one device, or puts it back in the second process. The property must be set
-/// already: nothing could clear it again. `none` says what to do when no device has it.
-void checkKept(const Subject& subject, const Property& property, const char* none,
-               std::string (*newValue)(const std::vector<Device>&)) {
+/// already: nothing could clear it again.
+void checkKept(const Subject& subject, const Property& property) {
     if (subject.stage != Stage::First)
         return putBack(subject, property);
     const Session session(subject);
     const std::vector<Device> devices = devicesOf(session.list);
     const Device* const device = findAlterable(devices, property);
     if (device == nullptr)
-        throw Skipped{none};
+        throw Skipped(property.none);
     alter(subject, session, property,
-          {quoted(device->getPersistentToken(1)), *property.read(*device), newValue(devices)});
+          {quotedText(device->getPersistentToken(1)), *property.read(*device), property.newValue(devices)});
 }
 
 } // namespace
@@ -118,6 +114,9 @@ void checkKept(const Subject& subject, const Property& property, const char* non
 void checkNumberKept(const Subject& subject) {
     static constexpr Property property = {
         "the number",
+        "no device with a token of its own has a number; register the plug-in and let 'vykeldev list' "
+        "number them",
+        unusedNumber,
         [](const Device& device) {
             const std::uint32_t number = device.getNumber();
             return number == vykel::noDeviceNumber ? PluginText() : std::to_string(number);
@@ -125,19 +124,17 @@ void checkNumberKept(const Subject& subject) {
         [](const Device& device, const std::string& number) {
             return device.setNumber(static_cast<std::uint32_t>(std::stoul(number)));
         }};
-    checkKept(subject, property,
-              "no device with a token of its own has a number; register the plug-in and let 'vykeldev list' "
-              "number them",
-              unusedNumber);
+    checkKept(subject, property);
 }
 
 void checkAliasKept(const Subject& subject) {
     static constexpr Property property = {
-        "the alias", [](const Device& device) { return device.getAlias(); },
+        "the alias",
+        "no device with a token of its own has an alias; give one device an alias to have this checked",
+        [](const std::vector<Device>&) { return std::string("vykeldev check \xC3\xA4\xE2\x82\xAC"); },
+        [](const Device& device) { return device.getAlias(); },
         [](const Device& device, const std::string& alias) { return device.setAlias(alias); }};
-    checkKept(subject, property,
-              "no device with a token of its own has an alias; give one device an alias to have this checked",
-              unusedAlias);
+    checkKept(subject, property);
 }
 
 } // namespace vykeldev::check

@@ -15,19 +15,14 @@
 namespace vykeldev {
 namespace {
 
-using check::Outcome;
-using check::Results;
-
 struct CheckOptions {
-    std::string path;
+    check::RunOptions run;
     std::string junitFile;
     double timeout = 10; // seconds
     bool json = false;
-    bool readOnly = false;
-    std::vector<std::string> rules;
 };
 
-void writeJUnit(const CheckOptions& options, const std::string& plugin, const Results& results) {
+void writeJUnit(const CheckOptions& options, const std::string& plugin, const check::Results& results) {
     std::ofstream file(std::filesystem::path(toWide(options.junitFile)), std::ios::binary);
     check::printJUnit(file, plugin, results);
     if (!file.flush())
@@ -36,9 +31,9 @@ void writeJUnit(const CheckOptions& options, const std::string& plugin, const Re
 }
 
 ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
-    const check::RunOptions run{absolutePath(options.path),
-                                std::chrono::milliseconds(static_cast<long long>(1000 * options.timeout)),
-                                options.readOnly, options.rules};
+    check::RunOptions run = options.run;
+    run.path = absolutePath(run.path);
+    run.limit = std::chrono::milliseconds(static_cast<long long>(1000 * options.timeout));
     const std::string problem = pathProblem(run.path);
     if (!problem.empty())
         throw Failure("'" + printable(run.path) + "' cannot be checked: " + problem, "",
@@ -57,15 +52,9 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
         writeJUnit(options, run.path, results);
     if (stopped)
         throw Failure("stopped before every rule was checked", "", "Check the plug-in again.");
-    if (check::countOf(results, Outcome::Failed) != 0)
+    if (check::countOf(results, check::Outcome::Failed) != 0)
         return ExitCode::Broken;
-    return check::countOf(results, Outcome::Warning) != 0 ? ExitCode::Warnings : ExitCode::Success;
-}
-
-/// The table of rules, for those who document it.
-void printRules() {
-    for (const check::Rule& rule : check::allRules())
-        std::cout << rule.id << '\t' << rule.title << '\n';
+    return check::countOf(results, check::Outcome::Warning) != 0 ? ExitCode::Warnings : ExitCode::Success;
 }
 
 } // namespace
@@ -73,7 +62,7 @@ void printRules() {
 void addCheckCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<CheckOptions>();
     CLI::App* const command = app.add_subcommand("check", "Checks a plug-in against its contract");
-    command->add_option("PLUGIN", options->path, "The plug-in's DLL; it need not be registered")
+    command->add_option("PLUGIN", options->run.path, "The plug-in's DLL; it need not be registered")
         ->required()
         ->type_name("");
     command->add_flag("--json", options->json, "Prints one JSON object");
@@ -86,10 +75,10 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
                      "Seconds without progress after which a rule has failed (default 10)")
         ->check(inRange(1, 86400, "1 to 86400 seconds"))
         ->type_name("S");
-    command->add_flag("--read-only", options->readOnly,
+    command->add_flag("--read-only", options->run.readOnly,
                       "Leaves out the rules that change one number and one alias for a moment");
     command
-        ->add_option("--rule", options->rules,
+        ->add_option("--rule", options->run.rules,
                      "Checks only this rule and those that it needs; may be given more than once")
         ->check([](const std::string& id) {
             return check::findRule(id) != nullptr ? std::string() : "there is no rule '" + id + "'";
@@ -100,7 +89,8 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command->add_flag_callback(
         "--list-rules",
         [] {
-            printRules();
+            for (const check::Rule& rule : check::allRules())
+                std::cout << rule.id << '\t' << rule.title << '\n';
             throw CLI::Success();
         },
         "Lists the rules and checks nothing");

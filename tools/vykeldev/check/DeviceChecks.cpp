@@ -9,28 +9,23 @@ namespace {
 
 constexpr std::uint32_t formats[] = {1, 2};
 
-/// Everything that returns a text.
-constexpr const char* (*readers[])(const Device&) = {
-    [](const Device& device) { return device.ownToken(1); },
-    [](const Device& device) { return device.ownToken(2); },
-    [](const Device& device) { return device.ownAlias(); },
+/// An operation that returns a text.
+struct TextReader {
+    const char* operation;
+    const char* (*read)(const Device&);
 };
-
-std::string name(const char* operation, std::size_t device) {
-    return std::string(operation) + " of device " + std::to_string(device);
-}
-
-void mustBeUtf8(const PluginText& text, const std::string& what) {
-    if (!isUtf8(text))
-        throw Broken{what + " is not valid UTF-8: " + quoted(text)};
-}
+constexpr TextReader readers[] = {
+    {"getPersistentToken", [](const Device& device) { return device.ownToken(1); }},
+    {"getPersistentToken", [](const Device& device) { return device.ownToken(2); }},
+    {"getAlias", [](const Device& device) { return device.ownAlias(); }},
+};
 
 /// All tokens, quoted, in an order that does not depend on that of the devices.
 std::vector<std::string> tokensOf(const List& list) {
     std::vector<std::string> tokens;
     for (const Device& device : devicesOf(list))
         for (const std::uint32_t format : formats)
-            tokens.push_back(quoted(device.getPersistentToken(format)));
+            tokens.push_back(quotedText(device.getPersistentToken(format)));
     std::sort(tokens.begin(), tokens.end());
     return tokens;
 }
@@ -64,7 +59,7 @@ void mustKnowTokens(const Subject& subject) {
     const std::vector<std::string> now = tokensOf(Session(subject).list);
     const std::string gone = firstMissing(before, now);
     if (!gone.empty() && now.size() >= count)
-        throw Broken{"the token " + gone + " of one process is missing in the next"};
+        throw Broken("the token ", gone, " of one process is missing in the next");
 }
 
 } // namespace
@@ -72,13 +67,10 @@ void mustKnowTokens(const Subject& subject) {
 void checkTokenPresent(const Subject& subject) {
     const Session session(subject);
     const std::vector<Device> devices = devicesOf(session.list);
-    for (std::size_t i = 0; i < devices.size(); ++i) {
-        for (const std::uint32_t format : formats) {
+    for (std::size_t i = 0; i < devices.size(); ++i)
+        for (const std::uint32_t format : formats)
             if (!devices[i].getPersistentToken(format))
-                throw Broken{name("getPersistentToken", i) + " in format " + std::to_string(format) +
-                             " is null"};
-        }
-    }
+                throw Broken("getPersistentToken of device ", i, " in format ", format, " is null");
 }
 
 void checkTokenStable(const Subject& subject) {
@@ -97,16 +89,18 @@ void checkTokenStable(const Subject& subject) {
         const std::vector<std::string>& other = before != after ? before : later;
         change = "first " + firstMissing(other, after) + ", then " + firstMissing(after, other);
     }
-    throw Broken{"the tokens differ each time that the devices are listed: " + change};
+    throw Broken("the tokens differ each time that the devices are listed: ", change);
 }
 
 void checkTextsUtf8(const Subject& subject) {
     const Session session(subject);
     const std::vector<Device> devices = devicesOf(session.list);
     for (std::size_t i = 0; i < devices.size(); ++i) {
-        for (const std::uint32_t format : formats)
-            mustBeUtf8(devices[i].getPersistentToken(format), name("getPersistentToken", i));
-        mustBeUtf8(devices[i].getAlias(), name("getAlias", i));
+        for (const TextReader& reader : readers) {
+            const PluginText text = copied(reader.read(devices[i]));
+            if (!isUtf8(text))
+                throw Broken(reader.operation, " of device ", i, " is not valid UTF-8: ", quotedText(text));
+        }
     }
 }
 
@@ -114,17 +108,17 @@ void checkTextsStay(const Subject& subject) {
     const Session session(subject);
     const std::vector<Device> devices = devicesOf(session.list);
     if (devices.size() < 2)
-        throw Skipped{"this needs two devices"};
+        throw Skipped("this needs two devices");
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const Device& other = devices[(i + 1) % devices.size()];
-        for (const auto& read : readers) {
-            const char* const text = read(devices[i]);
-            const PluginText before = text == nullptr ? PluginText() : PluginText(text);
-            for (const auto& readOther : readers)
-                readOther(other);
+        for (const TextReader& reader : readers) {
+            const char* const text = reader.read(devices[i]);
+            const PluginText before = copied(text);
+            for (const TextReader& otherReader : readers)
+                otherReader.read(other);
             if (before && *before != text)
-                throw Broken{"a text of device " + std::to_string(i) + ", " + quoted(before) + ", became " +
-                             quoted(PluginText(text)) + " by calls on another device"};
+                throw Broken("a text of device ", i, ", ", quotedText(before), ", became ",
+                             quotedText(PluginText(text)), " by calls on another device");
         }
     }
 }

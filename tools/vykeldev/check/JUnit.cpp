@@ -1,7 +1,8 @@
 #include "check/Report.h"
 
 #include "support/DisplayText.h"
-#include <cstdio>
+#include "support/Text.h"
+#include <iomanip>
 #include <ostream>
 #include <string_view>
 
@@ -25,10 +26,7 @@ std::string escaped(const std::string& text) {
 }
 
 std::string seconds(std::chrono::milliseconds duration) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%lld.%03d", static_cast<long long>(duration.count() / 1000),
-                  static_cast<int>(duration.count() % 1000));
-    return text;
+    return concat(std::fixed, std::setprecision(3), std::chrono::duration<double>(duration).count());
 }
 
 void printCase(std::ostream& out, const Result& result) {

@@ -13,8 +13,8 @@ namespace {
 void mustInitialize(Plugin& plugin, int round) {
     const std::int32_t code = plugin.initialize();
     if (code < 0)
-        throw Broken{"vykel_initializePlugin accepted at first, and in round " + std::to_string(round) +
-                     " refused with " + std::to_string(code)};
+        throw Broken("vykel_initializePlugin accepted at first, and in round ", round, " refused with ",
+                     code);
 }
 
 /// Uses the plug-in as if it were registered twice, once from start to end.
@@ -63,9 +63,9 @@ void mustNotGrow(const char* what, const std::function<void()>& step) {
         if (memory <= tolerated && handles <= toleratedHandles)
             return;
         std::this_thread::sleep_for(rest);
-        growth = std::to_string(memory >> 10) + " KiB and " + std::to_string(handles) + " handles";
+        growth = concat(memory >> 10, " KiB and ", handles, " handles");
     }
-    throw Broken{std::string("1,000 ") + what + " left " + growth + " behind, each of four times"};
+    throw Broken("1,000 ", what, " left ", growth, " behind, each of four times");
 }
 
 } // namespace
@@ -82,7 +82,7 @@ void checkInitialises(const Subject& subject) {
     Plugin plugin(subject);
     const std::int32_t code = plugin.initialize();
     if (code < 0)
-        throw Broken{"vykel_initializePlugin refused with " + std::to_string(code)};
+        throw Broken("vykel_initializePlugin refused with ", code);
 }
 
 void checkReload(const Subject& subject) {
@@ -104,7 +104,7 @@ void checkNewList(const Subject& subject) {
     const List first = makeList();
     const List second = makeList();
     if (first.identity() == second.identity())
-        throw Broken{"two calls of vykel_getPluginInterface stored the same list"};
+        throw Broken("two calls of vykel_getPluginInterface stored the same list");
 }
 
 void checkInterfaceVersion(const Subject& subject) {
@@ -112,7 +112,7 @@ void checkInterfaceVersion(const Subject& subject) {
     std::optional<List> list;
     const std::int32_t code = plugin.getInterface(1, list);
     if (code >= 0)
-        throw Broken{"interface version 1 was accepted with " + std::to_string(code)};
+        throw Broken("interface version 1 was accepted with ", code);
 }
 
 void checkAttachDetach(const Subject& subject) {
@@ -122,7 +122,7 @@ void checkAttachDetach(const Subject& subject) {
     const List list = plugin.makeList();
     const std::int32_t refused = list.attach(token);
     if (refused < 0)
-        throw Skipped{"attach refuses tokens with " + std::to_string(refused)};
+        throw Skipped("attach refuses tokens with ", refused);
     if (list.attach(otherToken) >= 0)
         list.detach(otherToken);
     list.detach(token);
@@ -132,8 +132,8 @@ void checkAttachDetach(const Subject& subject) {
         const std::int32_t code = list.attach(token);
         // cppcheck-suppress identicalConditionAfterEarlyExit ; a plug-in may answer otherwise this time
         if (code < 0)
-            throw Broken{"attach took a token, and after its detach refused it with " + std::to_string(code) +
-                         " in round " + std::to_string(round)};
+            throw Broken("attach took a token, and after its detach refused it with ", code, " in round ",
+                         round);
         list.detach(token);
     });
     list.attach(token); // the release at the end of this function ends that, too
@@ -147,7 +147,7 @@ void checkReleaseFrees(const Subject& subject) {
         try {
             useList(plugin.makeList());
         } catch (const Broken& broken) {
-            throw Broken{"list " + std::to_string(number) + ": " + broken.observed};
+            throw Broken("list ", number, ": ", broken.observed);
         }
     });
 }
@@ -170,7 +170,7 @@ void checkThreads(const Subject& subject) {
         first.get();
         second.get();
     } catch (const Broken& broken) {
-        throw Broken{"on another thread than the first, " + broken.observed};
+        throw Broken("on another thread than the first, ", broken.observed);
     }
 }
 

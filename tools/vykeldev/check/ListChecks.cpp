@@ -11,14 +11,13 @@ void mustRefuse(const List& list, std::uint32_t index, std::uint32_t count) {
     const Fetched fetched = list.getDevice(index);
     if (!fetched.device && fetched.code < 0)
         return;
-    throw Broken{"getDevice(" + std::to_string(index) + ") of " + std::to_string(count) + " answered " +
-                 (fetched.device ? "a device" : "null") + " and left the code " +
-                 std::to_string(fetched.code)};
+    throw Broken("getDevice(", index, ") of ", count, " answered ", (fetched.device ? "a device" : "null"),
+                 " and left the code ", fetched.code);
 }
 
 /// What a device reports about itself, unchanged while it lives.
 std::string describe(const Device& device) {
-    return quoted(device.getPersistentToken(1)) + ", sort key " + std::to_string(device.getSortKey()) +
+    return quotedText(device.getPersistentToken(1)) + ", sort key " + std::to_string(device.getSortKey()) +
            ", version " + std::to_string(device.getVersion());
 }
 
@@ -36,7 +35,7 @@ void checkEmptyBeforeRefresh(const Subject& subject) {
     const List list = plugin.makeList();
     const std::uint32_t count = list.getCount();
     if (count != 0)
-        throw Broken{"a new list has " + std::to_string(count) + " devices before its first refresh"};
+        throw Broken("a new list has ", count, " devices before its first refresh");
 }
 
 void checkRefresh(const Subject& subject) {
@@ -50,15 +49,14 @@ void checkRefresh(const Subject& subject) {
             list.getDevice(i);
         const std::uint32_t later = list.getCount();
         if (later != count)
-            throw Broken{"getCount changed from " + std::to_string(count) + " to " + std::to_string(later) +
-                         " without a refresh"};
+            throw Broken("getCount changed from ", count, " to ", later, " without a refresh");
     }
 }
 
 void checkDevices(const Subject& subject) {
     const Session session(subject);
     if (refusalIsQuestionable([&] { return devicesOf(session.list); }).empty())
-        throw Skipped{"it sees no devices here"};
+        throw Skipped("it sees no devices here");
 }
 
 void checkDevicesStay(const Subject& subject) {
@@ -77,8 +75,8 @@ void checkDevicesStay(const Subject& subject) {
     for (std::size_t i = 0; i < devices.size(); ++i) {
         const std::string now = describe(devices[i]);
         if (now != before[i])
-            throw Broken{"device " + std::to_string(i) + " was " + before[i] + " and became " + now +
-                         " without a refresh of its list"};
+            throw Broken("device ", i, " was ", before[i], " and became ", now,
+                         " without a refresh of its list");
     }
 }
 
@@ -97,15 +95,15 @@ void checkIndexBeyond(const Subject& subject) {
 void checkMinimumVersion(const Subject& subject) {
     const Session session(subject);
     const std::int32_t version = deviceAt(session.list, 0).getVersion();
-    const std::string text = "of version " + std::to_string(version) + ", asked for at least ";
+    const std::string text = concat("of version ", version, ", asked for at least ");
     if (!session.list.getDevice(0, version).device)
-        throw Broken{"a device " + text + "that, was refused"};
+        throw Broken("a device ", text, "that, was refused");
     if (version == std::numeric_limits<std::int32_t>::max())
-        throw Skipped{"no version is above that of the first device"};
+        throw Skipped("no version is above that of the first device");
     const Fetched newer = session.list.getDevice(0, version + 1);
     if (newer.device || newer.code >= 0)
-        throw Broken{"a device " + text + std::to_string(version + 1) + ", was " +
-                     (newer.device ? "returned all the same" : "refused without an error")};
+        throw Broken("a device ", text, version + 1, ", was ",
+                     (newer.device ? "returned all the same" : "refused without an error"));
 }
 
 void checkStaleCheap(const Subject& subject) {
@@ -125,9 +123,8 @@ void checkStaleCheap(const Subject& subject) {
         best = std::min(best, (Clock::now() - start) / calls);
     }
     if (best > cheap)
-        throw Broken{"isStale takes " +
-                     std::to_string(std::chrono::duration_cast<std::chrono::microseconds>(best).count()) +
-                     " microseconds"};
+        throw Broken("isStale takes ", std::chrono::duration_cast<std::chrono::microseconds>(best).count(),
+                     " microseconds");
 }
 
 void checkStaleSettles(const Subject& subject) {
@@ -138,7 +135,7 @@ void checkStaleSettles(const Subject& subject) {
         if (!session.list.isStale())
             return;
     }
-    throw Broken{"the list is stale right after each of three refreshes"};
+    throw Broken("the list is stale right after each of three refreshes");
 }
 
 } // namespace vykeldev::check

@@ -12,14 +12,9 @@ namespace {
 constexpr std::uint32_t codeOnlySize = 8;
 constexpr unsigned char guard = 0xA5;
 
-template <class Function>
-void resolve(Function*& function, const Module& module, const char* name, std::string& missing) {
-    function = reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(module.find(name, missing)));
-}
-
 } // namespace
 
-std::string quoted(const PluginText& text) {
+std::string quotedText(const PluginText& text) {
     return text ? "'" + printable(*text) + "'" : "null";
 }
 
@@ -67,7 +62,7 @@ Module::Module(const Subject& subject, Ending itsEnding) : ending(itsEnding) {
     if (handle != nullptr)
         return;
     const Failure failure = systemFailure("loading it", GetLastError(), "");
-    throw Broken{failure.what() + (failure.meaning.empty() ? "" : ": " + failure.meaning)};
+    throw Broken(failure.what(), (failure.meaning.empty() ? "" : ": " + failure.meaning));
 }
 
 Module::~Module() {
@@ -75,20 +70,20 @@ Module::~Module() {
         unload(handle);
 }
 
-FARPROC Module::find(const char* name, std::string& missing) const {
-    const FARPROC address = GetProcAddress(handle, name);
-    if (address == nullptr)
+template <class Function>
+void Module::find(Function*& function, const char* name, std::string& missing) const {
+    function = reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(GetProcAddress(handle, name)));
+    if (function == nullptr)
         missing += (missing.empty() ? "not exported: " : ", ") + std::string(name);
-    return address;
 }
 
 Plugin::Plugin(const Subject& subject, Ending ending) : trace(subject.trace), module(subject, ending) {
     std::string missing;
-    resolve(initializePlugin, module, "vykel_initializePlugin", missing);
-    resolve(getPluginInterface, module, "vykel_getPluginInterface", missing);
-    resolve(finalizePlugin, module, "vykel_finalizePlugin", missing);
+    module.find(initializePlugin, "vykel_initializePlugin", missing);
+    module.find(getPluginInterface, "vykel_getPluginInterface", missing);
+    module.find(finalizePlugin, "vykel_finalizePlugin", missing);
     if (!missing.empty())
-        throw Broken{missing};
+        throw Broken(missing);
 }
 
 Plugin::~Plugin() {
@@ -119,9 +114,9 @@ List Plugin::makeList() const {
     std::optional<List> list;
     const std::int32_t code = getInterface(0, list);
     if (code < 0)
-        throw Refused{{"no list this time: vykel_getPluginInterface answered " + std::to_string(code)}};
+        throw Refused("no list this time: vykel_getPluginInterface answered ", code);
     if (!list)
-        throw Broken{"vykel_getPluginInterface answered " + std::to_string(code) + " and stored no list"};
+        throw Broken("vykel_getPluginInterface answered ", code, " and stored no list");
     return std::move(*list);
 }
 

@@ -4,6 +4,7 @@
 #include "check/Rule.h"
 #include "check/Trace.h"
 #include "vykel/PluginEntryPoints.h"
+#include "vytpl/NonCopyable.h"
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -21,8 +22,9 @@ inline PluginText copied(const char* text) {
     return text == nullptr ? PluginText() : PluginText(text);
 }
 
-/// A text as it may appear in an observation.
-std::string quoted(const PluginText& text);
+/// A text as it may appear in an observation. (Were it named `quoted`, a std::string would go to
+/// std::quoted.)
+std::string quotedText(const PluginText& text);
 
 /// True of valid UTF-8, and of no text.
 bool isUtf8(const PluginText& text);
@@ -131,15 +133,14 @@ private:
 enum class Ending { StaysLoaded, Unloaded };
 
 /// A loaded library. Construction throws Broken.
-class Module {
+class Module : private vytpl::NonCopyableT<Module> {
 public:
     explicit Module(const Subject& subject, Ending itsEnding = Ending::StaysLoaded);
     ~Module();
-    Module(const Module&) = delete;
-    Module& operator=(const Module&) = delete;
 
-    /// The address of an entry point. Adds the name to `missing` when there is none.
-    FARPROC find(const char* name, std::string& missing) const;
+    /// Finds an entry point. Adds the name to `missing` when there is none.
+    template <class Function>
+    void find(Function*& function, const char* name, std::string& missing) const;
 
 private:
     HMODULE handle = nullptr;
@@ -147,12 +148,10 @@ private:
 };
 
 /// The plug-in, loaded; finalised at the end when it is initialised. Construction throws Broken.
-class Plugin {
+class Plugin : private vytpl::NonCopyableT<Plugin> {
 public:
     explicit Plugin(const Subject& subject, Ending ending = Ending::StaysLoaded);
     ~Plugin();
-    Plugin(const Plugin&) = delete;
-    Plugin& operator=(const Plugin&) = delete;
 
     /// Returns the code.
     std::int32_t initialize();

@@ -8,11 +8,6 @@
 namespace vykeldev::check {
 namespace {
 
-const char* colourOf(Outcome outcome) noexcept {
-    static constexpr const char* colours[] = {"\x1b[32m", "\x1b[1;33m", "\x1b[1;31m", "\x1b[2m"};
-    return colours[static_cast<std::size_t>(outcome)];
-}
-
 /// The worst that was found.
 Outcome overall(const Results& results) {
     for (const Outcome outcome : {Outcome::Failed, Outcome::Warning})
@@ -21,9 +16,12 @@ Outcome overall(const Results& results) {
     return Outcome::Passed;
 }
 
-Json toJson(const Result& result) {
+} // namespace
+
+// Makes a document of a vector of results, too.
+void to_json(Json& json, const Result& result) {
     const Rule& rule = *result.rule;
-    return {{"id", rule.id},
+    json = {{"id", rule.id},
             {"title", rule.title},
             {"severity", rule.severity == Severity::Error ? "error" : "warning"},
             {"alters", rule.alters()},
@@ -34,13 +32,12 @@ Json toJson(const Result& result) {
             {"milliseconds", result.duration.count()}};
 }
 
-} // namespace
-
 void printResult(std::ostream& out, const Result& result, bool colour) {
+    static constexpr const char* colours[] = {"\x1b[32m", "\x1b[1;33m", "\x1b[1;31m", "\x1b[2m"};
     const Rule& rule = *result.rule;
     const std::string observed = printable(result.observed);
-    out << (colour ? colourOf(result.outcome) : "") << std::left << std::setw(8) << toString(result.outcome)
-        << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
+    out << (colour ? colours[static_cast<std::size_t>(result.outcome)] : "") << std::left << std::setw(8)
+        << toString(result.outcome) << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
         << (result.outcome == Outcome::Skipped ? observed : rule.title) << '\n';
     if (isBroken(result.outcome))
         out << "         observed:   " << observed << '\n'
@@ -57,11 +54,9 @@ void printSummary(std::ostream& out, const Results& results) {
 
 void printJson(std::ostream& out, const std::string& plugin, const Results& results) {
     Json document = {{"schemaVersion", 1}, {"plugin", plugin}, {"result", toString(overall(results))}};
-    for (const char* const name : outcomeNames)
-        document["summary"][name] = countOf(results, *outcomeOf(name));
-    Json& list = document["rules"] = Json::array();
-    for (const Result& result : results)
-        list.push_back(toJson(result));
+    for (const Outcome outcome : {Outcome::Passed, Outcome::Warning, Outcome::Failed, Outcome::Skipped})
+        document["summary"][toString(outcome)] = countOf(results, outcome);
+    document["rules"] = results;
     out << textOf(document) << '\n';
 }
 

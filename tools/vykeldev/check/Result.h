@@ -4,10 +4,7 @@
 #include "check/Rule.h"
 #include <algorithm>
 #include <chrono>
-#include <iterator>
-#include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace vykeldev::check {
@@ -23,13 +20,6 @@ constexpr const char* toString(Outcome outcome) noexcept {
 
 constexpr bool isBroken(Outcome outcome) noexcept {
     return outcome == Outcome::Failed || outcome == Outcome::Warning;
-}
-
-inline std::optional<Outcome> outcomeOf(std::string_view name) noexcept {
-    const auto* const found = std::find(std::begin(outcomeNames), std::end(outcomeNames), name);
-    if (found == std::end(outcomeNames))
-        return std::nullopt;
-    return static_cast<Outcome>(found - std::begin(outcomeNames));
 }
 
 /// What came out of one rule.

@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_CHECK_RULE_H
 #define VYKELDEV_CHECK_RULE_H
 
+#include "support/Text.h"
 #include <cstddef>
 #include <string>
 #include <string_view>
@@ -56,22 +57,31 @@ struct Rule {
     bool alters() const noexcept { return *lock != '\0'; }
 };
 
-/// The rule is broken.
-struct Broken {
+/// Ends a check whose rule did not pass. It is made from the parts of a text, which can be numbers, too.
+struct Verdict {
+    template <class... Parts>
+    explicit Verdict(const Parts&... parts) : observed(concat(parts...)) {}
     std::string observed;
+};
+
+/// The rule is broken.
+struct Broken : Verdict {
+    using Verdict::Verdict;
 };
 
 /// The rule is broken because the plug-in returned a negative code.
-struct Refused : Broken {};
+struct Refused : Broken {
+    using Broken::Broken;
+};
 
 /// The rule is broken in a way that may be intended: a warning, whatever the severity of the rule.
-struct Questionable {
-    std::string observed;
+struct Questionable : Verdict {
+    using Verdict::Verdict;
 };
 
 /// The rule cannot be judged here.
-struct Skipped {
-    std::string reason;
+struct Skipped : Verdict {
+    using Verdict::Verdict;
 };
 
 /// All rules, each with an identifier of its own, after the one that it needs.

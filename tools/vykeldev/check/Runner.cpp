@@ -31,17 +31,15 @@ bool isWanted(const Rule& rule, const std::vector<std::string>& wanted) {
 /// Locks one of the machine's lock files as the library does, so that the library changes nothing meanwhile.
 /// Waits for it, but not for long. Throws Skipped when it cannot be locked.
 vykel::FileStream lockMachine(const std::string& fileName) {
-    vykel::FileStream stream;
     try {
-        stream = vykel::openLockFile((vykel::getConfigurationFolder() + fileName).c_str());
+        vykel::FileStream stream = vykel::openLockFile((vykel::getConfigurationFolder() + fileName).c_str());
+        if (lockInTime(stream.get(), [](auto) {}) == ERROR_SUCCESS)
+            return stream;
     } catch (const vyerr::Exception&) {
-        throw Skipped{"the machine's lock file " + fileName +
-                      " cannot be opened or made; 'vykeldev doctor' says why"};
+        throw Skipped("the machine's lock file ", fileName,
+                      " cannot be opened or made; 'vykeldev doctor' says why");
     }
-    if (lockInTime(stream.get(), [](auto) {}) != ERROR_SUCCESS)
-        throw Skipped{"the machine's lock file " + fileName +
-                      " cannot be locked; another process may be using it"};
-    return stream;
+    throw Skipped("the machine's lock file ", fileName, " cannot be locked; another process may be using it");
 }
 
 /// One run over the rules.
@@ -59,15 +57,95 @@ public:
 
     /// The result of a watched rule with everything that was seen of it; null when it was neither wanted nor
     /// broken.
-    const Result* finish(const Rule& rule);
+    const Result* finish(const Rule& rule) {
+        const std::vector<std::string>& broken = incidents[rule.id];
+        Result* result = resultOf(rule.id);
+        if (broken.empty())
+            return result;
+        if (result == nullptr)
+            result = &collected.results.emplace_back(Result{&rule, {}, {}, {}});
+        const std::size_t more = broken.size() - 1;
+        result->outcome = Outcome::Failed;
+        result->observed = broken.front() + (more == 0 ? "" : ", and " + std::to_string(more) + " more");
+        return result;
+    }
 
     RunResults collected;
 
 private:
-    std::string reasonToSkip(const Rule& rule);
-    Result check(const Rule& rule);
-    Account runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes);
-    void runSecond(const Rule& rule, Account& first);
+    std::string reasonToSkip(const Rule& rule) {
+        if (options.readOnly && rule.alters())
+            return "left out by --read-only";
+        const Result* const needed = resultOf(rule.needs);
+        if (needed == nullptr || needed->outcome == Outcome::Passed)
+            return "";
+        if (needed->outcome == Outcome::Skipped)
+            return needed->observed;
+        return "it needs '" + std::string(rule.needs) + "', which did not pass";
+    }
+
+    Result check(const Rule& rule) {
+        try {
+            vykel::FileStream lock;
+            std::optional<StopRequest> stopRequest;
+            if (rule.alters()) {
+                lock = lockMachine(rule.lock);
+                stopRequest.emplace();
+            }
+            Account account = runOnce(rule, Stage::First, {});
+            if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
+                runSecond(rule, account);
+            collected.stopped = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
+            if (!account.toolFailed.empty())
+                throw Failure(concat("the rule '", rule.id, "' cannot be checked: ", account.toolFailed),
+                              "This tool failed, not the plug-in.",
+                              "Choose other rules with --rule, and report the failure.");
+            return {&rule, *account.outcome, account.observed, account.duration};
+        } catch (const Skipped& skipped) {
+            return {&rule, Outcome::Skipped, skipped.observed, {}};
+        }
+    }
+
+    Account runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes) {
+        Account account = runStage(rule, options.path, stage, notes, options.limit);
+        for (const Incident& incident : account.incidents)
+            incidents[incident.rule].push_back(
+                incident.observed +
+                (incident.rule == rule.id ? "" : concat(" (seen in rule '", rule.id, "')")));
+        return account;
+    }
+
+    /// Runs the second process and adds its results to the first account.
+    void runSecond(const Rule& rule, Account& first) {
+        const bool passed = first.outcome == Outcome::Passed;
+        Account second;
+        try {
+            second = runOnce(rule, passed ? Stage::Second : Stage::PutBack, first.notes);
+        } catch (const Failure& failure) {
+            second.toolFailed = failure.what();
+        }
+        first.duration += second.duration;
+        if (first.toolFailed.empty())
+            first.toolFailed = second.toolFailed;
+        const Outcome outcome = second.outcome.value_or(Outcome::Failed);
+        if (passed) {
+            first.outcome = outcome;
+            first.observed = second.observed;
+        } else if (isBroken(outcome)) {
+            first.observed += "; then, in a new process, " + second.observed;
+        }
+        if (!rule.alters() || second.putBack)
+            return;
+        const std::string lost = "the old one of the device " + first.notes.at(0) + ", '" +
+                                 first.notes.at(1) + "', could not be put back";
+        first.observed += (first.observed.empty() ? "" : "; ") + lost;
+        if (!first.toolFailed.empty())
+            first.toolFailed += "; " + lost;
+        if (first.outcome == Outcome::Passed)
+            first.outcome = Outcome::Failed;
+        else if (first.outcome == Outcome::Skipped)
+            first.outcome = Outcome::Warning;
+    }
 
     /// Null when there is none yet.
     Result* resultOf(std::string_view id) {
@@ -79,93 +157,6 @@ private:
     const RunOptions& options;
     std::map<std::string, std::vector<std::string>> incidents; // by rule
 };
-
-std::string Run::reasonToSkip(const Rule& rule) {
-    if (options.readOnly && rule.alters())
-        return "left out by --read-only";
-    const Result* const needed = resultOf(rule.needs);
-    if (needed == nullptr || needed->outcome == Outcome::Passed)
-        return "";
-    if (needed->outcome == Outcome::Skipped)
-        return needed->observed;
-    return "it needs '" + std::string(rule.needs) + "', which did not pass";
-}
-
-Result Run::check(const Rule& rule) {
-    try {
-        vykel::FileStream lock;
-        std::optional<StopRequest> stopRequest;
-        if (rule.alters()) {
-            lock = lockMachine(rule.lock);
-            stopRequest.emplace();
-        }
-        Account account = runOnce(rule, Stage::First, {});
-        if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
-            runSecond(rule, account);
-        collected.stopped = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
-        if (!account.toolFailed.empty())
-            throw Failure("the rule '" + std::string(rule.id) + "' cannot be checked: " + account.toolFailed,
-                          "This tool failed, not the plug-in.",
-                          "Choose other rules with --rule, and report the failure.");
-        return {&rule, *account.outcome, account.observed, account.duration};
-    } catch (const Skipped& skipped) {
-        return {&rule, Outcome::Skipped, skipped.reason, {}};
-    }
-}
-
-Account Run::runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes) {
-    Account account = runStage({rule.id, options.path, stage, notes}, options.limit);
-    for (const Incident& incident : account.incidents)
-        incidents[incident.rule].push_back(
-            incident.observed +
-            (incident.rule == rule.id ? "" : " (seen in rule '" + std::string(rule.id) + "')"));
-    return account;
-}
-
-/// Runs the second process and adds its results to the first account.
-void Run::runSecond(const Rule& rule, Account& first) {
-    const bool passed = first.outcome == Outcome::Passed;
-    Account second;
-    try {
-        second = runOnce(rule, passed ? Stage::Second : Stage::PutBack, first.notes);
-    } catch (const Failure& failure) {
-        second.toolFailed = failure.what();
-    }
-    first.duration += second.duration;
-    if (first.toolFailed.empty())
-        first.toolFailed = second.toolFailed;
-    const Outcome outcome = second.outcome.value_or(Outcome::Failed);
-    if (passed) {
-        first.outcome = outcome;
-        first.observed = second.observed;
-    } else if (isBroken(outcome)) {
-        first.observed += "; then, in a new process, " + second.observed;
-    }
-    if (!rule.alters() || second.putBack)
-        return;
-    const std::string lost = "the old one of the device " + first.notes.at(0) + ", '" + first.notes.at(1) +
-                             "', could not be put back";
-    first.observed += (first.observed.empty() ? "" : "; ") + lost;
-    if (!first.toolFailed.empty())
-        first.toolFailed += "; " + lost;
-    if (first.outcome == Outcome::Passed)
-        first.outcome = Outcome::Failed;
-    else if (first.outcome == Outcome::Skipped)
-        first.outcome = Outcome::Warning;
-}
-
-const Result* Run::finish(const Rule& rule) {
-    const std::vector<std::string>& broken = incidents[rule.id];
-    Result* result = resultOf(rule.id);
-    if (broken.empty())
-        return result;
-    if (result == nullptr)
-        result = &collected.results.emplace_back(Result{&rule, {}, {}, {}});
-    const std::size_t more = broken.size() - 1;
-    result->outcome = Outcome::Failed;
-    result->observed = broken.front() + (more == 0 ? "" : ", and " + std::to_string(more) + " more");
-    return result;
-}
 
 } // namespace
 

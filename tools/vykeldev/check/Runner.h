@@ -7,10 +7,10 @@
 namespace vykeldev::check {
 
 struct RunOptions {
-    std::string path;                ///< The plug-in, absolute, UTF-8.
-    std::chrono::milliseconds limit; ///< A rule must begin another call within this time.
-    bool readOnly = false;           ///< Leaves out rules that alter what the plug-in keeps.
-    std::vector<std::string> rules;  ///< Only these, and those that they need; all when empty.
+    std::string path;                   ///< The plug-in, absolute, UTF-8.
+    std::chrono::milliseconds limit{0}; ///< A rule must begin another call within this time.
+    bool readOnly = false;              ///< Leaves out rules that alter what the plug-in keeps.
+    std::vector<std::string> rules;     ///< Only these, and those that they need; all when empty.
 };
 
 struct RunResults {

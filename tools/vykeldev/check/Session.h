@@ -16,7 +16,7 @@ decltype(auto) refusalIsQuestionable(Step&& step) {
     try {
         return step();
     } catch (const Refused& refused) {
-        throw Questionable{refused.observed};
+        throw Questionable(refused.observed);
     }
 }
 
@@ -25,14 +25,14 @@ struct InitializedPlugin : Plugin {
     explicit InitializedPlugin(const Subject& subject) : Plugin(subject) {
         const std::int32_t code = initialize();
         if (code < 0)
-            throw Skipped{"vykel_initializePlugin refused with " + std::to_string(code)};
+            throw Skipped("vykel_initializePlugin refused with ", code);
     }
 };
 
 inline void refresh(const List& list) {
     const std::int32_t code = list.refresh();
     if (code < 0)
-        throw Refused{{"refresh left the code " + std::to_string(code)}};
+        throw Refused("refresh left the code ", code);
 }
 
 /// The device at an index below the count.
@@ -40,11 +40,10 @@ inline Device deviceAt(const List& list, std::uint32_t index) {
     const Fetched fetched = list.getDevice(index);
     if (fetched.device && fetched.code >= 0)
         return *fetched.device;
-    const std::string place =
-        "getDevice(" + std::to_string(index) + ") of " + std::to_string(list.getCount());
+    const std::string place = concat("getDevice(", index, ") of ", list.getCount());
     if (fetched.code < 0)
-        throw Refused{{place + " left the code " + std::to_string(fetched.code)}};
-    throw Broken{place + " answered null and left no error"};
+        throw Refused(place, " left the code ", fetched.code);
+    throw Broken(place, " answered null and left no error");
 }
 
 /// All devices of a list.

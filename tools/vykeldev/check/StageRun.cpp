@@ -7,20 +7,23 @@ namespace {
 
 constexpr std::uint32_t foreignException = 0xE06D7363; // of the Microsoft compiler
 
-void checkRule(const Rule& rule, const Subject& subject) {
-    Trace& trace = subject.trace;
+/// Checks a rule. Returns the report of what came out.
+Json checkRule(const Rule& rule, const Subject& subject) {
+    const auto ended = [](Outcome outcome, const std::string& observed) {
+        return Json{{"outcome", outcome}, {"observed", observed}};
+    };
     try {
         rule.check(subject);
-        trace.finished(Outcome::Passed, "");
+        return ended(Outcome::Passed, "");
     } catch (const Broken& broken) {
-        const bool warning = rule.severity == Severity::Warning;
-        trace.finished(warning ? Outcome::Warning : Outcome::Failed, broken.observed);
+        return ended(rule.severity == Severity::Warning ? Outcome::Warning : Outcome::Failed,
+                     broken.observed);
     } catch (const Questionable& questionable) {
-        trace.finished(Outcome::Warning, questionable.observed);
+        return ended(Outcome::Warning, questionable.observed);
     } catch (const Skipped& skipped) {
-        trace.finished(Outcome::Skipped, skipped.reason);
+        return ended(Outcome::Skipped, skipped.observed);
     } catch (const std::exception& exception) {
-        trace.toolFailed(exception.what());
+        return {{"toolFailed", exception.what()}};
     }
 }
 
@@ -30,7 +33,8 @@ void runInChild(const std::vector<std::string>& arguments, Reporter& reporter) {
     const auto stage = static_cast<Stage>(std::stoi(arguments.at(2)));
     Trace trace(reporter);
     if (rule != nullptr)
-        checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 3, arguments.end()}});
+        reporter.report(
+            checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 3, arguments.end()}}));
     exitImmediately(); // everything is reported; what the plug-in left behind must not spoil the end
 }
 
@@ -41,33 +45,30 @@ void take(const Json& report, Account& account) {
     const auto observed = report.value("observed", std::string());
     if (const auto rule = report.value("incident", std::string()); !rule.empty())
         account.incidents.push_back({rule, observed});
-    if (const auto outcome = outcomeOf(report.value("outcome", std::string()))) {
-        account.outcome = outcome;
+    if (report.contains("outcome")) {
+        account.outcome = report["outcome"].get<Outcome>();
         account.observed = observed;
     }
 }
 
 /// What happened to a process that reported no outcome.
 std::string endText(const ChildOutcome& child, std::chrono::milliseconds limit) {
-    switch (child.end) {
-    case ChildOutcome::End::TimedOut:
+    if (!child.end)
         return "it made no progress for " + std::to_string(limit.count()) + " ms";
-    case ChildOutcome::End::Crashed:
-        return "it crashed with " + crashText(child.code);
-    case ChildOutcome::End::Exited:
-        break;
-    }
-    return "it ended the process with exit code " + std::to_string(child.code);
+    if (child.end->crashed)
+        return "it crashed with " + crashText(child.end->code);
+    return "it ended the process with exit code " + std::to_string(child.end->code);
 }
 
 } // namespace
 
 const ChildTask checkRuleTask = {"check-rule", runInChild};
 
-Account runStage(const StageTask& task, std::chrono::milliseconds limit) {
+Account runStage(const Rule& rule, const std::string& plugin, Stage stage,
+                 const std::vector<std::string>& notes, std::chrono::milliseconds limit) {
     Account account;
-    std::vector<std::string> arguments{task.rule, task.plugin, std::to_string(static_cast<int>(task.stage))};
-    arguments.insert(arguments.end(), task.notes.begin(), task.notes.end());
+    std::vector<std::string> arguments{rule.id, plugin, std::to_string(static_cast<int>(stage))};
+    arguments.insert(arguments.end(), notes.begin(), notes.end());
     TaskRun run(checkRuleTask, arguments, [&account](const Json& report) { take(report, account); });
     const ChildOutcome child = run.finish(limit, TaskRun::Limit::BetweenReports);
     account.duration = child.duration;
@@ -75,7 +76,7 @@ Account runStage(const StageTask& task, std::chrono::milliseconds limit) {
         return account;
     account.outcome = Outcome::Failed;
     account.observed = endText(child, limit) + (run.step().empty() ? "" : " in: " + run.step());
-    if (child.end == ChildOutcome::End::Crashed && child.code == foreignException) {
+    if (child.end && child.end->crashed && child.end->code == foreignException) {
         account.incidents.push_back(
             {"no-exception", "an exception left " + run.step() + " and ended the process"});
         account.outcome = Outcome::Skipped;

@@ -3,18 +3,11 @@
 
 #include "check/Result.h"
 #include "child/ChildTask.h"
+#include <optional>
 
 namespace vykeldev::check {
 
 extern const ChildTask checkRuleTask;
-
-/// What a child process is to do.
-struct StageTask {
-    std::string rule;
-    std::string plugin;
-    Stage stage = Stage::First;
-    std::vector<std::string> notes;
-};
 
 /// A rule that turned out to be broken, perhaps while another was checked.
 struct Incident {
@@ -33,9 +26,10 @@ struct Account {
     std::chrono::milliseconds duration{0};
 };
 
-/// Does the task in a process of its own, which is killed when it makes no progress for `limit`. Throws
-/// Failure when it cannot be started.
-Account runStage(const StageTask& task, std::chrono::milliseconds limit);
+/// Runs a stage of a rule, with the notes of the first stage, in a process of its own, which is killed when
+/// it makes no progress for `limit`. Throws Failure when it cannot be started.
+Account runStage(const Rule& rule, const std::string& plugin, Stage stage,
+                 const std::vector<std::string>& notes, std::chrono::milliseconds limit);
 
 } // namespace vykeldev::check
 

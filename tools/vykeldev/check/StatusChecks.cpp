@@ -10,8 +10,7 @@ void mustKeepCode(const char* operation, std::int32_t before, std::int32_t after
     const bool warned = before > 0;
     if ((warned && after < 0) || (after == before && !(warned && refused)))
         return;
-    throw Broken{std::string(operation) + " found the code " + std::to_string(before) + " and left " +
-                 std::to_string(after)};
+    throw Broken(operation, " found the code ", before, " and left ", after);
 }
 
 } // namespace

@@ -1,6 +1,5 @@
 #include "check/Trace.h"
 
-#include "child/ChildTask.h"
 #include <chrono>
 
 namespace vykeldev::check {
@@ -28,14 +27,6 @@ void Trace::repeating(const std::string& what) {
     isRepeating = true;
 }
 
-void Trace::note(const std::vector<std::string>& notes) {
-    reporter.report({{"notes", notes}});
-}
-
-void Trace::putBack() {
-    reporter.report({{"putBack", true}});
-}
-
 void Trace::incident(const char* rule, const std::string& observed) {
     {
         const std::lock_guard<std::mutex> lock(mutex);
@@ -47,15 +38,7 @@ void Trace::incident(const char* rule, const std::string& observed) {
 
 void Trace::exceptionLeft(const char* operation, const std::string& what) {
     incident("no-exception", "an exception left " + std::string(operation) + ": " + what);
-    throw Skipped{"an exception left " + std::string(operation) + "; see 'no-exception'"};
-}
-
-void Trace::finished(Outcome outcome, const std::string& observed) {
-    reporter.report({{"outcome", toString(outcome)}, {"observed", observed}});
-}
-
-void Trace::toolFailed(const std::string& what) {
-    reporter.report({{"toolFailed", what}});
+    throw Skipped("an exception left ", operation, "; see 'no-exception'");
 }
 
 void Trace::reportProgress() {

@@ -1,7 +1,9 @@
 #ifndef VYKELDEV_CHECK_TRACE_H
 #define VYKELDEV_CHECK_TRACE_H
 
-#include "check/Result.h"
+#include "check/Rule.h"
+#include "child/ChildTask.h"
+#include "vytpl/NonCopyable.h"
 #include <atomic>
 #include <condition_variable>
 #include <cstdint>
@@ -11,21 +13,15 @@
 #include <string>
 #include <thread>
 
-namespace vykeldev {
-class Reporter;
-}
-
 namespace vykeldev::check {
 
 /// Reports to the parent process what a rule is doing, so that the parent knows what a plug-in that crashes
 /// or hangs was last asked for. As long as calls begin, it reports that ten times a second: the plug-in does
 /// not hang. Any thread may call.
-class Trace {
+class Trace : private vytpl::NonCopyableT<Trace> {
 public:
     explicit Trace(Reporter& toParent);
     ~Trace();
-    Trace(const Trace&) = delete;
-    Trace& operator=(const Trace&) = delete;
 
     /// Makes a call into the plug-in. When an exception comes out, that is an incident of its own, and the
     /// rule at work is skipped (throws Skipped).
@@ -50,18 +46,13 @@ public:
     void repeating(const std::string& what);
 
     /// Leaves notes, valid UTF-8, for the rule's second process.
-    void note(const std::vector<std::string>& notes);
+    void note(const std::vector<std::string>& notes) { reporter.report({{"notes", notes}}); }
 
     /// What the rule altered is as it was before.
-    void putBack();
+    void putBack() { reporter.report({{"putBack", true}}); }
 
     /// A rule other than the one at work turns out to be broken.
     void incident(const char* rule, const std::string& observed);
-
-    void finished(Outcome outcome, const std::string& observed);
-
-    /// This tool itself failed.
-    void toolFailed(const std::string& what);
 
 private:
     [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);

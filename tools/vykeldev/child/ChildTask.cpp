@@ -14,10 +14,9 @@ std::string makeMark() {
 }
 
 std::vector<std::string> taskArguments(const char* task, const std::string& mark,
-                                       const std::vector<std::string>& arguments) {
-    std::vector<std::string> all{hiddenCommand, task, mark};
-    all.insert(all.end(), arguments.begin(), arguments.end());
-    return all;
+                                       std::vector<std::string> arguments) {
+    arguments.insert(arguments.begin(), {hiddenCommand, task, mark});
+    return arguments;
 }
 
 } // namespace
@@ -49,33 +48,23 @@ TaskRun::TaskRun(const ChildTask& task, const std::vector<std::string>& argument
     : mark(makeMark()), handler(std::move(onReport)), lines([this](const std::string& line) { take(line); }),
       child(taskArguments(task.name, mark, arguments)) {}
 
-bool TaskRun::listen(std::chrono::milliseconds time) {
-    std::string bytes;
-    const bool running = child.read(bytes, time);
-    lines.add(bytes.data(), bytes.size());
-    if (!running)
-        lines.end();
-    return running;
-}
-
 ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
     auto limitBegin = Clock::now();
     bool running = true;
     for (auto left = limit; running && left.count() > 0;) {
         const std::size_t before = reportCount;
-        running = listen(left);
+        std::string bytes;
+        running = child.read(bytes, left);
+        lines.add(bytes.data(), bytes.size());
         if (kind == Limit::BetweenReports && reportCount != before)
             limitBegin = Clock::now();
         left = std::chrono::ceil<std::chrono::milliseconds>(limitBegin + limit - Clock::now());
     }
-    ChildOutcome outcome;
-    outcome.duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
+    const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
     if (running)
-        return outcome;
-    const ChildProcess::End end = child.end();
-    outcome.end = end.crashed ? ChildOutcome::End::Crashed : ChildOutcome::End::Exited;
-    outcome.code = end.code;
-    return outcome;
+        return {std::nullopt, duration};
+    lines.end();
+    return {child.end(), duration};
 }
 
 void TaskRun::take(const std::string& line) {

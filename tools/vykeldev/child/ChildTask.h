@@ -8,6 +8,7 @@
 #include <functional>
 #include <initializer_list>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -46,13 +47,8 @@ bool runRequestedTask(const std::vector<std::string>& arguments,
 
 /// How a child ended.
 struct ChildOutcome {
-    enum class End {
-        Exited,  ///< By itself, with an exit code.
-        Crashed, ///< See crashText.
-        TimedOut ///< It was still running when its time was over, and was killed.
-    };
-    End end = End::TimedOut;
-    std::uint32_t code = 0; ///< The exit code, or see ChildProcess::End.
+    std::optional<ChildProcess::End>
+        end; ///< None: it was still running when its time was over, and was killed.
     std::chrono::milliseconds duration{0};
 };
 
@@ -62,19 +58,14 @@ class TaskRun {
 public:
     using ReportHandler = std::function<void(const Json& report)>;
 
-    /// Starts the child. Throws Failure. `onReport` is called by the functions below, on their thread, for
-    /// each report; a report of other types than it reads is dropped.
+    /// Starts the child. Throws Failure. finish() calls `onReport` for each report; a report of other types
+    /// than it reads is dropped.
     TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport);
-
-    /// Takes the reports that come within `time`; returns after the first ones. False when the child has
-    /// ended. Throws Failure. For a task of long life: call it until it returns false, or until something
-    /// else (such as a StopRequest) asks to end.
-    bool listen(std::chrono::milliseconds time);
 
     /// What the time limit of finish() is for.
     enum class Limit { WholeTask, BetweenReports };
 
-    /// Listens until the child ends or its time is over.
+    /// Takes reports until the child ends or its time is over. Throws Failure. Call it once.
     ChildOutcome finish(std::chrono::milliseconds limit, Limit kind);
 
     /// The last step that the child began; empty before the first.

@@ -3,24 +3,32 @@
 #include "platform/Loader.h"
 #include "platform/System.h"
 #include "support/Files.h"
+#include "support/Text.h"
 #include <deque>
 #include <set>
 #include <utility>
 
 namespace vykeldev::doctor {
 
-std::vector<BadDependency> findBadDependencies(const LibraryImage& plugin) {
-    std::vector<BadDependency> bad;
+std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::string& folder) {
+    std::vector<std::string> bad;
     std::set<std::string> seen; // libraries may import each other
     std::deque<std::pair<std::string, LibraryImage>> importers{{"", plugin}};
     for (; !importers.empty(); importers.pop_front()) {
         const auto [importer, importerImage] = std::move(importers.front());
+        const std::string importedBy = importer.empty() ? "" : " (imported by " + importer + ")";
         for (const std::string& name : importerImage.imports) {
             if (!seen.insert(name).second)
                 continue;
             const std::optional<std::string> path = findImport(name);
-            if (!path)
-                bad.push_back({name, importer, ""});
+            if (!path) {
+                const DWORD beside = GetFileAttributesW(toWide(folder + '\\' + name).c_str());
+                plugin.missingImports.push_back(name);
+                bad.push_back("not found: " + name + importedBy +
+                              (beside == INVALID_FILE_ATTRIBUTES
+                                   ? ""
+                                   : ", which is beside the plug-in, where the system does not look"));
+            }
             std::string bytes;
             if (!path || path->empty() || !isOrdinaryFile(*path) || readFile(*path, bytes) != ERROR_SUCCESS)
                 continue; // what cannot be read is left to the loader
@@ -28,7 +36,7 @@ std::vector<BadDependency> findBadDependencies(const LibraryImage& plugin) {
             if (image && image->kind == LibraryImage::Kind::Library)
                 importers.emplace_back(name, *image);
             else if (image)
-                bad.push_back({name, importer, "'" + *path + "': " + image->detail});
+                bad.push_back(name + importedBy + " cannot be used: '" + *path + "': " + image->detail);
         }
     }
     return bad;

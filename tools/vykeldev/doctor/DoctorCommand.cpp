@@ -1,7 +1,6 @@
 #include "commands/Commands.h"
+#include "doctor/Checks.h"
 #include "doctor/Findings.h"
-#include "doctor/FolderCheck.h"
-#include "doctor/PluginCheck.h"
 #include "doctor/Zip.h"
 #include "platform/Process.h"
 #include "platform/System.h"
@@ -49,13 +48,6 @@ Report makeReport(const Context& context, const DoctorOptions& options) {
     return report;
 }
 
-/// The table of findings, for those who document it.
-void printFindings() {
-    for (const FindingKind* const kind : FindingKind::all())
-        std::cout << kind->id << '\t' << nameOf(kind->severity) << '\t' << kind->meaning << '\t'
-                  << kind->remedy << '\n';
-}
-
 /// Writes only what support needs into one ZIP file, and prints what that is.
 void writeBundle(std::ostream& out, const DoctorOptions& options, const Report& report) {
     std::vector<ZipEntry> entries = {{"account.json", textOf(report) + '\n'},
@@ -72,8 +64,10 @@ void writeBundle(std::ostream& out, const DoctorOptions& options, const Report& 
 }
 
 ExitCode diagnose(const Context& context, const DoctorOptions& options) {
-    if (options.listFindings) {
-        printFindings();
+    if (options.listFindings) { // the table of findings, for those who document it
+        for (const FindingKind* const kind : FindingKind::all())
+            std::cout << kind->id << '\t' << nameOf(kind->severity) << '\t' << kind->meaning << '\t'
+                      << kind->remedy << '\n';
         return ExitCode::Success;
     }
     suppressCrashDialogs();

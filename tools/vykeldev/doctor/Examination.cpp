@@ -1,5 +1,4 @@
-#include "doctor/Examination.h"
-
+#include "doctor/Checks.h"
 #include "doctor/Dependencies.h"
 #include "doctor/Findings.h"
 #include "doctor/Probe.h"
@@ -39,28 +38,6 @@ std::string pathOddity(const std::string& path) {
     return "";
 }
 
-std::string describe(const BadDependency& bad, const std::string& pluginFolder) {
-    const std::string importer = bad.importer.empty() ? "" : " (imported by " + bad.importer + ")";
-    if (!bad.unusableReason.empty())
-        return bad.name + importer + " cannot be used: " + bad.unusableReason;
-    const std::string beside = pluginFolder + '\\' + bad.name;
-    const bool isBeside = GetFileAttributesW(toWide(beside).c_str()) != INVALID_FILE_ATTRIBUTES;
-    return "not found: " + bad.name + importer +
-           (isBeside ? ", which is beside the plug-in, where the system does not look" : "");
-}
-
-std::optional<Verdict> lookAtDependencies(LibraryImage& image, const std::string& folder) {
-    std::vector<std::string> details;
-    for (const BadDependency& bad : findBadDependencies(image)) {
-        if (bad.unusableReason.empty())
-            image.missingImports.push_back(bad.name);
-        details.push_back(describe(bad, folder));
-    }
-    if (details.empty())
-        return std::nullopt;
-    return Verdict{&finding::dependencyMissing, Step::Dependency, joined(details, "; ")};
-}
-
 /// Looks at the file without loading it. Returns why a load will fail, or nothing.
 std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
     const std::string& path = *plugin.path;
@@ -85,7 +62,10 @@ std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
         return Verdict{&finding::fileNotALibrary, Step::File, plugin.image->detail};
     if (plugin.image->kind == LibraryImage::Kind::OtherMachine)
         return Verdict{&finding::architectureWrong, Step::Architecture, plugin.image->detail};
-    return lookAtDependencies(*plugin.image, path.substr(0, path.find_last_of("\\/")));
+    const auto bad = findBadDependencies(*plugin.image, path.substr(0, path.find_last_of("\\/")));
+    if (bad.empty())
+        return std::nullopt;
+    return Verdict{&finding::dependencyMissing, Step::Dependency, joined(bad, "; ")};
 }
 
 Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
@@ -139,15 +119,15 @@ Verdict judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
 /// A child that ended before all steps were done, or badly after them.
 std::optional<Verdict> judgeEnd(const ProbeResult& probe, std::chrono::milliseconds limit) {
     const std::string before = probe.error ? ", after " + describe(*probe.error) : "";
-    if (probe.end.end == ChildOutcome::End::Crashed)
-        return Verdict{&finding::pluginCrashed, probe.step, crashText(probe.end.code) + before};
-    if (probe.end.end == ChildOutcome::End::TimedOut)
+    const auto& end = probe.child.end;
+    if (!end)
         return Verdict{&finding::pluginHung, probe.step,
                        "no answer within " + std::to_string(limit.count()) + " ms" + before};
+    if (end->crashed)
+        return Verdict{&finding::pluginCrashed, probe.step, crashText(end->code) + before};
     if (probe.done)
         return std::nullopt;
-    return Verdict{&finding::pluginExited, probe.step,
-                   "exit code " + std::to_string(probe.end.code) + before};
+    return Verdict{&finding::pluginExited, probe.step, "exit code " + std::to_string(end->code) + before};
 }
 
 /// Looks and probes. Nothing when the plug-in loaded.
@@ -162,7 +142,7 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
         return Verdict{&finding::probeImpossible, Step::Load,
                        failure.what() + (failure.meaning.empty() ? "" : ": " + failure.meaning)};
     }
-    plugin.milliseconds = probe.end.duration.count();
+    plugin.milliseconds = probe.child.duration.count();
     plugin.error = probe.error;
     std::optional<Verdict> verdict = judgeEnd(probe, limit);
     if (!verdict && probe.failedStep)

@@ -1,20 +1,26 @@
 #ifndef VYKELDEV_DOCTOR_FINDING_H
 #define VYKELDEV_DOCTOR_FINDING_H
 
+#include "vytpl/NonCopyable.h"
+#include <cstddef>
 #include <string>
 #include <vector>
 
 namespace vykeldev::doctor {
 
 enum class Severity { Info, Warning, Error };
-const char* nameOf(Severity severity) noexcept;
+constexpr const char* severityNames[] = {"info", "warning", "error"};
+constexpr const char* nameOf(Severity severity) noexcept {
+    return severityNames[static_cast<std::size_t>(severity)];
+}
 
 /// What never changes about a finding; Findings.h defines them all.
-class FindingKind {
+class FindingKind : private vytpl::NonCopyableT<FindingKind> {
 public:
-    FindingKind(const char* stableId, Severity itsSeverity, const char* itsMeaning, const char* itsRemedy);
-    FindingKind(const FindingKind&) = delete;
-    FindingKind& operator=(const FindingKind&) = delete;
+    FindingKind(const char* stableId, Severity itsSeverity, const char* itsMeaning, const char* itsRemedy)
+        : id(stableId), severity(itsSeverity), meaning(itsMeaning), remedy(itsRemedy) {
+        defined().push_back(this);
+    }
 
     const char* const id; ///< Scripts and documents rely on it.
     const Severity severity;
@@ -22,7 +28,13 @@ public:
     const char* const remedy;
 
     /// All that are defined, in the order of their definitions. The list is complete when main() starts.
-    static const std::vector<const FindingKind*>& all();
+    static const std::vector<const FindingKind*>& all() { return defined(); }
+
+private:
+    static std::vector<const FindingKind*>& defined() {
+        static std::vector<const FindingKind*> kinds;
+        return kinds;
+    }
 };
 
 /// One thing found on this machine. Texts are UTF-8 and may hold anything.

@@ -1,8 +1,6 @@
-#include "doctor/FolderCheck.h"
-
 #include "ConfigurationFolder.h"
+#include "doctor/Checks.h"
 #include "doctor/Findings.h"
-#include "doctor/LegacyCheck.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "platform/System.h"
@@ -13,15 +11,14 @@
 namespace vykeldev::doctor {
 namespace {
 
-/// Waits for a lock, and frees it when `whileHeld` is done. False when it cannot be locked.
-template <class Work>
-bool checkLock(const std::string& name, Report& report, Progress& progress, Work whileHeld) {
+/// Waits for a lock. Returns its stream, which holds it; null when it cannot be locked.
+vykel::FileStream takeLock(const std::string& name, Report& report, Progress& progress) {
     LockState& lock = report.locks.emplace_back();
     lock.path = report.folder + name;
     const auto fail = [&](const char* state, const FindingKind& kind, const std::string& detail) {
         lock.state = state;
         report.findings.push_back({&kind, lock.path, detail});
-        return false;
+        return nullptr;
     };
     vykel::FileStream stream;
     try {
@@ -38,8 +35,7 @@ bool checkLock(const std::string& name, Report& report, Progress& progress, Work
                     "waited " + std::to_string(longestLockWait.count()) + " seconds");
     if (error != ERROR_SUCCESS)
         return fail("unusable", finding::lockUnusable, systemErrorText(error));
-    whileHeld();
-    return true;
+    return stream;
 }
 
 /// Whether this user can make files in the folder: makes one.
@@ -67,8 +63,10 @@ void checkFolder(Report& report, Progress& progress) {
         return;
     }
     const bool writable = checkRights(report.folder, report.findings);
-    checkLock("DeviceList.lck", report, progress, [] {});
-    if (!checkLock("vykel.lck", report, progress, [&] { checkLegacyFile(report, writable); })) {
+    takeLock("DeviceList.lck", report, progress); // and frees it at once
+    if (const vykel::FileStream lock = takeLock("vykel.lck", report, progress)) {
+        checkLegacyFile(report, writable);
+    } else {
         report.legacy.state = "not read";
         report.findings.back().detail += "; vykel.ini was not checked";
     }

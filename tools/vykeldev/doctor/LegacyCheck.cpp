@@ -1,6 +1,5 @@
-#include "doctor/LegacyCheck.h"
-
 #include "aliases/LegacyFile.h"
+#include "doctor/Checks.h"
 #include "doctor/Findings.h"
 #include "ini/IniSave.h"
 #include "platform/System.h"
@@ -79,7 +78,7 @@ std::string savingTrouble(const std::string& path, bool folderWritable) {
 }
 
 void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::string& trouble) {
-    for (const aliases::SkippedLine& line : file.skippedLines())
+    for (const aliases::SkippedLine& line : file.skippedLines)
         findings.add(&finding::legacyLineIgnored, line.number, line.text);
     bool canMove = false;
     for (const LegacyEntry& entry : file.entries())
@@ -96,19 +95,19 @@ void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::s
 void checkLegacyFile(Report& report, bool folderWritable) {
     LegacyState& state = report.legacy;
     const LegacyFile file(state.path);
-    if (file.result() == vyini::IniNoFile)
+    if (file.result == vyini::IniNoFile)
         return;
     if (std::string bytes; readFile(state.path, bytes) == ERROR_SUCCESS)
         state.bytes = std::move(bytes);
     LegacyFindings findings(state.path, report.findings);
     state.state = "unreadable";
-    if (file.result() == vyini::IniWideText || (state.bytes && isHalfZeros(*state.bytes))) {
+    if (file.result == vyini::IniWideText || (state.bytes && isHalfZeros(*state.bytes))) {
         findings.add(&finding::legacyEncoding, 0, "");
-    } else if (file.result() != 0) {
-        findings.add(&finding::legacyUnreadable, 0, "reading it gives " + std::to_string(file.result()));
+    } else if (file.result != 0) {
+        findings.add(&finding::legacyUnreadable, 0, "reading it gives " + std::to_string(file.result));
     } else {
         state.state = "read";
-        const bool byName = file.layout() == vykel::AliasLayout::ByResourceName;
+        const bool byName = vykel::aliasLayoutOf(&file.document()) == vykel::AliasLayout::ByResourceName;
         state.layout = byName ? "resource names" : "tokens";
         checkContent(file, findings, savingTrouble(state.path, folderWritable));
     }

@@ -19,8 +19,8 @@ struct LibraryImage {
     std::string detail;                      ///< What it is when it is not a library for this machine.
     std::vector<std::string> missingExports; ///< Of entryPointNames.
     std::vector<std::string> imports;        ///< The libraries that it imports.
-    std::vector<std::string>
-        missingImports; ///< Of these and theirs, those that are not found; callers fill it.
+    /// Of these and theirs, those that are not found. Callers fill it.
+    std::vector<std::string> missingImports;
 };
 
 /// Reads the headers of a Windows library (PE32+ for x64). The bytes may be anything: nothing outside them is

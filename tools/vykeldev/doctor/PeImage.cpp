@@ -21,8 +21,6 @@ class ByteView {
 public:
     explicit ByteView(std::string_view fileBytes) noexcept : bytes(fileBytes) {}
 
-    std::uint64_t size() const noexcept { return bytes.size(); }
-
     std::uint16_t u16(std::uint64_t offset) const { return static_cast<std::uint16_t>(number(offset, 2)); }
     std::uint32_t u32(std::uint64_t offset) const { return static_cast<std::uint32_t>(number(offset, 4)); }
 
@@ -111,32 +109,23 @@ std::vector<std::string> readImports(const ByteView& file, const Headers& header
     return names;
 }
 
-/// The image of a file that is not a library for this machine.
-LibraryImage refusedImage(LibraryImage::Kind kind, const char* detail) {
-    LibraryImage image;
-    image.kind = kind;
-    image.detail = detail;
-    return image;
-}
-
 LibraryImage readHeaders(const ByteView& file) {
     using Kind = LibraryImage::Kind;
     if (!file.startsWith(0, "MZ") || !file.startsWith(file.u32(0x3C), std::string_view("PE\0\0", 4)))
-        return refusedImage(Kind::NotALibrary, "the file is not a Windows library");
+        return {Kind::NotALibrary, "the file is not a Windows library", {}, {}, {}};
     const Headers headers = findHeaders(file);
     if ((file.u16(headers.coff + 18) & isDll) == 0)
-        return refusedImage(Kind::NotALibrary, "the file is a program, not a library");
+        return {Kind::NotALibrary, "the file is a program, not a library", {}, {}, {}};
     if (file.u16(headers.coff) != machineX64 || file.u16(headers.optional) != optionalHeader64) {
-        return refusedImage(Kind::OtherMachine,
-                            file.u16(headers.coff) == 0x14C    ? "the library is for 32-bit x86"
-                            : file.u16(headers.coff) == 0xAA64 ? "the library is for ARM64"
-                                                               : "the library is not for x64");
+        return {Kind::OtherMachine,
+                file.u16(headers.coff) == 0x14C    ? "the library is for 32-bit x86"
+                : file.u16(headers.coff) == 0xAA64 ? "the library is for ARM64"
+                                                   : "the library is not for x64",
+                {},
+                {},
+                {}};
     }
-    LibraryImage image;
-    image.missingExports = findMissingExports(file, headers);
-    image.imports = readImports(file, headers);
-    image.kind = Kind::Library;
-    return image;
+    return {Kind::Library, "", findMissingExports(file, headers), readImports(file, headers), {}};
 }
 
 } // namespace
@@ -145,7 +134,7 @@ LibraryImage readPeImage(std::string_view bytes) {
     try {
         return readHeaders(ByteView(bytes));
     } catch (const std::out_of_range&) {
-        return refusedImage(LibraryImage::Kind::NotALibrary, "the file is cut off or damaged");
+        return {LibraryImage::Kind::NotALibrary, "the file is cut off or damaged", {}, {}, {}};
     }
 }
 

@@ -1,6 +1,4 @@
-#include "doctor/PluginCheck.h"
-
-#include "doctor/Examination.h"
+#include "doctor/Checks.h"
 #include "doctor/Findings.h"
 #include "errors/Exception.h"
 #include "platform/System.h"
@@ -93,37 +91,33 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
         const auto missing = std::count(numbers.begin(), numbers.end(), std::nullopt);
         if (missing > 0)
             findings.push_back(
-                {&finding::numberMissing, plugin.name,
-                 std::to_string(missing) + " of " + std::to_string(numbers.size()) + " devices"});
+                {&finding::numberMissing, plugin.name, concat(missing, " of ", numbers.size(), " devices")});
     }
     for (const auto& [number, devices] : holders)
         if (devices.size() > 1)
-            findings.push_back(
-                {&finding::numberDuplicate, "number " + std::to_string(number), joined(devices, ", ")});
+            findings.push_back({&finding::numberDuplicate, concat("number ", number), joined(devices, ", ")});
 }
 
 } // namespace
 
 void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress) {
+    const std::string key = std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey;
     std::uint32_t count = 0;
     try {
         count = vykel::countPlugins();
     } catch (const vyerr::Exception& exception) {
         const LibraryError error = makeLibraryError(exception);
         const bool denied = error.system == ERROR_ACCESS_DENIED;
-        report.findings.push_back({denied ? &finding::pluginsKeyDenied : &finding::pluginsKeyMissing,
-                                   std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey,
-                                   error.systemText});
+        report.findings.push_back(
+            {denied ? &finding::pluginsKeyDenied : &finding::pluginsKeyMissing, key, error.systemText});
         return;
     }
     if (count == 0)
-        report.findings.push_back(
-            {&finding::pluginsNone, std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey, ""});
+        report.findings.push_back({&finding::pluginsNone, key, ""});
     for (std::uint32_t i = 0; i < count; ++i) {
         PluginAccount plugin;
         if (readRegistration(i, plugin, report.findings)) {
-            progress.show("probing plug-in " + std::to_string(i + 1) + " of " + std::to_string(count) + ": " +
-                          plugin.name);
+            progress.show(concat("probing plug-in ", i + 1, " of ", count, ": ", plugin.name));
             checkValue(plugin, report.findings);
             examine(plugin, limit, report.findings);
         }

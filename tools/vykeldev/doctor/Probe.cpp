@@ -12,7 +12,7 @@ namespace vykeldev::doctor {
 namespace {
 
 void begin(Step step, Reporter& reporter) {
-    reporter.beginStep(nameOf(step));
+    reporter.report({{"begun", step}});
 }
 
 /// Reports the numbers in several lines, because long lines are cut off.
@@ -66,23 +66,19 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Reporter& 
 }
 
 void take(const Json& line, ProbeResult& result) {
-    if (line.contains("step"))
-        result.step = stepOf(line["step"].get<std::string>()).value_or(result.step);
+    result.step = line.value("begun", result.step);
     if (line.contains("error") || line.contains("thrown") || line.contains("listMissing"))
         result.failedStep = result.step;
     if (line.contains("error"))
-        result.error = makeLibraryError(line["error"].at("code").get<std::int32_t>(),
-                                        line["error"].at("document").get<std::string>());
+        result.error = makeLibraryError(line["error"].at("code"), line["error"].at("document"));
     if (line.contains("thrown"))
         result.thrown = line["thrown"].get<std::string>();
-    if (line.contains("deviceNumbers")) {
-        for (const Json& number : line["deviceNumbers"])
-            result.deviceNumbers.push_back(number.is_null() ? std::nullopt
-                                                            : std::optional(number.get<std::uint32_t>()));
-    }
-    result.listMissing = result.listMissing || line.contains("listMissing");
-    result.deviceRefused = result.deviceRefused || line.contains("deviceRefused");
-    result.done = result.done || line.contains("done");
+    for (const Json& number : line.value("deviceNumbers", Json::array()))
+        result.deviceNumbers.push_back(number.is_null() ? std::nullopt
+                                                        : std::optional(number.get<std::uint32_t>()));
+    result.listMissing = line.value("listMissing", result.listMissing);
+    result.deviceRefused = line.value("deviceRefused", result.deviceRefused);
+    result.done = line.value("done", result.done);
 }
 
 /// The child's side.
@@ -110,7 +106,7 @@ const ChildTask probeTask = {"probe-plugin", probe};
 ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit) {
     ProbeResult result;
     TaskRun child(probeTask, {path}, [&result](const Json& report) { take(report, result); });
-    result.end = child.finish(limit, TaskRun::Limit::WholeTask);
+    result.child = child.finish(limit, TaskRun::Limit::WholeTask);
     return result;
 }
 

@@ -26,7 +26,7 @@ struct ProbeResult {
     bool deviceRefused = false;        ///< `error` is that of a device; the refresh itself succeeded
     bool done = false;                 ///< everything was unloaded again
     std::vector<std::optional<std::uint32_t>> deviceNumbers;
-    ChildOutcome end; ///< how the child ended
+    ChildOutcome child; ///< how the child ended
 };
 
 /// Probes a plug-in and gives it `limit` for that. Throws Failure when no child can be started.

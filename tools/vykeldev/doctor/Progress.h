@@ -3,6 +3,7 @@
 
 #include "platform/Console.h"
 #include "support/DisplayText.h"
+#include "vytpl/NonCopyable.h"
 #include <algorithm>
 #include <iostream>
 #include <string>
@@ -10,12 +11,10 @@
 namespace vykeldev::doctor {
 
 /// One line on standard error that says what the tool waits for; removed at the end. Only on a terminal.
-class Progress {
+class Progress : private vytpl::NonCopyableT<Progress> {
 public:
     Progress() : shown(isErrorTerminal()) {}
     ~Progress() { show({}); }
-    Progress(const Progress&) = delete;
-    Progress& operator=(const Progress&) = delete;
 
     /// Replaces the line.
     void show(const std::string& text) {

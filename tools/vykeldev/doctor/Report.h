@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cstdint>
 #include <iosfwd>
-#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
@@ -35,10 +34,6 @@ constexpr const char* stepNames[] = {"registry value", "path",    "file",       
                                      "list",           "refresh", "unload"};
 constexpr const char* nameOf(Step step) noexcept {
     return stepNames[static_cast<std::size_t>(step)];
-}
-inline std::optional<Step> stepOf(const std::string& name) noexcept {
-    const auto* const found = std::find(std::begin(stepNames), std::end(stepNames), name);
-    return found == std::end(stepNames) ? std::nullopt : std::optional(Step(found - std::begin(stepNames)));
 }
 
 enum class Outcome { Loaded, Refused, Failed };

@@ -1,6 +1,7 @@
 #include "doctor/Zip.h"
 
 #include <cstdint>
+#include <initializer_list>
 
 namespace vykeldev::doctor {
 namespace {
@@ -12,14 +13,11 @@ constexpr std::size_t version = 20;
 constexpr std::size_t namesAreUtf8 = 0x0800;
 constexpr std::size_t firstOf1980 = 0x0021; // the earliest date of the format
 
-void put16(std::string& out, std::size_t value) {
-    out += static_cast<char>(value & 0xFF);
-    out += static_cast<char>(value >> 8 & 0xFF);
-}
-
-void put32(std::string& out, std::size_t value) {
-    put16(out, value & 0xFFFF);
-    put16(out, value >> 16);
+/// Appends the values, each with that many bytes, the lowest first.
+void put(std::string& out, unsigned bytes, std::initializer_list<std::size_t> values) {
+    for (const std::size_t value : values)
+        for (unsigned i = 0; i < bytes; ++i)
+            out += static_cast<char>(value >> 8 * i & 0xFF);
 }
 
 std::uint32_t crc32(const std::string& bytes) noexcept {
@@ -36,11 +34,10 @@ std::uint32_t crc32(const std::string& bytes) noexcept {
 void putFacts(std::string& out, const ZipEntry& entry) {
     constexpr std::size_t stored = 0;
     constexpr std::size_t midnight = 0;
-    for (const std::size_t value : {version, namesAreUtf8, stored, midnight, firstOf1980})
-        put16(out, value);
-    for (const std::size_t value : {std::size_t{crc32(entry.bytes)}, entry.bytes.size(), entry.bytes.size()})
-        put32(out, value);
-    put32(out, entry.name.size()); // and no extra field
+    constexpr std::size_t noExtraField = 0;
+    put(out, 2, {version, namesAreUtf8, stored, midnight, firstOf1980});
+    put(out, 4, {crc32(entry.bytes), entry.bytes.size(), entry.bytes.size()});
+    put(out, 2, {entry.name.size(), noExtraField});
 }
 
 } // namespace
@@ -49,25 +46,22 @@ std::string makeZip(const std::vector<ZipEntry>& entries) {
     std::string archive;
     std::string central;
     for (const ZipEntry& entry : entries) {
-        put32(central, centralHeader);
-        put16(central, version);
+        put(central, 4, {centralHeader});
+        put(central, 2, {version});
         putFacts(central, entry);
         central.append(10, '\0'); // no comment, first disk, no attributes
-        put32(central, archive.size());
+        put(central, 4, {archive.size()});
         central += entry.name;
-        put32(archive, localHeader);
+        put(archive, 4, {localHeader});
         putFacts(archive, entry);
         archive += entry.name + entry.bytes;
     }
     const std::size_t centralBegin = archive.size();
     archive += central;
-    put32(archive, endOfCentral);
-    put32(archive, 0); // one disk
-    put16(archive, entries.size());
-    put16(archive, entries.size());
-    put32(archive, central.size());
-    put32(archive, centralBegin);
-    put16(archive, 0);
+    put(archive, 4, {endOfCentral});
+    put(archive, 2, {0, 0, entries.size(), entries.size()}); // one disk
+    put(archive, 4, {central.size(), centralBegin});
+    put(archive, 2, {0}); // no comment
     return archive;
 }
 

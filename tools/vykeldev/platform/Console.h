@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_PLATFORM_CONSOLE_H
 #define VYKELDEV_PLATFORM_CONSOLE_H
 
+#include "vytpl/NonCopyable.h"
 #include <chrono>
 #include <string>
 #include <vector>
@@ -15,12 +16,10 @@ std::vector<std::string> commandLineArguments(int argc, const char* const* argv)
 bool isErrorTerminal() noexcept;
 
 /// Makes the console show UTF-8 while it lives. One object, for the life of the tool.
-class Console {
+class Console : private vytpl::NonCopyableT<Console> {
 public:
     Console() noexcept;
     ~Console();
-    Console(const Console&) = delete;
-    Console& operator=(const Console&) = delete;
 
     /// Whether the stream is a terminal that shows colour, and NO_COLOR does not forbid it.
     const bool colourOnOutput;
@@ -33,13 +32,11 @@ private:
 /// While it lives, the first Ctrl-C (or whatever else asks this process to end) does not end the process.
 /// waitFor reports it, so that the tool can tidy up first. The second Ctrl-C terminates the process as usual,
 /// in case a plug-in hangs. One object at a time, used by one thread.
-class StopRequest {
+class StopRequest : private vytpl::NonCopyableT<StopRequest> {
 public:
     /// Throws Failure when the system refuses.
     StopRequest();
     ~StopRequest();
-    StopRequest(const StopRequest&) = delete;
-    StopRequest& operator=(const StopRequest&) = delete;
 
     /// Sleeps for `time`, or until this process is asked to end. Returns whether it was asked, also before
     /// the call; on the host also when nobody reads standard output any more.

@@ -49,15 +49,14 @@ bool showsColour(int stream) noexcept {
     return std::getenv("NO_COLOR") == nullptr && isatty(stream) == 1;
 }
 
-[[noreturn]] void becomeTool(const std::vector<std::string>& arguments, int output, pid_t parent) {
+[[noreturn]] void becomeTool(std::vector<std::string> arguments, int output, pid_t parent) {
     setpgid(0, 0);
     prctl(PR_SET_PDEATHSIG, SIGKILL); // nobody else would end a child that hangs
     if (getppid() != parent)
         _exit(127);
     std::string program = "/proc/self/exe";
     std::vector<char*> pointers{program.data()};
-    std::vector<std::string> copies = arguments;
-    for (auto& argument : copies)
+    for (std::string& argument : arguments)
         pointers.push_back(argument.data());
     pointers.push_back(nullptr);
     const int nothing = open("/dev/null", O_RDWR);
@@ -111,18 +110,12 @@ vybase::FileStream duplicateOutput() {
 
 /// The child leads a process group of its own.
 struct ChildProcess::State {
-    int output = -1;
+    vybase::FileStream output; // null when the child has closed it
     pid_t process = -1;
     int status = 0;
     bool ended = false;
 
-    void closeOutput() noexcept {
-        if (output >= 0)
-            close(output);
-        output = -1;
-    }
     ~State() {
-        closeOutput();
         if (process <= 0)
             return;
         kill(-process, SIGKILL);
@@ -135,7 +128,7 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments) : state(st
     int ends[2];
     if (pipe2(ends, O_CLOEXEC) != 0)
         throw callFailure("a child process cannot be started");
-    state->output = ends[0];
+    state->output.reset(fdopen(ends[0], "r"));
     const pid_t parent = getpid();
     state->process = fork();
     if (state->process == 0)
@@ -149,22 +142,22 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments) : state(st
 ChildProcess::~ChildProcess() = default;
 
 bool ChildProcess::read(std::string& output, std::chrono::milliseconds time) {
-    if (state->output < 0) {
+    if (!state->output) {
         usleep(1000); // it has closed its output, so its end is near
         state->ended = waitpid(state->process, &state->status, WNOHANG) != 0;
         return !state->ended;
     }
     char bytes[4096];
-    pollfd event{state->output, POLLIN, 0};
+    pollfd event{fileno(state->output.get()), POLLIN, 0};
     const auto wait = std::min<std::chrono::milliseconds>(time, std::chrono::hours(1));
     const int ready = poll(&event, 1, static_cast<int>(wait.count()));
-    const ssize_t count = ready > 0 ? ::read(state->output, bytes, sizeof bytes) : ready;
+    const ssize_t count = ready > 0 ? ::read(event.fd, bytes, sizeof bytes) : ready;
     if (count > 0)
         output.append(bytes, static_cast<std::size_t>(count));
     else if (count < 0 && errno != EINTR)
         throw callFailure("the output of a child process cannot be read");
     else if (ready > 0 && count == 0)
-        state->closeOutput();
+        state->output.reset();
     return true;
 }
 

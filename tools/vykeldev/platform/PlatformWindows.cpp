@@ -13,6 +13,7 @@
 #include <io.h>
 #include <iostream>
 #include <iterator>
+#include <map>
 #include <shellapi.h>
 #include <windows.h>
 // After windows.h, which it needs.
@@ -194,21 +195,15 @@ ChildProcess::End ChildProcess::end() const noexcept {
 }
 
 std::string crashText(std::uint32_t code) {
-    struct Name {
-        std::uint32_t code;
-        const char* name;
-    };
-    static constexpr Name names[] = {
+    static const std::map<std::uint32_t, const char*> names = {
         {0x80000003, "breakpoint"},          {0xC0000005, "access violation"},
         {0xC000001D, "illegal instruction"}, {0xC0000094, "division by zero"},
         {0xC00000FD, "stack overflow"},      {0xC0000409, "fail fast"},
         {0xC0000374, "heap corruption"},     {0xE06D7363, "uncaught C++ exception"}};
     char text[32];
     std::snprintf(text, sizeof text, "exception 0x%08X", static_cast<unsigned>(code));
-    for (const Name& known : names)
-        if (known.code == code)
-            return std::string(text) + " (" + known.name + ")";
-    return text;
+    const auto known = names.find(code);
+    return known == names.end() ? text : std::string(text) + " (" + known->second + ")";
 }
 
 std::vector<std::string> commandLineArguments(int, const char* const*) {
@@ -279,8 +274,8 @@ std::string systemVersion() {
     const FARPROC function = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
     if (function != nullptr)
         reinterpret_cast<RtlGetVersion>(reinterpret_cast<void (*)()>(function))(&version);
-    return "Windows " + std::to_string(version.dwMajorVersion) + '.' +
-           std::to_string(version.dwMinorVersion) + '.' + std::to_string(version.dwBuildNumber);
+    return concat("Windows ", version.dwMajorVersion, '.', version.dwMinorVersion, '.',
+                  version.dwBuildNumber);
 }
 
 std::string fileVersion(const std::string& path) {
@@ -314,8 +309,7 @@ std::string fileIdentity(const std::string& path) {
     if (!file || !GetFileInformationByHandle(file.get(), &facts) ||
         (facts.nFileIndexHigh == 0 && facts.nFileIndexLow == 0)) // a file system without numbers
         return {};
-    return std::to_string(facts.dwVolumeSerialNumber) + ':' + std::to_string(facts.nFileIndexHigh) + ':' +
-           std::to_string(facts.nFileIndexLow);
+    return concat(facts.dwVolumeSerialNumber, ':', facts.nFileIndexHigh, ':', facts.nFileIndexLow);
 }
 
 bool makeTemporaryFile(const std::string& path) {
@@ -335,11 +329,6 @@ bool beginsWith(const WideString& text, const WideString& beginning) {
            CompareStringOrdinal(text.c_str(), length, beginning.c_str(), length, TRUE) == CSTR_EQUAL;
 }
 
-/// Whether a name means a set of functions, not a file. The loader itself knows where those are.
-bool isApiSet(const WideString& name) {
-    return beginsWith(name, L"api-ms-") || beginsWith(name, L"ext-ms-");
-}
-
 bool isInSystemFolder(const WideString& path) {
     WCHAR folder[MAX_PATH] = {};
     const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
@@ -354,7 +343,8 @@ std::optional<LibraryImage> readNativeImage(std::string_view bytes) {
 
 std::optional<std::string> findImport(const std::string& name) {
     const WideString file = toWide(name);
-    if (isApiSet(file) || GetModuleHandleW(file.c_str()) != nullptr)
+    // The first two mean sets of functions, not files. The loader itself knows where those are.
+    if (beginsWith(file, L"api-ms-") || beginsWith(file, L"ext-ms-") || GetModuleHandleW(file.c_str()))
         return "";
     // The loader's way for libraries that a library asks for; the folder of the latter is not on it.
     WideString path(maxPathBytes, L'\0');

@@ -2,6 +2,7 @@
 #define VYKELDEV_PLATFORM_PROCESS_H
 
 #include "vybase/owners.h"
+#include "vytpl/NonCopyable.h"
 #include <chrono>
 #include <cstdint>
 #include <memory>
@@ -34,13 +35,11 @@ vybase::FileStream duplicateOutput();
 /// This program once more, in a child process whose standard output the parent reads; its standard error is
 /// dropped. The child and every process that it started end with this object, and when this process is
 /// killed. One thread.
-class ChildProcess {
+class ChildProcess : private vytpl::NonCopyableT<ChildProcess> {
 public:
     /// Starts it with these arguments (UTF-8). Throws Failure.
     explicit ChildProcess(const std::vector<std::string>& arguments);
     ~ChildProcess();
-    ChildProcess(const ChildProcess&) = delete;
-    ChildProcess& operator=(const ChildProcess&) = delete;
 
     /// Waits for output for at most `time` and appends what there is. False when the child has ended and its
     /// output has been read. Throws Failure.

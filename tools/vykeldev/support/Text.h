@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_SUPPORT_TEXT_H
 #define VYKELDEV_SUPPORT_TEXT_H
 
+#include <sstream>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -17,6 +18,14 @@ std::string toUtf8(const WideString& wide);
 
 /// The texts, one after the other, with `separator` between them.
 std::string joined(const std::vector<std::string>& texts, const char* separator);
+
+/// The parts, such as texts and numbers, as one text.
+template <class... Parts>
+std::string concat(const Parts&... parts) {
+    std::ostringstream text;
+    (text << ... << parts);
+    return text.str();
+}
 
 /// `text` without white space at its end.
 std::string trimmed(std::string text);
