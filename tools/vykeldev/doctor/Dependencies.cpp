@@ -24,10 +24,10 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
             if (!path) {
                 const DWORD beside = GetFileAttributesW(toWide(folder + '\\' + name).c_str());
                 plugin.missingImports.push_back(name);
-                bad.push_back("not found: " + name + importedBy +
-                              (beside == INVALID_FILE_ATTRIBUTES
-                                   ? ""
-                                   : ", which is beside the plug-in, where the system does not look"));
+                bad.push_back(concat("not found: ", name, importedBy,
+                                     beside == INVALID_FILE_ATTRIBUTES
+                                         ? ""
+                                         : ", which is beside the plug-in, where the system does not look"));
             }
             std::string bytes;
             if (!path || path->empty() || !isOrdinaryFile(*path) || readFile(*path, bytes) != ERROR_SUCCESS)
@@ -36,7 +36,7 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
             if (image && image->kind == LibraryImage::Kind::Library)
                 importers.emplace_back(name, *image);
             else if (image)
-                bad.push_back(name + importedBy + " cannot be used: '" + *path + "': " + image->detail);
+                bad.push_back(concat(name, importedBy, " cannot be used: '", *path, "': ", image->detail));
         }
     }
     return bad;
