@@ -15,52 +15,55 @@ using Add = std::function<char*(char*)>;
 
 constexpr StatusTextGrowth noGrowth = {nullptr, nullptr};
 
-/// The text after a field was added at a place, with a bar at the new cursor. It has `bytes` bytes on the
-/// heap, where a sanitizer sees every byte too many.
-std::string added(const std::string& text, std::size_t place, std::size_t bytes, const Add& add) {
-    const std::unique_ptr<char[]> buffer(new char[bytes]);
-    EXPECT_EQ(layStatusText(buffer.get(), bytes, text.c_str()), buffer.get() + text.size() - 1);
-    const char* const cursor = add(buffer.get() + place);
-    EXPECT_EQ(add(nullptr), nullptr);
-    std::string result = buffer.get();
-    return cursor == nullptr ? result : result.insert(static_cast<std::size_t>(cursor - buffer.get()), "|");
+Add addString(const char* key, const char* value) {
+    return [=](char* at) { return addStringField(at, key, value, noGrowth); };
 }
 
 } // namespace
 
-TEST(ErrorInfoText, LaysATextOnlyWhereItFits) {
+TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
+    const Add field = addString("k", "v");
+    const Add element = addString(nullptr, "v");
+    const struct {
+        const char* text;
+        std::size_t cursor;
+        Add add;
+        std::string result; ///< with a bar at the new cursor
+    } rows[] = {
+        {"{}", 1, field, R"({"k":"v"|})"},
+        {"{}", 0, field, R"({"k":"v"|})"},
+        {"{ }", 2, field, R"({ "k":"v"|})"},
+        {"{ }", 0, field, R"({"k":"v"| })"},
+        {R"({"a":1})", 6, field, R"({"a":1,"k":"v"|})"},
+        {R"({"a":1})", 0, field, R"({"k":"v"|,"a":1})"},
+        {R"({"a":{}})", 6, field, R"({"a":{"k":"v"|}})"},
+        {"[1]", 2, element, R"([1,"v"|])"},
+        {"[]", 1, element, R"(["v"|])"},
+        {"{}", 1, addString("\"", "\t\b\n\f\r\\\"\x01\x7f\xC3\xA9"),
+         "{\"\\\"\":\"\\t\\b\\n\\f\\r\\\\\\\"\\u0001\\u007f\xC3\xA9\"|}"},
+        {"{}", 1, [](char* at) { return addIntField(at, "i", INT32_MIN, noGrowth); },
+         R"({"i":-2147483648|})"},
+        {"{}", 1, [](char* at) { return addUIntField(at, "u", UINT32_MAX, noGrowth); },
+         R"({"u":4294967295|})"},
+        {"[]", 1, [](char* at) { return addObjectField(at, nullptr, noGrowth); }, "[{}|]"},
+    };
+    for (const auto& [text, place, add, result] : rows) {
+        for (const std::size_t bytes : {result.size() + 1, result.size()}) { // enough, and one too few
+            const std::unique_ptr<char[]> buffer(new char[bytes]); // where a sanitizer sees a byte too many
+            EXPECT_EQ(layStatusText(buffer.get(), bytes, text), buffer.get() + std::strlen(text) - 1);
+            const char* const cursor = add(buffer.get() + place);
+            std::string after = buffer.get();
+            if (cursor != nullptr)
+                after.insert(static_cast<std::size_t>(cursor - buffer.get()), "|");
+            EXPECT_EQ(after, bytes > result.size() ? result : text);
+        }
+        EXPECT_EQ(add(nullptr), nullptr);
+    }
     char buffer[7] = "{}xxxx";
     EXPECT_EQ(layStatusText(buffer, 3, "[]"), nullptr);
     EXPECT_EQ(layStatusText(buffer, 6, nullptr), nullptr);
     EXPECT_EQ(layStatusText(buffer, 5, "{}"), buffer + 1);
     EXPECT_EQ(std::string(buffer, 6), std::string("{}\0\0Jx", 6));
-}
-
-TEST(ErrorInfoText, InsertsAtTheCursor) {
-    /// `result` has a bar at the new cursor.
-    const auto expect = [](const std::string& result, const char* text, std::size_t cursor, const Add& add) {
-        const std::size_t enough = result.size() + 1; // without the bar, with NUL and end marker
-        EXPECT_EQ(added(text, cursor, enough, add), result);
-        EXPECT_EQ(added(text, cursor, enough - 1, add), text); // all or nothing
-    };
-    const Add field = [](char* at) { return addStringField(at, "k", "v", noGrowth); };
-    const Add element = [](char* at) { return addStringField(at, nullptr, "v", noGrowth); };
-    expect("{\"k\":\"v\"|}", "{}", 1, field);
-    expect("{\"k\":\"v\"|}", "{}", 0, field);
-    expect("{ \"k\":\"v\"|}", "{ }", 2, field);
-    expect("{\"k\":\"v\"| }", "{ }", 0, field);
-    expect("{\"a\":1,\"k\":\"v\"|}", "{\"a\":1}", 6, field);
-    expect("{\"k\":\"v\"|,\"a\":1}", "{\"a\":1}", 0, field);
-    expect("{\"a\":{\"k\":\"v\"|}}", "{\"a\":{}}", 6, field);
-    expect("[1,\"v\"|]", "[1]", 2, element);
-    expect("[\"v\"|]", "[]", 1, element);
-    expect("{\"\\\"\":\"\\t\\b\\n\\f\\r\\\\\\\"\\u0001\\u007f\xC3\xA9\"|}", "{}", 1,
-           [](char* at) { return addStringField(at, "\"", "\t\b\n\f\r\\\"\x01\x7f\xC3\xA9", noGrowth); });
-    expect("{\"i\":-2147483648|}", "{}", 1,
-           [](char* at) { return addIntField(at, "i", INT32_MIN, noGrowth); });
-    expect("{\"u\":4294967295|}", "{}", 1,
-           [](char* at) { return addUIntField(at, "u", UINT32_MAX, noGrowth); });
-    expect("[{}|]", "[]", 1, [](char* at) { return addObjectField(at, nullptr, noGrowth); });
 }
 
 TEST(ErrorInfoText, GrowsByDoublingAndKeepsTheOffset) {
@@ -85,12 +88,11 @@ TEST(ErrorInfoText, AGrowthThatFailsLeavesTheDocument) {
     info.addString("long", std::string(600, 'v').c_str()).addInt("short", 1);
     EXPECT_EQ(status.json, before);
     status.reallocate = defaultStatusReallocate;
-    const std::uint32_t capacity = status.capacity;
     for (const std::uint32_t refused : {0u, 1u, (1u << 30) + 1, 0xFFFFFFFFu}) {
         status.capacity = refused;
         EXPECT_EQ(growStatusText(status.json, &status), nullptr) << refused;
     }
-    status.capacity = capacity;
+    status.capacity = 512;
     status.json[0] = 'x'; // no document any more
     EXPECT_EQ(growStatusText(status.json, &status), nullptr);
 }

@@ -4,6 +4,7 @@
 #include "errors/ErrorInfo.h"
 #include "errors/ScopedStatus.h"
 #include "support/OwnedStatus.h"
+#include "support/Unwinding.h"
 #include <functional>
 #include <gtest/gtest.h>
 #include <new>
@@ -14,9 +15,6 @@
 namespace vyerr {
 
 namespace {
-
-using vykel::StatusCode;
-using vykeltest::numberOf;
 
 constexpr RaiseSite site{"dir/site.cpp", 7};
 
@@ -31,29 +29,27 @@ std::string outcome(const std::function<void()>& body) {
     return std::to_string(block.code) + ' ' + block.file + ' ' + std::to_string(block.line);
 }
 
-void throwFromStatus(std::int32_t code) {
-    vykeltest::OwnedStatus status(code);
-    throwIfFailed(&status);
+std::string atBoundary(vykel::StatusCode code) {
+    return vykeltest::numberOf(code) + " boundary.cpp 50";
 }
 
-void throwFromBlock(std::int32_t code) {
-    StatusBlock block = vykel::makeStatusBlock();
-    block.code = code;
-    throwIfFailed(&block);
+/// A scope that records a code, and asks for errors or leaves that to its end.
+template <class Scope>
+void record(std::int32_t code, bool checks) {
+    Scope scope;
+    scope.get()->code = code;
+    if (checks)
+        scope.check();
 }
 
 } // namespace
 
 TEST(Exception, BecomesACodeAtTheBoundary) {
-    const auto atBoundary = [](StatusCode code) { return numberOf(code) + " boundary.cpp 50"; };
+    using vykel::StatusCode;
     EXPECT_EQ(outcome([] {}), "0  0");
     EXPECT_EQ(outcome([] { raiseError(-7, constant::osFault, site); }), "-7 dir/site.cpp 7");
     EXPECT_EQ(outcome([] { throw Exception(); }), atBoundary(StatusCode::GeneralFault));
     EXPECT_EQ(outcome([] { raiseError(3, "", site); }), atBoundary(StatusCode::GeneralFault)); // a warning
-    EXPECT_EQ(outcome([] { throwFromStatus(8); }), "0  0"); // a warning is no reason to throw
-    EXPECT_EQ(outcome([] { throwFromBlock(8); }), "0  0");
-    EXPECT_EQ(outcome([] { throwFromStatus(-8); }), "-8  0");
-    EXPECT_EQ(outcome([] { throwFromBlock(-8); }), "-8  0");
     EXPECT_EQ(outcome([] { throw std::bad_array_new_length(); }), atBoundary(StatusCode::MemoryFull));
     EXPECT_EQ(outcome([] { throw std::invalid_argument(""); }), atBoundary(StatusCode::InvalidParameter));
     EXPECT_EQ(outcome([] { throw std::bad_cast(); }), atBoundary(StatusCode::BadCast));
@@ -62,28 +58,23 @@ TEST(Exception, BecomesACodeAtTheBoundary) {
     EXPECT_EQ(outcome([] { throw 1; }), atBoundary(StatusCode::GeneralFault));
 }
 
-TEST(ScopedStatus, ThrowsAtItsEndButNotIntoAnotherException) {
-    const auto failingScope = [](bool checks) {
-        ScopedStatus status;
-        recordError(status.get(), -7, constant::osFault, site.file, site.line);
-        if (checks)
-            status.check();
-    };
-    const auto failingBlockScope = [] { ScopedStatusBlock().get()->code = -8; };
-    EXPECT_EQ(outcome([&] { failingScope(false); }), "-7 dir/site.cpp 7");
-    EXPECT_EQ(outcome(failingBlockScope), "-8  0");
-    EXPECT_EQ(outcome([] { ScopedStatus().get()->code = 1; }), "0  0");
-    struct OnUnwinding {
-        std::function<void()> body;
-        ~OnUnwinding() { body(); }
-    };
-    EXPECT_EQ(outcome([&] {
-                  const OnUnwinding first{[&] { failingScope(false); }};
-                  const OnUnwinding second{failingBlockScope};
-                  const OnUnwinding third{[&] { EXPECT_THROW(failingScope(true), Exception); }};
-                  raiseError(-9, "", {"first", 1});
+TEST(ScopedStatus, ThrowsErrorsButItsEndNotIntoAnotherException) {
+    for (const bool checks : {true, false}) {
+        EXPECT_EQ(outcome([=] { record<ScopedStatus>(8, checks); }), "0  0"); // a warning
+        EXPECT_EQ(outcome([=] { record<ScopedStatusBlock>(8, checks); }), "0  0");
+        EXPECT_EQ(outcome([=] { record<ScopedStatus>(-8, checks); }), "-8  0");
+        EXPECT_EQ(outcome([=] { record<ScopedStatusBlock>(-8, checks); }), "-8  0");
+    }
+    vykeltest::whileUnwinding([] {
+        EXPECT_NO_THROW(record<ScopedStatus>(-8, false));
+        EXPECT_NO_THROW(record<ScopedStatusBlock>(-8, false));
+        EXPECT_THROW(record<ScopedStatus>(-8, true), Exception);
+    });
+    EXPECT_EQ(outcome([] {
+                  ScopedStatus status;
+                  recordError(status.get(), -7, constant::osFault, site.file, site.line);
               }),
-              "-9 first 1");
+              "-7 dir/site.cpp 7");
 }
 
 } // namespace vyerr

@@ -15,73 +15,55 @@ using namespace vykeltest;
 using winhost::Call;
 using winhost::ScopedFault;
 
-const std::string longKey(100000, 'k'); // longer than any buffer between here and the file
-const std::string longText = "[a]\n" + longKey + "=v\nl=w\n";
-const std::string savedText = "[a]\r\n" + longKey + "=v\r\nl=w\r\n\r\n";
+enum class How { Load, SafeSave, SaveInPlace };
 
-/// A call, and the results when the first, second, ... of its kind fails; the last one holds for all that
-/// follow.
-struct Row {
-    Call call;
-    std::vector<int> results;
-    int writeFlags = IniSafeSave | IniFlushToDisk;
-};
-
-/// Lets each of these calls of `run` fail once and hands its result to `check`.
-template <class Run, class Check>
-void failEach(const Row& row, Run run, Check check) {
-    for (std::size_t nth = 1;; ++nth) {
-        SCOPED_TRACE(testing::Message() << "call " << static_cast<int>(row.call) << ", number " << nth);
-        IniFolder folder;
-        IniDocument document;
-        ASSERT_EQ(folder.load(document, longText), 0);
-        const ScopedFault flush({Call::FlushFileBuffers, 1}); // a save ignores that it fails
-        const ScopedFault fault({row.call, nth});
-        const int result = run(folder, document);
-        if (fault.struck() == 0) {
-            EXPECT_GT(nth, row.results.size());
-            break;
-        }
-        EXPECT_EQ(result, row.results[std::min(nth, row.results.size()) - 1]);
-        check(folder, document, result, flush.struck() != 0);
-    }
-}
-
-TEST(IniFault, ALoadReportsWhatFails) {
-    for (const Row& row : {Row{Call::fopen, {IniOpenFailed}}, Row{Call::fseek, {IniSeekFailed}},
-                           Row{Call::fread, {IniReadFailed}}})
-        failEach(
-            row,
-            [](const IniFolder& folder, IniDocument& document) {
-                fs::rename(folder.file(), folder.path("other.ini"));
-                return loadIniFile(&document, folder.path("other.ini").string().c_str());
-            },
-            [](const IniFolder& folder, const IniDocument& document, int, bool) {
+TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
+    const std::string key(100000, 'k'); // longer than any buffer between here and the file
+    const std::string before = "[a]\n" + key + "=v\nl=w\n";
+    const std::string after = "[a]\r\n" + key + "=v\r\nl=w\r\n\r\n";
+    const struct {
+        How how;
+        Call call;
+        std::vector<int> results; ///< when the first, second, ... call fails; the last holds for the others
+    } rows[] = {{How::Load, Call::fopen, {IniOpenFailed}},
+                {How::Load, Call::fseek, {IniSeekFailed}},
+                {How::Load, Call::fread, {IniReadFailed}},
+                {How::SafeSave, Call::fopen, {IniTargetRefused, IniCreateFailed}},
+                {How::SafeSave, Call::fwrite, {IniWriteFailed}},
+                {How::SafeSave, Call::fflush, {IniWriteFailed, 0}}, // the second has nothing to write
+                {How::SafeSave, Call::fclose, {IniTargetRefused, IniWriteFailed}},
+                {How::SafeSave, Call::MoveFileExA, {IniTargetRefused}},
+                {How::SaveInPlace, Call::fwrite, {IniWriteFailed}},
+                {How::SaveInPlace, Call::fflush, {IniWriteFailed}},
+                {How::SaveInPlace, Call::fclose, {IniWriteFailed}}};
+    for (const auto& row : rows) {
+        for (std::size_t nth = 1, struck = 1; struck != 0; ++nth) {
+            SCOPED_TRACE(testing::Message() << "row " << &row - rows << ", call " << nth);
+            IniFolder folder;
+            IniDocument document;
+            ASSERT_EQ(folder.load(document, before), 0);
+            writeFile(folder.path("other.ini"), before);
+            document.writeFlags = row.how == How::SafeSave ? IniSafeSave | IniFlushToDisk : 0;
+            document.maxLineLength = -1;
+            const ScopedFault flush({Call::FlushFileBuffers, 1}); // a save ignores that it fails
+            const ScopedFault fault({row.call, nth});
+            const int result = row.how == How::Load
+                                   ? loadIniFile(&document, folder.path("other.ini").string().c_str())
+                                   : saveIniFile(&document, folder.file().string().c_str());
+            struck = fault.struck();
+            if (struck == 0) {
+                EXPECT_EQ(result, 0);
+                EXPECT_GT(nth, row.results.size());
+            } else {
+                EXPECT_EQ(result, row.results[std::min(nth, row.results.size()) - 1]);
                 EXPECT_EQ(document.path.get(), folder.file().string());
-            });
-}
-
-TEST(IniFault, ASaveThatFailsKeepsTheTarget) {
-    for (const Row& row :
-         {Row{Call::fopen, {IniTargetRefused, IniCreateFailed}}, Row{Call::fwrite, {IniWriteFailed}},
-          Row{Call::fflush, {IniWriteFailed, 0}}, // the second has nothing to write
-          Row{Call::fclose, {IniTargetRefused, IniWriteFailed}}, Row{Call::MoveFileExA, {IniTargetRefused}},
-          Row{Call::fwrite, {IniWriteFailed}, 0}, Row{Call::fflush, {IniWriteFailed}, 0},
-          Row{Call::fclose, {IniWriteFailed}, 0}})
-        failEach(
-            row,
-            [&](const IniFolder& folder, IniDocument& document) {
-                document.writeFlags = row.writeFlags;
-                document.maxLineLength = -1;
-                return saveIniFile(&document, folder.file().string().c_str());
-            },
-            [&](const IniFolder& folder, const IniDocument&, int result, bool flushed) {
-                const std::string kept =
-                    row.writeFlags != 0 ? longText : ""; // in place there is nothing left
-                EXPECT_TRUE(readFile(folder.file()) == (result == 0 ? savedText : kept));
-                EXPECT_FALSE(fs::exists(folder.path("vykel.TMP")));
-                EXPECT_TRUE(row.call != Call::MoveFileExA || flushed) << "flushed before the replace";
-            });
+                EXPECT_TRUE(row.call != Call::MoveFileExA || flush.struck() != 0) << "before the replace";
+            }
+            const std::string kept = row.how == How::SaveInPlace ? "" : before; // in place nothing is left
+            EXPECT_TRUE(readFile(folder.file()) == (result == 0 && row.how != How::Load ? after : kept));
+            EXPECT_FALSE(fs::exists(folder.path("vykel.TMP")));
+        }
+    }
 }
 
 TEST(IniFault, WithoutMemorySearchesFindAndChangesLeaveTheDocument) {

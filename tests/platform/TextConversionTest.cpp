@@ -45,8 +45,7 @@ TEST(TextConversion, RefusesNothingAndReadsNothingPastTheEnd) {
     EXPECT_EQ(toUtf16("a\xC3"), (Units{'a', 0xC3}));
     EXPECT_EQ(toUtf16("\xE2\x82"), (Units{0xE2, 0x82}));
     EXPECT_EQ(toUtf16("\xF0\x9F\x98"), (Units{0xF0, 0x9F, 0x98}));
-    EXPECT_EQ(toUtf16("\xF7\xBF\xBF\xBF"),
-              (Units{0xDFBF, 0xDFFF})); // beyond Unicode: each unit keeps 16 bits
+    EXPECT_EQ(toUtf16("\xF7\xBF\xBF\xBF"), (Units{0xDFBF, 0xDFFF})); // beyond Unicode: 16 bits each
     EXPECT_EQ(toUtf8({'a', 0xD83D}), "a\xED\xA0\xBD");
     EXPECT_EQ(toUtf8({0xDE00, 0xD83D}), "\xED\xB8\x80\xED\xA0\xBD");
 }
