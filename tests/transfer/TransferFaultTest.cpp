@@ -13,14 +13,21 @@ using namespace vykeltest;
 using winhost::Effect;
 
 struct Layout {
+    const char* name;
     std::string before;
     std::string after;
 };
 
+/// Gives the tests their names.
+void PrintTo(const Layout& layout, std::ostream* out) {
+    *out << layout.name;
+}
+
 const Layout layouts[] = {
-    {"[Aliases]\nA=KEL0\nB=KEL1\nOld=KEL9\n[Keep]\nme=1\n",
+    {"ResourceName", "[Aliases]\nA=KEL0\nB=KEL1\nOld=KEL9\n[Keep]\nme=1\n",
      "[Aliases]\r\nOld=KEL9\r\n\r\n[Keep]\r\nme=1\r\n\r\n"},
-    {"[General]\nMajorVersion=15\nMinorVersion=0\n[Alias0]\nAlias=A\nPersistentToken=T0\nLocal=True\n"
+    {"Token",
+     "[General]\nMajorVersion=15\nMinorVersion=0\n[Alias0]\nAlias=A\nPersistentToken=T0\nLocal=True\n"
      "[Alias1]\nAlias=\"X \\\" Line0001\"\nPersistentToken=T9\nLocal=False\n"
      "[Alias2]\nAlias=B\nPersistentToken=T1\nLocal=True\n",
      "[General]\r\nMajorVersion=15\r\nMinorVersion=0\r\n\r\n[Alias0]\r\nAlias=\"X \\\" Line0001\"\r\n"
@@ -126,6 +133,6 @@ TEST_P(TransferFault, EveryAllocation) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Layouts, TransferFault, testing::ValuesIn(layouts),
-                         [](const auto& layout) { return layout.index == 0 ? "ResourceName" : "Token"; });
+                         testing::PrintToStringParamName());
 
 } // namespace
