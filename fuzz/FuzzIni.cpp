@@ -87,12 +87,11 @@ void checkSame(const IniDocument& left, const IniDocument& right) {
 void writeAndReadAgain(IniDocument& document, const std::uint8_t* options) {
     if (!canBeSplit(document))
         document.maxLineLength = -1;
-    vybase::FileStream written(std::tmpfile());
-    int result = writeIni(&document, written.get());
+    const vybase::FileStream written(std::tmpfile());
+    const int result = writeIni(&document, written.get());
     if (result == IniKeyTooLong) {
         document.maxLineLength = -1;
-        written.reset(std::tmpfile());
-        result = writeIni(&document, written.get());
+        return writeAndReadAgain(document, options);
     }
     check(result == 0);
     IniDocument again;

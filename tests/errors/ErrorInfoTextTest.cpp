@@ -7,10 +7,9 @@
 #include <gtest/gtest.h>
 #include <memory>
 
-namespace vyerr {
-
 namespace {
 
+using namespace vyerr;
 using Add = std::function<char*(char*)>;
 
 constexpr StatusTextGrowth noGrowth = {nullptr, nullptr};
@@ -18,8 +17,6 @@ constexpr StatusTextGrowth noGrowth = {nullptr, nullptr};
 Add addString(const char* key, const char* value) {
     return [=](char* at) { return addStringField(at, key, value, noGrowth); };
 }
-
-} // namespace
 
 TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
     const Add field = addString("k", "v");
@@ -97,4 +94,4 @@ TEST(ErrorInfoText, AGrowthThatFailsLeavesTheDocument) {
     EXPECT_EQ(growStatusText(status.json, &status), nullptr);
 }
 
-} // namespace vyerr
+} // namespace

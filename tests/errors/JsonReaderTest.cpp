@@ -8,9 +8,9 @@
 #include <string>
 #include <vector>
 
-namespace vyerr {
-
 namespace {
+
+using namespace vyerr;
 
 /// A token as text: its type, where it starts (a boolean: its value), its length or error and its flag; then
 /// where the value ends. A pointer that is only a number has an equals sign.
@@ -26,8 +26,6 @@ std::string describe(const std::string& text) {
     return types[static_cast<int>(token.type)] + place(token.start) + ' ' + std::to_string(token.length) +
            ' ' + std::to_string(token.flag) + ' ' + place(end);
 }
-
-} // namespace
 
 TEST(JsonReader, DescribesValues) {
     const std::pair<const char*, const char*> cases[] = {
@@ -115,4 +113,4 @@ TEST(JsonReader, WritesAPointAsTheLocaleDoes) {
     }
 }
 
-} // namespace vyerr
+} // namespace

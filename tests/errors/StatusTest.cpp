@@ -7,10 +7,9 @@
 #include <cstring>
 #include <gtest/gtest.h>
 
-namespace vyerr {
-
 namespace {
 
+using namespace vyerr;
 using vykeltest::OwnedStatus;
 
 /// A record with a document of our making.
@@ -18,8 +17,6 @@ void setText(Status& status, const std::string& text) {
     ASSERT_TRUE(status.reallocate(&status, static_cast<std::uint32_t>(text.size() + 2)));
     ASSERT_NE(layStatusText(status.json, status.capacity, text.c_str()), nullptr);
 }
-
-} // namespace
 
 TEST(Status, TheFirstErrorWins) {
     for (const std::int32_t current : {0, 3, -3}) {
@@ -114,4 +111,4 @@ TEST(StatusBlock, TakesTheEndsOfWhatTheDocumentSays) {
     EXPECT_EQ(block("{\"line\":47,"), "  47");
 }
 
-} // namespace vyerr
+} // namespace

@@ -101,7 +101,7 @@ class Pair {
 public:
     explicit Pair(unsigned round) : random(round) {}
 
-    void step() {
+    void step(bool compares) {
         const std::string section = name("s"), key = name("k");
         const std::size_t choice = below(1500);
         if (choice < 6)
@@ -120,11 +120,8 @@ public:
             ASSERT_EQ(setIniValue(&engine, section.c_str(), key.c_str(), value.c_str(), quote), 1);
             model.set(section, key, value, quote);
         }
-    }
-
-    void compare() {
-        ASSERT_EQ(describe(engine), model.describe());
         ASSERT_EQ(engine.currentSection != nullptr, model.current != nullptr);
+        ASSERT_EQ(compares ? describe(engine) : "", compares ? model.describe() : "");
     }
 
 private:
@@ -179,10 +176,8 @@ private:
 TEST(IniModel, AgreesOverRandomFilesAndOperations) {
     for (unsigned round = 0; round < 60; ++round) {
         Pair pair(round);
-        for (int i = 0; i < 1500; ++i) {
-            ASSERT_NO_FATAL_FAILURE(pair.step()) << round << ", step " << i;
-            ASSERT_NO_FATAL_FAILURE(i % 8 == 0 ? pair.compare() : void()) << round << ", step " << i;
-        }
+        for (int i = 0; i < 1500; ++i)
+            ASSERT_NO_FATAL_FAILURE(pair.step(i % 8 == 0)) << round << ", step " << i;
     }
 }
 

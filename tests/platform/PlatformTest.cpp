@@ -14,10 +14,9 @@
 #include <regex>
 #include <thread>
 
-namespace vykeltest {
-
 namespace {
 
+using namespace vykeltest;
 using vykel::StatusCode;
 
 /// A failure as takeError gives it.
@@ -49,8 +48,6 @@ protected:
     OwnedStatus status;
     static constexpr const char* key = "SOFTWARE\\Morvance\\VY-KEL\\Plugins\\";
 };
-
-} // namespace
 
 TEST_F(PlatformTest, ReadsTheRegistry) {
     const DWORD binary = REG_BINARY;
@@ -169,14 +166,11 @@ TEST(OnceInitializer, RunsOnceWhicheverThreadComesFirst) {
         std::this_thread::sleep_for(std::chrono::milliseconds(runs++ + 20));
     };
     vyplat::OnceInitializer once(initialize, [] {});
-    const auto run = [&once] {
-        vykel::StatusBlock status = vykel::makeStatusBlock();
-        once.run(&status);
-    };
-    std::thread other(run);
-    run();
+    vykel::StatusBlock status[2] = {vykel::makeStatusBlock(), vykel::makeStatusBlock()};
+    std::thread other([&] { once.run(&status[0]); });
+    once.run(&status[1]);
     other.join();
     EXPECT_EQ(runs, 1);
 }
 
-} // namespace vykeltest
+} // namespace

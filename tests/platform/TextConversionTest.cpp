@@ -5,10 +5,9 @@
 #include <memory>
 #include <vector>
 
-namespace vysys {
-
 namespace {
 
+using namespace vysys;
 using Units = std::vector<unsigned>;
 
 Units toUtf16(const std::string& text) {
@@ -28,8 +27,6 @@ std::string toUtf8(const Units& units) {
     return {out.begin(), out.end()};
 }
 
-} // namespace
-
 TEST(TextConversion, ConvertsBothWays) {
     const std::string utf8 = std::string("a\0b", 3) + "\x7F\xC2\x80\xC3\xA9\xDF\xBF\xE0\xA0\x80\xEF\xBF\xBF"
                                                       "\xF0\x90\x80\x80\xF0\x9F\x98\x80\xED\xB0\x80";
@@ -47,7 +44,7 @@ TEST(TextConversion, RefusesNothingAndReadsNothingPastTheEnd) {
     EXPECT_EQ(toUtf16("\xF0\x9F\x98"), (Units{0xF0, 0x9F, 0x98}));
     EXPECT_EQ(toUtf16("\xF7\xBF\xBF\xBF"), (Units{0xDFBF, 0xDFFF})); // beyond Unicode: 16 bits each
     EXPECT_EQ(toUtf8({'a', 0xD83D}), "a\xED\xA0\xBD");
-    EXPECT_EQ(toUtf8({0xDE00, 0xD83D}), "\xED\xB8\x80\xED\xA0\xBD");
+    EXPECT_EQ(toUtf8({0xDC00, 0xD83D}), "\xED\xB0\x80\xED\xA0\xBD");
 }
 
 TEST(StatusString, StaysTerminatedAndDoesNothingAfterAnError) {
@@ -61,4 +58,4 @@ TEST(StatusString, StaysTerminatedAndDoesNothingAfterAnError) {
     EXPECT_EQ(text.end() - text.begin(), 1);
 }
 
-} // namespace vysys
+} // namespace
