@@ -1,23 +1,20 @@
-// A plug-in that is wrong in the ways that the environment variable VYKEL_ZOO_FAULT names (one, or two with a
-// comma between them); right without it. It has two devices: one with a number and an alias, kept in the file
+// A plug-in that is wrong in the ways that the environment variable VYKEL_ZOO_FAULT names; right without it.
+// No name is part of another one. It has two devices: one with a number and an alias, kept in the file
 // VYKEL_ZOO_STATE, and one with neither.
 
 #include "vykel/PluginEntryPoints.h"
 #include "vykel/StatusCodes.h"
-#include <array>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
+#include <random>
 #include <set>
 #include <stdexcept>
 #include <string>
 #include <thread>
-#include <vector>
-#if !defined(_WIN32)
-#include <csignal>
 #include <unistd.h>
-#endif
+#include <vector>
 
 namespace {
 
@@ -30,143 +27,119 @@ std::string variable(const char* name) {
 }
 
 const std::string faults = variable("VYKEL_ZOO_FAULT");
-const std::string fault = faults.substr(0, faults.find(','));
-const std::string otherFault = faults.substr(faults.find(',') + 1);
+const std::string stateFile = variable("VYKEL_ZOO_STATE");
 
-bool has(const char* name) {
-    return fault == name || otherFault == name;
+bool has(const char* fault) {
+    return faults.find(fault) != std::string::npos;
 }
 
-int initialised = 0;    // now
-int initialisedAll = 0; // since the library was loaded
-int listsMade = 0;
-std::thread::id firstThread;
-
 void crashIf(bool wanted) {
-    volatile int* volatile nowhere = nullptr; // the compiler must not know
     if (wanted)
-        *nowhere = 0;
+        __builtin_trap();
+}
+
+/// For faults that only the host's tests ask for.
+void shellIf(const char* fault, const char* command) {
+    crashIf(has(fault) && std::system(command) != 0);
+}
+
+std::nullptr_t fail(StatusBlock* status, StatusCode code) {
+    if (has("keeps_warnings") && status->code > 0)
+        return nullptr;
+    if (status->code >= 0 || has("replaces_errors"))
+        status->code = vykel::toInteger(code);
+    if (has("fills_small_blocks"))
+        reinterpret_cast<char*>(status)[207] = 'z'; // of 208 bytes that it might have
+    return nullptr;
 }
 
 const struct AtUnload {
-    ~AtUnload() { crashIf(has("crashes-unloading")); }
+    ~AtUnload() { crashIf(has("crashes_unloading")); }
 } atUnload;
-
-void fail(StatusBlock* status, StatusCode code) {
-    if (has("keeps-warnings") && status->code > 0)
-        return;
-    if (status->code >= 0 || has("replaces-errors"))
-        status->code = vykel::toInteger(code);
-    if (has("fills-small-blocks"))
-        reinterpret_cast<char*>(status)[207] = 'z'; // of 208 bytes that it might have
-}
 
 /// What outlives the process: number and alias of the first device.
 struct State {
-    State() {
-        std::ifstream file(variable("VYKEL_ZOO_STATE"));
-        file >> number >> std::ws;
-        std::getline(file, alias);
-    }
-    void save() const { std::ofstream(variable("VYKEL_ZOO_STATE")) << number << '\n' << alias << '\n'; }
+    State() { std::getline(std::ifstream(stateFile) >> number >> std::ws, alias); }
+    void save() const { std::ofstream(stateFile) << number << '\n' << alias << '\n'; }
 
     std::uint32_t number = 7;
     std::string alias;
 };
 
 State remembered; // by this process
+std::uint32_t listsMade = 0;
+std::thread::id firstThread;
 
-class Device final : public vykel::IDevice {
-public:
-    std::size_t index = 0;
-    int refreshes = 0; // of its list
+struct Device final : vykel::IDevice {
+    explicit Device(std::uint32_t itsIndex) : index(itsIndex) {}
 
     std::int32_t getVersion() override { return 2; }
     const char* getPersistentToken(std::uint32_t format) override {
-        static int calls = 0;
-        static char shared[32];
-        static const auto born = std::chrono::system_clock::now().time_since_epoch().count();
-        if (has("null-token") && format == 2)
-            return nullptr;
-        token = has("latin-1-token") ? "<Ger\xE4t" : "zoo/device ";
-        token +=
-            std::to_string(has("one-token") ? 0 : index) + (has("process-token") ? std::to_string(born) : "");
-        if (has("changing-token") || has("refresh-token"))
-            token += "/" + std::to_string(has("changing-token") ? ++calls : refreshes);
-        std::snprintf(shared, sizeof shared, "%s", token.c_str());
-        return has("one-buffer") ? shared : token.c_str();
+        static unsigned calls = 0;
+        static const unsigned process = std::random_device()();
+        static std::string shared;
+        std::string& text = has("one_buffer") ? shared : token;
+        const unsigned part = has("token_by_call")      ? ++calls
+                              : has("token_by_refresh") ? refreshes
+                              : has("token_by_process") ? process
+                                                        : 0;
+        text = (has("latin_1_token") ? "<Ger\xE4t " : "zoo ") + std::to_string(part) + "/device " +
+               std::to_string(has("one_token") ? 0 : index);
+        return has("null_token") && format == 2 ? nullptr : text.c_str();
     }
-    std::uint32_t getSortKey() override {
-        return has("counts-lists") ? static_cast<std::uint32_t>(listsMade) : 0;
-    }
+    std::uint32_t getSortKey() override { return has("counts_lists") ? listsMade : 0; }
     void setNumber(std::uint32_t number, StatusBlock* status) override {
-        if (has("refuses-numbers"))
-            return fail(status, StatusCode::GeneralFault);
-        if (index != 0)
-            return; // this one never has a number
-        remembered.number = number;
-        State state;
-        state.number = number;
-        if (!has("forgets-numbers"))
-            state.save();
-        if (has("crashes-numbering") && number != 7)
-            std::abort();
-#if !defined(_WIN32)
-        if (has("interrupts") && number != 7)
-            kill(getppid(), SIGINT);
-#endif
+        if (has("refuses_numbers"))
+            fail(status, StatusCode::GeneralFault);
+        else if (index == 0) {
+            remembered = State();
+            remembered.number = number;
+            if (!has("forgets_numbers"))
+                remembered.save();
+            crashIf(has("crashes_numbering") && number != 7);
+            if (number != 7)
+                shellIf("interrupts_check", "kill -INT $(awk '/^PPid/ { print $2 }' /proc/$PPID/status)");
+        }
     }
     std::uint32_t getNumber() override {
-        if (index != 0 && !has("one-token"))
+        if (index != 0 && !has("one_token"))
             return vykel::noDeviceNumber;
-        return has("forgets-numbers") ? remembered.number : State().number;
+        return has("forgets_numbers") ? remembered.number : State().number;
     }
     const char* getAlias() override {
-        if (index != 0)
-            return nullptr;
-        if (!has("caches-aliases"))
-            own.alias = State().alias;
-        return own.alias.c_str();
+        if (!has("caches_aliases"))
+            own = State();
+        return index == 0 ? own.alias.c_str() : nullptr;
     }
     void setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock*) override {
         own = State();
-        own.alias = std::string(alias).substr(0, has("cuts-aliases") ? 3 : std::string::npos);
+        own.alias = std::string(alias).substr(0, has("cuts_aliases") ? 3 : std::string::npos);
         own.save();
     }
 
-private:
+    std::uint32_t index;
+    unsigned refreshes = 0; // of its list
     std::string token;
     State own;
 };
 
-class List final : public vykel::IDeviceList {
-public:
-    List() {
-        ++listsMade;
-        devices[1].index = 1;
-    }
+struct List final : vykel::IDeviceList {
+    List() { ++listsMade; }
+
     std::int32_t getVersion() override {
-        if (has("throws"))
-            throw std::logic_error("zoo");
-        return 0;
+        return has("throws_standard_type") ? throw std::logic_error("zoo") : 0;
     }
     bool isStale() override {
-        if (has("slow-stale"))
+        if (has("slow_stale"))
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        return shown == 0 || has("always-stale");
+        return shown == 0 || has("always_stale");
     }
     void refresh(StatusBlock* status) override {
         static int refreshes = 0;
-        crashIf(has("crashes"));
-#if !defined(_WIN32)
-        if (has("starts-process") || has("hangs-by-name")) {
-            const pid_t started = has("starts-process") ? fork() : getpid();
-            if (started == 0 && close(STDOUT_FILENO) == 0)
-                execlp("sleep", "sleep", "100", nullptr);
-            std::ofstream(variable("VYKEL_ZOO_STATE")) << started;
-        }
-#endif
-        if (has("hangs") || has("hangs-by-name"))
+        crashIf(has("crashes_refreshing"));
+        shellIf("starts_process", "sleep 100 >&- & echo $! >\"$VYKEL_ZOO_STATE\"");
+        shellIf("tells_its_process", "echo $PPID >\"$VYKEL_ZOO_STATE\"");
+        if (has("hangs"))
             std::this_thread::sleep_for(std::chrono::minutes(1));
         while (has("floods"))
             std::puts("a line of no end of lines");
@@ -176,114 +149,88 @@ public:
             std::fflush(stdout);
             std::_Exit(0);
         }
-        if (has("ends-by-foreign-exception")) // as its runtime does when nobody catches it
+        if (has("ends_by_foreign_exception")) // as its runtime does when nobody catches it
             std::_Exit(static_cast<int>(0xE06D7363));
-        if (has("throws-own-type"))
+        if (has("throws_own_type"))
             throw State();
-        if (has("fails") || has("fails-and-crashes") || (has("wears-out") && ++refreshes > 500) ||
-            (has("one-thread") && std::this_thread::get_id() != firstThread))
-            return fail(status, StatusCode::GeneralFault);
-        if (has("clears-codes"))
+        if (has("fails_refreshing") || (has("wears_out") && ++refreshes > 500) ||
+            (has("one_thread") && std::this_thread::get_id() != firstThread))
+            return static_cast<void>(fail(status, StatusCode::GeneralFault));
+        if (has("clears_codes"))
             status->code = 0;
         for (Device& device : devices)
             ++device.refreshes;
         shown = 2;
     }
-    std::uint32_t getCount() override {
-        return has("counts-down") && shown > 0 ? shown-- : shown;
-    }
-    vykel::IDevice* getDevice(std::uint32_t index, std::int32_t minimumVersion,
-                              StatusBlock* status) override {
-        if (index == 1 && has("refuses-device"))
-            fail(status, StatusCode::GeneralFault);
-        if (index == 1 && (has("refuses-device") || has("null-device")))
+    std::uint32_t getCount() override { return has("counts_down") && shown > 0 ? shown-- : shown; }
+    vykel::IDevice* getDevice(std::uint32_t index, std::int32_t version, StatusBlock* status) override {
+        if (index == 1 && has("refuses_device"))
+            return fail(status, StatusCode::GeneralFault);
+        if (index == 1 && has("null_device"))
             return nullptr;
-        if (index >= shown) {
-            if (has("any-index") || (has("last-index") && index == 0xFFFFFFFF))
-                return &devices[0];
-            if (!has("silent-index"))
-                fail(status, StatusCode::InvalidParameter);
-            return nullptr;
-        }
-        if (minimumVersion > 2 && !has("any-device-version")) {
-            fail(status, StatusCode::VersionMismatch);
-            return nullptr;
-        }
-        if (!has("one-object"))
+        if (index >= shown && (has("any_index") || (has("last_index") && index == 0xFFFFFFFF)))
+            return &devices[0];
+        if (index >= shown)
+            return has("silent_index") ? nullptr : fail(status, StatusCode::InvalidParameter);
+        if (version > 2 && !has("any_device_version"))
+            return fail(status, StatusCode::VersionMismatch);
+        if (!has("one_object"))
             return &devices[index];
         devices[0].index = index;
         return &devices[0];
     }
     void release() override {
         static int releases = 0;
-        crashIf(has("fails-and-crashes") || (has("crashes-attached") && !attached.empty()));
-        if (has("leaks-handles") && ++releases % 8 == 0 && // a process may have 1,024 of them
-            std::fopen(variable("VYKEL_ZOO_STATE").c_str(), "r") == nullptr)
-            std::abort();
-        if (!has("leaks-lists") && !has("one-list"))
+        crashIf(has("crashes_releasing") || (has("crashes_attached") && !attached.empty()));
+        crashIf(has("leaks_handles") && ++releases % 8 == 0 &&
+                dup(1) < 0); // a process may have 1,024 of them
+        if (!has("leaks_lists") && !has("one_list"))
             delete this;
     }
     void attach(std::uint64_t token, StatusBlock* status) override {
         static std::vector<std::string> leaked;
-        if (has("leaks-attachments"))
+        if (has("leaks_attachments"))
             leaked.emplace_back(64, 'x');
         if (!attached.insert(token).second)
             fail(status, StatusCode::InvalidParameter);
     }
     void detach(std::uint64_t token) override {
-        if (!has("stays-attached"))
+        if (!has("stays_attached"))
             attached.erase(token);
     }
 
-private:
-    ~List() override = default;
-
-    std::array<Device, 2> devices;
-    std::uint32_t shown = has("full-from-the-start") ? 2 : 0;
+    Device devices[2] = {Device(0), Device(1)};
+    std::uint32_t shown = has("full_from_the_start") ? 2 : 0;
     std::set<std::uint64_t> attached;
 };
+
+int initialized = 0; // now
 
 } // namespace
 
 std::int32_t vykel_initializePlugin() {
-    ++initialisedAll;
-    if (has("refuses") || initialised == 2 || (has("initialises-twice") && initialisedAll > 2))
+    static int initializedEver = 0;
+    if (has("refuses_initialize") || initialized == 2 || (has("initializes_twice") && ++initializedEver > 2))
         return vykel::toInteger(StatusCode::GeneralFault);
-    ++initialised;
+    ++initialized;
     firstThread = std::this_thread::get_id();
     return 0;
 }
 
 std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** list) {
-    if (has("no-list"))
+    if (has("makes_no_list"))
         return vykel::toInteger(StatusCode::GeneralFault);
-    if (version != 0 && !has("any-interface-version"))
+    if (version != 0 && !has("any_interface_version"))
         return vykel::toInteger(StatusCode::VersionMismatch);
-    static List* const only = has("one-list") ? new List : nullptr;
-    if (!has("null-list"))
+    static List* const only = has("one_list") ? new List : nullptr;
+    if (!has("null_list"))
         *list = only != nullptr ? only : new List;
     return 0;
 }
 
-#ifndef ZOO_WITHOUT_FINALIZE
 std::int32_t vykel_finalizePlugin() {
-    --initialised;
-    if (has("tells-its-end"))
-        std::ofstream(variable("VYKEL_ZOO_STATE")) << 1 << '\n';
+    --initialized;
+    if (has("tells_its_end"))
+        std::ofstream(stateFile) << 1 << '\n';
     return 0;
 }
-
-// It can also stand in for the library itself.
-VYKEL_PLUGIN_EXPORT std::int32_t vykeldevenum_initialize() {
-    return vykel_initializePlugin();
-}
-
-VYKEL_PLUGIN_EXPORT std::int32_t vykeldevenum_getAllKelDevices(std::int32_t version,
-                                                               vykel::IDeviceList** list) {
-    return vykel_getPluginInterface(version, list);
-}
-
-VYKEL_PLUGIN_EXPORT std::int32_t vykeldevenum_finalize() {
-    return vykel_finalizePlugin();
-}
-#endif

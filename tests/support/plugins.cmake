@@ -31,11 +31,13 @@ else()
   add_dependencies(fake_plugin fake_plugin_own_runtime)
 endif()
 
-# Plug-ins that are wrong in one way each: one library, told by its environment which; and one without an entry
-# point.
-foreach(name zoo_plugin zoo_plugin_without_finalize)
+# One plug-in that is wrong in the way its environment names; and the same with its entry points under other names:
+# without one of them, and as the library itself.
+foreach(name zoo_plugin zoo_plugin_without_finalize zoo_library)
   add_library(${name} MODULE support/ZooPlugin.cpp)
   target_link_libraries(${name} PRIVATE project_options)
   set_target_properties(${name} PROPERTIES PREFIX "" CXX_VISIBILITY_PRESET hidden)
 endforeach()
-target_compile_definitions(zoo_plugin_without_finalize PRIVATE ZOO_WITHOUT_FINALIZE)
+target_compile_definitions(zoo_plugin_without_finalize PRIVATE vykel_finalizePlugin=finalizePlugin)
+target_compile_definitions(zoo_library PRIVATE vykel_initializePlugin=vykeldevenum_initialize
+  vykel_getPluginInterface=vykeldevenum_getAllKelDevices vykel_finalizePlugin=vykeldevenum_finalize)

@@ -1,15 +1,11 @@
-// vykeldev aliases as a process: what it predicts for each entry, that it changes nothing, and that the next
-// refresh then does just that.
-#include "support/TransferMachine.h"
-#include <algorithm>
-#include <gtest/gtest.h>
+// What vykeldev aliases predicts for each entry, that it changes nothing, and that the next refresh then does
+// just that.
+#include "tool/Tool.h"
 #include <map>
-#include <nlohmann/json.hpp>
+#include <set>
 
 namespace vykeltest {
 namespace {
-
-using Json = nlohmann::json;
 
 const std::string devices = "token=T0 number=0 alias=\"\"\n"
                             "token=T1 number=1 alias=Named\n"
@@ -32,51 +28,48 @@ struct Row {
     std::vector<std::string> entries; ///< line, alias, target, outcome, device, fate of the entry, detail
 };
 
-const std::vector<Row>& rows() {
-    static const std::vector<Row> table = {
-        {"no entries", "; nothing\n", {}},
-        {"each fate of a resource name; a new device counts with its coming number",
-         "[Aliases]\nLab=KEL0\nOld=KEL1\nNone=KEL2\nNew=KEL3\nGone=KEL9\n" +
-             record("Alias0", "Lab", "T0", "True"),
-         {"2|Lab|KEL0|moves|0|leaves|", "3|Old|KEL1|dropped|1|leaves|", "4|None|KEL2|no-device||stays|",
-          "5|New|KEL3|moves|3|leaves|", "6|Gone|KEL9|no-device||stays|",
-          "7|Lab|T0|unreached||stays|the file's version asks for resource names"}},
-        {"the later of equal resource names counts",
-         "[Aliases]\nOne=KEL0\nTwo=KEL0\nGone=KEL9\n",
-         {"2|One|KEL0|unreached||stays|line 3 names the same device", "3|Two|KEL0|moves|0|leaves|",
-          "4|Gone|KEL9|no-device||stays|"}},
-        {"values that name no device",
-         "[Aliases]\nLab=kel0\nTwo=KEL00\nNone=KEL4294967295\n",
-         {"2|Lab|kel0" + unusable, "3|Two|KEL00" + unusable, "4|None|KEL4294967295" + unusable}},
-        {"of equal names that were split the first is removed in place of the other",
-         "[Aliases]\nLab Line0001=KEL9\nLab=KEL0\n",
-         {"2|Lab|KEL9|no-device||leaves|", "3|Lab|KEL0|moves|0|stays|"}},
-        {"the earlier is removed with the section",
-         "[Aliases]\nOne=KEL0\nTwo=KEL0\n",
-         {"2|One|KEL0|unreached||leaves|line 3 names the same device", "3|Two|KEL0|moves|0|leaves|"}},
-        {"each fate of a token; aliases may be equal",
-         version15 + record("Alias0", "Twin", "T0", "True") + record("alias1", "Twin", "T1", "True") +
-             record("Alias2", "Far", "T8", "False") + record("Alias3", "a\\\\b", "U3", "TRUE") +
-             record("Alias4", "Twin", "T9", "True") + record("Alias5", "Late", "T9", "True") +
-             record("Alias7", "Lost", "T0", "True"),
-         {"4|Twin|T0|moves|0|leaves|", "8|Twin|T1|dropped|1|leaves|", "12|Far|T8|not-local||stays|",
-          "16|a\\b|U3|moves|3|leaves|", "20|Twin|T9|no-device||stays|",
-          "24|Late|T9|unreached||stays|line 20 has the same token",
-          "28|Lost|T0|unreached||stays|there is no Alias6"}},
-        {"one that is not local hides the next of its token",
-         version15 + record("Alias0", "A", "T0", "False") + record("Alias1", "B", "T0", "True"),
-         {"4|A|T0|not-local||stays|", "8|B|T0|unreached||stays|line 4 has the same token"}},
-        {"tokens of the older format",
-         version147 + "[Aliases]\nA=KEL0\n" + record("Alias0", "B", "T3", "True"),
-         {"5|A|KEL0|unreached||stays|the file's version asks for tokens", "6|B|T3|moves|3|leaves|"}},
-        {"malformed ones hold all others up",
-         version15 + record("Alias0", "A", "T0", "True") + record("Alias1", "B", "T1", "yes") +
-             "[Alias2]\nAlias=C\nLocal=True\n",
-         {"4|A|T0|blocked||stays|", "11|B|T1|malformed||stays|Local is 'yes', neither True nor False",
-          "12|C||malformed||stays|PersistentToken is missing or empty"}},
-    };
-    return table;
-}
+const Row rows[] = {
+    {"no entries", "; nothing\n", {}},
+    {"each fate of a resource name; a new device counts with its coming number",
+     "[Aliases]\nLab=KEL0\nOld=KEL1\nNone=KEL2\nNew=KEL3\nGone=KEL9\n" +
+         record("Alias0", "Lab", "T0", "True"),
+     {"2|Lab|KEL0|moves|0|leaves|", "3|Old|KEL1|dropped|1|leaves|", "4|None|KEL2|no-device||stays|",
+      "5|New|KEL3|moves|3|leaves|", "6|Gone|KEL9|no-device||stays|",
+      "7|Lab|T0|unreached||stays|the file's version asks for resource names"}},
+    {"the later of equal resource names counts",
+     "[Aliases]\nOne=KEL0\nTwo=KEL0\nGone=KEL9\n",
+     {"2|One|KEL0|unreached||stays|line 3 names the same device", "3|Two|KEL0|moves|0|leaves|",
+      "4|Gone|KEL9|no-device||stays|"}},
+    {"values that name no device",
+     "[Aliases]\nLab=kel0\nTwo=KEL00\nNone=KEL4294967295\n",
+     {"2|Lab|kel0" + unusable, "3|Two|KEL00" + unusable, "4|None|KEL4294967295" + unusable}},
+    {"of equal names that were split the first is removed in place of the other",
+     "[Aliases]\nLab Line0001=KEL9\nLab=KEL0\n",
+     {"2|Lab|KEL9|no-device||leaves|", "3|Lab|KEL0|moves|0|stays|"}},
+    {"the earlier is removed with the section",
+     "[Aliases]\nOne=KEL0\nTwo=KEL0\n",
+     {"2|One|KEL0|unreached||leaves|line 3 names the same device", "3|Two|KEL0|moves|0|leaves|"}},
+    {"each fate of a token; aliases may be equal",
+     version15 + record("Alias0", "Twin", "T0", "True") + record("alias1", "Twin", "T1", "True") +
+         record("Alias2", "Far", "T8", "False") + record("Alias3", "a\\\\b", "U3", "TRUE") +
+         record("Alias4", "Twin", "T9", "True") + record("Alias5", "Late", "T9", "True") +
+         record("Alias7", "Lost", "T0", "True"),
+     {"4|Twin|T0|moves|0|leaves|", "8|Twin|T1|dropped|1|leaves|", "12|Far|T8|not-local||stays|",
+      "16|a\\b|U3|moves|3|leaves|", "20|Twin|T9|no-device||stays|",
+      "24|Late|T9|unreached||stays|line 20 has the same token",
+      "28|Lost|T0|unreached||stays|there is no Alias6"}},
+    {"one that is not local hides the next of its token",
+     version15 + record("Alias0", "A", "T0", "False") + record("Alias1", "B", "T0", "True"),
+     {"4|A|T0|not-local||stays|", "8|B|T0|unreached||stays|line 4 has the same token"}},
+    {"tokens of the older format",
+     version147 + "[Aliases]\nA=KEL0\n" + record("Alias0", "B", "T3", "True"),
+     {"5|A|KEL0|unreached||stays|the file's version asks for tokens", "6|B|T3|moves|3|leaves|"}},
+    {"malformed ones hold all others up",
+     version15 + record("Alias0", "A", "T0", "True") + record("Alias1", "B", "T1", "yes") +
+         "[Alias2]\nAlias=C\nLocal=True\n",
+     {"4|A|T0|blocked||stays|", "11|B|T1|malformed||stays|Local is 'yes', neither True nor False",
+      "12|C||malformed||stays|PersistentToken is missing or empty"}},
+};
 
 std::string textOf(const Json& value) {
     return value.is_null() ? "" : value.is_string() ? value.get<std::string>() : value.dump();
@@ -85,34 +78,27 @@ std::string textOf(const Json& value) {
 std::vector<std::string> describe(const Json& entries) {
     std::vector<std::string> texts;
     for (const Json& entry : entries) {
-        std::string text;
+        std::string& text = texts.emplace_back();
         for (const char* const key : {"line", "alias", "target", "outcome", "device"})
             text += textOf(entry[key]) + "|";
-        texts.push_back(text + (entry["stays"] ? "stays|" : "leaves|") + textOf(entry["detail"]));
+        text += (entry["stays"] ? "stays|" : "leaves|") + textOf(entry["detail"]);
     }
     return texts;
 }
 
-class AliasesTest : public testing::Test {
+class AliasesTest : public ToolTest {
 protected:
-    TransferMachine legacy;
-    fs::path devicesFile = legacy.machine.folder() / "sim.devices";
-
     AliasesTest() {
-        legacy.machine.install("simulated", "sim");
-        writeFile(devicesFile, devices);
+        machine.install("simulated", "sim");
+        setDevices("sim", devices);
     }
 
-    static Json run(const std::string& arguments, int exitCode) {
-        const ProgramResult result = runProgram("vykeldev", arguments);
-        EXPECT_EQ(result.exitCode, exitCode);
-        return Json::parse(result.output, nullptr, false);
-    }
+    const fs::path legacyFile = configuration / "vykel.ini";
 
     /// Everything that a move of aliases, a numbering or a lock would change.
-    std::map<std::string, std::string> state() const {
-        std::map<std::string, std::string> files{{"devices", readFile(devicesFile)}};
-        for (const auto& file : fs::directory_iterator(legacy.machine.configurationFolder()))
+    std::map<std::string, std::string> content() const {
+        std::map<std::string, std::string> files{{"devices", readFile(folder / "sim.devices")}};
+        for (const auto& file : fs::directory_iterator(configuration))
             files[file.path().filename().string()] =
                 std::to_string(file.last_write_time().time_since_epoch().count()) + readFile(file.path());
         return files;
@@ -120,37 +106,33 @@ protected:
 
     /// Refreshes, and compares the forecast with what then is.
     void compareWithRefresh(const Json& forecast) {
-        std::map<std::uint32_t, std::string> aliasOf;
-        const Json listed = run("list --json", 0);
+        std::map<Json, Json> aliasOf; // by number
+        const Json listed = runJson("list", 0);
         for (const Json& device : listed["devices"])
-            aliasOf[device["number"].get<std::uint32_t>()] = textOf(device["alias"]);
-        Json stayed = Json::array();
+            aliasOf[device["number"]] = device["alias"];
+        std::multiset<Json> stayed; // sets, because the transfer writes its records last
+        std::multiset<Json> left;
         for (const Json& entry : forecast["entries"]) {
-            if (entry["outcome"] == "moves") {
-                EXPECT_EQ(aliasOf[entry["device"].get<std::uint32_t>()], entry["alias"]);
-            }
+            EXPECT_TRUE(entry["outcome"] != "moves" || aliasOf[entry["device"]] == entry["alias"]) << entry;
             if (entry["stays"])
-                stayed.push_back(entry["alias"]);
+                stayed.insert(entry["alias"]);
         }
-        Json left = Json::array();
-        const Json after = run("aliases --json", 0);
+        const Json after = runJson("aliases", 0);
         for (const Json& entry : after["entries"])
-            left.push_back(entry["alias"]);
-        std::sort(left.begin(), left.end()); // the transfer writes its records last
-        std::sort(stayed.begin(), stayed.end());
+            left.insert(entry["alias"]);
         EXPECT_EQ(left, stayed);
     }
 };
 
 TEST_F(AliasesTest, PredictsTheNextRefreshAndChangesNothing) {
-    for (const Row& row : rows()) {
+    for (const Row& row : rows) {
         SCOPED_TRACE(row.reason);
-        writeFile(devicesFile, devices);
-        writeFile(legacy.iniFile, row.file);
-        const auto before = state();
+        setDevices("sim", devices);
+        writeFile(legacyFile, row.file);
+        const auto before = content();
         const bool malformed = row.file.find("Local=yes") != std::string::npos;
-        const Json forecast = run("aliases --json", malformed ? 1 : 0);
-        EXPECT_EQ(state(), before);
+        const Json forecast = runJson("aliases", malformed ? 1 : 0);
+        EXPECT_EQ(content(), before);
         EXPECT_EQ(forecast["layout"], row.file.rfind(version15, 0) == 0    ? "tokens of format 2"
                                       : row.file.rfind(version147, 0) == 0 ? "tokens of format 1"
                                                                            : "resource names");
@@ -159,20 +141,20 @@ TEST_F(AliasesTest, PredictsTheNextRefreshAndChangesNothing) {
         if (!malformed)
             compareWithRefresh(forecast);
         else
-            EXPECT_EQ(runProgram("vykeldev", "list").exitCode, 1);
+            EXPECT_EQ(run("list"), "= 1");
     }
 }
 
 TEST_F(AliasesTest, SaysWhatMovesAndWhenThereIsNothingToRead) {
-    writeFile(legacy.iniFile, "[Aliases]\nLab=KEL0\nOld=KEL1\n");
-    const std::string table = runProgram("vykeldev", "aliases").output;
-    EXPECT_NE(table.find("KEL0    moves to device KEL0"), std::string::npos) << table;
-    EXPECT_NE(table.find("KEL1    device KEL1 has an alias; dropped"), std::string::npos) << table;
-    fs::remove(legacy.iniFile);
-    EXPECT_EQ(run("aliases --json", 3)["exists"], false);
-    writeFile(legacy.iniFile, std::string("\xFF\xFE[\0", 4));
-    EXPECT_TRUE(run("aliases --json", 1).is_discarded());
-    EXPECT_EQ(state().size(), 2u); // the two files of this test: no lock file was made
+    writeFile(legacyFile, "[Aliases]\nLab=KEL0\nOld=KEL1\n");
+    const std::string table = run("aliases");
+    expectPart(table, "KEL0    moves to device KEL0");
+    expectPart(table, "KEL1    device KEL1 has an alias; dropped");
+    fs::remove(legacyFile);
+    EXPECT_EQ(runJson("aliases", 3)["exists"], false);
+    writeFile(legacyFile, std::string("\xFF\xFE[\0", 4));
+    EXPECT_TRUE(runJson("aliases", 1).is_discarded());
+    EXPECT_EQ(content().size(), 2u); // the two files of this test: no lock file was made
 }
 
 } // namespace

@@ -1,122 +1,85 @@
 #include "child/LineSplitter.h"
-#include "support/Machine.h"
-#include "support/TestFiles.h"
+#include "tool/Tool.h"
 #include <future>
-#include <gtest/gtest.h>
-#include <nlohmann/json.hpp>
 
 namespace vykeltest {
 namespace {
 
-using Json = nlohmann::json;
+/// What to run, and all that it writes or a part of it.
+using Steps = std::initializer_list<std::pair<std::string, std::string>>;
 
-class CommandsTest : public testing::Test {
+class CommandsTest : public ToolTest {
 protected:
-    CommandsTest() {
-        setEnvironment("VYKEL_ZOO_STATE", state.string());
-        setEnvironment("VYKEL_ZOO_FAULT", "");
+    void follow(Steps steps) const {
+        for (const auto& [arguments, text] : steps)
+            expectPart("\n" + run(arguments + " 2>&1"), text);
     }
 
-    /// All that the tool writes, without the machine's folder in it, and "= " with its exit code.
-    std::string run(const std::string& arguments) const {
-        const ProgramResult result = runProgram("vykeldev", arguments + " 2>&1");
-        std::string text = result.output + "= " + std::to_string(result.exitCode);
-        for (const std::string& noise : {std::string("\r"), (machine.folder() / "").string()})
-            for (std::size_t at = text.find(noise); at != std::string::npos; at = text.find(noise))
-                text.erase(at, noise.size());
-        return text;
-    }
-
-    struct Step {
-        std::string arguments;
-        std::string text; ///< All that it writes, or a part of it.
-    };
-    void follow(std::initializer_list<Step> steps) const {
-        for (const Step& step : steps) {
-            const std::string text = run(step.arguments);
-            EXPECT_NE(text.find(step.text), std::string::npos) << step.arguments << ":\n" << text;
-        }
-    }
-
-    /// Gives the plug-in `name` these devices, in one step.
-    void see(const std::string& name, const std::string& devices) const {
-        writeFile(machine.folder() / "next", devices);
-        fs::rename(machine.folder() / "next", machine.folder() / (name + ".devices"));
-    }
-
-    Machine machine;
-    const fs::path state = machine.folder() / "state";
-    const std::string gone = '"' + (machine.folder() / "gone").string() + '"';
+    const std::string gone = argument(folder / "gone");
 };
 
 TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
     const std::string file = std::string("left") + pluginExtension;
-    const std::string path = '"' + machine.copyLibrary("simulated", "left").string() + "\" ";
+    const std::string path = argument(machine.copyLibrary("simulated", "left"));
     const std::string devices = "token=a token2=A version=2 sortKey=5 alias=\"\xE9\x98\x80\"\n"
                                 "token=\"b\\n\" number=9\ntoken=c version=3 alias=\"\"\n";
     const std::string none =
-        "vykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n= 3";
-    see("left", devices);
+        "\nvykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n= 3";
+    setDevices("left", devices);
     machine.setPluginsKey(false);
     follow({{"plugins", none},
-            {"register left " + path, "registered left: " + file + "\n= 0"},
+            {"register left " + path, "\nregistered left: " + file + "\n= 0"},
             {"register gone " + gone,
-             "vykeldev: error: 'gone' is not registered: there is no such file\n"
+             "\nvykeldev: error: 'gone' is not registered: there is no such file\n"
              "  what to do: Give the path of the plug-in's DLL, or --force to register it before it is "
              "there.\n= 1"},
-            {"register gone --force " + gone, "registered gone: gone\n= 0"},
-            {"plugins", "NAME  STATE                  PATH\ngone  there is no such file  gone\n"
+            {"register gone --force " + gone, "\nregistered gone: gone\n= 0"},
+            {"plugins", "\nNAME  STATE                  PATH\ngone  there is no such file  gone\n"
                         "left  ok                     " +
                             file + "\n= 0"},
-            {"list", "INDEX  NUMBER  ALIAS  VERSION  SORT KEY  TOKEN\n"
+            {"list", "\nINDEX  NUMBER  ALIAS  VERSION  SORT KEY  TOKEN\n"
                      "    0  KEL1    \xE9\x98\x80           2         5  a\n"
                      "    1  KEL9    -            1         0  b\\x0A\n"
                      "    2  KEL0                 3         0  c\n= 0"},
             {"list --min-version 4",
-             "vykeldev: no devices; 'vykeldev plugins' shows which plug-ins are registered\n= 3"},
-            {"wait --count 4 --timeout 0.3", "vykeldev: time is over with 3 of 4 devices\n= 3"},
-            {"unregister gone", "unregistered gone\n= 0"},
-            {"unregister gone", "vykeldev: error: no plug-in is registered as 'gone'\n"
+             "\nvykeldev: no devices; 'vykeldev plugins' shows which plug-ins are registered\n= 3"},
+            {"wait --count 4 --timeout 0.3", "\nvykeldev: time is over with 3 of 4 devices\n= 3"},
+            {"unregister gone", "\nunregistered gone\n= 0"},
+            {"unregister gone", "\nvykeldev: error: no plug-in is registered as 'gone'\n"
                                 "  what to do: 'vykeldev plugins' shows the names.\n= 1"},
             {"register \"a\\b\" " + path, "1 to 255 characters and no backslash\n"
                                           "Run with --help for more information.\n= 2"},
             {"register " + std::string(256, 'n') + " " + path, "for more information.\n= 2"}});
-    EXPECT_EQ(Json::parse(runProgram("vykeldev", "list --json --min-version 2 --format 2").output),
+    EXPECT_EQ(runJson("list --min-version 2 --format 2", 0),
               Json::parse(R"({"schemaVersion": 1, "tokenFormat": 2, "devices": [
   {"index": 0, "number": 1, "alias": "\u9600", "version": 2, "sortKey": 5, "token": "A"},
   {"index": 2, "number": 0, "alias": "", "version": 3, "sortKey": 0, "token": "c"}]})"));
-    const Json plugins = Json::parse(runProgram("vykeldev", "plugins --json").output)["plugins"];
-    EXPECT_EQ(plugins.at(0)["problem"], nullptr);
-    const Json report = Json::parse(runProgram("vykeldev", "doctor --json").output);
-    EXPECT_EQ(report["findings"], Json::array()); // not even about the end of the registered text
+    EXPECT_EQ(runJson("plugins", 0)["plugins"].at(0)["problem"], nullptr);
+    EXPECT_EQ(runJson("doctor", 0)["findings"],
+              Json::array()); // not even about the end of the registered text
     auto waiting = std::async(std::launch::async, [this] { return run("wait --count 4 --timeout 30"); });
     std::this_thread::sleep_for(std::chrono::milliseconds(500));
-    see("left", devices + "token=d\n");
+    setDevices("left", devices + "token=d\n");
     EXPECT_EQ(waiting.get(), "4 devices\n= 0");
-    follow({{"unregister left", "unregistered left\n= 0"}, {"plugins", none}});
+    follow({{"unregister left", "\nunregistered left\n= 0"}, {"plugins", none}});
 }
 
 TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {
-    const std::string library = "--library \"" + machine.copyLibrary("zoo_plugin", "zoo").string() + "\" ";
-    const struct {
-        const char* fault;
-        const char* text;
-    } cases[] = {{"refuses", "initialising the library failed with -52003 (GeneralFault)"},
-                 {"refuses-device", "getting device 1 failed with -52003 (GeneralFault)"},
-                 {"null-token", "VERSION  SORT KEY  TOKEN\n"}};
-    for (const auto& each : cases) {
-        setEnvironment("VYKEL_ZOO_FAULT", each.fault);
-        follow({{library + "list --format 2", each.text}});
+    const std::string list = "list --format 2 --library " + argument(builtLibrary("zoo_library"));
+    for (const auto& [fault, text] :
+         {std::pair("refuses_initialize", "initialising the library failed with -52003 (GeneralFault)"),
+          std::pair("refuses_device", "getting device 1 failed with -52003 (GeneralFault)"),
+          std::pair("null_token", "VERSION  SORT KEY  TOKEN\n"), std::pair("tells_its_end", "= 0")}) {
+        breakRule(fault);
+        follow({{list, text}});
     }
-    setEnvironment("VYKEL_ZOO_FAULT", "tells-its-end");
-    run(library + "list");
-    EXPECT_EQ(readFile(state).substr(0, 1), "1");
+    EXPECT_EQ(readText(state), "1\n");
     machine.setConfigurationFolder(false);
     follow({{"list", "(ConfigurationFault)"},
             {"list", "\n  meaning:    A lock file"},
             {"list", "do: Make the "}});
 #if !defined(_WIN32)
-    fs::create_directories(machine.folder().parent_path().parent_path() / "registry.reg.new"); // in its way
+    fs::create_directories(folder.parent_path().parent_path() / "registry.reg.new"); // in its way
     follow({{"register --force a b", "failed with system error 5\n  meaning:    Access is denied.\n"
                                      "  what to do: Run the tool as administrator.\n= 1"}});
 #endif
@@ -127,12 +90,11 @@ TEST_F(CommandsTest, WatchTellsEachChangeAndEachTroubleOnce) {
     machine.install("simulated", "a");
     machine.install("zoo_plugin", "b");
     writeFile(state, "7\nPump\n");
-    see("a", "token=a number=4 alias=A\ntoken=b number=5\n");
-    see("2", "token=a number=6 alias=\"\"\n");
-    see("3", "token=a number=6\n");
-    see("4", "token=a number=33\n");
-    EXPECT_EQ(run("list >/dev/full"), "= 1");
-    EXPECT_EQ(run("watch --interval 0.05 >/dev/full"), "= 1");
+    setDevices("a", "token=a number=4 alias=A\ntoken=b number=5\n");
+    setDevices("2", "token=a number=6 alias=\"\"\n");
+    setDevices("3", "token=a number=6\n");
+    setDevices("4", "token=a number=33\n");
+    follow({{"list >/dev/full", "= 1"}, {"watch --interval 0.05 >/dev/full", "= 1"}});
     const std::string script = R"sh(
         lines() { for i in $(seq 200); do [ "$(wc -l <out)" -ge $1 ] || sleep 0.05; done 2>&-; }
         ini=Morvance/VY-KEL/vykel.ini
@@ -143,12 +105,11 @@ TEST_F(CommandsTest, WatchTellsEachChangeAndEachTroubleOnce) {
         lines 9; spoil; mv 4.devices a.devices
         lines 10; kill -INT $watch; wait $watch; code=$?
         sed 's/ failed.*;/ failed;/' out; exit $code)sh";
-    fs::current_path(machine.folder());
-    const std::string text = run("watch --interval 0.05 >out 2>&1 & watch=$!;" + script);
-    EXPECT_EQ(text, R"(added       KEL4    a  alias "A"
+    fs::current_path(folder);
+    EXPECT_EQ(run("watch --interval 0.05 >out 2>&1 & watch=$!;" + script), R"(added       KEL4    a  alias "A"
 added       KEL5    b
-added       KEL7    zoo/device 0  alias "Pump"
-added       -       zoo/device 1
+added       KEL7    zoo 0/device 0  alias "Pump"
+added       -       zoo 0/device 1
 removed     KEL5    b
 renumbered  KEL6    a  was KEL4
 renamed     KEL6    a  alias "", was "A"
@@ -158,23 +119,23 @@ vykeldev: refreshing the devices failed; watching on
 = 0)");
 }
 
-/// The process ended, though nobody may have asked how.
-bool isGone(const std::string& process) {
-    for (int i = 0; i < 200 && !readFile("/proc/" + process + "/cmdline").empty(); ++i)
+/// The process whose number is in the file ended, though nobody may have asked how.
+bool isGone(const fs::path& state) {
+    const std::string file = "/proc/" + std::to_string(std::stoi(readFile(state))) + "/cmdline";
+    for (int i = 0; i < 200 && !readFile(file).empty(); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    return readFile("/proc/" + process + "/cmdline").empty();
+    return readFile(file).empty();
 }
 
 TEST_F(CommandsTest, LeaveNoProcessThatAPluginStarted) {
     machine.install("zoo_plugin", "b");
-    setEnvironment("VYKEL_ZOO_FAULT", "starts-process");
+    breakRule("starts_process");
     run("doctor --timeout 20");
-    EXPECT_TRUE(isGone(readFile(state)));
+    EXPECT_TRUE(isGone(state));
     fs::remove(state);
-    setEnvironment("VYKEL_ZOO_FAULT", "hangs-by-name");
-    run("doctor >/dev/null & until [ -s '" + state.string() +
-        "' ]; do sleep 0.05; done; kill -KILL $!; wait");
-    EXPECT_TRUE(isGone(readFile(state)));
+    breakRule("tells_its_process,hangs");
+    run("doctor >/dev/null & until [ -s " + argument(state) + "]; do sleep 0.05; done; kill -KILL $!; wait");
+    EXPECT_TRUE(isGone(state));
 }
 #endif
 

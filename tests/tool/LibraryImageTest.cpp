@@ -24,25 +24,16 @@ std::string assemble(std::string whole, const std::vector<Part>& parts) {
 const std::string library =
     assemble(std::string(0x200, '\0'), {{0, "MZ"},
                                         {0x3C, "\x40"},
-                                        {0x40, "PE"},
-                                        {0x44, "\x64\x86\x01"}, // machine, sections
-                                        {0x54, "\x80\0\0\x20"s},
-                                        {0x58, "\x0B\x02"},
-                                        {0xC4, "\x02"}, // size of what follows, a DLL; directories
-                                        {0xC9, "\x10"},
-                                        {0xD0, "\x60\x10"},
-                                        {0xE5, "\x10"},
-                                        {0xE9, "\x01"},
-                                        {0xED, "\x01"}, // the section
-                                        {0x118, "\x02"},
-                                        {0x120, "\x40\x10"},
-                                        {0x140, "\xA0\x10\0\0\xB8\x10"s}, // two exports
-                                        {0x16C, "\xD0\x10"},
-                                        {0x180, "\xE0\x10"}, // two imports
-                                        {0x1A0, "vykel_finalizePlugin"},
-                                        {0x1B8, "vykel_initializePlugin"},
-                                        {0x1D0, "KERNEL32.dll"},
-                                        {0x1E0, "helper.dll"}});
+                                        {0x40, "PE\0\0\x64\x86\x01"s},   // machine, sections
+                                        {0x54, "\x80\0\0\x20\x0B\x02"s}, // size of what follows, a DLL
+                                        {0xC4, "\2\0\0\0\0\x10\0\0\0\0\0\0\x60\x10"s}, // directories
+                                        {0xE5, "\x10\0\0\0\1\0\0\0\1"s},               // the section
+                                        {0x118, "\2\0\0\0\0\0\0\0\x40\x10"s},          // two exports
+                                        {0x140, "\xA0\x10\0\0\xB8\x10"s},
+                                        {0x16C, "\xD0\x10"}, // two imports
+                                        {0x180, "\xE0\x10"},
+                                        {0x1A0, "vykel_finalizePlugin\0\0\0\0vykel_initializePlugin"s},
+                                        {0x1D0, "KERNEL32.dll\0\0\0\0helper.dll"s}});
 
 TEST(LibraryImage, ReadsTheHeaders) {
     const LibraryImage image = readPeImage(library);

@@ -1,0 +1,78 @@
+#ifndef TESTS_TOOL_H
+#define TESTS_TOOL_H
+
+#include "support/Machine.h"
+#include "support/TestFiles.h"
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace vykeltest {
+
+using Json = nlohmann::json;
+
+inline const bool isWindows = std::string(pluginExtension) == ".dll";
+
+inline std::string replaced(std::string text, const std::string& from, const std::string& to) {
+    for (std::size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size()))
+        text.replace(at, from.size(), to);
+    return text;
+}
+
+/// A text file's content, with "\n" after each line.
+inline std::string readText(const fs::path& path) {
+    return replaced(readFile(path), "\r", "");
+}
+
+/// A path as an argument of the tool, and a blank.
+inline std::string argument(const fs::path& path) {
+    return '"' + path.string() + "\" ";
+}
+
+inline fs::path builtLibrary(const std::string& name) {
+    return programFolder() / (name + pluginExtension);
+}
+
+inline void expectPart(const std::string& text, const std::string& part) {
+    EXPECT_NE(text.find(part), std::string::npos) << part << "\n--- is not in:\n" << text;
+}
+
+/// Runs vykeldev on a machine of its own.
+class ToolTest : public testing::Test {
+protected:
+    ToolTest() {
+        setEnvironment("VYKEL_ZOO_STATE", state.string());
+        breakRule("none");
+    }
+
+    /// Makes zoo_plugin wrong in this way from now on.
+    static void breakRule(const std::string& fault) { setEnvironment("VYKEL_ZOO_FAULT", fault); }
+
+    /// What the tool writes to standard output, without the machine's folder in it, and "= " with its exit
+    /// code.
+    std::string run(const std::string& arguments) const {
+        const ProgramResult result = runProgram("vykeldev", arguments);
+        const std::string text = replaced(replaced(result.output, "\r", ""), (folder / "").string(), "");
+        return text + "= " + std::to_string(result.exitCode);
+    }
+
+    static Json runJson(const std::string& arguments, int exitCode) {
+        const ProgramResult result = runProgram("vykeldev", arguments + " --json");
+        EXPECT_EQ(result.exitCode, exitCode) << result.output;
+        return Json::parse(result.output, nullptr, false);
+    }
+
+    /// The devices that a copy of the sample plug-in lists, changed in one step.
+    void setDevices(const std::string& plugin, const std::string& devices) const {
+        writeFile(folder / "next", devices);
+        fs::rename(folder / "next", folder / (plugin + ".devices"));
+    }
+
+    Machine machine;
+    const fs::path folder = machine.folder();
+    const fs::path configuration = machine.configurationFolder();
+    const fs::path state = folder / "state"; ///< of the zoo
+};
+
+} // namespace vykeltest
+
+#endif
