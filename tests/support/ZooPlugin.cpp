@@ -168,7 +168,7 @@ struct List final : vykel::IDeviceList {
             return fail(status, StatusCode::GeneralFault);
         if (index == 1 && has("null_device"))
             return nullptr;
-        if (index >= shown && (has("any_index") || (has("last_index") && index == 0xFFFFFFFF)))
+        if (has("last_index") && index == 0xFFFFFFFF)
             return &devices[0];
         if (index >= shown)
             return has("silent_index") ? nullptr : fail(status, StatusCode::InvalidParameter);
