@@ -93,7 +93,7 @@ TEST_P(ZooTest, BreaksItsRuleAndNoOtherThatIsChecked) {
     const std::string options = std::string("--timeout ") + (fault == std::string("hangs") ? "5 " : "50 ") +
                                 // Under Wine, where processes take long, only this rule and those it needs.
                                 (isWindows ? "--rule " + std::string(rule) + " " : "");
-    const Json report = runJson("check " + options + (fs::exists(other) ? argument(other) : zoo),
+    const Json report = runJson("check " + (fs::exists(other) ? argument(other) : zoo) + options,
                                 expected == "failed"    ? 5
                                 : expected == "warning" ? 4
                                                         : 0);
