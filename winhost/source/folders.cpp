@@ -1,9 +1,15 @@
+#include "errorNumbers.h"
 #include "faultCheck.h"
 #include "HostPath.h"
 #include "registryStore.h"
 #include "shlobj.h"
+#include <cerrno>
 #include <cstring>
 #include <sys/stat.h>
+#include <unistd.h>
+
+using winhost::Call;
+using winhost::HostPath;
 
 namespace {
 
@@ -36,7 +42,7 @@ HRESULT findCommonAppData(LPWSTR path) {
     if (folder.size() >= MAX_PATH)
         return E_FAIL;
     struct stat status = {};
-    if (::stat(winhost::HostPath(folder.c_str()).c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
+    if (::stat(HostPath(folder.c_str()).c_str(), &status) != 0 || !S_ISDIR(status.st_mode))
         return hresultOf(ERROR_FILE_NOT_FOUND);
     path[folder.copy(path, folder.size())] = u'\0';
     return S_OK;
@@ -44,10 +50,36 @@ HRESULT findCommonAppData(LPWSTR path) {
 
 } // namespace
 
-extern "C" HRESULT SHGetFolderPathW(HWND, int folder, HANDLE, DWORD, LPWSTR path) {
-    if (const DWORD error = winhost::faultOf(winhost::Call::SHGetFolderPathW))
+extern "C" {
+
+BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
+    if (winhost::fails(Call::CreateDirectoryW))
+        return FALSE;
+    const HostPath folder(path);
+    if (::mkdir(folder.c_str(), 0777) == 0)
+        return TRUE;
+    if (errno == EEXIST)
+        SetLastError(ERROR_ALREADY_EXISTS); // a file would be ERROR_FILE_EXISTS
+    else
+        winhost::setErrorFromErrno(folder);
+    return FALSE;
+}
+
+BOOL RemoveDirectoryW(LPCWSTR path) {
+    if (winhost::fails(Call::RemoveDirectoryW))
+        return FALSE;
+    const HostPath folder(path);
+    if (::rmdir(folder.c_str()) == 0)
+        return TRUE;
+    winhost::setErrorFromErrno(folder);
+    return FALSE;
+}
+
+HRESULT SHGetFolderPathW(HWND, int folder, HANDLE, DWORD, LPWSTR path) {
+    if (const DWORD error = winhost::faultOf(Call::SHGetFolderPathW))
         return hresultOf(error);
     if (folder != CSIDL_COMMON_APPDATA || path == nullptr)
         return E_INVALIDARG;
     return winhost::guardMemory(hresultOf(ERROR_OUTOFMEMORY), [&] { return findCommonAppData(path); });
+}
 }

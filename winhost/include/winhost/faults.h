@@ -49,6 +49,8 @@
     CALL(FlushFileBuffers, ERROR_IO_DEVICE)                                                                  \
     CALL(CloseHandle, ERROR_INVALID_HANDLE)                                                                  \
     CALL(DeleteFileW, ERROR_ACCESS_DENIED)                                                                   \
+    CALL(CreateDirectoryW, ERROR_ACCESS_DENIED)                                                              \
+    CALL(RemoveDirectoryW, ERROR_ACCESS_DENIED)                                                              \
     CALL(MoveFileExA, ERROR_ACCESS_DENIED)                                                                   \
     CALL(MoveFileExW, ERROR_ACCESS_DENIED)                                                                   \
     CALL(GetFileAttributesW, ERROR_ACCESS_DENIED)                                                            \

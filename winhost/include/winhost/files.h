@@ -72,6 +72,10 @@ BOOL DeleteFileW(LPCWSTR path);
 /// open.
 BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags);
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
+/// `security` has no effect.
+BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
+/// Removes an empty folder.
+BOOL RemoveDirectoryW(LPCWSTR path);
 DWORD GetFileAttributesW(LPCWSTR path);
 BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data);
 /// A relative path starts at the working directory. `.` and `..` are resolved without a look at the disk.
