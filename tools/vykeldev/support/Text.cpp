@@ -1,13 +1,17 @@
 #include "support/Text.h"
 
+#include <new>
+
 namespace vykeldev {
+
 WideString toWide(std::string_view utf8) {
     if (utf8.empty())
         return {};
     const int size = static_cast<int>(utf8.size());
     const int length = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
     WideString wideText(static_cast<std::size_t>(length), 0);
-    MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wideText.data(), length);
+    if (length == 0 || MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wideText.data(), length) == 0)
+        throw std::bad_alloc();
     return wideText;
 }
 

@@ -12,7 +12,9 @@ namespace vykeldev {
 /// Text as the wide-character functions of Windows take it.
 using WideString = std::basic_string<WCHAR>;
 
-/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD.
+/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. toWide throws std::bad_alloc when
+/// the system cannot convert: as a name in the registry, an empty text would mean the parent of what is
+/// meant.
 WideString toWide(std::string_view utf8);
 std::string toUtf8(const WideString& wide);
 
