@@ -16,6 +16,7 @@ namespace {
 constexpr const char* footer = R"(Examples:
   vykeldev list                          show the devices
   vykeldev list --json --min-version 2   the same for programs, without older devices
+  vykeldev setup                         prepare this machine (as administrator)
   vykeldev register Left left.dll        register a plug-in (as administrator)
   vykeldev plugins                       show what is registered
   vykeldev doctor                        explain why a device is missing
@@ -28,7 +29,7 @@ Exit codes:
   2  wrong usage
   3  nothing to list, or 'wait' ran out of time
   4  warnings only
-  5  something is broken)";
+  5  something is broken; 'setup --check': something is missing)";
 
 int toInteger(ExitCode code) noexcept {
     return static_cast<int>(code);
@@ -61,6 +62,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     addListCommand(app, chosen);
     addPluginsCommand(app, chosen);
     addRegisterCommand(app, chosen);
+    addSetupCommand(app, chosen);
     addUnregisterCommand(app, chosen);
     addWaitCommand(app, chosen);
     addWatchCommand(app, chosen);

@@ -30,6 +30,7 @@ void addDoctorCommand(CLI::App& app, Run& chosen);
 void addListCommand(CLI::App& app, Run& chosen);
 void addPluginsCommand(CLI::App& app, Run& chosen);
 void addRegisterCommand(CLI::App& app, Run& chosen);
+void addSetupCommand(CLI::App& app, Run& chosen);
 void addUnregisterCommand(CLI::App& app, Run& chosen);
 void addWaitCommand(CLI::App& app, Run& chosen);
 void addWatchCommand(CLI::App& app, Run& chosen);

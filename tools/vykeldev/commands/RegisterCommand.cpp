@@ -3,6 +3,7 @@
 #include "support/Failure.h"
 #include "support/Paths.h"
 #include "support/Registrations.h"
+#include "support/Setup.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
@@ -23,6 +24,9 @@ ExitCode registerPlugin(const RegisterOptions& options) {
         throw Failure("'" + printable(path) + "' is not registered: " + problem, "",
                       "Give the path of the plug-in's DLL, or --force to register it before it is there.");
     }
+    for (const SetupItem& item : completeSetup(false))
+        if (!item.present)
+            std::cout << "made: " << describe(item) << '\n';
     writeRegistration(options.name, path);
     std::cout << "registered " << printable(options.name) << ": " << printable(path) << '\n';
     return ExitCode::Success;
@@ -32,7 +36,8 @@ ExitCode registerPlugin(const RegisterOptions& options) {
 
 void addRegisterCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<RegisterOptions>();
-    CLI::App* const command = app.add_subcommand("register", "Registers a plug-in, or changes its path");
+    CLI::App* const command = app.add_subcommand(
+        "register", "Registers a plug-in, or changes its path; first prepares the machine as setup does");
     const auto checkName = [](const std::string& name) {
         return isRegistrationName(name) ? std::string() : "a name has 1 to 255 characters and no backslash";
     };

@@ -1,6 +1,7 @@
 #include "platform/Console.h"
 #include "platform/Loader.h"
 #include "platform/Process.h"
+#include "platform/SharedFolder.h"
 #include "platform/System.h"
 #include "support/Failure.h"
 #include "support/Files.h"
@@ -244,6 +245,12 @@ bool makeTemporaryFile(const std::string& path) {
     const bool made = openFile(path, GENERIC_WRITE, CREATE_NEW) != nullptr;
     return made && DeleteFileW(toWide(path).c_str()) != FALSE;
 }
+
+DWORD makeSharedFolder(const std::string& path) {
+    return CreateDirectoryW(toWide(path).c_str(), nullptr) ? ERROR_SUCCESS : GetLastError();
+}
+
+void shareFolder(const std::string&) {}
 
 } // namespace vykeldev
 

@@ -1,7 +1,9 @@
 #include "platform/Console.h"
 #include "platform/Loader.h"
 #include "platform/Process.h"
+#include "platform/SharedFolder.h"
 #include "platform/System.h"
+#include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Files.h"
 #include "support/Paths.h"
@@ -16,8 +18,10 @@
 #include <map>
 #include <shellapi.h>
 #include <windows.h>
-// After windows.h, which it needs.
+// After windows.h, which they need.
+#include <aclapi.h>
 #include <psapi.h>
+#include <sddl.h>
 
 namespace vykeldev {
 namespace {
@@ -119,6 +123,19 @@ BOOL WINAPI askToStop(DWORD event) {
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(INFINITE); // window closed, logging off: the process is killed as soon as this returns
     return again ? FALSE : TRUE;
+}
+
+/// Administrators and the system may do everything with the folder and what is made in it, users what
+/// 0x1301bf says. Nothing is inherited from the folder above.
+constexpr LPCWSTR sharedRights = L"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)(A;OICI;0x1301bf;;;BU)";
+static_assert((FILE_GENERIC_READ | FILE_GENERIC_WRITE | FILE_GENERIC_EXECUTE | DELETE) == 0x1301bf);
+
+vybase::LocalMemory<void> makeSharedDescriptor() {
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(sharedRights, SDDL_REVISION_1, &descriptor,
+                                                              nullptr))
+        throw systemFailure("preparing the rights of a folder", GetLastError(), "");
+    return vybase::LocalMemory<void>(descriptor);
 }
 
 } // namespace
@@ -316,6 +333,32 @@ bool makeTemporaryFile(const std::string& path) {
     const HANDLE file = CreateFileW(toWide(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
     return file != INVALID_HANDLE_VALUE && CloseHandle(file);
+}
+
+DWORD makeSharedFolder(const std::string& path) {
+    const vybase::LocalMemory<void> descriptor = makeSharedDescriptor();
+    SECURITY_ATTRIBUTES security = {sizeof security, descriptor.get(), FALSE};
+    return CreateDirectoryW(toWide(path).c_str(), &security) ? ERROR_SUCCESS : GetLastError();
+}
+
+void shareFolder(const std::string& path) {
+    WideString name = toWide(path);
+    const DWORD attributes = GetFileAttributesW(name.c_str());
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
+        throw Failure("'" + printable(path) + "' is a link to another folder",
+                      "Its rights were not changed: any user may have made the link.",
+                      "Remove the link and run 'vykeldev setup' again, or set the other folder's rights.");
+    }
+    const vybase::LocalMemory<void> descriptor = makeSharedDescriptor();
+    PACL list = nullptr;
+    BOOL present = FALSE;
+    BOOL defaulted = FALSE;
+    GetSecurityDescriptorDacl(descriptor.get(), &present, &list, &defaulted);
+    const DWORD error = SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT,
+                                              DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
+                                              nullptr, nullptr, list, nullptr);
+    if (error != ERROR_SUCCESS)
+        throw systemFailure("setting the rights of the folder '" + printable(path) + "'", error, "");
 }
 
 } // namespace vykeldev

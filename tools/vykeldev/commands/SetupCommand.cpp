@@ -1,0 +1,68 @@
+#include "commands/Commands.h"
+#include "support/Json.h"
+#include "support/Setup.h"
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+namespace vykeldev {
+namespace {
+
+struct SetupOptions {
+    bool check = false;
+    bool resetRights = false;
+    bool json = false;
+};
+
+std::string stateOf(const SetupItem& item, const SetupOptions& options) {
+    return item.present ? "present" : options.check ? "missing" : "made";
+}
+
+void printText(const std::vector<SetupItem>& items, const SetupOptions& options) {
+    for (const SetupItem& item : items)
+        std::cout << stateOf(item, options) << ": " << describe(item) << '\n';
+    if (options.resetRights)
+        std::cout << "rights set: " << describe(items.back()) << '\n';
+}
+
+void printJson(const std::vector<SetupItem>& items, const SetupOptions& options) {
+    Json document = {{"schemaVersion", 1}, {"items", Json::array()}, {"rightsSet", options.resetRights}};
+    for (const SetupItem& item : items)
+        document["items"].push_back(
+            {{"kind", item.kind}, {"place", item.place}, {"state", stateOf(item, options)}});
+    std::cout << textOf(document) << '\n';
+}
+
+ExitCode setUp(const SetupOptions& options) {
+    const std::vector<SetupItem> items = options.check ? examineSetup() : completeSetup(options.resetRights);
+    if (options.json)
+        printJson(items, options);
+    else
+        printText(items, options);
+    const bool complete =
+        std::all_of(items.begin(), items.end(), [](const SetupItem& item) { return item.present; });
+    return complete || !options.check ? ExitCode::Success : ExitCode::Broken;
+}
+
+} // namespace
+
+void addSetupCommand(CLI::App& app, Run& chosen) {
+    const auto options = std::make_shared<SetupOptions>();
+    CLI::App* const command = app.add_subcommand(
+        "setup",
+        "Prepares this machine, as administrator: makes the plug-ins' registry key and the folder of "
+        "the lock files where they are missing");
+    CLI::Option* const check =
+        command->add_flag("--check", options->check,
+                          "Changes nothing; exit code 5 when one is missing. Does not look at rights");
+    command
+        ->add_flag("--reset-rights", options->resetRights,
+                   "Also gives an existing folder the rights of a new one: every user may make, lock and "
+                   "replace the files in it")
+        ->excludes(check);
+    command->add_flag("--json", options->json, "Prints one JSON object");
+    command->callback([options, &chosen] { chosen = [options](const Context&) { return setUp(*options); }; });
+}
+
+} // namespace vykeldev
