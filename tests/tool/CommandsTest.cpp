@@ -77,7 +77,7 @@ TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {
     machine.setConfigurationFolder(false);
     follow({{"list", "(ConfigurationFault)"},
             {"list", "\n  meaning:    A lock file"},
-            {"list", "do: Make the "}});
+            {"list", "do: Run 'vykeldev setup' "}});
 #if !defined(_WIN32)
     fs::create_directories(folder.parent_path().parent_path() / "registry.reg.new"); // in its way
     follow({{"register --force a b", "failed with system error 5\n  meaning:    Access is denied.\n"

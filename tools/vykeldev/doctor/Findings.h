@@ -23,7 +23,7 @@ inline const FindingKind libraryVersion{
 inline const FindingKind pluginsKeyMissing{
     "plugins-key-missing", Severity::Error,
     "The registry key of the plug-ins is missing, so no client can initialise the library.",
-    "Register a plug-in with 'vykeldev register NAME PATH' as administrator; this makes the key."};
+    "Run 'vykeldev setup' as administrator: it makes the key."};
 inline const FindingKind pluginsKeyDenied{
     "plugins-key-denied", Severity::Error,
     "This user may not read the registry key of the plug-ins, so no client of this user "
@@ -148,7 +148,7 @@ inline const FindingKind folderUnknown{
     "Check that the folder (usually ProgramData on drive C) exists and that the registry has its right path."};
 inline const FindingKind folderMissing{
     "folder-missing", Severity::Error, "The folder of the lock files is missing, so every refresh fails.",
-    "Make the folder as administrator and let the users of the devices write in it."};
+    "Run 'vykeldev setup' as administrator: it makes the folder and lets every user write in it."};
 inline const FindingKind folderReadOnly{
     "folder-read-only", Severity::Info,
     "This user may not make files in the folder. That matters only when a lock file is missing or vykel.ini "
@@ -157,8 +157,8 @@ inline const FindingKind folderReadOnly{
 inline const FindingKind lockUnusable{
     "lock-unusable", Severity::Error,
     "A lock file cannot be opened or made, or the system refuses to lock it, so every refresh fails.",
-    "Let the users of the devices read and write the file and its folder. The "
-    "folder must be on a local disk."};
+    "Run 'vykeldev setup --reset-rights' as administrator: it lets every user read and write in the folder. "
+    "If that does not help, remove what is in the file's place. The folder must be on a local disk."};
 inline const FindingKind lockHeld{
     "lock-held", Severity::Warning,
     "Another process holds the lock and did not release it in time. Every refresh waits for it.",

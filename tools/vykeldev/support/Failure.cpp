@@ -22,9 +22,9 @@ struct Explanation {
 constexpr Explanation explanations[] = {
     {StatusCode::ConfigurationFault, "ConfigurationFault",
      "A lock file cannot be made, or the legacy alias file vykel.ini is malformed or cannot be saved.",
-     "Make the folder Morvance\\VY-KEL in the common application data folder (C:\\ProgramData) and let this "
-     "user write there. If vykel.ini is there, 'vykeldev aliases' names the line to correct; 'vykeldev "
-     "doctor' names any other cause."},
+     "Run 'vykeldev setup' as administrator: it makes the folder Morvance\\VY-KEL in the common application "
+     "data folder (C:\\ProgramData) where it is missing. If vykel.ini is there, 'vykeldev aliases' names the "
+     "line to correct; 'vykeldev doctor' names any other cause."},
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", "End other programs and try again."},
     {StatusCode::GeneralFault, "GeneralFault",
      "The library is not initialised, or failed in an unforeseen way.",
@@ -35,8 +35,8 @@ constexpr Explanation explanations[] = {
      "Install tool and library from the same release."},
     {StatusCode::ResourceNotFound, "ResourceNotFound",
      "The registry key of the plug-ins or the common application data folder cannot be found or read.",
-     "Register a plug-in with 'vykeldev register NAME PATH' as administrator, which makes the key; check "
-     "that the folder C:\\ProgramData is there."},
+     "Run 'vykeldev setup' as administrator: it makes the key. Check that the folder C:\\ProgramData is "
+     "there."},
     {StatusCode::OsFault, "OsFault", "The operating system refuses an event or a file lock.",
      "Check that the folder Morvance\\VY-KEL of the common application data folder is on a local disk."},
     {StatusCode::PluginNotInitialized, "PluginNotInitialized",
