@@ -95,8 +95,9 @@ class Binding(unittest.TestCase):
                 Library(file)
 
     def test_survives_faulty_plugins(self) -> None:
-        for fault, expected in (("", "zoo 0/device 0"), ("latin_1_token", "<Ger\ufffdt 0/device 0"), ("fails", None),
-                                ("null_token", PluginError), ("null_device", "zoo 0/device 0")):
+        for fault, expected in (("", "zoo 0/device 0"), ("latin_1_token", "<Ger\ufffdt 0/device 0"),
+                                ("fails_refreshing", None), ("null_token", PluginError),
+                                ("null_device", "zoo 0/device 0")):
             with self.subTest(fault), self.open("zoo_plugin", fault=fault) as library:
                 devices = library.devices()
                 devices.refresh()

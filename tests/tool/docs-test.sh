@@ -23,6 +23,8 @@ printf '#!/bin/sh\nexec %s "$@"\n' "$(printf '%q ' "${runner[@]}" "$kit/bin/vyke
 chmod +x "$work/bin/vykeldev"
 export PATH=$work/bin:$PATH CMAKE_GENERATOR=Ninja CMAKE_TOOLCHAIN_FILE=$source_dir/cmake/mingw-w64.cmake
 
+vykeldev setup >/dev/null
+
 # Writes the blocks of one document to files: block-1.sh, code-2.cpp, and from-3.txt with its origin in from-3.file.
 extract() {
   awk -v dir="$2" '

@@ -9,7 +9,8 @@ else
   runner=(env "WINHOST_ROOT=$work/machine")
   data=$work/machine/c/ProgramData
 fi
-mkdir -p "$data/Morvance/VY-KEL"
+rm -rf "$data/Morvance"
+mkdir -p "$data"
 
 run() { "${runner[@]}" "$@"; }
 vykeldev() { run "$kit/bin/vykeldev$exe" "$@"; }

@@ -98,12 +98,13 @@ export PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig
 echo "== what they show"
 [ "$(vykeldev --version | tr -d '\r')" = "vykeldev $version" ] || fail "vykeldev has another version"
 see 'token=b token2=same number=9\ntoken=a token2=same number=8 alias=""'
+vykeldev setup >/dev/null
 vykeldev register sample plugin/simulated$module >/dev/null
 printf 'KEL9  takes no alias  b\nKEL8    a\n' >expected.txt
 for client in client/client$exe client-c/client-c$exe "$kit/bin/client$exe"; do
   run "$client" | tr -d '\r' | diff -u expected.txt - || fail "$client"
 done
-for command in list plugins aliases doctor check; do
+for command in setup list plugins aliases doctor check; do
   argument=
   if [ $command = check ]; then argument=plugin/simulated$module; fi
   status=0
