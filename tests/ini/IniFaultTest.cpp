@@ -2,7 +2,7 @@
 // searched and written. Nothing is lost, and what is reported is true.
 #include "ini/IniEdit.h"
 #include "ini/IniSave.h"
-#include "support/AllocationFault.h"
+#include "support/Faults.h"
 #include "support/IniTestKit.h"
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -76,10 +76,14 @@ TEST(IniFault, WithoutMemorySearchesFindAndChangesLeaveTheDocument) {
         ASSERT_EQ(folder.load(document, text), 0);
         const std::string before = describe(document);
         document.sections.dropIndex();
-        armAllocationFault({nth, false, 0});
-        const IniSection* found = findIniSection(&document, "s7");
-        const int result = setIniValue(&document, "new", "k", "v", 0);
-        struck = armAllocationFault({}).struck;
+        const IniSection* found = nullptr;
+        int result = 0;
+        {
+            const AllocationFault fault(nth);
+            found = findIniSection(&document, "s7");
+            result = setIniValue(&document, "new", "k", "v", 0);
+            struck = fault.struck();
+        }
         EXPECT_STREQ(found != nullptr ? found->name : "", "s7");
         if (result != 1) {
             EXPECT_EQ(result, IniMemoryFull);

@@ -7,20 +7,11 @@
 
 namespace vykeltest {
 
-class AggregatedListTest : public LibraryTest {
-protected:
-    void startList(const std::vector<std::string>& names) {
-        start(names);
-        list = library.newList();
-        plugins.takeLog();
-    }
-
-    ListPtr list; // released before the library is finalised
-};
+using AggregatedListTest = LibraryTest;
 
 TEST_F(AggregatedListTest, JoinsTheListsAndRefusesByIndexAndVersion) {
     plugins.devicesOf = {{"a", {{0, 0, 1}, {1, 0, 2}}}, {"c", {{2}, {3}, {4, 0, -1}}}};
-    startList({"a", "b", "c"});
+    ListPtr list = start({"a", "b", "c"});
     EXPECT_EQ(list->getVersion(), 0);
     EXPECT_EQ(list->getCount(), 0u);
     ASSERT_EQ(refresh(*list), success);
@@ -44,7 +35,7 @@ TEST_F(AggregatedListTest, JoinsTheListsAndRefusesByIndexAndVersion) {
 
 TEST_F(AggregatedListTest, AsksInAFixedOrderAndOnlyWhatIsStale) {
     plugins.devicesOf = {{"a", {{}, {9}}}, {"b", {{1}}}};
-    startList({"a", "b"});
+    ListPtr list = start({"a", "b"});
     const fs::path lock = machine.configurationFolder() / "DeviceList.lck";
     ASSERT_EQ(refresh(*list), success);
     EXPECT_EQ(plugins.takeLog(),
@@ -73,7 +64,7 @@ TEST_F(AggregatedListTest, AsksInAFixedOrderAndOnlyWhatIsStale) {
 
 TEST_F(AggregatedListTest, KeepsWhatAFailingListDelivered) {
     plugins.devicesOf = {{"a", {{0}}}, {"b", {{1}, {2}, {3}, {4}, {5}}}, {"c", {{6}}}};
-    startList({"a", "b", "c"});
+    ListPtr list = start({"a", "b", "c"});
     const std::tuple<std::string, std::int32_t, std::string> cases[] = {
         {"b.none", 0, "0123456"},           {"b.refresh", -7, "06"},      {"b.getDevice(2)", -7, "0126"},
         {"b.getDevice(2)", Null, "012456"}, {"b.getDevice(0)", -7, "06"}, {"b.setNumber", -7, "0123456"}};
@@ -87,14 +78,13 @@ TEST_F(AggregatedListTest, KeepsWhatAFailingListDelivered) {
             numbers += std::to_string(list->getDevice(i, 0, &status)->getNumber());
         EXPECT_EQ(numbers, expected);
         const bool asked = plugins.takeLog({"getCount"}).find('b') != std::string::npos;
-        EXPECT_EQ(asked,
-                  call != "b.refresh"); // a failed refresh is the last that it is asked
+        EXPECT_EQ(asked, call != "b.refresh"); // a failed refresh is the last that it is asked
     }
 }
 
 TEST_F(AggregatedListTest, AFailedRefreshLeavesItStaleAndReadable) {
     plugins.devicesOf = {{"a", {{}}}, {"b", {{}}}};
-    startList({"a", "b"});
+    ListPtr list = start({"a", "b"});
     ASSERT_EQ(refresh(*list), success);
     machine.setConfigurationFolder(false);
     EXPECT_EQ(refresh(*list), success); // nothing to do: no file is needed
@@ -116,7 +106,7 @@ TEST_F(AggregatedListTest, AFailedRefreshLeavesItStaleAndReadable) {
 }
 
 TEST_F(AggregatedListTest, AttachIsTakenBackWhenOneListRefuses) {
-    startList({"a", "b", "c", "d"});
+    ListPtr list = start({"a", "b", "c", "d"});
     plugins.answers["a.detach"] = ThrowOwnType; // nobody can act on it
     const std::pair<std::int32_t, std::int32_t> cases[] = {
         {Ordinary, success}, {-7, -7}, {ThrowOwnType, generalFault}};
@@ -139,7 +129,7 @@ TEST_F(AggregatedListTest, AttachIsTakenBackWhenOneListRefuses) {
 
 TEST_F(AggregatedListTest, WritesOnlyWhatTheCallersBlockHolds) {
     plugins.devicesOf["a"] = {{0}};
-    startList({"a"});
+    ListPtr list = start({"a"});
     ASSERT_EQ(refresh(*list), success);
     vykel::StatusBlock status;
     const std::tuple<const char*, std::function<void()>, std::int32_t, std::uint32_t> cases[] = {

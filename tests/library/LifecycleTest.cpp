@@ -6,21 +6,23 @@ namespace vykeltest {
 using LifecycleTest = LibraryTest;
 
 TEST_F(LifecycleTest, TestsArgumentsInOrder) {
+    using Codes = std::vector<std::int32_t>;
     auto* const untouched = reinterpret_cast<vykel::IDeviceList*>(8);
     vykel::IDeviceList* list = untouched;
-    EXPECT_EQ(library.finalize(), generalFault);
-    EXPECT_EQ(library.getAllKelDevices(1, nullptr), generalFault);
-    EXPECT_EQ(library.getAllKelDevices(0, &list), generalFault);
-    ASSERT_EQ(library.initialize(), success);
-    EXPECT_EQ(library.getAllKelDevices(1, nullptr), versionMismatch);
-    EXPECT_EQ(library.getAllKelDevices(-1, &list), versionMismatch);
-    EXPECT_EQ(library.getAllKelDevices(0, nullptr), invalidParameter);
-    ASSERT_EQ(library.finalize(), success);
-    EXPECT_EQ(library.finalize(), generalFault);
-    EXPECT_EQ(library.getAllKelDevices(1, nullptr),
-              versionMismatch); // initialised once: the version comes first
-    EXPECT_EQ(library.getAllKelDevices(0, nullptr), invalidParameter);
-    EXPECT_EQ(library.getAllKelDevices(0, &list), generalFault);
+    const auto refusals = [&] {
+        return Codes{library.getAllKelDevices(1, nullptr), library.getAllKelDevices(-1, &list),
+                     library.getAllKelDevices(0, nullptr)};
+    };
+    const Codes ofArguments = {versionMismatch, versionMismatch, invalidParameter};
+    EXPECT_EQ(refusals(), Codes(3, generalFault));
+    for (int i = 0; i < 2; ++i) {
+        EXPECT_EQ(library.finalize(), generalFault);
+        EXPECT_EQ(library.getAllKelDevices(0, &list), generalFault);
+        ASSERT_EQ(library.initialize(), success);
+        EXPECT_EQ(refusals(), ofArguments);
+        ASSERT_EQ(library.finalize(), success);
+        EXPECT_EQ(refusals(), ofArguments); // initialised once: the arguments come first
+    }
     EXPECT_EQ(list, untouched);
 }
 

@@ -6,12 +6,11 @@ using NumberingTest = LibraryTest;
 
 TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
     constexpr std::uint32_t none = vykel::noDeviceNumber;
-    struct Case {
+    const struct {
         std::vector<FakeDevice> a;
         std::vector<FakeDevice> b;
         std::vector<std::uint32_t> numbers;
-    };
-    const Case cases[] = {
+    } cases[] = {
         {{{0}, {2}, {none, 7}, {none, 3}, {none, 7}}, {}, {0, 2, 3, 1, 4}},
         {{{0}, {1}, {2}}, {{none, 1}, {none, 0}}, {0, 1, 2, 4, 3}},
         {{{none, 5}, {none, 5}}, {{none, 5}, {none, 4}}, {1, 2, 3, 0}}, // equal keys: in the lists' order
@@ -21,13 +20,13 @@ TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
         {{}, {}, {}},
     };
     start({"a", "b"});
-    for (const Case& each : cases) {
+    for (const auto& each : cases) {
         SCOPED_TRACE(&each - cases);
         plugins.devicesOf = {{"a", each.a}, {"b", each.b}};
         EXPECT_EQ(refresh(*library.newList()), success);
         std::vector<std::uint32_t> numbers;
-        for (const char* const name : {"a", "b"})
-            for (const FakeDevice& device : plugins.devicesOf[name])
+        for (const auto& [name, devices] : plugins.devicesOf)
+            for (const FakeDevice& device : devices)
                 numbers.push_back(device.number);
         EXPECT_EQ(numbers, each.numbers);
     }
@@ -36,14 +35,13 @@ TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
 TEST_F(NumberingTest, OffersANumberAgainWhenADeviceRefusedIt) {
     plugins.devicesOf["a"] = {{}, {}, {}};
     plugins.answers = {{"a.setNumber(1)", -7}, {"a.isStale", Yes}};
-    start({"a"});
-    const ListPtr list = library.newList();
-    EXPECT_EQ(refresh(*list), success);
-    EXPECT_EQ(plugins.devicesOf["a"][1].number, vykel::noDeviceNumber);
-    EXPECT_EQ(plugins.devicesOf["a"][2].number, 2u);
-    plugins.answers.erase("a.setNumber(1)");
-    EXPECT_EQ(refresh(*list), success);
-    EXPECT_EQ(plugins.devicesOf["a"][1].number, 1u);
+    const ListPtr list = start({"a"});
+    for (const std::uint32_t number : {vykel::noDeviceNumber, 1u}) {
+        EXPECT_EQ(refresh(*list), success);
+        EXPECT_EQ(plugins.devicesOf["a"][1].number, number);
+        EXPECT_EQ(plugins.devicesOf["a"][2].number, 2u);
+        plugins.answers.erase("a.setNumber(1)");
+    }
 }
 
 } // namespace vykeltest

@@ -1,16 +1,14 @@
 #ifndef TESTS_SIMULATEDPLUGIN_H
 #define TESTS_SIMULATEDPLUGIN_H
 
+#include "support/Codes.h"
 #include "support/LoadedLibrary.h"
 #include "support/Machine.h"
 #include "support/TestFiles.h"
 #include "vykel/PluginEntryPoints.h"
-#include "vykel/StatusCodes.h"
 #include <gtest/gtest.h>
 
 namespace vykeltest {
-
-constexpr std::int32_t invalidParameter = vykel::toInteger(vykel::StatusCode::InvalidParameter);
 
 /// The sample plug-in as a library, with a devices file.
 class SimulatedPlugin : public testing::Test {
@@ -18,17 +16,15 @@ protected:
     ~SimulatedPlugin() override { FreeLibrary(module); }
 
     ListPtr makeList() const {
-        const auto get = symbolOf<decltype(&vykel_getPluginInterface)>(module, "vykel_getPluginInterface");
-        EXPECT_EQ(get(0, nullptr), invalidParameter);
         vykel::IDeviceList* list = nullptr;
-        EXPECT_EQ(get(0, &list), 0);
+        EXPECT_EQ(getInterface(0, &list), success);
         return ListPtr(list);
     }
     /// A new list of these devices.
     ListPtr makeList(const std::string& devices) const {
         writeFile(devicesFile, devices);
         ListPtr list = makeList();
-        EXPECT_EQ(refresh(*list), 0);
+        EXPECT_EQ(refresh(*list), success);
         return list;
     }
     vykel::IDevice& deviceAt(const ListPtr& list, std::uint32_t index) {
@@ -42,6 +38,8 @@ protected:
     const fs::path temporary = machine.folder() / "left.devices.tmp";
     const HMODULE module =
         LoadLibraryExW(machine.copyLibrary("simulated", "left").string<WCHAR>().c_str(), nullptr, 0);
+    decltype(&vykel_getPluginInterface) const getInterface =
+        Symbol{GetProcAddress(module, "vykel_getPluginInterface")};
 };
 
 } // namespace vykeltest

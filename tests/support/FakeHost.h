@@ -25,7 +25,6 @@ struct FakeDevice {
     std::uint32_t number = vykel::noDeviceNumber;
     std::uint32_t sortKey = 0;
     std::int32_t version = 0;
-    std::uint32_t slot = 0; ///< its place in FakePlugins::numbersFile
 };
 
 /// The test's side of the fake plug-ins in its process. They find it by the address in this environment
@@ -38,8 +37,6 @@ public:
     virtual Answer call(const char* plugin, const char* operation, std::int64_t argument) = 0;
     /// The devices that a plug-in sees at its refresh.
     virtual FakeDevice* devices(const char* plugin, std::uint32_t& count) = 0;
-    virtual std::uint32_t getNumber(FakeDevice& device) = 0;
-    virtual void setNumber(FakeDevice& device, std::uint32_t number) = 0;
 
 protected:
     ~FakeHost() = default;

@@ -95,11 +95,11 @@ public:
     }
     void setNumber(std::uint32_t number, StatusBlock* status) override {
         if (report("setNumber", index, status) >= 0)
-            plugin.host->setNumber(fake, number);
+            fake.number = number;
     }
     std::uint32_t getNumber() override {
         report("getNumber", index);
-        return plugin.host->getNumber(fake);
+        return fake.number;
     }
     const char* getAlias() override { return nullptr; }
     void setAlias(const char*, std::int32_t, std::int32_t, StatusBlock*) override {}

@@ -2,10 +2,7 @@
 
 #include "support/Platform.h"
 #include <algorithm>
-#include <chrono>
 #include <cstdio>
-#include <fstream>
-#include <thread>
 
 namespace vykeltest {
 
@@ -42,25 +39,6 @@ FakeDevice* FakePlugins::devices(const char* plugin, std::uint32_t& count) {
     auto& devices = devicesOf[plugin];
     count = static_cast<std::uint32_t>(devices.size());
     return devices.data();
-}
-
-std::uint32_t FakePlugins::getNumber(FakeDevice& device) {
-    if (!numbersFile.empty()) {
-        std::ifstream file(numbersFile, std::ios::binary);
-        file.seekg(device.slot * 4);
-        file.read(reinterpret_cast<char*>(&device.number), sizeof device.number);
-    }
-    return device.number;
-}
-
-void FakePlugins::setNumber(FakeDevice& device, std::uint32_t number) {
-    device.number = number;
-    if (!numbersFile.empty()) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(1)); // time for a rival
-        std::fstream file(numbersFile, std::ios::binary | std::ios::in | std::ios::out);
-        file.seekp(device.slot * 4);
-        file.write(reinterpret_cast<const char*>(&number), sizeof number);
-    }
 }
 
 } // namespace vykeltest

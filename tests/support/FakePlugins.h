@@ -2,7 +2,6 @@
 #define TESTS_FAKEPLUGINS_H
 
 #include "support/FakeHost.h"
-#include <filesystem>
 #include <map>
 #include <string>
 #include <vector>
@@ -19,8 +18,6 @@ public:
     /// By call, for example "a.refresh", "a.getDevice(2)", or "a.getDevice" for every argument. Other calls
     /// are ordinary.
     std::map<std::string, std::int32_t> answers;
-    /// When set, this file holds the devices' numbers for all processes, each in its slot.
-    std::filesystem::path numbersFile;
     bool logging = true;
 
     /// The calls since the last time, in order, separated by blanks; all of them, or those of some
@@ -29,8 +26,6 @@ public:
 
     Answer call(const char* plugin, const char* operation, std::int64_t argument) override;
     FakeDevice* devices(const char* plugin, std::uint32_t& count) override;
-    std::uint32_t getNumber(FakeDevice& device) override;
-    void setNumber(FakeDevice& device, std::uint32_t number) override;
 
 private:
     std::vector<std::pair<std::string, std::string>> log; // operation and text

@@ -21,12 +21,14 @@ protected:
     FakePlugins plugins;
     LoadedLibrary library;
 
-    /// Installs fake plug-ins under these names and initialises the library.
-    void start(const std::vector<std::string>& names) {
+    /// Installs fake plug-ins under these names, initialises the library and makes a list.
+    ListPtr start(const std::vector<std::string>& names) {
         for (const std::string& name : names)
             machine.install("fake_plugin", name);
-        ASSERT_EQ(library.initialize(), 0);
+        EXPECT_EQ(library.initialize(), 0);
+        ListPtr list = library.newList();
         plugins.takeLog();
+        return list;
     }
 };
 

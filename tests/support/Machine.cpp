@@ -16,7 +16,7 @@ std::string machineId(bool& owned) {
     static int count = 0;
     const char* const given = std::getenv(machineVariable);
     owned = given == nullptr || *given == '\0';
-    return owned ? "vykel-" + std::to_string(processId()) + "-" + std::to_string(++count) : given;
+    return owned ? "vykel-" + std::to_string(GetCurrentProcessId()) + "-" + std::to_string(++count) : given;
 }
 
 /// Creates the key if necessary and writes a value; with a null type, only the key.

@@ -4,11 +4,18 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <string>
 #include <vector>
 
-/// The functions of the tests that differ between the two builds.
+/// What the tests need of the system and of other processes.
 namespace vykeltest {
+
+// What differs between the two builds.
+
+extern const char* const libraryFile; ///< the library under test
+extern const char* const pluginExtension;
+extern const char* const programExtension;
 
 /// Sets a variable for this process and the children started later.
 void setEnvironment(const char* name, const std::string& value);
@@ -23,47 +30,38 @@ MachineRoot enterMachine(const std::string& id);
 /// Removes the machine; this process uses the real one again.
 void leaveMachine(const std::string& id);
 
-std::uint32_t processId();
-
-/// The folder of the test programs and the built libraries.
-std::filesystem::path programFolder();
-extern const char* const libraryFile; ///< the library under test
-extern const char* const pluginExtension;
-
-/// Runs a built program to its end. `arguments` are quoted as for a shell; standard error is that of this
-/// program.
 struct ProgramResult {
-    int exitCode;
+    int exitCode;       ///< -1: it could not be started, or was killed
     std::string output; ///< its standard output
 };
-ProgramResult runProgram(const std::string& name, const std::string& arguments);
+/// Runs a command line of the system's shell to its end. Standard error is that of this program.
+ProgramResult runCommand(const std::string& command);
 
-/// The fake plug-ins that differ only in the place of their C++ runtime.
-std::vector<std::string> pluginsByRuntime();
+/// Ends this process at once, as if another one had killed it.
+[[noreturn]] void killThisProcess();
 
 /// Raises a structured exception of the system, on the host what stands for one.
 void raiseStructuredException(std::uint32_t code);
 /// Whether such an exception leaves `body`.
 bool passesOn(const std::function<void()>& body);
 
-/// This test program as a second process of the same machine. It runs the function of the role.
-class ChildProcess {
-public:
-    explicit ChildProcess(const std::string& role); ///< Throws std::system_error when it cannot be started.
-    /// Waits for its end. Returns 0 when it ended well.
-    int wait();
-    /// Kills it and waits for its end.
-    void kill();
+// What is common to both.
 
-private:
-    std::intptr_t process;
-};
+/// The folder of the test programs and the built libraries.
+std::filesystem::path programFolder();
+/// Runs a built program to its end. `arguments` are quoted as for a shell.
+ProgramResult runProgram(const std::string& name, const std::string& arguments);
 
-/// What a child process does; returns its exit code. A test program that starts children defines roles.
+/// What a test program does as a child process of a test, on the same machine; returns its exit code.
 using Role = int (*)();
+/// Makes a role known. A test program that starts children defines roles.
 struct NamedRole {
     NamedRole(const char* name, Role role);
 };
+/// Runs this test program in that role to its end; returns the exit code.
+int runRole(const std::string& name);
+/// Starts children in that role; each result is the exit code.
+std::vector<std::future<int>> startRoles(const std::string& name, std::size_t count);
 
 } // namespace vykeltest
 

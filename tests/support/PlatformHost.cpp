@@ -3,7 +3,6 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
-#include <spawn.h>
 #include <sys/wait.h>
 #include <system_error>
 #include <unistd.h>
@@ -13,6 +12,7 @@ namespace vykeltest {
 
 const char* const libraryFile = "libvykeldevenum.so";
 const char* const pluginExtension = ".so";
+const char* const programExtension = "";
 
 void setEnvironment(const char* name, const std::string& value) {
     ::setenv(name, value.c_str(), 1);
@@ -30,27 +30,20 @@ void leaveMachine(const std::string& id) {
     std::filesystem::remove_all(std::filesystem::temp_directory_path() / id, ignored);
 }
 
-std::uint32_t processId() {
-    return static_cast<std::uint32_t>(::getpid());
-}
-
-std::filesystem::path programFolder() {
-    return std::filesystem::read_symlink("/proc/self/exe").parent_path();
-}
-
-ProgramResult runProgram(const std::string& name, const std::string& arguments) {
+ProgramResult runCommand(const std::string& command) {
     ProgramResult result{-1, {}};
-    const std::string command = "'" + (programFolder() / name).string() + "' " + arguments;
-    if (std::FILE* const pipe = ::popen(command.c_str(), "r")) {
+    if (std::FILE* const pipe = ::popen(("exec " + command).c_str(), "r")) {
         for (int byte = std::getc(pipe); byte != EOF; byte = std::getc(pipe))
             result.output += static_cast<char>(byte);
-        result.exitCode = WEXITSTATUS(::pclose(pipe));
+        const int status = ::pclose(pipe);
+        result.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
     return result;
 }
 
-std::vector<std::string> pluginsByRuntime() {
-    return {"fake_plugin", "fake_plugin_own_runtime"};
+void killThisProcess() {
+    ::kill(::getpid(), SIGKILL);
+    std::abort(); // not reached
 }
 
 void raiseStructuredException(std::uint32_t code) {
@@ -64,29 +57,6 @@ bool passesOn(const std::function<void()>& body) {
         return true;
     }
     return false;
-}
-
-ChildProcess::ChildProcess(const std::string& role) {
-    setEnvironment("VYKEL_TEST_ROLE", role);
-    char name[] = "child";
-    char* arguments[] = {name, nullptr};
-    pid_t child = -1;
-    const int error = ::posix_spawn(&child, "/proc/self/exe", nullptr, nullptr, arguments, environ);
-    setEnvironment("VYKEL_TEST_ROLE", "");
-    if (error != 0)
-        throw std::system_error(error, std::generic_category(), "starting role " + role);
-    process = child;
-}
-
-int ChildProcess::wait() {
-    int status = -1;
-    ::waitpid(static_cast<pid_t>(process), &status, 0);
-    return status;
-}
-
-void ChildProcess::kill() {
-    ::kill(static_cast<pid_t>(process), SIGKILL);
-    wait();
 }
 
 } // namespace vykeltest

@@ -1,10 +1,8 @@
 #include "support/Platform.h"
 
-#include <cerrno>
 #include <csetjmp>
 #include <cstdio>
 #include <cstdlib>
-#include <process.h>
 #include <system_error>
 #include <windows.h>
 
@@ -12,6 +10,7 @@ namespace vykeltest {
 
 const char* const libraryFile = "vykeldevenum.dll";
 const char* const pluginExtension = ".dll";
+const char* const programExtension = ".exe";
 
 void setEnvironment(const char* name, const std::string& value) {
     _putenv((std::string(name) + "=" + value).c_str());
@@ -50,25 +49,9 @@ void leaveMachine(const std::string& id) {
     std::filesystem::remove_all(std::filesystem::temp_directory_path() / id, ignored);
 }
 
-std::uint32_t processId() {
-    return GetCurrentProcessId();
-}
-
-static std::filesystem::path programPath() {
-    wchar_t path[MAX_PATH] = {};
-    GetModuleFileNameW(nullptr, path, MAX_PATH);
-    return path;
-}
-
-std::filesystem::path programFolder() {
-    return programPath().parent_path();
-}
-
-ProgramResult runProgram(const std::string& name, const std::string& arguments) {
+ProgramResult runCommand(const std::string& command) {
     ProgramResult result{-1, {}};
-    const std::string command =
-        "\"\"" + (programFolder() / (name + ".exe")).string() + "\" " + arguments + "\"";
-    if (std::FILE* const pipe = _popen(command.c_str(), "rb")) {
+    if (std::FILE* const pipe = _popen(('"' + command + '"').c_str(), "rb")) {
         for (int byte = std::getc(pipe); byte != EOF; byte = std::getc(pipe))
             result.output += static_cast<char>(byte);
         result.exitCode = _pclose(pipe);
@@ -76,8 +59,9 @@ ProgramResult runProgram(const std::string& name, const std::string& arguments) 
     return result;
 }
 
-std::vector<std::string> pluginsByRuntime() {
-    return {"fake_plugin"};
+void killThisProcess() {
+    TerminateProcess(GetCurrentProcess(), 1);
+    std::abort(); // not reached
 }
 
 void raiseStructuredException(std::uint32_t code) {
@@ -94,26 +78,6 @@ bool passesOn(const std::function<void()>& body) {
         body();
     SetUnhandledExceptionFilter(previous);
     return passed;
-}
-
-ChildProcess::ChildProcess(const std::string& role) {
-    setEnvironment("VYKEL_TEST_ROLE", role);
-    process = _wspawnl(_P_NOWAIT, programPath().c_str(), L"child", nullptr);
-    const int error = errno;
-    setEnvironment("VYKEL_TEST_ROLE", "");
-    if (process == -1)
-        throw std::system_error(error, std::generic_category(), "starting role " + role);
-}
-
-int ChildProcess::wait() {
-    int status = -1;
-    _cwait(&status, process, 0);
-    return status;
-}
-
-void ChildProcess::kill() {
-    TerminateProcess(reinterpret_cast<HANDLE>(process), 1);
-    wait();
 }
 
 } // namespace vykeltest

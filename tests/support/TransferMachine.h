@@ -8,11 +8,8 @@
 #include "support/TestFiles.h"
 #include "TraditionalAliasTransferManager.h"
 #include "vykel/IDevice.h"
-#include <cstdint>
-#include <fstream>
-#include <memory>
+#include <list>
 #include <string>
-#include <vector>
 
 namespace vykeltest {
 
@@ -30,7 +27,7 @@ public:
         return token.c_str();
     }
     std::uint32_t getSortKey() override { return 0; }
-    void setNumber(std::uint32_t value, vykel::StatusBlock*) override { number = value; }
+    void setNumber(std::uint32_t given, vykel::StatusBlock*) override { number = given; }
     std::uint32_t getNumber() override {
         calls += 'n';
         return number;
@@ -63,12 +60,21 @@ struct TransferMachine {
     fs::path temporaryFile = machine.configurationFolder() / "vykel.TMP";
 };
 
-/// One device table entry per list of devices.
+/// An INI text as the library saves it: CRLF, and an empty line after each section.
+inline std::string saved(const std::string& text) {
+    std::string result;
+    for (const char byte : text)
+        result +=
+            byte == '\n' ? "\r\n" : (byte == '[' && !result.empty() ? "\r\n" : "") + std::string(1, byte);
+    return text.empty() ? "" : result + "\r\n";
+}
+
+/// The devices of two lists, of which the first is empty.
 template <class Device>
-vykel::DeviceTable tableOf(const std::vector<std::unique_ptr<Device>>& devices) {
-    vykel::DeviceTable table(2); // the first list stays empty
-    for (const auto& device : devices)
-        table[1].push_back(device.get());
+vykel::DeviceTable tableOf(std::list<Device>& devices) {
+    vykel::DeviceTable table(2);
+    for (Device& device : devices)
+        table[1].push_back(&device);
     return table;
 }
 

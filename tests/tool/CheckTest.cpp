@@ -13,7 +13,9 @@ protected:
     }
 
     static constexpr const char* untouched = "7\nPump\n";
-    const std::string zoo = argument(builtLibrary("zoo_plugin"));
+    Machine machine;
+    fs::path folder = fs::temp_directory_path() / ("vykel-check-" + std::to_string(GetCurrentProcessId()));
+    fs::path stateFile = folder / "state";
 };
 
 struct Animal {

@@ -1,112 +1,148 @@
-// The alias transfer among rivals, and under kills: no alias is lost or handed over twice, and nobody ever
-// sees half a file.
+// Numbers and legacy aliases among rival processes, and under kills: no number is given twice, no alias is
+// lost or handed over twice, and nobody ever sees half a file.
+#include "DeviceNumbering.h"
 #include "support/TransferMachine.h"
 #include <algorithm>
 #include <chrono>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <random>
-#include <sstream>
 #include <thread>
 
 namespace {
 
 using namespace vykeltest;
+using std::chrono::milliseconds;
 
-constexpr std::uint32_t aliasCount = 64;
+constexpr std::uint32_t deviceCount = 64;
 constexpr std::uint32_t slices = 8;
 
-/// A device whose alias outlives the process: each one given is a line in a file for all processes.
-class StoredDevice final : public LegacyDevice {
-public:
-    StoredDevice(std::uint32_t deviceNumber, const std::string& storedAlias, fs::path file)
-        : LegacyDevice(deviceNumber, storedAlias.c_str()), store(std::move(file)) {}
+/// What all processes gave to which device, a line each.
+struct Store {
+    fs::path file;
+
+    void append(std::uint32_t device, const std::string& text) const {
+        const std::string line = std::to_string(device) + " " + text + "\n";
+        std::ofstream(file, std::ios::binary | std::ios::app) << line << std::flush;
+    }
+    /// In order of the devices.
+    std::vector<std::pair<std::uint32_t, std::string>> lines() const {
+        std::vector<std::pair<std::uint32_t, std::string>> all;
+        std::ifstream text(file);
+        std::uint32_t device = 0;
+        for (std::string given; text >> device >> given;)
+            all.emplace_back(device, given);
+        std::sort(all.begin(), all.end());
+        return all;
+    }
+};
+
+/// A device whose alias outlives the process.
+struct NamedDevice final : LegacyDevice {
+    NamedDevice(std::uint32_t deviceNumber, const std::string& deviceAlias, Store aliases)
+        : LegacyDevice(deviceNumber, deviceAlias.c_str()), store(std::move(aliases)) {}
     void setAlias(const char* text, std::int32_t, std::int32_t, vykel::StatusBlock*) override {
         alias = text;
-        const std::string line = std::to_string(number) + " " + text + "\n";
-        std::ofstream(store, std::ios::binary | std::ios::app)
-            .write(line.data(), static_cast<long>(line.size()));
+        store.append(number, text);
     }
+    Store store;
+};
 
-private:
-    fs::path store;
+/// A device whose number outlives the process. Each process numbers them in an order of its own, so that two
+/// that overlap would give a number twice.
+struct NumberedDevice final : LegacyDevice {
+    NumberedDevice(std::uint32_t place, Store numbers)
+        : LegacyDevice(vykel::noDeviceNumber, ""), index(place), store(std::move(numbers)) {}
+    std::uint32_t getSortKey() override { return (index + GetCurrentProcessId()) * 7 % deviceCount; }
+    std::uint32_t getNumber() override {
+        for (const auto& [device, given] : store.lines())
+            if (device == index)
+                return static_cast<std::uint32_t>(std::stoul(given));
+        return number;
+    }
+    void setNumber(std::uint32_t given, vykel::StatusBlock*) override {
+        std::this_thread::sleep_for(milliseconds(1)); // time for a rival
+        store.append(index, std::to_string(given));
+    }
+    std::uint32_t index;
+    Store store;
 };
 
 struct SharedMachine : TransferMachine {
-    fs::path store = machine.folder() / "aliases";
-    std::string before = legacyText("\n", aliasCount);
-    std::string after = legacyText("\r\n", 0);
+    const Store aliases{machine.folder() / "aliases"};
+    const Store numbers{machine.folder() / "numbers"};
+    std::string before = "[General]\nMajorVersion=13\n[Aliases]\n";
+    const std::string after = saved("[General]\nMajorVersion=13\n[End]\nwhole=1\n");
 
-    static std::string legacyText(const char* end, std::uint32_t aliases) {
-        std::ostringstream text;
-        text << "[General]" << end << "MajorVersion=13" << end << (*end == '\r' ? end : "");
-        if (aliases != 0)
-            text << "[Aliases]" << end;
-        for (std::uint32_t i = 0; i < aliases; ++i)
-            text << "Alias" << i << "=KEL" << i << end;
-        text << "[End]" << end << "whole=1" << end << (*end == '\r' ? end : "");
-        return text.str();
+    SharedMachine() {
+        for (std::uint32_t i = 0; i < deviceCount; ++i)
+            before += "Alias" + std::to_string(i) + "=KEL" + std::to_string(i) + "\n";
+        before += "[End]\nwhole=1\n";
     }
 
     void reset() const {
-        fs::remove(store);
+        fs::remove(aliases.file);
         fs::remove(temporaryFile);
         writeFile(iniFile, before);
     }
 
-    /// What was given to whom, in order of the devices.
-    std::vector<std::pair<std::uint32_t, std::string>> given() const {
-        std::vector<std::pair<std::uint32_t, std::string>> lines;
-        std::ifstream file(store);
-        std::uint32_t number = 0;
-        for (std::string alias; file >> number >> alias;)
-            lines.emplace_back(number, alias);
-        std::sort(lines.begin(), lines.end());
-        return lines;
-    }
-
     void expectEachGivenOnce() const {
-        const auto lines = given();
-        ASSERT_EQ(lines.size(), aliasCount);
-        for (std::uint32_t i = 0; i < aliasCount; ++i)
+        const auto lines = aliases.lines();
+        ASSERT_EQ(lines.size(), deviceCount);
+        for (std::uint32_t i = 0; i < deviceCount; ++i)
             ASSERT_EQ(lines[i], std::make_pair(i, "Alias" + std::to_string(i)));
     }
 
     /// One transfer with the devices whose number leaves that remainder, or with all of them.
     std::int32_t transfer(std::uint32_t modulus = 1, std::uint32_t remainder = 0) const {
-        std::string aliases[aliasCount];
-        for (const auto& [number, alias] : given())
-            aliases[number] = alias;
-        std::vector<std::unique_ptr<StoredDevice>> devices;
-        for (std::uint32_t i = remainder; i < aliasCount; i += modulus)
-            devices.push_back(std::make_unique<StoredDevice>(i, aliases[i], store));
+        std::string given[deviceCount];
+        for (const auto& [number, alias] : aliases.lines())
+            given[number] = alias;
+        std::list<NamedDevice> devices;
+        for (std::uint32_t i = remainder; i < deviceCount; i += modulus)
+            devices.emplace_back(i, given[i], aliases);
         return vykeltest::transfer(tableOf(devices)).code;
+    }
+
+    /// One numbering of all devices.
+    void giveNumbers() const {
+        std::list<NumberedDevice> devices;
+        for (std::uint32_t i = 0; i < deviceCount; ++i)
+            devices.emplace_back(i, numbers);
+        vykel::assignDeviceNumbers(tableOf(devices));
     }
 };
 
-/// Every slice of the devices, beginning at one of this process's own. A reader may have the file open, which
-/// refuses the replace on Windows: then the transfer is tried again, as a client does.
-int rival() {
+/// Numbers the devices, then transfers to every slice of them, beginning at one of this process's own. A
+/// reader may have the file open, which refuses the replace on Windows: then it tries again, as a client
+/// does.
+const NamedRole rival("rival", [] {
     const SharedMachine shared;
-    const std::uint32_t first = processId() / 4 % slices;
+    shared.giveNumbers();
+    const std::uint32_t first = GetCurrentProcessId() / 4 % slices;
     for (std::uint32_t i = 0; i < slices; ++i) {
-        int tries = 1000;
-        std::int32_t code = success;
-        while ((code = shared.transfer(slices, (first + i) % slices)) == configurationFault && --tries > 0)
-            std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        std::int32_t code = configurationFault;
+        for (int tries = 0; code == configurationFault && tries < 1000; ++tries) {
+            code = shared.transfer(slices, (first + i) % slices);
+            std::this_thread::sleep_for(milliseconds(code == success ? 0 : 1));
+        }
         if (code != success)
             return 1;
     }
     return 0;
-}
-const NamedRole rivalRole("rival", rival);
+});
 
-int transferOnce() {
+const NamedRole transferOnce("transferOnce", [] { return SharedMachine().transfer() == success ? 0 : 1; });
+
+/// Is killed at any moment of a transfer.
+const NamedRole victim("victim", [] {
     const SharedMachine shared;
-    writeFile(shared.machine.folder() / "ready", "");
-    return shared.transfer() == success ? 0 : 1;
-}
-const NamedRole transferOnceRole("transferOnce", transferOnce);
+    std::thread([] {
+        std::random_device random;
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
+        killThisProcess();
+    }).detach();
+    return static_cast<int>(shared.transfer());
+});
 
 /// Checks what a process left that was killed during a transfer.
 void expectNothingLost(const SharedMachine& shared) {
@@ -118,47 +154,36 @@ void expectNothingLost(const SharedMachine& shared) {
     shared.expectEachGivenOnce();
 }
 
-TEST(TransferProcesses, RivalsHandEachAliasOverOnceAndReadersSeeWholeFiles) {
+TEST(TransferProcesses, RivalsGiveEachNumberAndAliasOnceAndReadersSeeWholeFiles) {
     const SharedMachine shared;
     shared.reset();
-    std::vector<ChildProcess> children;
-    for (std::uint32_t i = 0; i < slices; ++i)
-        children.emplace_back("rival");
-    std::thread ends([&] {
-        for (ChildProcess& child : children)
-            EXPECT_EQ(child.wait(), 0);
-        writeFile(shared.machine.folder() / "ended", "");
-    });
-    const std::string tail = "whole=1";
-    while (!fs::exists(shared.machine.folder() / "ended")) {
-        const std::string text = readFile(shared.iniFile); // empty: it could not be opened just then
-        if (!text.empty()) {
-            EXPECT_EQ(text.compare(0, 9, "[General]"), 0) << text;
-            EXPECT_NE(text.find(tail), std::string::npos) << text;
+    auto rivals = startRoles("rival", slices);
+    for (std::future<int>& child : rivals) {
+        while (child.wait_for(milliseconds(3)) != std::future_status::ready) {
+            const std::string text = readFile(shared.iniFile); // empty: it could not be opened just then
+            EXPECT_EQ(text.compare(0, 9, text.empty() ? "" : "[General]"), 0) << text;
+            EXPECT_EQ(text.empty(), text.find("whole=1") == std::string::npos) << text;
         }
-        std::this_thread::sleep_for(std::chrono::milliseconds(3));
+        EXPECT_EQ(child.get(), 0);
     }
-    ends.join();
     EXPECT_EQ(readFile(shared.iniFile), shared.after);
     shared.expectEachGivenOnce();
+    std::vector<std::uint32_t> numbers;
+    for (const auto& [device, number] : shared.numbers.lines())
+        numbers.push_back(static_cast<std::uint32_t>(std::stoul(number)));
+    std::sort(numbers.begin(), numbers.end());
+    ASSERT_EQ(numbers.size(), deviceCount);
+    for (std::uint32_t i = 0; i < deviceCount; ++i)
+        EXPECT_EQ(numbers[i], i);
 }
 
 TEST(TransferProcesses, KilledAtAnyMomentLosesNothing) {
     const SharedMachine shared;
-    const fs::path ready = shared.machine.folder() / "ready";
-    std::mt19937 random(std::random_device{}());
-    std::uniform_int_distribution<int> delay(0, 6000);
-    for (int i = 0; i < 500; ++i) {
+    for (int i = 0; i < 500 && !HasFatalFailure(); ++i) {
         SCOPED_TRACE(i);
         shared.reset();
-        fs::remove(ready);
-        ChildProcess child("transferOnce");
-        waitFor(ready);
-        std::this_thread::sleep_for(std::chrono::microseconds(delay(random)));
-        child.kill();
+        runRole("victim");
         expectNothingLost(shared);
-        if (HasFatalFailure())
-            return;
     }
 }
 
@@ -166,20 +191,16 @@ TEST(TransferProcesses, KilledAtAnyMomentLosesNothing) {
 // Before every single call of the system that a transfer makes.
 TEST(TransferProcesses, KilledAtEveryStepLosesNothing) {
     const SharedMachine shared;
-    int killed = 0;
-    for (int step = 1;; ++step) {
-        SCOPED_TRACE(step);
+    int step = 0;
+    for (int exitCode = -1; exitCode != 0 && !HasFatalFailure();) {
+        SCOPED_TRACE(++step);
         shared.reset();
         setEnvironment("WINHOST_FAULT", "Any:" + std::to_string(step) + ":kill");
-        ChildProcess child("transferOnce");
+        exitCode = runRole("transferOnce");
         setEnvironment("WINHOST_FAULT", "");
-        const int status = child.wait();
         expectNothingLost(shared);
-        if (HasFatalFailure() || status == 0)
-            break;
-        ++killed;
     }
-    EXPECT_GT(killed, 20);
+    EXPECT_GT(step, 20);
 }
 #endif
 

@@ -20,7 +20,7 @@ struct Row {
     const char* reason;
     std::string before;
     std::vector<DeviceRow> devices;
-    std::string after; ///< "=": not a byte changes
+    std::string after; ///< the saved file, before its line ends become CRLF; "=": not a byte changes
     std::int32_t code = success;
     std::uint32_t line = 0; ///< of the error
 };
@@ -29,42 +29,38 @@ constexpr std::uint32_t none = vykel::noDeviceNumber;
 const char* const longAlias =
     "an alias that is longer than the 80 bytes that a line may have where long values are split";
 const std::string v15 = "[General]\nMajorVersion=15\nMinorVersion=0\n";
-const std::string v15Saved = "[General]\r\nMajorVersion=15\r\nMinorVersion=0\r\n\r\n";
 
-std::string record(int index, const char* alias, const char* token, const char* local) {
+std::string record(int index, const std::string& alias, const std::string& token, const std::string& local) {
     return "[Alias" + std::to_string(index) + "]\nAlias=\"" + alias + "\"\nPersistentToken=\"" + token +
            "\"\nLocal=" + local + "\n";
 }
 
-std::string saved(int index, const char* alias, const char* token, const char* local) {
-    return "[Alias" + std::to_string(index) + "]\r\nAlias=\"" + alias + "\"\r\nPersistentToken=\"" + token +
-           "\"\r\nLocal=" + local + "\r\n\r\n";
-}
-
-std::vector<DeviceRow> one(const char* aliasAfter, const char* calls) {
-    return {{0, "", "T", aliasAfter, calls}};
-}
-
 /// A file of both layouts, of which the version chooses one.
-Row version(const char* major, const char* minor, const char* calls) {
-    const std::string versions =
-        std::string("[General]\nMajorVersion=") + major + "\nMinorVersion=" + minor + "\n";
-    const std::string written =
-        std::string("[General]\r\nMajorVersion=") + major + "\r\nMinorVersion=" + minor + "\r\n\r\n";
-    const bool byName = std::string(calls) == "nanaS";
-    return {major, versions + "[Aliases]\nByName=KEL0\n" + record(0, "ByToken", "T", "True"),
-            one(byName ? "ByName" : "ByToken", calls),
-            written + (byName ? saved(0, "ByToken", "T", "True") : "[Aliases]\r\nByName=KEL0\r\n\r\n")};
+Row version(const char* major, const std::string& minor, const char* calls) {
+    const std::string version = "[General]\nMajorVersion=" + (major + ("\nMinorVersion=" + minor)) + "\n";
+    const std::string names = "[Aliases]\nByName=KEL0\n";
+    const std::string records = record(0, "ByToken", "T", "True");
+    const bool byName = calls == std::string("nanaS");
+    return {major,
+            version + names + records,
+            {{0, "", "T", byName ? "ByName" : "ByToken", calls}},
+            version + (byName ? records : names)};
+}
+
+/// A record that is malformed: no device is asked, and the file stays.
+Row malformed(const char* reason, const std::string& record, std::uint32_t line) {
+    return {reason, v15 + record, {{0, "", "T", "", ""}}, "=", configurationFault, line};
 }
 
 const std::vector<Row>& rows() {
     static const std::vector<Row> table = {
         {"a file without sections asks no device", "; nothing\n", {{0, "", "T", "", ""}}, "="},
         {"no entry left", "[Aliases]\n", {{0, "", "T", "", ""}}, "="},
+        {"wide text is never read", std::string("\xFF\xFE[\0A\0", 6), {{0, "", "T", "", ""}}, "="},
         {"a free device receives, a named one keeps, both entries go",
          "[Aliases]\nLab1=KEL0\nLab2=KEL3\nOld=KEL9\n",
          {{0, "", "", "Lab1", "nanaS"}, {3, "X", "", "X", "nana"}},
-         "[Aliases]\r\nOld=KEL9\r\n\r\n"},
+         "[Aliases]\nOld=KEL9\n"},
         {"devices without number or alias take no part",
          "[Aliases]\nLab=KEL4294967295\nLab2=KEL1\n",
          {{none, "", "", "", "n"}, {1, nullptr, "", "", "na"}},
@@ -72,11 +68,11 @@ const std::vector<Row>& rows() {
         {"of two keys for one device the last counts; the section goes with the loser",
          "[Aliases]\nOne=KEL0\nTwo=KEL0\n[Keep]\nme=1\n",
          {{0, "", "", "Two", "nanaS"}},
-         "[Keep]\r\nme=1\r\n\r\n"},
+         "[Keep]\nme=1\n"},
         {"the loser stays while another entry does",
          "[Aliases]\nOne=KEL0\nTwo=KEL0\nOld=KEL9\n",
          {{0, "", "", "Two", "nanaS"}},
-         "[Aliases]\r\nOne=KEL0\r\nOld=KEL9\r\n\r\n"},
+         "[Aliases]\nOne=KEL0\nOld=KEL9\n"},
         {"resource names are exact",
          "[Aliases]\nA=kel0\nB=KEL00\nC=\"KEL0 \"\n",
          {{0, "", "", "", "nan"}},
@@ -84,7 +80,7 @@ const std::vector<Row>& rows() {
         {"an alias is taken as it stands, not decoded; comments and bad lines are not kept",
          "; c\nlost=1\n[aliases]\nA\\tB=KEL0\nbad\n C = KEL7 \n",
          {{0, "", "", "A\\tB", "nanaS"}},
-         "[aliases]\r\nC=KEL7\r\n\r\n"},
+         "[aliases]\nC=KEL7\n"},
         {"a second device of one number finds nothing any more",
          "[Aliases]\nA=KEL0\n",
          {{0, "", "", "A", "nanaS"}, {0, "", "", "", "nan"}},
@@ -100,14 +96,15 @@ const std::vector<Row>& rows() {
         version("+16", "9", "nat2aS"),
         version("-15", "0", "nanaS"),
         version("4294967296", "0", "nanaS"),
-        {"no minor version: by resource name", "[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
-         one("A", "nanaS"), "[General]\r\nMajorVersion=15\r\n\r\n"},
+        {"no minor version: by resource name",
+         "[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
+         {{0, "", "T", "A", "nanaS"}},
+         "[General]\nMajorVersion=15\n"},
         {"records are consumed by token, survivors renumbered in their order at the end",
          v15 + record(0, "Red", "T1", "True") + record(1, "Green", "T2", "False") +
              record(2, "Blue", "T3", "True") + "[Tail]\nx=1\n",
          {{5, "", "T3", "Blue", "nat2aS"}, {6, "", "T2", "", "nat2"}, {7, "", "t1", "", "nat2"}},
-         v15Saved + "[Tail]\r\nx=1\r\n\r\n" + saved(0, "Red", "T1", "True") +
-             saved(1, "Green", "T2", "False")},
+         v15 + "[Tail]\nx=1\n" + record(0, "Red", "T1", "True") + record(1, "Green", "T2", "False")},
         {"nothing consumed: nothing written, though reading took the records out",
          v15 + record(0, "Green", "T2", "False"),
          {{6, "", "T2", "", "nat2"}},
@@ -115,7 +112,7 @@ const std::vector<Row>& rows() {
         {"reading ends at the first gap",
          v15 + record(0, "A", "T0", "True") + record(2, "B", "T2", "True"),
          {{0, "", "T0", "A", "nat2aS"}, {1, "", "T2", "", "nat2"}},
-         v15Saved + saved(2, "B", "T2", "True")},
+         v15 + record(2, "B", "T2", "True")},
         {"of equal tokens the first decides: one that is not local hides the later",
          v15 + record(0, "A", "T", "False") + record(1, "B", "T", "True"),
          {{0, "", "T", "", "nat2"}},
@@ -123,29 +120,22 @@ const std::vector<Row>& rows() {
         {"of equal tokens the first goes first",
          v15 + record(0, "A", "T", "true ") + record(1, "B", "T", " TRUE"),
          {{0, "", "T", "A", "nat2aS"}, {1, "old", "T", "old", "nat2a"}, {2, "", "T", "", "nat2"}},
-         v15Saved},
+         v15},
         {"texts are decoded for the device and encoded again for the file",
          v15 + record(0, "a\\tb\\x0d\\\"q\\\"\\xzz", "T0", "True") +
              record(1, "c\\td\\x7f\\\\", "T1", "True"),
          {{0, "", "T0", "a\tb\r\"q\"xzz", "nat2aS"}},
-         v15Saved + saved(0, "c\\td\\x7f\\\\", "T1", "True")},
-        {"a long survivor is written in one line",
-         v15 + record(0, longAlias, "T9", "True") + record(1, "B", "T1", "True"),
+         v15 + record(0, "c\\td\\x7f\\\\", "T1", "True")},
+        {"a long survivor is written in one line, without blanks at its ends",
+         v15 + record(0, longAlias, "T9", "True") + record(1, "B", "T1", "True") +
+             record(2, "  x ", " T8 ", "True"),
          {{0, "", "T1", "B", "nat2aS"}},
-         v15Saved + saved(0, longAlias, "T9", "True")},
-        {"a survivor loses the blanks at its ends",
-         v15 + record(0, "  x ", " T9 ", "True") + record(1, "B", "T1", "True"),
-         {{0, "", "T1", "B", "nat2aS"}},
-         v15Saved + saved(0, "x", "T9", "True")},
-        {"an alias is missing", v15 + "[Alias0]\nPersistentToken=T\nLocal=True\n", one("", ""), "=",
-         configurationFault, 280},
-        {"a token is missing", v15 + "[Alias0]\nAlias=A\nLocal=True\n", one("", ""), "=", configurationFault,
-         286},
-        {"local is missing", v15 + "[Alias0]\nAlias=A\nPersistentToken=T\n", one("", ""), "=",
-         configurationFault, 293},
-        {"local is neither", v15 + record(0, "A", "T", "yes"), one("", ""), "=", configurationFault, 293},
-        {"local is blank", v15 + record(0, "A", "T", "\"  \""), one("", ""), "=", configurationFault, 293},
-        {"wide text is never read", std::string("\xFF\xFE[\0A\0", 6), one("", ""), "="},
+         v15 + record(0, longAlias, "T9", "True") + record(1, "x", "T8", "True")},
+        malformed("an alias is missing", "[Alias0]\nPersistentToken=T\nLocal=True\n", 280),
+        malformed("a token is missing", "[Alias0]\nAlias=A\nLocal=True\n", 286),
+        malformed("local is missing", "[Alias0]\nAlias=A\nPersistentToken=T\n", 293),
+        malformed("local is neither", record(0, "A", "T", "yes"), 293),
+        malformed("local is blank", record(0, "A", "T", "\"  \""), 293),
     };
     return table;
 }
@@ -161,24 +151,23 @@ TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
         SCOPED_TRACE(row.reason);
         writeFile(legacy.iniFile, row.before);
         const auto written = fs::last_write_time(legacy.iniFile);
-        std::vector<std::unique_ptr<LegacyDevice>> devices;
+        std::list<LegacyDevice> devices;
         for (const DeviceRow& device : row.devices) {
-            devices.push_back(std::make_unique<LegacyDevice>(device.number, device.alias, device.token));
-            if (devices.back()->alias == "refuse") {
-                devices.back()->alias.clear();
-                devices.back()->refusal = row.code;
+            LegacyDevice& made = devices.emplace_back(device.number, device.alias, device.token);
+            if (made.alias == "refuse") {
+                made.alias.clear();
+                made.refusal = row.code;
             }
         }
         // A failure must be reported also when the refresh runs while the client unwinds.
         whileUnwinding([&] { EXPECT_EQ(codeAndLine(tableOf(devices)), std::make_pair(row.code, row.line)); });
-        for (std::size_t i = 0; i < devices.size(); ++i) {
-            EXPECT_EQ(devices[i]->alias, row.devices[i].aliasAfter);
-            EXPECT_EQ(devices[i]->calls, row.devices[i].calls) << "device " << i;
+        auto expected = row.devices.begin();
+        for (const LegacyDevice& device : devices) {
+            EXPECT_EQ(device.alias, expected->aliasAfter);
+            EXPECT_EQ(device.calls, (expected++)->calls);
         }
-        EXPECT_EQ(readFile(legacy.iniFile), row.after == "=" ? row.before : row.after);
-        if (row.after == "=") {
-            EXPECT_EQ(fs::last_write_time(legacy.iniFile), written);
-        }
+        EXPECT_EQ(readFile(legacy.iniFile), row.after == "=" ? row.before : saved(row.after));
+        EXPECT_TRUE(row.after != "=" || fs::last_write_time(legacy.iniFile) == written);
         EXPECT_FALSE(fs::exists(legacy.temporaryFile));
     }
 }
@@ -190,36 +179,35 @@ TEST(Transfer, AMissingFileStaysMissingAndAMissingFolderIsAnError) {
     EXPECT_EQ(fs::file_size(legacy.machine.configurationFolder() / "vykel.lck"), 0u);
     legacy.machine.setConfigurationFolder(false);
     EXPECT_EQ(transfer({}).code, configurationFault);
-    legacy.machine.setConfigurationFolder(true);
 }
 
 TEST(Transfer, AFileThatCannotBeReadOrReplacedIsKeptAndTheNextRunFinishes) {
+    const std::pair<std::int32_t, std::uint32_t> done(success, 0), notReplaced(configurationFault, 95);
     TransferMachine legacy;
     const std::string before = "[Aliases]\nA=KEL0\nB=KEL1\n";
     writeFile(legacy.iniFile, before);
-    std::vector<std::unique_ptr<LegacyDevice>> devices;
-    devices.push_back(std::make_unique<LegacyDevice>(0, ""));
-    const WideString path = wide(legacy.iniFile.u8string());
-    const auto hold = [&](DWORD sharing) {
+    std::list<LegacyDevice> devices;
+    LegacyDevice& device = devices.emplace_back(0, "");
+    const auto hold = [path = wide(legacy.iniFile.u8string())](DWORD sharing) {
         return CreateFileW(path.c_str(), GENERIC_READ, sharing, nullptr, OPEN_EXISTING, 0, nullptr);
     };
     HANDLE held = hold(0);
     ASSERT_NE(held, INVALID_HANDLE_VALUE);
-    EXPECT_EQ(transfer(tableOf(devices)).code, success);
-    EXPECT_EQ(devices[0]->calls, ""); // the file could not be read
+    EXPECT_EQ(codeAndLine(tableOf(devices)), done);
+    EXPECT_EQ(device.calls, ""); // the file could not be read
     CloseHandle(held);
     held = hold(FILE_SHARE_READ | FILE_SHARE_WRITE);
-    EXPECT_EQ(codeAndLine(tableOf(devices)), std::make_pair(configurationFault, 95u)); // nor replaced
+    EXPECT_EQ(codeAndLine(tableOf(devices)), notReplaced);
     CloseHandle(held);
     EXPECT_FALSE(fs::exists(legacy.temporaryFile));
     fs::create_directory(legacy.temporaryFile); // no temporary file can be made here
-    EXPECT_EQ(codeAndLine(tableOf(devices)), std::make_pair(configurationFault, 95u));
+    EXPECT_EQ(codeAndLine(tableOf(devices)), notReplaced);
     fs::remove(legacy.temporaryFile);
     EXPECT_EQ(readFile(legacy.iniFile), before);
-    EXPECT_EQ(devices[0]->alias, "A");
-    devices[0]->calls.clear();
-    EXPECT_EQ(transfer(tableOf(devices)).code, success);
-    EXPECT_EQ(devices[0]->calls, "nana"); // it has its alias: the entry is removed without another setAlias
+    EXPECT_EQ(device.alias, "A");
+    device.calls.clear();
+    EXPECT_EQ(codeAndLine(tableOf(devices)), done);
+    EXPECT_EQ(device.calls, "nana"); // it has its alias: the entry is removed without another setAlias
     EXPECT_EQ(readFile(legacy.iniFile), "[Aliases]\r\nB=KEL1\r\n\r\n");
 }
 

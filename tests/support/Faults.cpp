@@ -1,26 +1,33 @@
-#include "support/AllocationFault.h"
+#include "support/Faults.h"
 
 #include <cstdlib>
 #include <new>
-#include <utility>
 
-namespace {
+namespace vykeltest {
 
-thread_local vykeltest::AllocationFault armed;
+static thread_local AllocationFault* armed = nullptr;
 
-bool strikes() noexcept {
-    if (armed.countdown == 0 || --armed.countdown > 0)
+AllocationFault::AllocationFault(std::size_t nth, bool allFromThere) : countdown(nth), onward(allFromThere) {
+    armed = this;
+}
+
+AllocationFault::~AllocationFault() {
+    armed = nullptr;
+}
+
+bool AllocationFault::strikes() noexcept {
+    if (countdown == 0 || --countdown > 0)
         return false;
-    armed.countdown = armed.onward ? 1 : 0;
-    ++armed.struck;
+    countdown = onward ? 1 : 0;
+    ++failures;
     return true;
 }
 
-} // namespace
-
-vykeltest::AllocationFault vykeltest::armAllocationFault(const AllocationFault& fault) {
-    return std::exchange(armed, fault);
+static bool strikes() noexcept {
+    return armed != nullptr && armed->strikes();
 }
+
+} // namespace vykeltest
 
 extern "C" {
 void* __real_malloc(std::size_t size);
@@ -31,13 +38,13 @@ void* __wrap_calloc(std::size_t count, std::size_t size);
 void* __wrap_realloc(void* memory, std::size_t size);
 
 void* __wrap_malloc(std::size_t size) {
-    return strikes() ? nullptr : __real_malloc(size);
+    return vykeltest::strikes() ? nullptr : __real_malloc(size);
 }
 void* __wrap_calloc(std::size_t count, std::size_t size) {
-    return strikes() ? nullptr : __real_calloc(count, size);
+    return vykeltest::strikes() ? nullptr : __real_calloc(count, size);
 }
 void* __wrap_realloc(void* memory, std::size_t size) {
-    return strikes() ? nullptr : __real_realloc(memory, size);
+    return vykeltest::strikes() ? nullptr : __real_realloc(memory, size);
 }
 }
 
