@@ -98,7 +98,11 @@ TEST_F(PluginLoadingTest, ReportsItsOwnFailuresAndUnloadsOnce) {
 }
 
 TEST_F(PluginLoadingTest, APluginWithoutListThisTimeStays) {
-    start({"a", "b", "c"});
+    start({"a", "b", "c"}).reset();
+    plugins.takeLog();
+    EXPECT_EQ(library.initialize(), success);
+    EXPECT_EQ(library.finalize(), success); // as many finalize as initialise
+    EXPECT_EQ(plugins.takeLog(), "");
     for (const std::int32_t answer : {std::int32_t{-7}, std::int32_t{Null}, std::int32_t{ThrowLogicError}}) {
         plugins.answers["b.getInterface"] = answer;
         EXPECT_EQ(refresh(*library.newList()), success);

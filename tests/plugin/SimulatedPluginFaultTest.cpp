@@ -8,7 +8,7 @@ TEST_F(SimulatedPlugin, NeitherLosesNorHalfKeepsWhenACallFails) {
     bool struck = true;
     const std::ptrdiff_t resources = winhost::openResources();
     for (std::size_t nth = 1; struck; ++nth) {
-        status.code = 0;
+        status.code = success;
         {
             const ListPtr list = makeList("token=a alias=\"\"\ntoken=b\n");
             const winhost::ScopedFault fault({winhost::Call::Any, nth});
@@ -22,6 +22,17 @@ TEST_F(SimulatedPlugin, NeitherLosesNorHalfKeepsWhenACallFails) {
         EXPECT_EQ(readFile(devicesFile), "token=a alias=\"" + alias + "\"\ntoken=b\n") << nth;
     }
     EXPECT_EQ(winhost::openResources(), resources);
+}
+
+TEST_F(SimulatedPlugin, FlushesAliasesAndFoldedFiles) {
+    const ListPtr list = makeList("token=a alias=\"\"\n");
+    const winhost::ScopedFault fault({winhost::Call::FlushFileBuffers, 1, winhost::Effect::FailOnward});
+    deviceAt(list, 0).setNumber(1, &status);
+    EXPECT_EQ(status.code, success);
+    EXPECT_EQ(refresh(*list), success);
+    EXPECT_EQ(readFile(devicesFile), "token=a alias=\"\"\n"); // the journal keeps the number
+    deviceAt(list, 0).setAlias("A", 1, 0, &status);
+    EXPECT_LT(status.code, 0);
 }
 
 } // namespace vykeltest

@@ -1,10 +1,133 @@
 #include "support/Platform.h"
 
+#include <csetjmp>
+#include <csignal>
+#include <cstdio>
+#include <cstdlib>
 #include <gtest/gtest.h>
 #include <map>
 #include <windows.h>
+#ifdef _WIN32
+#define popen _popen
+#define pclose _pclose
+#define PIPE_MODE "rb"
+#else
+#define PIPE_MODE "r"
+#include <sys/wait.h>
+#include <unistd.h>
+#include <winhost/faults.h>
+#endif
 
 namespace vykeltest {
+
+#ifdef _WIN32
+
+void setEnvironment(const char* name, const std::string& value) {
+    _putenv((std::string(name) + "=" + value).c_str());
+}
+
+/// Another registry can be set only for this process. Tests that start other programs run on a system of
+/// their own instead; this variable says so.
+static bool ownsTheSystem() {
+    return std::getenv("VYKEL_TEST_OWN_SYSTEM") != nullptr;
+}
+
+MachineRoot enterMachine(const std::string& id) {
+    HKEY registry = nullptr;
+    if (!ownsTheSystem() &&
+        (RegCreateKeyA(HKEY_CURRENT_USER, ("Software\\vykel-tests\\" + id).c_str(), &registry) != 0 ||
+         RegOverridePredefKey(HKEY_LOCAL_MACHINE, registry) != 0))
+        std::abort();
+    RegCloseKey(registry);
+    const auto folder = std::filesystem::temp_directory_path() / id / "Data";
+    return {folder, folder.u8string()};
+}
+
+static void leaveRegistry(const std::string& id) {
+    RegOverridePredefKey(HKEY_LOCAL_MACHINE, nullptr);
+    if (ownsTheSystem())
+        RegDeleteTreeA(HKEY_LOCAL_MACHINE, "SOFTWARE\\Morvance");
+    RegDeleteTreeA(HKEY_CURRENT_USER, ("Software\\vykel-tests\\" + id).c_str());
+}
+
+/// The shell takes the outer quotes away.
+static std::string shellCommand(const std::string& command) {
+    return '"' + command + '"';
+}
+
+static int exitCodeOf(int status) {
+    return status;
+}
+
+void killThisProcess() {
+    TerminateProcess(GetCurrentProcess(), 1);
+    std::abort(); // not reached
+}
+
+void raiseStructuredException(std::uint32_t code) {
+    RaiseException(code, 0, 0, nullptr);
+}
+
+// GCC's catch clauses do not see structured exceptions, so a handler ends the search for one.
+static jmp_buf escape;
+bool passesOn(const std::function<void()>& body) {
+    const auto handler = [](EXCEPTION_POINTERS*) -> LONG { longjmp(escape, 1); };
+    const auto previous = SetUnhandledExceptionFilter(handler);
+    const bool passed = setjmp(escape) != 0;
+    if (!passed)
+        body();
+    SetUnhandledExceptionFilter(previous);
+    return passed;
+}
+
+#else
+
+void setEnvironment(const char* name, const std::string& value) {
+    ::setenv(name, value.c_str(), 1);
+}
+
+MachineRoot enterMachine(const std::string& id) {
+    const auto root = std::filesystem::temp_directory_path() / id;
+    setEnvironment("WINHOST_ROOT", root.string());
+    return {root / "c" / "Data", "C:\\Data"};
+}
+
+static void leaveRegistry(const std::string&) {} // it is in the machine's folder
+
+/// A shell that replaces itself prints nothing when the program is killed.
+static std::string shellCommand(const std::string& command) {
+    return "exec " + command;
+}
+
+static int exitCodeOf(int status) {
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+void killThisProcess() {
+    ::kill(::getpid(), SIGKILL);
+    std::abort(); // not reached
+}
+
+void raiseStructuredException(std::uint32_t code) {
+    throw winhost::StructuredException{code};
+}
+
+bool passesOn(const std::function<void()>& body) {
+    try {
+        body();
+    } catch (const winhost::StructuredException&) {
+        return true;
+    }
+    return false;
+}
+
+#endif
+
+void leaveMachine(const std::string& id) {
+    leaveRegistry(id);
+    std::error_code ignored;
+    std::filesystem::remove_all(std::filesystem::temp_directory_path() / id, ignored);
+}
 
 static std::filesystem::path programPath() {
     WCHAR path[1024] = {};
@@ -16,7 +139,14 @@ std::filesystem::path programFolder() {
 }
 
 ProgramResult runProgram(const std::string& name, const std::string& arguments) {
-    return runCommand('"' + (programFolder() / (name + programExtension)).string() + "\" " + arguments);
+    const std::string command = '"' + (programFolder() / (name + programExtension)).string() + "\" ";
+    ProgramResult result{-1, {}};
+    if (std::FILE* const pipe = popen(shellCommand(command + arguments).c_str(), PIPE_MODE)) {
+        for (int byte = std::getc(pipe); byte != EOF; byte = std::getc(pipe))
+            result.output += static_cast<char>(byte);
+        result.exitCode = exitCodeOf(pclose(pipe));
+    }
+    return result;
 }
 
 static std::map<std::string, Role>& roles() {

@@ -11,11 +11,13 @@
 /// What the tests need of the system and of other processes.
 namespace vykeltest {
 
-// What differs between the two builds.
-
-extern const char* const libraryFile; ///< the library under test
-extern const char* const pluginExtension;
-extern const char* const programExtension;
+#ifdef _WIN32
+constexpr const char* pluginExtension = ".dll";
+constexpr const char* programExtension = ".exe";
+#else
+constexpr const char* pluginExtension = ".so";
+constexpr const char* programExtension = "";
+#endif
 
 /// Sets a variable for this process and the children started later.
 void setEnvironment(const char* name, const std::string& value);
@@ -25,17 +27,10 @@ struct MachineRoot {
     std::string name;             ///< its name for the system, in UTF-8
 };
 
-/// Makes this process use the machine of that name, which is created when it is missing.
+/// Makes this process use the machine of that name.
 MachineRoot enterMachine(const std::string& id);
 /// Removes the machine; this process uses the real one again.
 void leaveMachine(const std::string& id);
-
-struct ProgramResult {
-    int exitCode;       ///< -1: it could not be started, or was killed
-    std::string output; ///< its standard output
-};
-/// Runs a command line of the system's shell to its end. Standard error is that of this program.
-ProgramResult runCommand(const std::string& command);
 
 /// Ends this process at once, as if another one had killed it.
 [[noreturn]] void killThisProcess();
@@ -45,11 +40,14 @@ void raiseStructuredException(std::uint32_t code);
 /// Whether such an exception leaves `body`.
 bool passesOn(const std::function<void()>& body);
 
-// What is common to both.
-
 /// The folder of the test programs and the built libraries.
 std::filesystem::path programFolder();
-/// Runs a built program to its end. `arguments` are quoted as for a shell.
+struct ProgramResult {
+    int exitCode;       ///< -1: it could not be started, or was killed
+    std::string output; ///< its standard output
+};
+/// Runs a built program to its end. `arguments` are quoted as for a shell; standard error is that of this
+/// program.
 ProgramResult runProgram(const std::string& name, const std::string& arguments);
 
 /// What a test program does as a child process of a test, on the same machine; returns its exit code.

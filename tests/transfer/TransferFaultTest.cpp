@@ -20,7 +20,11 @@ protected:
         writeFile(legacy.iniFile, before);
     }
 
-    std::int32_t transfer() const { return vykeltest::transfer(table).code; }
+    std::int32_t transfer() {
+        const vykel::StatusBlock block = vykeltest::transfer(table);
+        line = block.line;
+        return block.code;
+    }
 
     std::ptrdiff_t timesGiven() const {
         const std::string calls = devices.front().calls + devices.back().calls;
@@ -28,6 +32,7 @@ protected:
     }
 
     TransferMachine legacy;
+    std::uint32_t line = 0; ///< of the last transfer's error
     std::list<LegacyDevice> devices;
     vykel::DeviceTable table;
     const std::string before = GetParam().first;
@@ -54,9 +59,11 @@ TEST_P(TransferFault, AReadErrorKeepsTheFileAndTheNewOneIsFlushedToDisk) {
 TEST_P(TransferFault, NothingIsLostWhateverFails) {
     const std::ptrdiff_t resources = winhost::openResources();
     std::int32_t code = success;
+    std::uint32_t lastLine = 0; // that memory can end in
     const auto run = [&] { code = transfer(); };
     withEachFault(run, [&](bool onward, bool inMemory) {
         const std::string text = readFile(legacy.iniFile);
+        lastLine = std::max(lastLine, inMemory ? line : 0);
         EXPECT_TRUE(code == success || code == configurationFault || code == memoryFull ||
                     code == resourceNotFound || code == osFault)
             << code;
@@ -70,6 +77,8 @@ TEST_P(TransferFault, NothingIsLostWhateverFails) {
         EXPECT_EQ(devices.front().alias + devices.back().alias, "AB");
         reset();
     });
+    EXPECT_EQ(lastLine,
+              before[1] == 'A' ? 283u : 343u); // by token: writing a record, after the folder's search
 }
 
 const std::string v15 = "[General]\nMajorVersion=15\nMinorVersion=0\n";

@@ -16,113 +16,103 @@ using std::chrono::milliseconds;
 constexpr std::uint32_t deviceCount = 64;
 constexpr std::uint32_t slices = 8;
 
-/// What all processes gave to which device, a line each.
-struct Store {
-    fs::path file;
+using Lines = std::vector<std::pair<std::uint32_t, std::string>>;
 
-    void append(std::uint32_t device, const std::string& text) const {
-        const std::string line = std::to_string(device) + " " + text + "\n";
-        std::ofstream(file, std::ios::binary | std::ios::app) << line << std::flush;
+/// What all processes gave: a number and a word in each line of the file, sorted.
+Lines linesOf(const fs::path& file) {
+    Lines lines;
+    std::ifstream text(file);
+    std::uint32_t number = 0;
+    for (std::string word; text >> number >> word;)
+        lines.emplace_back(number, word);
+    std::sort(lines.begin(), lines.end());
+    return lines;
+}
+
+struct SharedMachine : TransferMachine {
+    const fs::path numbers = machine.folder() / "numbers"; ///< the number and the device's token
+    const fs::path aliases = machine.folder() / "aliases"; ///< the device's number and its alias
+    milliseconds pause{0};                                 ///< of each device, before it takes something
+    std::string before = "[General]\nMajorVersion=13\n[Aliases]\n";
+    const std::string after = saved("[General]\nMajorVersion=13\n[End]\nwhole=1\n");
+    Lines eachOnce;
+
+    SharedMachine() {
+        for (std::uint32_t i = 0; i < deviceCount; ++i) {
+            eachOnce.emplace_back(i, "Alias" + std::to_string(i));
+            before += eachOnce.back().second + "=KEL" + std::to_string(i) + "\n";
+        }
+        before += "[End]\nwhole=1\n";
     }
-    /// In order of the devices.
-    std::vector<std::pair<std::uint32_t, std::string>> lines() const {
-        std::vector<std::pair<std::uint32_t, std::string>> all;
-        std::ifstream text(file);
-        std::uint32_t device = 0;
-        for (std::string given; text >> device >> given;)
-            all.emplace_back(device, given);
-        std::sort(all.begin(), all.end());
-        return all;
+
+    void reset() const {
+        fs::remove(aliases);
+        fs::remove(temporaryFile);
+        writeFile(iniFile, before);
     }
+
+    void give(const fs::path& file, const std::string& line) const {
+        std::this_thread::sleep_for(pause); // time for a rival
+        std::ofstream(file, std::ios::binary | std::ios::app) << line + "\n" << std::flush;
+    }
+
+    std::int32_t transfer(std::uint32_t modulus = 1, std::uint32_t remainder = 0) const;
 };
 
 /// A device whose alias outlives the process.
 struct NamedDevice final : LegacyDevice {
-    NamedDevice(std::uint32_t deviceNumber, const std::string& deviceAlias, Store aliases)
-        : LegacyDevice(deviceNumber, deviceAlias.c_str()), store(std::move(aliases)) {}
+    NamedDevice(const SharedMachine& owner, std::uint32_t place, const std::string& given)
+        : LegacyDevice(place, given.c_str()), shared(owner) {}
     void setAlias(const char* text, std::int32_t, std::int32_t, vykel::StatusBlock*) override {
         alias = text;
-        store.append(number, text);
+        shared.give(shared.aliases, std::to_string(number) + " " + text);
     }
-    Store store;
+    const SharedMachine& shared;
 };
 
 /// A device whose number outlives the process. Each process numbers them in an order of its own, so that two
 /// that overlap would give a number twice.
 struct NumberedDevice final : LegacyDevice {
-    NumberedDevice(std::uint32_t place, Store numbers)
-        : LegacyDevice(vykel::noDeviceNumber, ""), index(place), store(std::move(numbers)) {}
-    std::uint32_t getSortKey() override { return (index + GetCurrentProcessId()) * 7 % deviceCount; }
+    NumberedDevice(const SharedMachine& owner, std::uint32_t place)
+        : LegacyDevice(place, "", std::to_string(place)), shared(owner) {}
+    std::uint32_t getSortKey() override { return (number + GetCurrentProcessId()) * 7 % deviceCount; }
     std::uint32_t getNumber() override {
-        for (const auto& [device, given] : store.lines())
-            if (device == index)
-                return static_cast<std::uint32_t>(std::stoul(given));
-        return number;
+        for (const auto& [given, device] : linesOf(shared.numbers))
+            if (device == token)
+                return given;
+        return vykel::noDeviceNumber;
     }
     void setNumber(std::uint32_t given, vykel::StatusBlock*) override {
-        std::this_thread::sleep_for(milliseconds(1)); // time for a rival
-        store.append(index, std::to_string(given));
+        shared.give(shared.numbers, std::to_string(given) + " " + token);
     }
-    std::uint32_t index;
-    Store store;
+    const SharedMachine& shared;
 };
 
-struct SharedMachine : TransferMachine {
-    const Store aliases{machine.folder() / "aliases"};
-    const Store numbers{machine.folder() / "numbers"};
-    std::string before = "[General]\nMajorVersion=13\n[Aliases]\n";
-    const std::string after = saved("[General]\nMajorVersion=13\n[End]\nwhole=1\n");
-
-    SharedMachine() {
-        for (std::uint32_t i = 0; i < deviceCount; ++i)
-            before += "Alias" + std::to_string(i) + "=KEL" + std::to_string(i) + "\n";
-        before += "[End]\nwhole=1\n";
-    }
-
-    void reset() const {
-        fs::remove(aliases.file);
-        fs::remove(temporaryFile);
-        writeFile(iniFile, before);
-    }
-
-    void expectEachGivenOnce() const {
-        const auto lines = aliases.lines();
-        ASSERT_EQ(lines.size(), deviceCount);
-        for (std::uint32_t i = 0; i < deviceCount; ++i)
-            ASSERT_EQ(lines[i], std::make_pair(i, "Alias" + std::to_string(i)));
-    }
-
-    /// One transfer with the devices whose number leaves that remainder, or with all of them.
-    std::int32_t transfer(std::uint32_t modulus = 1, std::uint32_t remainder = 0) const {
-        std::string given[deviceCount];
-        for (const auto& [number, alias] : aliases.lines())
-            given[number] = alias;
-        std::list<NamedDevice> devices;
-        for (std::uint32_t i = remainder; i < deviceCount; i += modulus)
-            devices.emplace_back(i, given[i], aliases);
-        return vykeltest::transfer(tableOf(devices)).code;
-    }
-
-    /// One numbering of all devices.
-    void giveNumbers() const {
-        std::list<NumberedDevice> devices;
-        for (std::uint32_t i = 0; i < deviceCount; ++i)
-            devices.emplace_back(i, numbers);
-        vykel::assignDeviceNumbers(tableOf(devices));
-    }
-};
+/// One transfer with the devices whose number leaves that remainder, or with all of them.
+std::int32_t SharedMachine::transfer(std::uint32_t modulus, std::uint32_t remainder) const {
+    std::string given[deviceCount];
+    for (const auto& [number, alias] : linesOf(aliases))
+        given[number] = alias;
+    std::list<NamedDevice> devices;
+    for (std::uint32_t i = remainder; i < deviceCount; i += modulus)
+        devices.emplace_back(*this, i, given[i]);
+    return vykeltest::transfer(tableOf(devices)).code;
+}
 
 /// Numbers the devices, then transfers to every slice of them, beginning at one of this process's own. A
 /// reader may have the file open, which refuses the replace on Windows: then it tries again, as a client
 /// does.
 const NamedRole rival("rival", [] {
-    const SharedMachine shared;
-    shared.giveNumbers();
-    const std::uint32_t first = GetCurrentProcessId() / 4 % slices;
+    SharedMachine shared;
+    shared.pause = milliseconds(1);
+    std::list<NumberedDevice> devices;
+    for (std::uint32_t i = 0; i < deviceCount; ++i)
+        devices.emplace_back(shared, i);
+    vykel::assignDeviceNumbers(tableOf(devices));
     for (std::uint32_t i = 0; i < slices; ++i) {
         std::int32_t code = configurationFault;
         for (int tries = 0; code == configurationFault && tries < 1000; ++tries) {
-            code = shared.transfer(slices, (first + i) % slices);
+            code = shared.transfer(slices, (GetCurrentProcessId() / 4 + i) % slices);
             std::this_thread::sleep_for(milliseconds(code == success ? 0 : 1));
         }
         if (code != success)
@@ -151,7 +141,7 @@ void expectNothingLost(const SharedMachine& shared) {
     ASSERT_EQ(shared.transfer(), success);
     ASSERT_EQ(readFile(shared.iniFile), shared.after);
     ASSERT_FALSE(fs::exists(shared.temporaryFile));
-    shared.expectEachGivenOnce();
+    ASSERT_EQ(linesOf(shared.aliases), shared.eachOnce);
 }
 
 TEST(TransferProcesses, RivalsGiveEachNumberAndAliasOnceAndReadersSeeWholeFiles) {
@@ -167,14 +157,11 @@ TEST(TransferProcesses, RivalsGiveEachNumberAndAliasOnceAndReadersSeeWholeFiles)
         EXPECT_EQ(child.get(), 0);
     }
     EXPECT_EQ(readFile(shared.iniFile), shared.after);
-    shared.expectEachGivenOnce();
-    std::vector<std::uint32_t> numbers;
-    for (const auto& [device, number] : shared.numbers.lines())
-        numbers.push_back(static_cast<std::uint32_t>(std::stoul(number)));
-    std::sort(numbers.begin(), numbers.end());
-    ASSERT_EQ(numbers.size(), deviceCount);
-    for (std::uint32_t i = 0; i < deviceCount; ++i)
-        EXPECT_EQ(numbers[i], i);
+    EXPECT_EQ(linesOf(shared.aliases), shared.eachOnce);
+    const Lines numbers = linesOf(shared.numbers);
+    EXPECT_EQ(numbers.size(), deviceCount);
+    for (std::uint32_t i = 0; i < numbers.size(); ++i)
+        EXPECT_EQ(numbers[i].first, i);
 }
 
 TEST(TransferProcesses, KilledAtAnyMomentLosesNothing) {

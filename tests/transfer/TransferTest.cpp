@@ -17,7 +17,6 @@ struct DeviceRow {
 };
 
 struct Row {
-    const char* reason;
     std::string before;
     std::vector<DeviceRow> devices;
     std::string after; ///< the saved file, before its line ends become CRLF; "=": not a byte changes
@@ -30,7 +29,8 @@ const char* const longAlias =
     "an alias that is longer than the 80 bytes that a line may have where long values are split";
 const std::string v15 = "[General]\nMajorVersion=15\nMinorVersion=0\n";
 
-std::string record(int index, const std::string& alias, const std::string& token, const std::string& local) {
+std::string record(int index, const std::string& alias, const std::string& token,
+                   const std::string& local = "True") {
     return "[Alias" + std::to_string(index) + "]\nAlias=\"" + alias + "\"\nPersistentToken=\"" + token +
            "\"\nLocal=" + local + "\n";
 }
@@ -39,55 +39,51 @@ std::string record(int index, const std::string& alias, const std::string& token
 Row version(const char* major, const std::string& minor, const char* calls) {
     const std::string version = "[General]\nMajorVersion=" + (major + ("\nMinorVersion=" + minor)) + "\n";
     const std::string names = "[Aliases]\nByName=KEL0\n";
-    const std::string records = record(0, "ByToken", "T", "True");
+    const std::string records = record(0, "ByToken", "T");
     const bool byName = calls == std::string("nanaS");
-    return {major,
-            version + names + records,
+    return {version + names + records,
             {{0, "", "T", byName ? "ByName" : "ByToken", calls}},
             version + (byName ? records : names)};
 }
 
 /// A record that is malformed: no device is asked, and the file stays.
-Row malformed(const char* reason, const std::string& record, std::uint32_t line) {
-    return {reason, v15 + record, {{0, "", "T", "", ""}}, "=", configurationFault, line};
+Row malformed(const std::string& record, std::uint32_t line) {
+    return {v15 + record, {{0, "", "T", "", ""}}, "=", configurationFault, line};
 }
 
 const std::vector<Row>& rows() {
     static const std::vector<Row> table = {
-        {"a file without sections asks no device", "; nothing\n", {{0, "", "T", "", ""}}, "="},
-        {"no entry left", "[Aliases]\n", {{0, "", "T", "", ""}}, "="},
-        {"wide text is never read", std::string("\xFF\xFE[\0A\0", 6), {{0, "", "T", "", ""}}, "="},
-        {"a free device receives, a named one keeps, both entries go",
-         "[Aliases]\nLab1=KEL0\nLab2=KEL3\nOld=KEL9\n",
+        // A file without sections asks no device.
+        {"; nothing\n", {{0, "", "T", "", ""}}, "="},
+        // No entry left.
+        {"[Aliases]\n", {{0, "", "T", "", ""}}, "="},
+        // Wide text is never read.
+        {std::string("\xFF\xFE[\0A\0", 6), {{0, "", "T", "", ""}}, "="},
+        // A free device receives, a named one keeps, both entries go.
+        {"[Aliases]\nLab1=KEL0\nLab2=KEL3\nOld=KEL9\n",
          {{0, "", "", "Lab1", "nanaS"}, {3, "X", "", "X", "nana"}},
          "[Aliases]\nOld=KEL9\n"},
-        {"devices without number or alias take no part",
-         "[Aliases]\nLab=KEL4294967295\nLab2=KEL1\n",
+        // Devices without number or alias take no part.
+        {"[Aliases]\nLab=KEL4294967295\nLab2=KEL1\n",
          {{none, "", "", "", "n"}, {1, nullptr, "", "", "na"}},
          "="},
-        {"of two keys for one device the last counts; the section goes with the loser",
-         "[Aliases]\nOne=KEL0\nTwo=KEL0\n[Keep]\nme=1\n",
-         {{0, "", "", "Two", "nanaS"}},
-         "[Keep]\nme=1\n"},
-        {"the loser stays while another entry does",
-         "[Aliases]\nOne=KEL0\nTwo=KEL0\nOld=KEL9\n",
+        // Of two keys for one device the last counts; the section goes with the loser.
+        {"[Aliases]\nOne=KEL0\nTwo=KEL0\n[Keep]\nme=1\n", {{0, "", "", "Two", "nanaS"}}, "[Keep]\nme=1\n"},
+        // The loser stays while another entry does.
+        {"[Aliases]\nOne=KEL0\nTwo=KEL0\nOld=KEL9\n",
          {{0, "", "", "Two", "nanaS"}},
          "[Aliases]\nOne=KEL0\nOld=KEL9\n"},
-        {"resource names are exact",
-         "[Aliases]\nA=kel0\nB=KEL00\nC=\"KEL0 \"\n",
-         {{0, "", "", "", "nan"}},
-         "="},
-        {"an alias is taken as it stands, not decoded; comments and bad lines are not kept",
-         "; c\nlost=1\n[aliases]\nA\\tB=KEL0\nbad\n C = KEL7 \n",
+        // Resource names are exact.
+        {"[Aliases]\nA=kel0\nB=KEL00\nC=\"KEL0 \"\n", {{0, "", "", "", "nan"}}, "="},
+        // An alias is taken as it stands, not decoded; comments and bad lines are not kept.
+        {"; c\nlost=1\n[aliases]\nA\\tB=KEL0\nbad\n C = KEL7 \n",
          {{0, "", "", "A\\tB", "nanaS"}},
          "[aliases]\nC=KEL7\n"},
-        {"a second device of one number finds nothing any more",
-         "[Aliases]\nA=KEL0\n",
-         {{0, "", "", "A", "nanaS"}, {0, "", "", "", "nan"}},
-         ""},
-        {"a refusal ends the run, the file stays",
-         "[Aliases]\nA=KEL0\nB=KEL1\n",
-         {{0, "", "", "A", "nanaS"}, {1, "refuse", "", "", "nanaS"}},
+        // A second device of one number finds nothing any more.
+        {"[Aliases]\nA=KEL0\n", {{0, "", "", "A", "nanaS"}, {0, "", "", "", "nan"}}, ""},
+        // A refusal ends the run, the file stays.
+        {"[Aliases]\nA=KEL0\nB=KEL1\n",
+         {{0, "", "", "A", "nanaS"}, {1, "", "refuses", "", "nanaS"}},
          "=",
          -77},
         version("14", "7", "nat1aS"),
@@ -96,46 +92,40 @@ const std::vector<Row>& rows() {
         version("+16", "9", "nat2aS"),
         version("-15", "0", "nanaS"),
         version("4294967296", "0", "nanaS"),
-        {"no minor version: by resource name",
-         "[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
+        // No minor version: by resource name.
+        {"[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
          {{0, "", "T", "A", "nanaS"}},
          "[General]\nMajorVersion=15\n"},
-        {"records are consumed by token, survivors renumbered in their order at the end",
-         v15 + record(0, "Red", "T1", "True") + record(1, "Green", "T2", "False") +
-             record(2, "Blue", "T3", "True") + "[Tail]\nx=1\n",
+        // Records are consumed by token, survivors renumbered in their order at the end.
+        {v15 + record(0, "Red", "T1") + record(1, "Green", "T2", "False") + record(2, "Blue", "T3") +
+             "[Tail]\nx=1\n",
          {{5, "", "T3", "Blue", "nat2aS"}, {6, "", "T2", "", "nat2"}, {7, "", "t1", "", "nat2"}},
-         v15 + "[Tail]\nx=1\n" + record(0, "Red", "T1", "True") + record(1, "Green", "T2", "False")},
-        {"nothing consumed: nothing written, though reading took the records out",
-         v15 + record(0, "Green", "T2", "False"),
-         {{6, "", "T2", "", "nat2"}},
-         "="},
-        {"reading ends at the first gap",
-         v15 + record(0, "A", "T0", "True") + record(2, "B", "T2", "True"),
+         v15 + "[Tail]\nx=1\n" + record(0, "Red", "T1") + record(1, "Green", "T2", "False")},
+        // Nothing consumed: nothing written, though reading took the records out.
+        {v15 + record(0, "Green", "T2", "False"), {{6, "", "T2", "", "nat2"}}, "="},
+        // Reading ends at the first gap.
+        {v15 + record(0, "A", "T0") + record(2, "B", "T2"),
          {{0, "", "T0", "A", "nat2aS"}, {1, "", "T2", "", "nat2"}},
-         v15 + record(2, "B", "T2", "True")},
-        {"of equal tokens the first decides: one that is not local hides the later",
-         v15 + record(0, "A", "T", "False") + record(1, "B", "T", "True"),
-         {{0, "", "T", "", "nat2"}},
-         "="},
-        {"of equal tokens the first goes first",
-         v15 + record(0, "A", "T", "true ") + record(1, "B", "T", " TRUE"),
+         v15 + record(2, "B", "T2")},
+        // Of equal tokens the first decides: one that is not local hides the later.
+        {v15 + record(0, "A", "T", "False") + record(1, "B", "T"), {{0, "", "T", "", "nat2"}}, "="},
+        // Of equal tokens the first goes first.
+        {v15 + record(0, "A", "T", "true ") + record(1, "B", "T", " TRUE"),
          {{0, "", "T", "A", "nat2aS"}, {1, "old", "T", "old", "nat2a"}, {2, "", "T", "", "nat2"}},
          v15},
-        {"texts are decoded for the device and encoded again for the file",
-         v15 + record(0, "a\\tb\\x0d\\\"q\\\"\\xzz", "T0", "True") +
-             record(1, "c\\td\\x7f\\\\", "T1", "True"),
+        // Texts are decoded for the device and encoded again for the file.
+        {v15 + record(0, "a\\tb\\x0d\\\"q\\\"\\xzz", "T0") + record(1, "c\\td\\x7f\\\\", "T1"),
          {{0, "", "T0", "a\tb\r\"q\"xzz", "nat2aS"}},
-         v15 + record(0, "c\\td\\x7f\\\\", "T1", "True")},
-        {"a long survivor is written in one line, without blanks at its ends",
-         v15 + record(0, longAlias, "T9", "True") + record(1, "B", "T1", "True") +
-             record(2, "  x ", " T8 ", "True"),
+         v15 + record(0, "c\\td\\x7f\\\\", "T1")},
+        // A long survivor is written in one line, without blanks at its ends.
+        {v15 + record(0, longAlias, "T9") + record(1, "B", "T1") + record(2, "  x ", " T8 "),
          {{0, "", "T1", "B", "nat2aS"}},
-         v15 + record(0, longAlias, "T9", "True") + record(1, "x", "T8", "True")},
-        malformed("an alias is missing", "[Alias0]\nPersistentToken=T\nLocal=True\n", 280),
-        malformed("a token is missing", "[Alias0]\nAlias=A\nLocal=True\n", 286),
-        malformed("local is missing", "[Alias0]\nAlias=A\nPersistentToken=T\n", 293),
-        malformed("local is neither", record(0, "A", "T", "yes"), 293),
-        malformed("local is blank", record(0, "A", "T", "\"  \""), 293),
+         v15 + record(0, longAlias, "T9") + record(1, "x", "T8")},
+        malformed("[Alias0]\nPersistentToken=T\nLocal=True\n", 280),
+        malformed("[Alias0]\nAlias=A\nLocal=True\n", 286),
+        malformed("[Alias0]\nAlias=A\nPersistentToken=T\n", 293),
+        malformed(record(0, "A", "T", "yes"), 293),
+        malformed(record(0, "A", "T", "\"  \""), 293),
     };
     return table;
 }
@@ -148,17 +138,13 @@ std::pair<std::int32_t, std::uint32_t> codeAndLine(const vykel::DeviceTable& tab
 TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
     TransferMachine legacy;
     for (const Row& row : rows()) {
-        SCOPED_TRACE(row.reason);
+        SCOPED_TRACE(row.before);
         writeFile(legacy.iniFile, row.before);
         const auto written = fs::last_write_time(legacy.iniFile);
         std::list<LegacyDevice> devices;
-        for (const DeviceRow& device : row.devices) {
-            LegacyDevice& made = devices.emplace_back(device.number, device.alias, device.token);
-            if (made.alias == "refuse") {
-                made.alias.clear();
-                made.refusal = row.code;
-            }
-        }
+        for (const DeviceRow& device : row.devices)
+            devices.emplace_back(device.number, device.alias, device.token).refusal =
+                device.token == std::string("refuses") ? row.code : 0;
         // A failure must be reported also when the refresh runs while the client unwinds.
         whileUnwinding([&] { EXPECT_EQ(codeAndLine(tableOf(devices)), std::make_pair(row.code, row.line)); });
         auto expected = row.devices.begin();
@@ -174,9 +160,13 @@ TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
 
 TEST(Transfer, AMissingFileStaysMissingAndAMissingFolderIsAnError) {
     TransferMachine legacy;
-    EXPECT_EQ(transfer({}).code, success);
-    EXPECT_FALSE(fs::exists(legacy.iniFile));
-    EXPECT_EQ(fs::file_size(legacy.machine.configurationFolder() / "vykel.lck"), 0u);
+    const fs::path lock = legacy.machine.configurationFolder() / "vykel.lck";
+    for (const char* const locked : {"", "kept"}) {
+        EXPECT_EQ(transfer({}).code, success);
+        EXPECT_FALSE(fs::exists(legacy.iniFile));
+        EXPECT_EQ(readFile(lock), locked);
+        writeFile(lock, "kept");
+    }
     legacy.machine.setConfigurationFolder(false);
     EXPECT_EQ(transfer({}).code, configurationFault);
 }
