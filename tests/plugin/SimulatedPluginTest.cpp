@@ -1,7 +1,15 @@
 // The sample plug-in as a library: its text file, and the numbers and aliases that it keeps there.
-#include "plugin/SimulatedPlugin.h"
+#include "support/Codes.h"
+#include "support/LoadedLibrary.h"
+#include "support/Machine.h"
+#include "support/TestFiles.h"
+#include "vykel/PluginEntryPoints.h"
+#include <gtest/gtest.h>
 #include <thread>
 #include <vector>
+#ifndef _WIN32
+#include <winhost/faults.h>
+#endif
 
 namespace vykeltest {
 namespace {
@@ -9,6 +17,38 @@ namespace {
 using namespace std::string_literals;
 constexpr std::int32_t fileMissing = -64101;
 constexpr std::int32_t fileMalformed = -64102;
+
+/// The sample plug-in as a library, with a devices file.
+class SimulatedPlugin : public testing::Test {
+protected:
+    ~SimulatedPlugin() override { FreeLibrary(module); }
+
+    ListPtr makeList() const {
+        vykel::IDeviceList* list = nullptr;
+        EXPECT_EQ(getInterface(0, &list), success);
+        return ListPtr(list);
+    }
+    /// A new list of these devices.
+    ListPtr makeList(const std::string& devices) const {
+        writeFile(devicesFile, devices);
+        ListPtr list = makeList();
+        EXPECT_EQ(refresh(*list), success);
+        return list;
+    }
+    vykel::IDevice& deviceAt(const ListPtr& list, std::uint32_t index) {
+        return *list->getDevice(index, 0, &status);
+    }
+
+    Machine machine;
+    vykel::StatusBlock status = vykel::makeStatusBlock(); ///< for all calls of a test
+    const fs::path devicesFile = machine.folder() / "left.devices";
+    const fs::path journal = machine.folder() / "left.devices.journal";
+    const fs::path temporary = machine.folder() / "left.devices.tmp";
+    const HMODULE module =
+        LoadLibraryExW(machine.copyLibrary("simulated", "left").string<WCHAR>().c_str(), nullptr, 0);
+    decltype(&vykel_getPluginInterface) const getInterface =
+        Symbol{GetProcAddress(module, "vykel_getPluginInterface")};
+};
 
 /// A device in one line: tokens, version, sort key, number, alias.
 std::string describe(vykel::IDevice& device) {
@@ -30,6 +70,11 @@ TEST_F(SimulatedPlugin, ReadsEveryField) {
     EXPECT_EQ(describe(deviceAt(list, 0)), "a|a|1|0|-|none");
     EXPECT_EQ(describe(deviceAt(list, 1)), "b \"c\" \\ # d|b \"c\" \\ # d|2147483647|0|0|''");
     EXPECT_EQ(describe(deviceAt(list, 2)), "\xC3\xBC|f|1|4294967295|4294967294|'1\n2'");
+    EXPECT_EQ(getInterface(0, nullptr), invalidParameter);
+    EXPECT_EQ(list->getDevice(3, 0, &status), nullptr);
+    EXPECT_EQ(list->getDevice(0, 2, &status), nullptr);
+    EXPECT_EQ(status.code, invalidParameter); // the first error stays
+    EXPECT_NE(list->getDevice(0, 1, &status), nullptr);
 }
 
 TEST_F(SimulatedPlugin, NamesTheBadLineAndKeepsTheGoodDevices) {
@@ -125,6 +170,41 @@ TEST_F(SimulatedPlugin, LosesNothingWhenManyWriteAndFoldAtOnce) {
         thread.join();
     EXPECT_EQ(readFile(devicesFile), after);
 }
+
+#ifndef _WIN32
+
+TEST_F(SimulatedPlugin, NeitherLosesNorHalfKeepsWhenACallFails) {
+    bool struck = true;
+    const std::ptrdiff_t resources = winhost::openResources();
+    for (std::size_t nth = 1; struck; ++nth) {
+        status.code = success;
+        {
+            const ListPtr list = makeList("token=a alias=\"\"\ntoken=b\n");
+            const winhost::ScopedFault fault({winhost::Call::Any, nth});
+            deviceAt(list, 0).setAlias("A", 1, 0, &status);
+            refresh(*list);
+            struck = fault.struck() != 0;
+            EXPECT_FALSE(fs::exists(temporary)) << nth;
+        }
+        const std::string alias = status.code < 0 ? "" : "A";
+        EXPECT_EQ(refresh(*makeList()), 0);
+        EXPECT_EQ(readFile(devicesFile), "token=a alias=\"" + alias + "\"\ntoken=b\n") << nth;
+    }
+    EXPECT_EQ(winhost::openResources(), resources);
+}
+
+TEST_F(SimulatedPlugin, FlushesAliasesAndFoldedFiles) {
+    const ListPtr list = makeList("token=a alias=\"\"\n");
+    const winhost::ScopedFault fault({winhost::Call::FlushFileBuffers, 1, winhost::Effect::FailOnward});
+    deviceAt(list, 0).setNumber(1, &status);
+    EXPECT_EQ(status.code, success);
+    EXPECT_EQ(refresh(*list), success);
+    EXPECT_EQ(readFile(devicesFile), "token=a alias=\"\"\n"); // the journal keeps the number
+    deviceAt(list, 0).setAlias("A", 1, 0, &status);
+    EXPECT_LT(status.code, 0);
+}
+
+#endif
 
 } // namespace
 } // namespace vykeltest

@@ -1,19 +1,45 @@
 #ifndef TESTS_FAKEPLUGINS_H
 #define TESTS_FAKEPLUGINS_H
 
-#include "support/FakeHost.h"
+#include "vykel/IDevice.h"
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
 
 namespace vykeltest {
 
-/// The test's side of all fake plug-ins in its process: what they see, what they do, what they were asked.
-class FakePlugins final : public FakeHost {
-public:
-    FakePlugins();
+/// What a call of a fake plug-in does, if nothing ordinary. A negative value is the code that the call
+/// reports.
+enum Answer : std::int32_t {
+    Ordinary,
+    Yes,  ///< isStale: true; entry points: a warning
+    Null, ///< getDevice, getInterface: success with null
+    ThrowBadAlloc,
+    ThrowInvalidArgument,
+    ThrowBadCast,
+    ThrowSystemError,
+    ThrowLogicError,
+    ThrowOwnType,
+    ThrowLibraryError ///< the library's own exception: ConfigurationFault, raised at plugin.cpp:7
+};
 
-    /// By plug-in.
+struct FakeDevice {
+    std::uint32_t number = vykel::noDeviceNumber;
+    std::uint32_t sortKey = 0;
+    std::int32_t version = 0;
+};
+
+/// The test's side of all fake plug-ins in its process: what they see, what they do, what they were asked. A
+/// plug-in's name is the name of its file without extension.
+class FakePlugins {
+public:
+    /// The plug-ins find this object by its address in this variable, and call only what is virtual.
+    static constexpr const char* environmentVariable = "VYKEL_TEST_FAKE_PLUGINS";
+    FakePlugins();
+    virtual ~FakePlugins() = default;
+
+    /// By plug-in, what it sees at its refresh.
     std::map<std::string, std::vector<FakeDevice>> devicesOf;
     /// By call, for example "a.refresh", "a.getDevice(2)", or "a.getDevice" for every argument. Other calls
     /// are ordinary.
@@ -24,8 +50,10 @@ public:
     /// operations.
     std::string takeLog(const std::vector<std::string>& operations = {});
 
-    Answer call(const char* plugin, const char* operation, std::int64_t argument) override;
-    FakeDevice* devices(const char* plugin, std::uint32_t& count) override;
+    /// Answers each call of a plug-in; argument -1: the call has none.
+    virtual Answer call(const char* plugin, const char* operation, std::int64_t argument);
+    /// The devices that a plug-in sees.
+    virtual FakeDevice* devices(const char* plugin, std::uint32_t& count);
 
 private:
     std::vector<std::pair<std::string, std::string>> log; // operation and text

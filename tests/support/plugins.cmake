@@ -1,4 +1,4 @@
-# Fake plug-ins: real libraries that do what the test tells them (FakeHost.h).
+# Fake plug-ins: real libraries that do what the test tells them (FakePlugins.h).
 function(add_fake_plugin name)
   add_library(${name} MODULE support/FakePlugin.cpp)
   target_link_libraries(${name} PRIVATE project_options vykeldevenum_core) # for the library's own exception
