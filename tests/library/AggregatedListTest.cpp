@@ -42,6 +42,7 @@ TEST_F(AggregatedListTest, AsksInAFixedOrderAndOnlyWhatIsStale) {
               "a.isStale a.refresh a.getCount a.getDevice(0) a.getDevice(1) "
               "b.isStale b.refresh b.getCount b.getDevice(0) "
               "a.getNumber(0) a.getSortKey(0) a.getNumber(1) b.getNumber(0) a.setNumber(0)");
+    EXPECT_TRUE(fs::exists(machine.configurationFolder() / "vykel.lck")); // the aliases were transferred, too
     fs::remove(lock);
     ASSERT_EQ(refresh(*list), success);
     EXPECT_EQ(plugins.takeLog(), "a.isStale b.isStale");

@@ -108,6 +108,7 @@ TEST_F(SimulatedPlugin, KeepsNumbersAndAliasesForEveryone) {
         deviceAt(other, 1).setAlias("\"\\\r\n", 1, 0, &status);
         EXPECT_EQ(status.code, 0);
         EXPECT_FALSE(one->isStale());
+        EXPECT_STREQ(deviceAt(other, 1).getAlias(), "\"\\\r\n");
         EXPECT_EQ(deviceAt(other, 0).getNumber(), 12u); // although it has set something itself since
         EXPECT_EQ(describe(deviceAt(one, 1)), "b|b|1|0|5|'\"\\\r\n'");
 

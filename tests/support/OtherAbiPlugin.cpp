@@ -4,9 +4,17 @@
 using vykel::IDevice;
 using vykel::StatusBlock;
 
+extern "C" int _fltused = 0;
 extern "C" int _purecall() {
     return 0;
 }
+
+alignas(16) static char storage[64]; // for the one list that is made
+
+void* operator new(decltype(sizeof(0))) {
+    return storage;
+}
+void operator delete(void*) noexcept {}
 void operator delete(void*, decltype(sizeof(0))) noexcept {}
 
 namespace {
@@ -41,17 +49,19 @@ public:
 
 private:
     std::uint32_t count = 0;
-} list;
+};
 
 } // namespace
 
 std::int32_t vykel_initializePlugin() {
     return 0;
 }
-std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** given) {
-    *given = &list;
+
+std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList** list) {
+    *list = new List;
     return version;
 }
+
 std::int32_t vykel_finalizePlugin() {
     return 0;
 }
