@@ -32,7 +32,7 @@ struct Symbol {
 /// The library under test, loaded and unloaded as a client does it.
 class LoadedLibrary {
     const HMODULE module =
-        LoadLibraryExW((programFolder() / LIBRARY_FILE).string<WCHAR>().c_str(), nullptr, 0);
+        LoadLibraryExW((programFolder() / libraryFile).string<WCHAR>().c_str(), nullptr, 0);
 
 public:
     LoadedLibrary() = default;

@@ -11,6 +11,7 @@
 /// What the tests need of the system and of other processes.
 namespace vykeltest {
 
+constexpr const char* libraryFile = LIBRARY_FILE; ///< the library under test
 #ifdef _WIN32
 constexpr const char* pluginExtension = ".dll";
 constexpr const char* programExtension = ".exe";
