@@ -105,10 +105,12 @@ TEST_F(SimulatedPlugin, KeepsNumbersAndAliasesForEveryone) {
         ASSERT_EQ(refresh(*other), 0);
         deviceAt(one, 0).setNumber(12, &status);
         deviceAt(other, 1).setNumber(5, &status);
-        deviceAt(other, 1).setAlias("\"\\\r\n", 1, 0, &status);
+        for (const char* const alias : {"first", "\"\\\r\n"}) {
+            deviceAt(other, 1).setAlias(alias, 1, 0, &status);
+            EXPECT_STREQ(deviceAt(other, 1).getAlias(), alias);
+        }
         EXPECT_EQ(status.code, 0);
         EXPECT_FALSE(one->isStale());
-        EXPECT_STREQ(deviceAt(other, 1).getAlias(), "\"\\\r\n");
         EXPECT_EQ(deviceAt(other, 0).getNumber(), 12u); // although it has set something itself since
         EXPECT_EQ(describe(deviceAt(one, 1)), "b|b|1|0|5|'\"\\\r\n'");
 
