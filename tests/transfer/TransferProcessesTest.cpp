@@ -61,10 +61,14 @@ struct SharedMachine : TransferMachine {
 
 /// A device whose alias outlives the process.
 struct NamedDevice final : LegacyDevice {
-    NamedDevice(const SharedMachine& owner, std::uint32_t place, const std::string& given)
-        : LegacyDevice(place, given.c_str()), shared(owner) {}
+    NamedDevice(const SharedMachine& owner, std::uint32_t place) : LegacyDevice(place, ""), shared(owner) {}
+    const char* getAlias() override {
+        for (const auto& [device, given] : linesOf(shared.aliases))
+            if (device == number)
+                alias = given;
+        return alias.c_str();
+    }
     void setAlias(const char* text, std::int32_t, std::int32_t, vykel::StatusBlock*) override {
-        alias = text;
         shared.give(shared.aliases, std::to_string(number) + " " + text);
     }
     const SharedMachine& shared;
@@ -90,12 +94,9 @@ struct NumberedDevice final : LegacyDevice {
 
 /// One transfer with the devices whose number leaves that remainder, or with all of them.
 std::int32_t SharedMachine::transfer(std::uint32_t modulus, std::uint32_t remainder) const {
-    std::string given[deviceCount];
-    for (const auto& [number, alias] : linesOf(aliases))
-        given[number] = alias;
     std::list<NamedDevice> devices;
     for (std::uint32_t i = remainder; i < deviceCount; i += modulus)
-        devices.emplace_back(*this, i, given[i]);
+        devices.emplace_back(*this, i);
     return vykeltest::transfer(tableOf(devices)).code;
 }
 
@@ -128,7 +129,7 @@ const NamedRole victim("victim", [] {
     const SharedMachine shared;
     std::thread([] {
         std::random_device random;
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
+        std::this_thread::sleep_for(std::chrono::microseconds(random() % 10000));
         killThisProcess();
     }).detach();
     return static_cast<int>(shared.transfer());
