@@ -8,6 +8,7 @@
 #include <map>
 #include <windows.h>
 #ifdef _WIN32
+#include <process.h>
 #define popen _popen
 #define pclose _pclose
 #define PIPE_MODE "rb"
@@ -158,14 +159,31 @@ NamedRole::NamedRole(const char* name, Role role) {
     roles()[name] = role;
 }
 
+#ifdef _WIN32
+static std::future<int> startRole(const std::string& name) {
+    const std::intptr_t child =
+        _spawnl(_P_NOWAIT, programPath().string().c_str(), "child", name.c_str(), nullptr);
+    return std::async(std::launch::async, [child] {
+        int exitCode = -1;
+        _cwait(&exitCode, child, 0);
+        return exitCode;
+    });
+}
+#else
+static std::future<int> startRole(const std::string& name) {
+    const auto run = [name] { return runProgram(programPath().stem().string(), name).exitCode; };
+    return std::async(std::launch::async, run);
+}
+#endif
+
 int runRole(const std::string& name) {
-    return runProgram(programPath().stem().string(), name).exitCode;
+    return startRole(name).get();
 }
 
 std::vector<std::future<int>> startRoles(const std::string& name, std::size_t count) {
     std::vector<std::future<int>> children(count);
     for (std::future<int>& child : children)
-        child = std::async(std::launch::async, runRole, name);
+        child = startRole(name);
     return children;
 }
 
