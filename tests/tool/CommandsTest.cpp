@@ -1,6 +1,7 @@
 #include "child/LineSplitter.h"
 #include "tool/Tool.h"
 #include <future>
+#include <thread>
 
 namespace vykeltest {
 namespace {
