@@ -13,9 +13,7 @@ protected:
     }
 
     static constexpr const char* untouched = "7\nPump\n";
-    Machine machine;
-    fs::path folder = fs::temp_directory_path() / ("vykel-check-" + std::to_string(GetCurrentProcessId()));
-    fs::path stateFile = folder / "state";
+    const std::string zoo = argument(builtLibrary("zoo_plugin"));
 };
 
 struct Animal {
