@@ -74,7 +74,8 @@ TEST_F(FaultTest, EveryCallAndAllocationMayFail) {
         EXPECT_EQ(winhost::openResources(), resources);
         expectSuccess();
     };
-    withEachFault([&] { outcome = run(); }, check);
+    withEachFault(
+        40, 20, [&] { outcome = run(); }, check);
 }
 
 TEST_F(FaultTest, ReportsWhatFailed) {

@@ -29,11 +29,11 @@ struct OwnType {};
 /// The plug-in's name, and the test. The last that the plug-in reports is that it is unloaded.
 struct Plugin {
     Plugin() {
-        const char* const text = std::getenv(FakePlugins::environmentVariable);
+        const char* const text = std::getenv(FakeHost::environmentVariable);
         void* address = nullptr;
         if (text == nullptr || std::sscanf(text, "%p", &address) != 1)
             std::abort();
-        host = static_cast<FakePlugins*>(address);
+        host = static_cast<FakeHost*>(address);
         HMODULE module = nullptr;
         WCHAR path[1024] = {};
         GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS |
@@ -55,7 +55,7 @@ struct Plugin {
 #endif
     }
 
-    FakePlugins* host = nullptr;
+    FakeHost* host = nullptr;
     std::string name;
 } plugin;
 

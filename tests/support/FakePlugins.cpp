@@ -8,7 +8,7 @@ namespace vykeltest {
 
 FakePlugins::FakePlugins() {
     char address[32];
-    std::snprintf(address, sizeof address, "%p", static_cast<void*>(this));
+    std::snprintf(address, sizeof address, "%p", static_cast<void*>(static_cast<FakeHost*>(this)));
     setEnvironment(environmentVariable, address);
 }
 

@@ -30,14 +30,23 @@ struct FakeDevice {
     std::int32_t version = 0;
 };
 
-/// The test's side of all fake plug-ins in its process: what they see, what they do, what they were asked. A
-/// plug-in's name is the name of its file without extension.
-class FakePlugins {
-public:
-    /// The plug-ins find this object by its address in this variable, and call only what is virtual.
+/// What a fake plug-in asks the test. A plug-in's name is the name of its file without extension.
+struct FakeHost {
+    /// The plug-ins find this object by its address in this variable.
     static constexpr const char* environmentVariable = "VYKEL_TEST_FAKE_PLUGINS";
+    /// Answers each call of a plug-in; argument -1: the call has none.
+    virtual Answer call(const char* plugin, const char* operation, std::int64_t argument) = 0;
+    /// The devices that a plug-in sees.
+    virtual FakeDevice* devices(const char* plugin, std::uint32_t& count) = 0;
+
+protected:
+    ~FakeHost() = default;
+};
+
+/// The test's side of all fake plug-ins in its process: what they see, what they do, what they were asked.
+class FakePlugins final : FakeHost {
+public:
     FakePlugins();
-    virtual ~FakePlugins() = default;
 
     /// By plug-in, what it sees at its refresh.
     std::map<std::string, std::vector<FakeDevice>> devicesOf;
@@ -50,12 +59,10 @@ public:
     /// operations.
     std::string takeLog(const std::vector<std::string>& operations = {});
 
-    /// Answers each call of a plug-in; argument -1: the call has none.
-    virtual Answer call(const char* plugin, const char* operation, std::int64_t argument);
-    /// The devices that a plug-in sees.
-    virtual FakeDevice* devices(const char* plugin, std::uint32_t& count);
-
 private:
+    Answer call(const char* plugin, const char* operation, std::int64_t argument) override;
+    FakeDevice* devices(const char* plugin, std::uint32_t& count) override;
+
     std::vector<std::pair<std::string, std::string>> log; // operation and text
 };
 

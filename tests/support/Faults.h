@@ -31,9 +31,10 @@ private:
 
 /// Calls `run` while the first, the second, ... call of the system fails, until it makes no more calls, and
 /// again while all from there on fail; then likewise with allocations. After each run calls
-/// `check(onward, allocations)`, which makes everything ready for the next run.
+/// `check(onward, allocations)`, which makes everything ready for the next run. Expects at least so many
+/// calls and allocations.
 template <class Run, class Check>
-void withEachFault(Run run, Check check) {
+void withEachFault(std::size_t minCalls, std::size_t minAllocations, Run run, Check check) {
     for (const bool allocations : {false, true})
         for (const bool onward : {false, true}) {
             std::size_t nth = 0;
@@ -52,7 +53,7 @@ void withEachFault(Run run, Check check) {
                 }
                 check(onward, allocations);
             }
-            EXPECT_GT(nth, 20u);
+            EXPECT_GT(nth, allocations ? minAllocations : minCalls);
         }
 }
 

@@ -61,7 +61,7 @@ TEST_P(TransferFault, NothingIsLostWhateverFails) {
     std::int32_t code = success;
     std::uint32_t lastLine = 0; // that memory can end in
     const auto run = [&] { code = transfer(); };
-    withEachFault(run, [&](bool onward, bool inMemory) {
+    withEachFault(20, 20, run, [&](bool onward, bool inMemory) {
         const std::string text = readFile(legacy.iniFile);
         lastLine = std::max(lastLine, inMemory ? line : 0);
         EXPECT_TRUE(code == success || code == configurationFault || code == memoryFull ||
