@@ -136,6 +136,8 @@ struct List final : vykel::IDeviceList {
     }
     void refresh(StatusBlock* status) override {
         static int refreshes = 0;
+        if (has("prints"))
+            std::puts("{");
         crashIf(has("crashes_refreshing"));
         shellIf("starts_process", "sleep 100 >&- & echo $! >\"$VYKEL_ZOO_STATE\"");
         shellIf("tells_its_process", "echo $PPID >\"$VYKEL_ZOO_STATE\"");

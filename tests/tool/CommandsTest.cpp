@@ -42,8 +42,7 @@ TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
                      "    0  KEL1    \xE9\x98\x80           2         5  a\n"
                      "    1  KEL9    -            1         0  b\\x0A\n"
                      "    2  KEL0                 3         0  c\n= 0"},
-            {"list --min-version 4",
-             "\nvykeldev: no devices; 'vykeldev plugins' shows which plug-ins are registered\n= 3"},
+            {"list --min-version 4", "\nvykeldev: no devices; 'vykeldev doctor' says why\n= 3"},
             {"wait --count 4 --timeout 0.3", "\nvykeldev: time is over with 3 of 4 devices\n= 3"},
             {"unregister gone", "\nunregistered gone\n= 0"},
             {"unregister gone", "\nvykeldev: error: no plug-in is registered as 'gone'\n"
@@ -102,9 +101,9 @@ TEST_F(CommandsTest, WatchTellsEachChangeAndEachTroubleOnce) {
         spoil() { printf '[General]\nMajorVersion=15\nMinorVersion=0\n[Alias0]\nAlias=x\n' >$ini; }
         lines 4; mv 2.devices a.devices
         lines 7; spoil; mv 3.devices a.devices
-        lines 8; sleep 0.3; rm $ini
-        lines 9; spoil; mv 4.devices a.devices
-        lines 10; kill -INT $watch; wait $watch; code=$?
+        lines 9; sleep 0.3; rm $ini
+        sleep 1; spoil; mv 4.devices a.devices
+        lines 11; kill -INT $watch; wait $watch; code=$?
         sed 's/ failed.*;/ failed;/' out; exit $code)sh";
     fs::current_path(folder);
     EXPECT_EQ(run("watch --interval 0.05 >out 2>&1 & watch=$!;" + script), R"(added       KEL4    a  alias "A"
@@ -114,8 +113,9 @@ added       -       zoo 0/device 1
 removed     KEL5    b
 renumbered  KEL6    a  was KEL4
 renamed     KEL6    a  alias "", was "A"
-vykeldev: refreshing the devices failed; watching on
 renamed     KEL6    a  alias -, was ""
+vykeldev: refreshing the devices failed; watching on
+renumbered  KEL33   a  was KEL6
 vykeldev: refreshing the devices failed; watching on
 = 0)");
 }

@@ -2,12 +2,12 @@
 
 #include "check/StageRun.h"
 #include "commands/Commands.h"
+#include "commands/DeviceTask.h"
 #include "doctor/Probe.h"
 #include "platform/Console.h"
 #include "support/Enumerator.h"
 #include "support/Failure.h"
 #include <CLI/CLI.hpp>
-#include <exception>
 #include <iostream>
 
 namespace vykeldev {
@@ -28,20 +28,11 @@ Exit codes:
   1  an error, explained on standard error
   2  wrong usage
   3  nothing to list, or 'wait' ran out of time
-  4  warnings only
+  4  warnings only, such as a refresh that failed but left devices
   5  something is broken; 'setup --check': something is missing)";
 
 int toInteger(ExitCode code) noexcept {
     return static_cast<int>(code);
-}
-
-void printFailure(const Failure& failure, bool colour) {
-    std::cerr << (colour ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ") << failure.what()
-              << '\n';
-    if (!failure.meaning.empty())
-        std::cerr << "  meaning:    " << failure.meaning << '\n';
-    if (!failure.remedy.empty())
-        std::cerr << "  what to do: " << failure.remedy << '\n';
 }
 
 int runParsed(const std::vector<std::string>& arguments, Context& context) {
@@ -86,16 +77,13 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
 int runApplication(const std::vector<std::string>& arguments) noexcept {
     const Console console;
     try {
-        if (runRequestedTask(arguments, {&check::checkRuleTask, &doctor::probeTask}))
+        if (runRequestedTask(arguments, {&check::checkRuleTask, &deviceTask, &doctor::probeTask}))
             return toInteger(ExitCode::Success);
         Context context{"", console.colourOnOutput};
         return runParsed(arguments, context);
-    } catch (const Failure& failure) {
-        printFailure(failure, console.colourOnError);
-    } catch (const std::exception& error) {
-        printFailure(Failure(error.what(), "", ""), console.colourOnError);
     } catch (...) {
-        printFailure(Failure("a plug-in let an unknown exception out", "", ""), console.colourOnError);
+        printFailure(console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
+                     currentFailure());
     }
     return toInteger(ExitCode::Error);
 }

@@ -48,23 +48,27 @@ TaskRun::TaskRun(const ChildTask& task, const std::vector<std::string>& argument
     : mark(makeMark()), handler(std::move(onReport)), lines([this](const std::string& line) { take(line); }),
       child(taskArguments(task.name, mark, arguments)) {}
 
+bool TaskRun::listen(std::chrono::milliseconds time) {
+    std::string bytes;
+    const bool running = child.read(bytes, time);
+    lines.add(bytes.data(), bytes.size());
+    if (!running)
+        lines.end();
+    return running;
+}
+
 ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
     auto limitBegin = Clock::now();
     bool running = true;
     for (auto left = limit; running && left.count() > 0;) {
         const std::size_t before = reportCount;
-        std::string bytes;
-        running = child.read(bytes, left);
-        lines.add(bytes.data(), bytes.size());
+        running = listen(left);
         if (kind == Limit::BetweenReports && reportCount != before)
             limitBegin = Clock::now();
         left = std::chrono::ceil<std::chrono::milliseconds>(limitBegin + limit - Clock::now());
     }
     const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
-    if (running)
-        return {std::nullopt, duration};
-    lines.end();
-    return {child.end(), duration};
+    return {running ? std::nullopt : std::optional(child.end()), duration};
 }
 
 void TaskRun::take(const std::string& line) {

@@ -58,9 +58,16 @@ class TaskRun {
 public:
     using ReportHandler = std::function<void(const Json& report)>;
 
-    /// Starts the child. Throws Failure. finish() calls `onReport` for each report; a report of other types
-    /// than it reads is dropped.
+    /// Starts the child. Throws Failure. The functions below call `onReport` for each report; a report of
+    /// other types than it reads is dropped.
     TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport);
+
+    /// Takes the reports that come within `time`; returns after the first ones. False when the child has
+    /// ended. Throws Failure. A task without a time limit calls it until then, or until it asks to end.
+    bool listen(std::chrono::milliseconds time);
+
+    /// How the child ended, after listen() returned false.
+    ChildProcess::End end() const noexcept { return child.end(); }
 
     /// What the time limit of finish() is for.
     enum class Limit { WholeTask, BetweenReports };

@@ -19,6 +19,9 @@ struct Context {
     bool colour = false; ///< Standard output is a terminal that shows colour.
 };
 
+/// The help of --verbose.
+constexpr const char* verboseHelp = "Says what it waits for, also when standard error is no terminal";
+
 /// The work of a command whose options are known. Ends with an exit code or throws Failure.
 using Run = std::function<ExitCode(const Context&)>;
 

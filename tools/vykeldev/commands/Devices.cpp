@@ -17,6 +17,23 @@ DeviceInfo ask(vykel::IDevice& device, std::uint32_t index, std::uint32_t tokenF
 
 } // namespace
 
+void to_json(Json& json, const DeviceInfo& device) {
+    json = {{"index", device.index},         {"number", numberOrNull(device.number)},
+            {"alias", orNull(device.alias)}, {"version", device.version},
+            {"sortKey", device.sortKey},     {"token", device.token}};
+}
+
+void from_json(const Json& json, DeviceInfo& device) {
+    const Json& number = json.at("number");
+    const Json& alias = json.at("alias");
+    json.at("index").get_to(device.index);
+    device.number = number.is_null() ? vykel::noDeviceNumber : number.get<std::uint32_t>();
+    device.alias = alias.is_null() ? std::nullopt : std::optional(alias.get<std::string>());
+    json.at("version").get_to(device.version);
+    json.at("sortKey").get_to(device.sortKey);
+    json.at("token").get_to(device.token);
+}
+
 std::vector<DeviceInfo> readDevices(vykel::IDeviceList& list, std::int32_t minVersion,
                                     std::uint32_t tokenFormat) {
     std::vector<DeviceInfo> devices;

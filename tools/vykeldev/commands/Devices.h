@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_COMMANDS_DEVICES_H
 #define VYKELDEV_COMMANDS_DEVICES_H
 
+#include "support/Json.h"
 #include "vykel/IDeviceList.h"
 #include <cstdint>
 #include <optional>
@@ -18,6 +19,9 @@ struct DeviceInfo {
     std::uint32_t sortKey;
     std::string token; ///< Empty when the device breaks its contract and has none.
 };
+
+void to_json(Json& json, const DeviceInfo& device);
+void from_json(const Json& json, DeviceInfo& device);
 
 /// Asks all devices of a refreshed list, but for those below a version. Throws Failure when the list does not
 /// return a device.

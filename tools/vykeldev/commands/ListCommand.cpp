@@ -1,10 +1,13 @@
 #include "commands/Commands.h"
-#include "commands/Devices.h"
-#include "support/Enumerator.h"
-#include "support/Json.h"
+#include "commands/DeviceClient.h"
+#include "support/DisplayText.h"
+#include "support/JsonFailure.h"
+#include "support/NumberRange.h"
 #include "support/Table.h"
+#include "support/Text.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <vector>
 
@@ -13,6 +16,8 @@ namespace {
 
 struct ListOptions {
     bool json = false;
+    bool verbose = false;
+    double timeout = std::numeric_limits<double>::infinity(); // seconds
     std::int32_t minVersion = 0;
     std::uint32_t format = 1;
 };
@@ -32,31 +37,67 @@ void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
     table.print(std::cout, colour);
 }
 
-void printJson(const std::vector<DeviceInfo>& devices, std::uint32_t format) {
-    Json document = {{"schemaVersion", 1}, {"tokenFormat", format}, {"devices", Json::array()}};
-    for (const DeviceInfo& device : devices) {
-        document["devices"].push_back({{"index", device.index},
-                                       {"number", numberOrNull(device.number)},
-                                       {"alias", orNull(device.alias)},
-                                       {"version", device.version},
-                                       {"sortKey", device.sortKey},
-                                       {"token", device.token}});
+/// What `list` shows.
+struct Listing {
+    Reading reading;
+    Json error; ///< How a plug-in ended the client after the reading, or null.
+};
+
+Listing readListing(const Context& context, const ListOptions& options) {
+    using Event = DeviceClient::Event;
+    const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
+    DeviceClient client({context.library, options.minVersion, options.format}, options.verbose);
+    client.await(Event::Read, deadline);
+    Listing listing{client.reading(), nullptr};
+    if (listing.reading.devices.empty() && !listing.reading.failure.is_null())
+        throw failureFrom(listing.reading.failure);
+    try {
+        client.await(Event::Done, deadline);
+    } catch (const Failure& failure) {
+        listing.error = failure;
     }
+    return listing;
+}
+
+void printJson(const Listing& listing, std::uint32_t format) {
+    Json document = {{"schemaVersion", 1}, {"tokenFormat", format}, {"devices", listing.reading.devices}};
+    if (!listing.reading.failure.is_null())
+        document["refresh"] = listing.reading.failure;
+    if (!listing.error.is_null())
+        document["error"] = listing.error;
     std::cout << textOf(document) << '\n';
 }
 
+/// Names the devices that have no number, though the refresh gave each device one.
+void warnOfNumbers(const std::vector<DeviceInfo>& devices) {
+    std::vector<std::string> names;
+    for (const DeviceInfo& device : devices)
+        if (device.number == vykel::noDeviceNumber)
+            names.push_back("[" + std::to_string(device.index) + "] " + printable(device.token));
+    if (!names.empty())
+        printFailure("vykeldev: warning: ",
+                     Failure("no number, though the refresh gave one: " + joined(names, ", "),
+                             "The plug-in did not keep it.",
+                             "See the plug-in's documentation, or run 'vykeldev check PLUGIN'."));
+}
+
 ExitCode listDevices(const Context& context, const ListOptions& options) {
-    const Enumerator enumerator(context.library);
-    const DeviceListHandle list = enumerator.makeList();
-    refresh(*list);
-    const std::vector<DeviceInfo> devices = readDevices(*list, options.minVersion, options.format);
+    const Listing listing = withJsonFailure(options.json, 2, [&] { return readListing(context, options); });
+    const auto& [count, devices, failure] = listing.reading;
     if (options.json)
-        printJson(devices, options.format);
+        printJson(listing, options.format);
     else if (!devices.empty())
         printTable(devices, context.colour);
+    if (!listing.error.is_null())
+        throw failureFrom(listing.error);
+    if (!failure.is_null()) {
+        printFailure("vykeldev: warning: ", failureFrom(failure));
+        return ExitCode::Warnings;
+    }
+    warnOfNumbers(devices);
     if (!devices.empty())
         return ExitCode::Success;
-    std::cerr << "vykeldev: no devices; 'vykeldev plugins' shows which plug-ins are registered\n";
+    std::cerr << "vykeldev: no devices; 'vykeldev doctor' says why\n";
     return ExitCode::NothingListed;
 }
 
@@ -71,6 +112,12 @@ void addListCommand(CLI::App& app, Run& chosen) {
     command->add_option("--format", options->format, "Which form of the token to show: 1 (default) or 2")
         ->check(CLI::IsMember({1, 2}))
         ->type_name("N");
+    command
+        ->add_option("--timeout", options->timeout,
+                     "Gives up, with exit code 1, after so many seconds (default: never)")
+        ->check(inRange(0.001, 86400, "0.001 to 86400 seconds"))
+        ->type_name("S");
+    command->add_flag("-v,--verbose", options->verbose, verboseHelp);
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return listDevices(context, *options); };
     });

@@ -1,45 +1,56 @@
 #include "commands/Commands.h"
-#include "support/Enumerator.h"
+#include "commands/DeviceClient.h"
+#include "support/JsonFailure.h"
 #include "support/NumberRange.h"
 #include <algorithm>
-#include <chrono>
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <limits>
 #include <memory>
-#include <windows.h>
 
 namespace vykeldev {
 namespace {
 
 constexpr double unlimited = std::numeric_limits<double>::infinity();
 constexpr double secondsBetweenReadings = 0.05;
+constexpr double unhurriedSeconds = 2; // for the first reading and for the end, whatever the limit is
 
 struct WaitOptions {
     std::uint32_t count = 1;
     double timeout = unlimited; // seconds
+    bool verbose = false;
 };
 
+/// Reports a reading of enough devices, and waits until the client has unloaded the plug-ins.
+ExitCode finish(DeviceClient& client) {
+    const Reading reading = client.reading();
+    std::cout << reading.count << (reading.count == 1 ? " device\n" : " devices\n");
+    client.next(timeAfter(unhurriedSeconds));
+    if (reading.failure.is_null())
+        return ExitCode::Success;
+    printFailure("vykeldev: warning: ", failureFrom(reading.failure));
+    return ExitCode::Warnings;
+}
+
 ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
-    using Clock = std::chrono::steady_clock;
-    const Enumerator enumerator(context.library);
-    const DeviceListHandle list = enumerator.makeList();
-    const Clock::time_point start = Clock::now();
-    for (;;) {
-        if (list->isStale())
-            refresh(*list);
-        const std::uint32_t count = list->getCount();
-        if (count >= options.count) {
-            std::cout << count << (count == 1 ? " device\n" : " devices\n");
-            return ExitCode::Success;
-        }
-        const double left = options.timeout - std::chrono::duration<double>(Clock::now() - start).count();
-        if (!(left > 0)) {
-            std::cerr << "vykeldev: time is over with " << count << " of " << options.count << " devices\n";
-            return ExitCode::NothingListed;
-        }
-        Sleep(static_cast<DWORD>(1000 * std::min(left, secondsBetweenReadings)) + 1);
+    using Event = DeviceClient::Event;
+    const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
+    DeviceClient client({context.library, 0, 0, options.count, secondsBetweenReadings}, options.verbose);
+    Event event = client.next(std::max(deadline, timeAfter(unhurriedSeconds)));
+    for (; event == Event::Read; event = client.next(deadline)) {
+        if (client.reading().count >= options.count)
+            return finish(client);
+        if (!client.reading().failure.is_null())
+            throw failureFrom(client.reading().failure);
     }
+    if (event == Event::Stopped)
+        throw Failure("asked to end before there were enough devices", "", "");
+    std::cerr << "vykeldev: time is over with " << client.reading().count << " of " << options.count
+              << " devices";
+    if (const std::string obstacle = client.obstacle(); !obstacle.empty())
+        std::cerr << "; " << obstacle << "; 'vykeldev doctor' says more";
+    std::cerr << '\n';
+    return ExitCode::NothingListed;
 }
 
 } // namespace
@@ -52,9 +63,11 @@ void addWaitCommand(CLI::App& app, Run& chosen) {
         ->type_name("N");
     command
         ->add_option("--timeout", options->timeout,
-                     "Gives up, with exit code 3, after so many seconds (default: never)")
+                     "Gives up, with exit code 3, after so many seconds (default: never; the first look may "
+                     "take 2 seconds)")
         ->check(inRange(0, unlimited, "0 seconds or more"))
         ->type_name("S");
+    command->add_flag("-v,--verbose", options->verbose, verboseHelp);
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return waitForDevices(context, *options); };
     });

@@ -1,14 +1,12 @@
 #include "commands/ChangeText.h"
 #include "commands/Commands.h"
-#include "platform/Console.h"
-#include "support/Enumerator.h"
-#include "support/Failure.h"
+#include "commands/DeviceClient.h"
+#include "support/JsonFailure.h"
 #include "support/NumberRange.h"
-#include <chrono>
 #include <CLI/CLI.hpp>
 #include <cstdint>
-#include <exception>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <string>
 #include <vector>
@@ -18,6 +16,7 @@ namespace {
 
 struct WatchOptions {
     bool json = false;
+    bool verbose = false;
     double interval = 0.5; // seconds
 };
 
@@ -35,36 +34,20 @@ bool print(const std::vector<DeviceChange>& changes, const WatchOptions& options
     return true;
 }
 
-/// Refreshes the list when it is stale, and compares it with `known`, which it updates; other processes
-/// change numbers and aliases also of a list that is not stale. Throws Failure and leaves `known` as it is.
-std::vector<DeviceChange> updateKnown(vykel::IDeviceList& list, std::vector<DeviceInfo>& known) {
-    if (list.isStale())
-        refresh(list);
-    std::vector<DeviceInfo> now = readDevices(list, 0, 2);
-    std::vector<DeviceChange> changes = findChanges(known, now);
-    known.swap(now);
-    return changes;
-}
-
 ExitCode watchDevices(const Context& context, const WatchOptions& options) {
-    const std::chrono::milliseconds interval(static_cast<std::int64_t>(1000 * options.interval));
-    StopRequest stop;
-    const Enumerator enumerator(context.library);
-    const DeviceListHandle list = enumerator.makeList();
+    constexpr std::uint32_t neverEnough = std::numeric_limits<std::uint32_t>::max();
+    DeviceClient client({context.library, 0, 2, neverEnough, options.interval}, options.verbose);
     std::vector<DeviceInfo> known;
-    std::vector<DeviceChange> changes = updateKnown(*list, known);
     std::string trouble; // reported last, so that lasting trouble is reported once
-    while (print(changes, options, context.colour) && !stop.waitFor(interval)) {
-        changes.clear();
-        try {
-            changes = updateKnown(*list, known);
-            trouble.clear();
-        } catch (const std::exception& failure) {
-            if (trouble != failure.what()) {
-                trouble = failure.what();
-                std::cerr << "vykeldev: " << trouble << "; watching on\n";
-            }
-        }
+    while (client.next(DeviceClient::Clock::time_point::max()) == DeviceClient::Event::Read) {
+        const Reading& reading = client.reading();
+        if (!print(findChanges(known, reading.devices), options, context.colour))
+            break;
+        known = reading.devices;
+        const std::string failure = reading.failure.is_null() ? "" : failureFrom(reading.failure).what();
+        if (!failure.empty() && failure != trouble)
+            std::cerr << "vykeldev: " << failure << "; watching on\n";
+        trouble = failure;
     }
     return ExitCode::Success;
 }
@@ -78,8 +61,11 @@ void addWatchCommand(CLI::App& app, Run& chosen) {
     command->add_option("--interval", options->interval, "Seconds between two readings (default 0.5)")
         ->check(inRange(0.01, 86400, "0.01 to 86400 seconds"))
         ->type_name("S");
+    command->add_flag("-v,--verbose", options->verbose, verboseHelp);
     command->callback([options, &chosen] {
-        chosen = [options](const Context& context) { return watchDevices(context, *options); };
+        chosen = [options](const Context& context) {
+            return withJsonFailure(options->json, -1, [&] { return watchDevices(context, *options); });
+        };
     });
     command->footer("Ends with Ctrl-C, or when nobody reads its output any more; the exit code is 0 then.\n"
                     "Plug-ins that are registered while it watches are not seen.");

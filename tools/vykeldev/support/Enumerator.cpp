@@ -52,11 +52,4 @@ DeviceListHandle Enumerator::makeList() const {
     return DeviceListHandle(list);
 }
 
-void refresh(vykel::IDeviceList& list) {
-    vykel::StatusBlock status = vykel::makeStatusBlock();
-    list.refresh(&status);
-    if (status.code < 0)
-        throw statusFailure("refreshing the devices", status);
-}
-
 } // namespace vykeldev

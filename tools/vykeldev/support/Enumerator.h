@@ -42,9 +42,6 @@ private:
     decltype(vykeldevenum_finalize)* finalize = nullptr;
 };
 
-/// Refreshes a list. Throws Failure.
-void refresh(vykel::IDeviceList& list);
-
 } // namespace vykeldev
 
 #endif

@@ -4,6 +4,7 @@
 #include "platform/System.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
+#include <iostream>
 #include <iterator>
 #include <utility>
 
@@ -66,6 +67,26 @@ std::string fieldText(const char (&field)[size]) {
 
 } // namespace
 
+Failure currentFailure() {
+    try {
+        throw;
+    } catch (const Failure& failure) {
+        return failure;
+    } catch (const std::exception& error) {
+        return {error.what(), "", ""};
+    } catch (...) {
+        return {"a plug-in let an unknown exception out", "", ""};
+    }
+}
+
+void printFailure(const std::string& label, const Failure& failure) {
+    std::cerr << label << failure.what() << '\n';
+    if (!failure.meaning.empty())
+        std::cerr << "  meaning:    " << failure.meaning << '\n';
+    if (!failure.remedy.empty())
+        std::cerr << "  what to do: " << failure.remedy << '\n';
+}
+
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
     const Explanation& explanation = explain(status.code);
     std::string what = action + " failed with " + std::to_string(status.code) + " (" + explanation.name + ")";
@@ -74,7 +95,7 @@ Failure statusFailure(const std::string& action, const vykel::StatusBlock& statu
         what +=
             ", raised by " + component + " at " + fieldText(status.file) + ":" + std::to_string(status.line);
     }
-    return {what, explanation.meaning, explanation.remedy};
+    return {what, explanation.meaning, explanation.remedy, status.code, explanation.name};
 }
 
 Failure statusFailure(const std::string& action, std::int32_t code) {

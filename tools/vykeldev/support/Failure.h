@@ -2,6 +2,7 @@
 #define VYKELDEV_SUPPORT_FAILURE_H
 
 #include "vykel/StatusBlock.h"
+#include <cstdint>
 #include <stdexcept>
 #include <string>
 #include <windows.h>
@@ -11,11 +12,21 @@ namespace vykeldev {
 /// Ends a command with exit code 1. All texts are for people, in UTF-8; meaning and remedy may be empty.
 class Failure : public std::runtime_error {
 public:
-    Failure(const std::string& what, std::string whatItMeans, std::string whatToDo)
-        : std::runtime_error(what), meaning(std::move(whatItMeans)), remedy(std::move(whatToDo)) {}
+    Failure(const std::string& what, std::string whatItMeans, std::string whatToDo,
+            std::int32_t statusCode = 0, std::string codeName = "")
+        : std::runtime_error(what), meaning(std::move(whatItMeans)), remedy(std::move(whatToDo)),
+          code(statusCode), name(std::move(codeName)) {}
     const std::string meaning;
     const std::string remedy;
+    const std::int32_t code; ///< Of the library or a plug-in; 0: it has none.
+    const std::string name;  ///< Of the code.
 };
+
+/// The exception that is being handled, whatever it is.
+Failure currentFailure();
+
+/// Prints a failure to standard error, after `label`, as in "vykeldev: error: ".
+void printFailure(const std::string& label, const Failure& failure);
 
 /// The failure of a library or plug-in operation that answered with a status code. `action` says what failed,
 /// as in "refreshing the devices".

@@ -1,0 +1,84 @@
+#include "commands/DeviceTask.h"
+
+#include "commands/Devices.h"
+#include "support/Enumerator.h"
+#include "support/JsonFailure.h"
+#include <thread>
+
+namespace vykeldev {
+namespace {
+
+/// Refreshes a list that is stale and reads it, also when the refresh failed; other processes change numbers
+/// and aliases also of a list that is not stale. Throws what plug-ins throw, and Failure.
+Json look(vykel::IDeviceList& list, const DeviceRequest& request) {
+    Json reading = {{"devices", Json::array()}, {"failure", nullptr}};
+    vykel::StatusBlock status = vykel::makeStatusBlock();
+    if (list.isStale())
+        list.refresh(&status);
+    if (status.code < 0)
+        reading["failure"] = statusFailure("refreshing the devices", status);
+    if (request.tokenFormat != 0)
+        reading["devices"] = readDevices(list, request.minVersion, request.tokenFormat);
+    reading["count"] = list.getCount();
+    return reading;
+}
+
+/// A device a line, because long lines are cut off.
+void report(const Json& reading, Reporter& reporter) {
+    for (const Json& device : reading["devices"])
+        reporter.report({{"device", device}});
+    reporter.report({{"count", reading["count"]},
+                     {"sent", reading["devices"].size()},
+                     {"failure", reading["failure"]},
+                     {"step", ""}});
+}
+
+void readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
+    for (Json last;;) {
+        reporter.beginStep("refreshing the devices");
+        Json now;
+        try {
+            now = look(list, request);
+        } catch (...) {
+            if (last.is_null())
+                throw;
+            now = last; // the trouble may pass
+            now["failure"] = currentFailure();
+        }
+        if (now != last)
+            report(now, reporter);
+        last = std::move(now);
+        if (last["count"] >= request.enough)
+            return;
+        reporter.beginStep("");
+        std::this_thread::sleep_for(std::chrono::duration<double>(request.interval));
+    }
+}
+
+void serve(const DeviceRequest& request, Reporter& reporter) {
+    reporter.beginStep("loading the plug-ins");
+    const Enumerator enumerator(request.library);
+    const DeviceListHandle list = enumerator.makeList();
+    readUntilEnough(*list, request, reporter);
+    reporter.beginStep("unloading the plug-ins");
+}
+
+/// The child's side.
+void run(const std::vector<std::string>& arguments, Reporter& reporter) {
+    try {
+        const auto number = [&](std::size_t i) {
+            return static_cast<std::uint32_t>(std::stoul(arguments.at(i)));
+        };
+        serve({arguments.at(0), std::stoi(arguments.at(1)), number(2), number(3), std::stod(arguments.at(4))},
+              reporter);
+        reporter.report({{"done", true}});
+    } catch (...) {
+        reporter.report({{"failed", currentFailure()}});
+    }
+}
+
+} // namespace
+
+const ChildTask deviceTask = {"devices", run};
+
+} // namespace vykeldev

@@ -1,0 +1,28 @@
+#ifndef VYKELDEV_COMMANDS_DEVICETASK_H
+#define VYKELDEV_COMMANDS_DEVICETASK_H
+
+#include "child/ChildTask.h"
+#include <cstdint>
+#include <string>
+
+/// The client of the library: plug-ins run in its process, so it is a child process of this tool.
+namespace vykeldev {
+
+/// What a client is to do: it refreshes and reads the devices until there are enough of them.
+struct DeviceRequest {
+    std::string library;           ///< Path of the library, UTF-8.
+    std::int32_t minVersion = 0;   ///< Of the devices to read.
+    std::uint32_t tokenFormat = 1; ///< 0: the devices are only counted.
+    std::uint32_t enough = 0;      ///< It ends when it counts so many devices; 0: after one reading.
+    double interval = 0;           ///< Seconds between two readings.
+};
+
+/// Its arguments are the members of a DeviceRequest. Reports each "device" of a reading and then its "count"
+/// of all devices, how many it "sent", and the "failure" of the refresh or null; a reading that is like the
+/// last one is not reported. Its steps are texts for people; the empty one means that it sleeps. At the end
+/// it reports that it is "done", or why it "failed".
+extern const ChildTask deviceTask;
+
+} // namespace vykeldev
+
+#endif
