@@ -3,6 +3,7 @@
 #include "ini/IniFile.h"
 #include "ini/IniWriter.h"
 #include "vybase/owners.h"
+#include <cerrno>
 #include <charconv>
 #include <cstring>
 #include <io.h>
@@ -110,9 +111,14 @@ int openTempByPattern(PendingFile& pending, const char* target) noexcept {
     return IniTempNamesTaken;
 }
 
+/// A leftover of that name goes first: it may be a link, and opening it would overwrite the file behind it.
 int openTempByExtension(PendingFile& pending, const char* target) noexcept {
     IniString name = nameTempByExtension(target);
-    return name != nullptr ? pending.open(std::move(name), false) : IniMemoryFull;
+    if (name == nullptr)
+        return IniMemoryFull;
+    if (std::remove(name.get()) != 0 && errno != ENOENT)
+        return IniCreateFailed;
+    return pending.open(std::move(name), false);
 }
 
 /// Writes a temporary file and puts it in the target's place.

@@ -43,14 +43,16 @@ void readValue(const Utf16String& keyPath, const Utf16String& valueName, Utf16St
     if (!key.opened)
         return;
     DWORD bytes = firstValueBytes;
+    DWORD offered = 0;
     LSTATUS error = ERROR_SUCCESS;
     do {
+        offered = bytes;
         // An odd size still gets a buffer that is no smaller than what is asked for.
         if (!data.resize(bytes / 2 + bytes % 2, status))
             return;
         error = RegQueryValueExW(key.handle, valueName.c_str(), nullptr, nullptr,
                                  reinterpret_cast<BYTE*>(data.data()), &bytes);
-    } while (error == ERROR_MORE_DATA);
+    } while (error == ERROR_MORE_DATA && bytes > offered); // one that asks for no more would ask for ever
     if (error == ERROR_SUCCESS)
         data.resize(bytes / 2, status);
     else
