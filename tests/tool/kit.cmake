@@ -6,8 +6,13 @@ if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
   set(kit_tests kit)
   if(WIN32) # what the documents say is typed on Windows
     add_test(NAME docs COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/docs-test.sh ${CMAKE_BINARY_DIR})
-    set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
+    set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit RESOURCE_LOCK kit-machine ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
     list(APPEND kit_tests docs)
+
+    add_test(NAME msvc-abi COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/msvc-abi-test.sh ${CMAKE_BINARY_DIR})
+    set_tests_properties(msvc-abi PROPERTIES FIXTURES_REQUIRED kit RESOURCE_LOCK kit-machine
+      ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
+    list(APPEND kit_tests msvc-abi)
   endif()
   set_tests_properties(${kit_tests} PROPERTIES LABELS kit TIMEOUT 300 COST 300)
 endif()
