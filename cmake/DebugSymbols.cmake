@@ -1,12 +1,25 @@
 # split_debug_symbols(target [-g1]): strips the target and writes its debug symbols to <file>.debug beside it,
 # where debuggers look for them. -g1 keeps only what a stack trace needs. A static library keeps its symbols
 # for the programs that link it. Without -p, objcopy would write the time into each header.
+# clang and lld write the symbols for Windows into NAME.pdb beside the target instead.
+set(relative_paths "${CMAKE_CURRENT_LIST_DIR}/relative-paths.sh ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}")
+
 function(split_debug_symbols target)
   if(VYKEL_SANITIZE)
     return() # the reports of the sanitizers need the symbols in the file
   endif()
   target_compile_options(${target} PRIVATE -g ${ARGN} -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
   get_target_property(type ${target} TYPE)
+  if(VYKEL_PDB)
+    target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-gcodeview -ffile-compilation-dir=.>)
+    if(NOT type STREQUAL STATIC_LIBRARY)
+      set_target_properties(${target} PROPERTIES RULE_LAUNCH_LINK ${relative_paths})
+      target_link_options(${target} PRIVATE -Wl,--pdb= "-Wl,-Xlink=-pdbsourcepath:C:\\${PROJECT_NAME}"
+        -Wl,-Xlink=-pdbaltpath:%_PDB% -Wl,-Xlink=-Brepro)
+    endif()
+    set_target_properties(${target} PROPERTIES RULE_LAUNCH_COMPILE ${relative_paths})
+    return()
+  endif()
   if(NOT type STREQUAL STATIC_LIBRARY)
     add_custom_command(TARGET ${target} POST_BUILD
       COMMAND ${CMAKE_OBJCOPY} -p --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
