@@ -14,5 +14,10 @@ if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
       ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
     list(APPEND kit_tests msvc-abi)
   endif()
+  if(VYKEL_PDB) # the kit's binaries are this build's
+    add_test(NAME reproducible
+      COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/reproducible-test.sh ${CMAKE_BINARY_DIR} windows-clang)
+    list(APPEND kit_tests reproducible)
+  endif()
   set_tests_properties(${kit_tests} PROPERTIES LABELS kit TIMEOUT 300 COST 300)
 endif()
