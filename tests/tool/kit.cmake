@@ -1,17 +1,22 @@
 # What the kit brings beside the library: its tool's watch command, its files, its samples, its documents.
 if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
+  set(kit_environment CC=${CMAKE_C_COMPILER} CXX=${CMAKE_CXX_COMPILER} OBJDUMP=${CMAKE_OBJDUMP})
+  if(WIN32) # a user's compiler, whichever built the kit
+    set(gnu x86_64-w64-mingw32)
+    set(kit_environment CC=${gnu}-gcc-posix CXX=${gnu}-g++-posix OBJDUMP=${gnu}-objdump)
+  endif()
   add_test(NAME kit COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/kit-test.sh ${CMAKE_BINARY_DIR})
   set_tests_properties(kit PROPERTIES FIXTURES_SETUP kit
-    ENVIRONMENT "CC=${CMAKE_C_COMPILER};CXX=${CMAKE_CXX_COMPILER};OBJDUMP=${CMAKE_OBJDUMP}")
+    ENVIRONMENT "${kit_environment}")
   set(kit_tests kit)
   if(WIN32) # what the documents say is typed on Windows
     add_test(NAME docs COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/docs-test.sh ${CMAKE_BINARY_DIR})
-    set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit RESOURCE_LOCK kit-machine ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
+    set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit RESOURCE_LOCK kit-machine ENVIRONMENT "${kit_environment}")
     list(APPEND kit_tests docs)
 
     add_test(NAME msvc-abi COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/msvc-abi-test.sh ${CMAKE_BINARY_DIR})
     set_tests_properties(msvc-abi PROPERTIES FIXTURES_REQUIRED kit RESOURCE_LOCK kit-machine
-      ENVIRONMENT "CXX=${CMAKE_CXX_COMPILER}")
+      ENVIRONMENT "${kit_environment}")
     list(APPEND kit_tests msvc-abi)
   endif()
   if(VYKEL_PDB) # the kit's binaries are this build's
