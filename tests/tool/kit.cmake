@@ -22,7 +22,9 @@ if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
   if(VYKEL_PDB) # the kit's binaries are this build's
     add_test(NAME reproducible
       COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/reproducible-test.sh ${CMAKE_BINARY_DIR} windows-clang)
-    list(APPEND kit_tests reproducible)
+    add_test(NAME package COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/package-test.sh ${CMAKE_BINARY_DIR})
+    set_tests_properties(package PROPERTIES FIXTURES_REQUIRED kit RESOURCE_LOCK kit-machine)
+    list(APPEND kit_tests reproducible package)
   endif()
   set_tests_properties(${kit_tests} PROPERTIES LABELS kit TIMEOUT 300 COST 300)
 endif()
