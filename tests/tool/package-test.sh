@@ -63,6 +63,7 @@ expect_devices "$work/readme.txt" 1
 echo "== installer"
 prompt installer <<BAT
 msiexec /i $msi /qn
+"C:\Program Files\Morvance\VY-KEL\vykeldev" setup --check
 "C:\Program Files\Morvance\VY-KEL\vykeldev" register simulated $bin\simulated.dll
 "C:\Program Files\Morvance\VY-KEL\vykeldev" list
 msiexec /x $msi /qn
@@ -70,5 +71,6 @@ dir /s /b "C:\Program Files\Morvance"
 reg query HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s
 $bin\vykeldev list
 BAT
+! grep missing "$work/installer.txt" || { echo "FAILED: not set up"; exit 1; }
 expect_devices "$work/installer.txt" 2
 ! grep -E 'Program Files.Morvance|Uninstall' "$work/installer.txt" || { echo "FAILED: left behind"; exit 1; }
