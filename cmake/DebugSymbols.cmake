@@ -1,8 +1,7 @@
 # split_debug_symbols(target [-g1]): strips the target and writes its debug symbols to <file>.debug beside it,
 # where debuggers look for them. -g1 keeps only what a stack trace needs. A static library keeps its symbols
-# for the programs that link it. Without -p, objcopy would write the time into each header.
-# clang and lld write the symbols for Windows into NAME.pdb beside the target instead, and what they linked into
-# NAME.map.
+# for the programs that link it. Without -p, objcopy would write the time into each header. clang and lld
+# write the symbols for Windows into NAME.pdb beside the target instead, and what they linked into NAME.map.
 set(relative_paths "${CMAKE_CURRENT_LIST_DIR}/relative-paths.sh ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}")
 
 function(split_debug_symbols target)
@@ -19,7 +18,7 @@ function(split_debug_symbols target)
         -Wl,-Xlink=-pdbaltpath:%_PDB% -Wl,-Xlink=-Brepro -Wl,-Map,${target}.map)
       find_program(LLVM_STRIP NAMES llvm-strip-14 llvm-strip REQUIRED)
       add_custom_command(TARGET ${target} POST_BUILD
-        COMMAND ${LLVM_STRIP} --strip-debug $<TARGET_FILE:${target}> # mingw-w64's libraries bring symbols of another kind
+        COMMAND ${LLVM_STRIP} --strip-debug $<TARGET_FILE:${target}> # mingw-w64's libraries bring DWARF symbols
         VERBATIM)
     endif()
     set_target_properties(${target} PROPERTIES RULE_LAUNCH_COMPILE ${relative_paths})

@@ -1,5 +1,5 @@
-# add_version_resource(target file_type file_name description [manifest]): what Windows shows of a file, from the
-# project's one version number, and for a program how Windows runs it.
+# add_version_resource(target file_type file_name description [manifest]): what Windows shows of a file, from
+# the project's one version number, and for a program how Windows runs it.
 set(version_resource ${CMAKE_CURRENT_LIST_DIR}/version.rc.in)
 
 function(add_version_resource target file_type file_name description)

@@ -1,5 +1,6 @@
-# Cross build for 64-bit Windows by clang and lld, with the headers and libraries of mingw-w64 (Debian: clang-14, lld-14
-# and g++-mingw-w64-x86-64-posix): its binaries have their symbols in PDB files, which Windows' own debuggers read.
+# Cross build for 64-bit Windows by clang and lld, with the headers and libraries of mingw-w64 (Debian:
+# clang-14, lld-14 and g++-mingw-w64-x86-64-posix): its binaries have their symbols in PDB files, which
+# Windows' own debuggers read.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 

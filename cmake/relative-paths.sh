@@ -1,7 +1,7 @@
 #!/bin/bash
-# relative-paths.sh SOURCE BUILD COMMAND...: runs a compiler or linker in the folder BUILD with paths relative to it in
-# place of absolute ones. clang and lld write their command lines into the symbols, which must be the same bytes wherever
-# the project is.
+# relative-paths.sh SOURCE BUILD COMMAND...: runs a compiler or linker in the folder BUILD with paths relative
+# to it in place of absolute ones. clang and lld write their command lines into the symbols, which must be the
+# same bytes wherever the project is.
 set -eu
 source=$1 build=$2
 shift 2

@@ -13,6 +13,6 @@ set(installer ${CMAKE_BINARY_DIR}/${CPACK_PACKAGE_FILE_NAME}.msi)
 add_custom_command(OUTPUT ${installer}
   COMMAND ${WIXL} -a x64 -o ${installer} ${CMAKE_CURRENT_BINARY_DIR}/installer.wxs
   DEPENDS vykeldevenum vykeldev ${papers} ${CMAKE_CURRENT_BINARY_DIR}/installer.wxs
-  WORKING_DIRECTORY ${CMAKE_BINARY_DIR} # wixl finds no file by an absolute path
+  WORKING_DIRECTORY ${CMAKE_BINARY_DIR} # wixl takes relative paths only
   VERBATIM)
 add_custom_target(installer ALL DEPENDS ${installer})

@@ -1,13 +1,14 @@
-# What the kit says of itself: README, CHANGELOG, NOTICE and bill of materials; and SHA256SUMS over all that is
-# installed before the symbols.
+# What the kit says of itself: README, CHANGELOG, NOTICE and bill of materials; and SHA256SUMS over all that
+# is installed before the symbols.
 find_program(DPKG_QUERY dpkg-query)
 find_program(GNU_COMPILER x86_64-w64-mingw32-g++-posix)
 if(NOT DPKG_QUERY OR NOT GNU_COMPILER)
-  message(WARNING "The kit gets no NOTICE and no vykeldevenum.spdx.json: only Debian's packages say what is linked in.")
+  message(WARNING "The kit gets no NOTICE and no vykeldevenum.spdx.json: dpkg-query or mingw-w64's g++ is missing.")
 else()
   set(papers ${CMAKE_CURRENT_BINARY_DIR}/NOTICE ${CMAKE_CURRENT_BINARY_DIR}/vykeldevenum.spdx.json)
   add_custom_command(OUTPUT ${papers}
-    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/linkedSoftware.py ${CMAKE_CURRENT_BINARY_DIR} ${PROJECT_VERSION} ${GNU_COMPILER}
+    COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/linkedSoftware.py
+            ${CMAKE_CURRENT_BINARY_DIR} ${PROJECT_VERSION} ${GNU_COMPILER}
             $<TARGET_FILE:vykeldevenum> $<TARGET_FILE:vykeldev> $<TARGET_FILE:simulated>
     DEPENDS vykeldevenum vykeldev simulated linkedSoftware.py
     VERBATIM)

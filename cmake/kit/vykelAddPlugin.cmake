@@ -2,7 +2,8 @@
 #
 # Adds an enumerator plug-in: the library NAME.dll, which exports only the three entry points, needs no DLL of
 # the C++ runtime and finds the public headers. On Windows the linker reports an entry point that is missing.
-# Compilers with Microsoft's ABI link their runtime statically: /MTd in the configuration Debug, /MT in the others.
+# Compilers with Microsoft's ABI link their runtime statically: /MTd in the configuration Debug, /MT in the
+# others.
 set(_vykel_add_plugin_dir ${CMAKE_CURRENT_LIST_DIR})
 
 function(vykel_add_plugin name)

@@ -1,5 +1,5 @@
-// The export directory, for lld: the one that it makes itself begins with an empty entry. Names in the order of their
-// bytes; ordinals as GNU's linker gives them.
+// The export directory, for lld: the one that it makes itself begins with an empty entry. Names in the order
+// of their bytes; ordinals as GNU's linker gives them.
     .section .edata, "dr"
     .long 0, 0, 0                   // flags, time, version
     .rva name

@@ -1,8 +1,9 @@
 #!/bin/bash
 # msvc-abi-test.sh BUILD
 #
-# Builds the sample client and a plug-in with clang in Microsoft's ABI, as a Windows user would with a generator for
-# several configurations: from the kit that kit-test.sh installed for the build in BUILD. Runs them with its DLL.
+# Builds the sample client and a plug-in with clang in Microsoft's ABI, as a Windows user would with a
+# generator for several configurations: from the kit that kit-test.sh installed for the build in BUILD. Runs
+# them with its DLL.
 set -eu -o pipefail
 source_dir=$(cd "$(dirname "$0")/../.." && pwd)
 build=$(cd "$1" && pwd)

@@ -1,8 +1,8 @@
 #!/bin/bash
 # package-test.sh BUILD
 #
-# Does with what scripts/package makes what its receivers do: checks the sums and the bill of materials, types the
-# commands of the kit's README, installs the MSI and removes it again.
+# Does with what scripts/package makes what its receivers do: checks the sums and the bill of materials, types
+# the commands of the kit's README, installs the MSI and removes it again.
 set -eu -o pipefail
 source_dir=$(cd "$(dirname "$0")/../.." && pwd)
 build=$(cd "$1" && pwd)
@@ -15,8 +15,8 @@ windows_path() { echo "Z:${1//\//\\}"; }
 # Types standard input into Windows' command prompt on a new machine; shows what it shows.
 prompt() {
   { echo @echo off; cat; } | sed 's/$/\r/' >"$work/$1.bat"
-  "$source_dir/scripts/run-under-wine.sh" --prefix "$build/wineprefix" --private cmd /c "$(windows_path "$work/$1.bat")" |
-    tr -d '\r' | tee "$work/$1.txt"
+  "$source_dir/scripts/run-under-wine.sh" --prefix "$build/wineprefix" --private \
+    cmd /c "$(windows_path "$work/$1.bat")" | tr -d '\r' | tee "$work/$1.txt"
 }
 
 # Fails unless the text $1 lists each of the sample's devices $2 times.
@@ -53,7 +53,8 @@ for name, value in sums.items():
     path = name if name.startswith("./bin/") else name[1:]
     assert value == hashlib.sha256(open(path, "rb").read()).hexdigest(), name
 assert {"./bin/" + n for n in os.listdir("bin") if n.endswith((".dll", ".exe"))} <= sums.keys()
-assert {os.path.basename(n) for n in sums} >= {"CLI.hpp", "json.hpp", "libstdc++.a", "libgcc_eh.a", "libwinpthread.a", "crt2.o"}
+linked = {"CLI.hpp", "json.hpp", "libstdc++.a", "libgcc_eh.a", "libwinpthread.a", "crt2.o"}
+assert linked <= {os.path.basename(n) for n in sums}
 PYTHON
 
 echo "== the README's commands"

@@ -1,6 +1,6 @@
 #!/bin/bash
-# reproducible-test.sh BUILD PRESET: builds the library once more, in another folder, and compares it and its symbols
-# byte for byte with those in BUILD.
+# reproducible-test.sh BUILD PRESET: builds the library once more, in another folder, and compares it and its
+# symbols byte for byte with those in BUILD.
 set -eu
 source_dir=$(cd "$(dirname "$0")/../.." && pwd)
 build=$(cd "$1" && pwd)
