@@ -1,8 +1,8 @@
 #ifndef VYKELDEV_DOCTOR_CHECKS_H
 #define VYKELDEV_DOCTOR_CHECKS_H
 
-#include "doctor/Progress.h"
 #include "doctor/Report.h"
+#include "support/Progress.h"
 #include <chrono>
 
 /// What the doctor looks at. Each check completes its part of the report and adds a finding for everything

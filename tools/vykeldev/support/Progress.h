@@ -1,5 +1,5 @@
-#ifndef VYKELDEV_DOCTOR_PROGRESS_H
-#define VYKELDEV_DOCTOR_PROGRESS_H
+#ifndef VYKELDEV_SUPPORT_PROGRESS_H
+#define VYKELDEV_SUPPORT_PROGRESS_H
 
 #include "platform/Console.h"
 #include "support/DisplayText.h"
@@ -8,7 +8,7 @@
 #include <iostream>
 #include <string>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 
 /// One line on standard error that says what the tool waits for; removed at the end. Only on a terminal.
 class Progress : private vytpl::NonCopyableT<Progress> {
@@ -30,6 +30,6 @@ private:
     bool shown;
 };
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev
 
 #endif
