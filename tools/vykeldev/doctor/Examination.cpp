@@ -131,7 +131,7 @@ std::optional<Verdict> judgeEnd(const ProbeResult& probe, std::chrono::milliseco
 }
 
 /// Looks and probes. Nothing when the plug-in loaded.
-std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds limit) {
+std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
     if (plugin.path->size() > maxPathBytes) // no command line can hold it
         return Verdict{&finding::fileMissing, Step::Path, "no file can have a path of this length"};
     const std::optional<Verdict> look = lookAtFile(plugin);
@@ -144,6 +144,8 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
     }
     plugin.milliseconds = probe.child.duration.count();
     plugin.error = probe.error;
+    for (const Finding& oddity : probe.oddities)
+        findings.push_back({oddity.kind, plugin.name, oddity.detail});
     std::optional<Verdict> verdict = judgeEnd(probe, limit);
     if (!verdict && probe.failedStep)
         verdict = judgeFailure(probe, plugin, look);
@@ -159,7 +161,7 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
 void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
     if (!plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
         findings.push_back({&finding::pathRelative, plugin.name, *plugin.path});
-    const std::optional<Verdict> verdict = judge(plugin, limit);
+    const std::optional<Verdict> verdict = judge(plugin, limit, findings);
     if (!verdict) {
         plugin.outcome = Outcome::Loaded;
         return;

@@ -130,6 +130,24 @@ inline const FindingKind pluginHung{
     "Try again with a larger --timeout. If it still hangs, remove the plug-in with 'vykeldev unregister "
     "NAME' and report it to the vendor."};
 
+// Devices
+inline const FindingKind refreshSlow{
+    "refresh-slow", Severity::Warning,
+    "The plug-in needs longer than 2 seconds to refresh its list. Every client waits for it.",
+    "Report it to the vendor of the plug-in, unless its devices need that time."};
+inline const FindingKind tokenMissing{
+    "token-missing", Severity::Warning,
+    "A device has no persistent token, so it never gets a legacy alias and nobody can recognise it later.",
+    "Report it to the vendor of the plug-in."};
+inline const FindingKind tokenDuplicate{
+    "token-duplicate", Severity::Warning,
+    "Several devices of a plug-in have the same persistent token, so a legacy alias may go to the wrong one.",
+    "Give the devices different serial numbers if you can, or report it to the vendor of the plug-in."};
+inline const FindingKind textNotUtf8{
+    "text-not-utf8", Severity::Warning,
+    "A token or an alias of a device is not valid UTF-8, so clients show it wrongly or refuse it.",
+    "Report it to the vendor of the plug-in."};
+
 // Device numbers
 inline const FindingKind numberDuplicate{
     "number-duplicate", Severity::Error,

@@ -1,15 +1,23 @@
 #include "doctor/Probe.h"
 
 #include "DeviceCollection.h"
+#include "doctor/Findings.h"
 #include "errors/Exception.h"
 #include "PellumKelPlugin.h"
 #include "PluginCall.h"
+#include "support/DisplayText.h"
+#include "support/Text.h"
 #include "vykel/StatusBlock.h"
 #include <algorithm>
+#include <chrono>
 #include <exception>
+#include <map>
+#include <optional>
 
 namespace vykeldev::doctor {
 namespace {
+
+constexpr std::chrono::seconds slow(2);
 
 void begin(Step step, Reporter& reporter) {
     reporter.report({{"begun", step}});
@@ -29,6 +37,54 @@ void reportNumbers(const std::vector<vykel::IDevice*>& devices, Reporter& report
         });
         reporter.report({{"deviceNumbers", numbers}});
     }
+}
+
+/// What is odd about devices. Only the first of a kind is described: there may be one for each device.
+class Oddities {
+public:
+    void add(const FindingKind& kind, const std::string& detail) {
+        details.emplace(kind.id, detail);
+        ++counts[kind.id];
+    }
+
+    void report(Reporter& reporter) const {
+        for (const auto& [kind, detail] : details) {
+            const int more = counts.at(kind) - 1;
+            reporter.report(
+                {{"oddity", kind}, {"detail", more == 0 ? detail : concat(detail, ", and ", more, " more")}});
+        }
+    }
+
+private:
+    std::map<std::string, int> counts; // both by the kind's identifier
+    std::map<std::string, std::string> details;
+};
+
+/// Reads all tokens and aliases, and reports what is odd about them.
+void checkTexts(const std::vector<vykel::IDevice*>& devices, Oddities& oddities) {
+    constexpr std::uint32_t formats = 2;
+    std::map<std::string, std::size_t> holders[formats];
+    const auto checkText = [&](const char* text, const std::string& place) {
+        if (text != nullptr && !isUtf8(text))
+            oddities.add(finding::textNotUtf8, concat(place, " is '", printable(text), "'"));
+    };
+    vykel::callPlugin([&] {
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            for (std::uint32_t format = 1; format <= formats; ++format) {
+                const std::string place = concat("the token of device ", i, " in format ", format);
+                const char* const token = devices[i]->getPersistentToken(format);
+                checkText(token, place);
+                if (token == nullptr) {
+                    oddities.add(finding::tokenMissing, place + " is null");
+                } else if (const auto [holder, isNew] = holders[format - 1].emplace(token, i); !isNew) {
+                    oddities.add(finding::tokenDuplicate,
+                                 concat(place, " is also that of device ", holder->second, ": '",
+                                        printable(token), "'"));
+                }
+            }
+            checkText(devices[i]->getAlias(), concat("the alias of device ", i));
+        }
+    });
 }
 
 /// After a collection that failed: whether a device was refused, and not the refresh.
@@ -56,8 +112,15 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Reporter& 
     }
     begin(Step::Refresh, reporter);
     std::vector<vykel::IDevice*> devices;
+    const auto start = std::chrono::steady_clock::now();
     const std::int32_t code = vykel::collectDevices(*list, devices);
+    const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - start;
     reportNumbers(devices, reporter);
+    Oddities oddities;
+    if (duration > slow)
+        oddities.add(finding::refreshSlow, concat("refreshing took ", duration.count(), " seconds"));
+    checkTexts(devices, oddities);
+    oddities.report(reporter);
     if (code >= 0)
         return;
     if (isDeviceRefused(*list, devices))
@@ -76,6 +139,9 @@ void take(const Json& line, ProbeResult& result) {
     for (const Json& number : line.value("deviceNumbers", Json::array()))
         result.deviceNumbers.push_back(number.is_null() ? std::nullopt
                                                         : std::optional(number.get<std::uint32_t>()));
+    for (const FindingKind* const kind : FindingKind::all())
+        if (kind->id == line.value("oddity", std::string()))
+            result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
     result.listMissing = line.value("listMissing", result.listMissing);
     result.deviceRefused = line.value("deviceRefused", result.deviceRefused);
     result.done = line.value("done", result.done);

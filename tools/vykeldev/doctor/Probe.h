@@ -26,6 +26,7 @@ struct ProbeResult {
     bool deviceRefused = false;        ///< `error` is that of a device; the refresh itself succeeded
     bool done = false;                 ///< everything was unloaded again
     std::vector<std::optional<std::uint32_t>> deviceNumbers;
+    Findings oddities;  ///< of its devices; without a subject
     ChildOutcome child; ///< how the child ended
 };
 

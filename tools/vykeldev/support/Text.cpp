@@ -25,6 +25,11 @@ std::string toUtf8(const WideString& wideText) {
     return utf8;
 }
 
+bool isUtf8(std::string_view text) noexcept {
+    return text.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text.data(),
+                                               static_cast<int>(text.size()), nullptr, 0) != 0;
+}
+
 std::string joined(const std::vector<std::string>& texts, const char* separator) {
     std::string result;
     for (const std::string& text : texts)

@@ -18,6 +18,9 @@ using WideString = std::basic_string<WCHAR>;
 WideString toWide(std::string_view utf8);
 std::string toUtf8(const WideString& wide);
 
+/// True of valid UTF-8.
+bool isUtf8(std::string_view text) noexcept;
+
 /// The texts, one after the other, with `separator` between them.
 std::string joined(const std::vector<std::string>& texts, const char* separator);
 
