@@ -3,30 +3,34 @@
 #include "check/Trace.h"
 #include <algorithm>
 #include <map>
+#include <utility>
 
 namespace vykeldev::check {
 namespace {
 
-/// Something that can be set on a device, as a text; none when it is not set.
+/// Something that can be set on a device, as a text; none or empty when it is not set.
 struct Property {
     const char* name;
-    const char* none; ///< When no device has it: what to do.
-    std::string (*newValue)(const std::vector<Device>&);
+    const char* unset;   ///< What to do when no device has it.
+    const char* refused; ///< Why the rule does not apply when no device takes it; null when all must take it.
+    std::string (*newValue)(const List&);
     PluginText (*read)(const Device&);
     std::int32_t (*write)(const Device&, const std::string&);
 };
 
-/// What is altered for a moment: the notes of the rules about numbers and aliases.
+/// What is altered: three notes of the rules about numbers and aliases.
 struct Alteration {
-    std::string token; ///< Quoted.
-    std::string before;
+    std::string token;  ///< Quoted.
+    std::string before; ///< Empty: there was none. The new value stays.
     std::string value;
 };
+using Alterations = std::vector<Alteration>;
 
 /// Finds a device again by its token.
 Device find(const List& list, const std::string& token) {
-    for (const Device& device : devicesOf(list))
-        if (quotedText(device.getPersistentToken(1)) == token)
+    Share share(list.itsTrace(), 4, 10);
+    for (std::uint32_t i = 0, count = list.getCount(); i < count && share.lasts(); ++i)
+        if (const Device device = deviceAt(list, i); quotedText(device.getPersistentToken(1)) == token)
             return device;
     throw Skipped("the device ", token, " is no longer there");
 }
@@ -38,75 +42,109 @@ void mustRead(const Property& property, const Device& device, const std::string&
                      quotedText(found));
 }
 
-/// Sets the property of one device, and reads it back from the device and from a list that existed before.
+/// Sets the property of devices, and reads it back from them and from a list that existed before.
 void alter(const Subject& subject, const Session& session, const Property& property,
-           const Alteration& alteration) {
+           const Alterations& alterations) {
     const List other = session.plugin.makeList();
     refresh(other);
-    const Device device = find(session.list, alteration.token);
-    subject.trace.note({alteration.token, alteration.before, alteration.value});
-    const std::int32_t code = property.write(device, alteration.value);
-    if (code < 0)
-        throw Questionable("setting ", property.name, " was refused with ", code);
-    mustRead(property, device, alteration.value, "read from the same device");
-    mustRead(property, find(other, alteration.token), alteration.value, "read from another list");
-}
-
-/// Reads the property in a later process, and restores its old value.
-void putBack(const Subject& subject, const Property& property) {
-    const Alteration alteration{subject.notes.at(0), subject.notes.at(1), subject.notes.at(2)};
-    const Session session(subject);
-    const Device device = find(session.list, alteration.token);
-    const PluginText kept = property.read(device);
-    property.write(device, alteration.before);
-    const List later = session.plugin.makeList();
-    refresh(later);
-    if (property.read(find(later, alteration.token)) == alteration.before)
-        subject.trace.putBack();
-    if (subject.stage == Stage::Second && kept != alteration.value)
-        throw Broken(property.name, " was set to ", quotedText(alteration.value),
-                     ", and in a new process it is ", quotedText(kept));
-}
-
-/// The first device with a token of its own whose property is set; null when there is none.
-const Device* findAlterable(const std::vector<Device>& devices, const Property& property) {
-    std::map<PluginText, int> count;
-    for (const Device& device : devices)
-        ++count[device.getPersistentToken(1)];
-    const auto isAlterable = [&](const Device& device) {
-        const PluginText token = device.getPersistentToken(1);
-        const PluginText value = property.read(device);
-        return count[token] == 1 && value && !value->empty() && isUtf8(value) &&
-               quotedText(token).size() + value->size() <= maxNoteBytes;
-    };
-    const auto found = std::find_if(devices.begin(), devices.end(), isAlterable);
-    return found == devices.end() ? nullptr : &*found;
-}
-
-/// A number that no device of these has.
-std::string unusedNumber(const std::vector<Device>& devices) {
-    std::uint32_t unused = 0;
-    for (const Device& device : devices) {
-        const std::uint32_t number = device.getNumber();
-        unused = std::max(unused, number == vykel::noDeviceNumber ? 0 : number + 1);
+    std::vector<std::string> notes;
+    for (const Alteration& each : alterations)
+        notes.insert(notes.end(), {each.token, each.before, each.value});
+    subject.trace.note(notes);
+    for (const Alteration& each : alterations) {
+        const Device device = find(session.list, each.token);
+        const std::int32_t code = property.write(device, each.value);
+        if (code < 0)
+            throw Questionable("setting ", property.name, " was refused with ", code);
+        mustRead(property, device, each.value, "read from the same device");
+        mustRead(property, find(other, each.token), each.value, "read from another list");
     }
-    if (unused == vykel::noDeviceNumber)
-        throw Skipped("the highest number is in use");
-    return std::to_string(unused);
 }
 
-/// Alters the property of one device, or puts it back in the second process. The property must be set
-/// already: nothing could clear it again.
+/// Reads the property in a later process, and restores its old value if there was one.
+void putBack(const Subject& subject, const Property& property) {
+    const Session session(subject);
+    const List later = session.plugin.makeList();
+    for (std::size_t i = 0; i + 2 < subject.notes.size(); i += 3) {
+        const Alteration each{subject.notes[i], subject.notes[i + 1], subject.notes[i + 2]};
+        const Device device = find(session.list, each.token);
+        const PluginText kept = property.read(device);
+        if (!each.before.empty()) {
+            property.write(device, each.before);
+            refresh(later);
+            if (property.read(find(later, each.token)) == each.before)
+                subject.trace.putBack();
+        }
+        if (subject.stage == Stage::Second && kept != each.value)
+            throw Broken(property.name, " was set to ", quotedText(each.value),
+                         ", and in a new process it is ", quotedText(kept));
+    }
+}
+
+/// The devices with a token of their own, so that they can be found again, and this token, quoted.
+std::vector<std::pair<Device, std::string>> recognisableDevices(const List& list) {
+    std::map<std::string, int> count;
+    std::vector<std::pair<Device, std::string>> devices;
+    lookAtDevices(list, [&](const Device& device, std::uint32_t) {
+        devices.emplace_back(device, quotedText(device.getPersistentToken(1)));
+        ++count[devices.back().second];
+    });
+    const auto isAmbiguous = [&count](const auto& device) { return count[device.second] > 1; };
+    devices.erase(std::remove_if(devices.begin(), devices.end(), isAmbiguous), devices.end());
+    return devices;
+}
+
+/// What to alter: devices without a value get the free numbers. When there are none, the first device whose
+/// property is set gets another value. Throws when there is nothing to alter.
+Alterations chooseAlterations(const Subject& subject, const List& list, const Property& property) {
+    const std::vector<std::uint32_t>& numbers = subject.freeNumbers;
+    Alterations given;
+    Alterations altered;
+    std::size_t bytes = 0;
+    bool isTaken = property.refused == nullptr;
+    Share share(subject.trace, 4, 10);
+    for (const auto& [device, token] : recognisableDevices(list)) {
+        if (given.size() == numbers.size() && !altered.empty())
+            break;
+        if (!share.lasts())
+            break;
+        const PluginText value = property.read(device);
+        isTaken = isTaken || value;
+        if (value && !value->empty()) {
+            if (altered.empty() && isUtf8(*value) && token.size() + value->size() <= maxNoteBytes)
+                altered = {{token, *value, property.newValue(list)}};
+        } else if (given.size() < numbers.size() && bytes + token.size() <= maxNoteBytes) {
+            given.push_back({token, "", std::to_string(numbers[given.size()])});
+            bytes += token.size();
+        }
+    }
+    if (!given.empty())
+        return given;
+    if (altered.empty() && !isTaken)
+        throw Skipped(property.refused);
+    if (altered.empty())
+        throw Questionable(property.unset);
+    return altered;
+}
+
+/// Alters the property, or puts it back in the second process.
 void checkKept(const Subject& subject, const Property& property) {
     if (subject.stage != Stage::First)
         return putBack(subject, property);
     const Session session(subject);
-    const std::vector<Device> devices = devicesOf(session.list);
-    const Device* const device = findAlterable(devices, property);
-    if (device == nullptr)
-        throw Skipped(property.none);
-    alter(subject, session, property,
-          {quotedText(device->getPersistentToken(1)), *property.read(*device), property.newValue(devices)});
+    alter(subject, session, property, chooseAlterations(subject, session.list, property));
+}
+
+/// A number that no device of the list has.
+std::string unusedNumber(const List& list) {
+    std::uint32_t unused = 0;
+    lookAtDevices(list, [&unused](const Device& device, std::uint32_t) {
+        const std::uint32_t number = device.getNumber();
+        unused = std::max(unused, number == vykel::noDeviceNumber ? 0 : number + 1);
+    });
+    if (unused == vykel::noDeviceNumber)
+        throw Skipped("the highest number is in use");
+    return std::to_string(unused);
 }
 
 } // namespace
@@ -114,8 +152,9 @@ void checkKept(const Subject& subject, const Property& property) {
 void checkNumberKept(const Subject& subject) {
     static constexpr Property property = {
         "the number",
-        "no device with a token of its own has a number; register the plug-in and let 'vykeldev list' "
-        "number them",
+        "not tried: no device with a token of its own has a number. 'vykeldev check --number-devices' gives some "
+        "devices free numbers, for good, and tries it",
+        nullptr,
         unusedNumber,
         [](const Device& device) {
             const std::uint32_t number = device.getNumber();
@@ -130,8 +169,10 @@ void checkNumberKept(const Subject& subject) {
 void checkAliasKept(const Subject& subject) {
     static constexpr Property property = {
         "the alias",
-        "no device with a token of its own has an alias; give one device an alias to have this checked",
-        [](const std::vector<Device>&) { return std::string("vykeldev check \xC3\xA4\xE2\x82\xAC"); },
+        "not tried: no device with a token of its own has an alias yet. Give one device an alias, by the means of "
+        "the plug-in or by an entry in vykel.ini, and check again",
+        "no device takes an alias",
+        [](const List&) { return std::string("vykeldev check \xC3\xA4\xE2\x82\xAC"); },
         [](const Device& device) { return device.getAlias(); },
         [](const Device& device, const std::string& alias) { return device.setAlias(alias); }};
     checkKept(subject, property);

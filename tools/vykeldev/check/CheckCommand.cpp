@@ -19,6 +19,7 @@ struct CheckOptions {
     check::RunOptions run;
     std::string junitFile;
     double timeout = 10; // seconds
+    double budget = 30;  // seconds
     bool json = false;
 };
 
@@ -34,13 +35,15 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     check::RunOptions run = options.run;
     run.path = absolutePath(run.path);
     run.limit = std::chrono::milliseconds(static_cast<long long>(1000 * options.timeout));
+    run.budget = std::chrono::milliseconds(static_cast<long long>(1000 * options.budget));
     const std::string problem = pathProblem(run.path);
     if (!problem.empty())
         throw Failure("'" + printable(run.path) + "' cannot be checked: " + problem, "",
                       "Give the path of the plug-in's DLL.");
     if (!options.json)
         std::cout << "Checking " << printable(run.path) << std::endl;
-    const auto [results, stopped] = check::runRules(run, [&](const check::Result& result) {
+    Progress progress;
+    const auto [results, stopped] = check::runRules(run, progress, [&](const check::Result& result) {
         if (!options.json)
             check::printResult(std::cout, result, context.colour);
     });
@@ -75,8 +78,19 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
                      "Seconds without progress after which a rule has failed (default 10)")
         ->check(inRange(1, 86400, "1 to 86400 seconds"))
         ->type_name("S");
-    command->add_flag("--read-only", options->run.readOnly,
-                      "Leaves out the rules that change one number and one alias for a moment");
+    command
+        ->add_option("--budget", options->budget,
+                     "Seconds for what a rule repeats, before it looks less often (default 30)")
+        ->check(inRange(1, 86400, "1 to 86400 seconds"))
+        ->type_name("S");
+    CLI::Option* const readOnly =
+        command->add_flag("--read-only", options->run.readOnly,
+                          "Leaves out the rules that change one number and one alias for a moment");
+    command
+        ->add_flag(
+            "--number-devices", options->run.numberDevices,
+            "Gives up to ten devices without a number a free one, for good, and tries whether it is kept")
+        ->excludes(readOnly);
     command
         ->add_option("--rule", options->run.rules,
                      "Checks only this rule and those that it needs; may be given more than once")
@@ -98,7 +112,7 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         chosen = [options](const Context& context) { return checkPlugin(context, *options); };
     });
     command->footer("Each rule runs in a process of its own. Exit codes: 0 every rule passed or was skipped, "
-                    "4 only warnings, 5 a rule is broken.");
+                    "4 only warnings, also that no number or alias was there to try, 5 a rule is broken.");
 }
 
 } // namespace vykeldev

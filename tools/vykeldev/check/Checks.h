@@ -15,7 +15,7 @@ Check checkEmptyBeforeRefresh, checkRefresh, checkDevices, checkDevicesStay, che
     checkMinimumVersion, checkStaleCheap, checkStaleSettles;
 
 // DeviceChecks.cpp: what a device reports.
-Check checkTokenPresent, checkTokenStable, checkTextsUtf8, checkTextsStay;
+Check checkTokenPresent, checkTokensDiffer, checkTokenStable, checkTextsUtf8, checkTextsStay;
 
 // AlteringChecks.cpp: what a device keeps when it is set.
 Check checkNumberKept, checkAliasKept;

@@ -3,6 +3,9 @@
 #include "check/Trace.h"
 #include <algorithm>
 #include <iterator>
+#include <limits>
+#include <map>
+#include <utility>
 
 namespace vykeldev::check {
 namespace {
@@ -20,14 +23,34 @@ constexpr TextReader readers[] = {
     {"getAlias", [](const Device& device) { return device.ownAlias(); }},
 };
 
-/// All tokens, quoted, in an order that does not depend on that of the devices.
-std::vector<std::string> tokensOf(const List& list) {
+constexpr std::uint32_t asManyAsPossible = 0;
+
+/// The tokens of the first `count` devices, quoted, in an order that does not depend on that of the devices.
+/// Stores for the next call how many are not too many.
+std::vector<std::string> tokensOf(const List& list, std::uint32_t& count) {
     std::vector<std::string> tokens;
-    for (const Device& device : devicesOf(list))
+    const auto add = [&tokens](const Device& device, std::uint32_t) {
         for (const std::uint32_t format : formats)
             tokens.push_back(quotedText(device.getPersistentToken(format)));
+    };
+    if (count == asManyAsPossible) {
+        lookAtDevices(list, add);
+        count = list.itsTrace().looksLess() ? static_cast<std::uint32_t>(tokens.size() / std::size(formats))
+                                            : std::numeric_limits<std::uint32_t>::max();
+    } else {
+        for (std::uint32_t i = 0, end = std::min(count, list.getCount()); i < end; ++i)
+            add(deviceAt(list, i), i);
+    }
     std::sort(tokens.begin(), tokens.end());
     return tokens;
+}
+
+/// Throws. Of two lists that were read in part, nobody knows what the other part has.
+template <class... Parts>
+[[noreturn]] void tokensChanged(const Trace& trace, const Parts&... observed) {
+    if (trace.looksLess())
+        throw Skipped("only a part of the devices could be compared; give more time with --budget");
+    throw Broken(observed...);
 }
 
 /// The first sorted token that is not among others, or an empty text.
@@ -56,52 +79,64 @@ void mustKnowTokens(const Subject& subject) {
     std::vector<std::string> before = subject.notes;
     const std::size_t count = std::stoul(before.back());
     before.pop_back();
-    const std::vector<std::string> now = tokensOf(Session(subject).list);
+    std::uint32_t readable = asManyAsPossible;
+    const std::vector<std::string> now = tokensOf(Session(subject).list, readable);
     const std::string gone = firstMissing(before, now);
     if (!gone.empty() && now.size() >= count)
-        throw Broken("the token ", gone, " of one process is missing in the next");
+        tokensChanged(subject.trace, "the token ", gone, " of one process is missing in the next");
 }
 
 } // namespace
 
 void checkTokenPresent(const Subject& subject) {
-    const Session session(subject);
-    const std::vector<Device> devices = devicesOf(session.list);
-    for (std::size_t i = 0; i < devices.size(); ++i)
+    lookAtDevices(Session(subject).list, [](const Device& device, std::uint32_t i) {
         for (const std::uint32_t format : formats)
-            if (!devices[i].getPersistentToken(format))
+            if (!device.getPersistentToken(format))
                 throw Broken("getPersistentToken of device ", i, " in format ", format, " is null");
+    });
+}
+
+void checkTokensDiffer(const Subject& subject) {
+    std::map<std::pair<std::uint32_t, PluginText>, std::uint32_t> holders; // by format and token
+    lookAtDevices(Session(subject).list, [&holders](const Device& device, std::uint32_t i) {
+        for (const std::uint32_t format : formats) {
+            const auto [holder, isNew] =
+                holders.emplace(std::pair(format, device.getPersistentToken(format)), i);
+            if (!isNew)
+                throw Broken("the devices ", holder->second, " and ", i, " both have the token ",
+                             quotedText(holder->first.second), " in format ", format);
+        }
+    });
 }
 
 void checkTokenStable(const Subject& subject) {
     if (subject.stage == Stage::Second)
         return mustKnowTokens(subject);
     constexpr int attempts = 3; // devices may come and go, but not every time
+    std::uint32_t count = asManyAsPossible;
     std::string change;
     for (int i = 0; i < attempts; ++i) {
-        const std::vector<std::string> before = tokensOf(Session(subject).list);
+        const std::vector<std::string> before = tokensOf(Session(subject).list, count);
         const Session session(subject); // initialised again
-        const std::vector<std::string> after = tokensOf(session.list);
+        const std::vector<std::string> after = tokensOf(session.list, count);
         refresh(session.list);
-        const std::vector<std::string> later = tokensOf(session.list);
+        const std::vector<std::string> later = tokensOf(session.list, count);
         if (before == after && after == later)
             return subject.trace.note(noteTokens(later));
         const std::vector<std::string>& other = before != after ? before : later;
         change = "first " + firstMissing(other, after) + ", then " + firstMissing(after, other);
     }
-    throw Broken("the tokens differ each time that the devices are listed: ", change);
+    tokensChanged(subject.trace, "the tokens differ each time that the devices are listed: ", change);
 }
 
 void checkTextsUtf8(const Subject& subject) {
-    const Session session(subject);
-    const std::vector<Device> devices = devicesOf(session.list);
-    for (std::size_t i = 0; i < devices.size(); ++i) {
+    lookAtDevices(Session(subject).list, [](const Device& device, std::uint32_t i) {
         for (const TextReader& reader : readers) {
-            const PluginText text = copied(reader.read(devices[i]));
-            if (!isUtf8(text))
+            const PluginText text = copied(reader.read(device));
+            if (text && !isUtf8(*text))
                 throw Broken(reader.operation, " of device ", i, " is not valid UTF-8: ", quotedText(text));
         }
-    }
+    });
 }
 
 void checkTextsStay(const Subject& subject) {
@@ -109,7 +144,8 @@ void checkTextsStay(const Subject& subject) {
     const std::vector<Device> devices = devicesOf(session.list);
     if (devices.size() < 2)
         throw Skipped("this needs two devices");
-    for (std::size_t i = 0; i < devices.size(); ++i) {
+    Share share(subject.trace, 2, 10);
+    for (std::size_t i = 0; i < devices.size() && share.lasts(); ++i) {
         const Device& other = devices[(i + 1) % devices.size()];
         for (const TextReader& reader : readers) {
             const char* const text = reader.read(devices[i]);

@@ -29,7 +29,8 @@ void loadTwice(const Subject& subject, int round) {
 void useList(const List& list) {
     refresh(list);
     const std::uint32_t count = list.getCount();
-    for (std::uint32_t i = 0; i < count; ++i) {
+    Share share(list.itsTrace(), 8, 10);
+    for (std::uint32_t i = 0; i < count && share.lasts(); ++i) {
         const Fetched fetched = list.getDevice(i);
         if (!fetched.device)
             continue; // another rule is about that
@@ -39,13 +40,16 @@ void useList(const List& list) {
     }
 }
 
-void repeat(int times, const std::function<void()>& step) {
-    for (int i = 0; i < times; ++i)
+/// Makes a step so many times, or fewer within the rule's budget divided by `parts`. Returns how many.
+int repeat(int times, Trace& trace, int parts, const std::function<void()>& step) {
+    int done = 0;
+    for (Share share(trace, parts); done < times && share.lasts(); ++done)
         step();
+    return done;
 }
 
-/// Repeats a step some thousand times, in which this process must not grow. `what` names a thousand of them.
-void mustNotGrow(const char* what, const std::function<void()>& step) {
+/// Repeats a step some thousand times, in which this process must not grow. `what` names several of them.
+void mustNotGrow(const char* what, Trace& trace, const std::function<void()>& step) {
     constexpr int warmUp = 100; // what is allocated once
     constexpr int steps = 1000;
     constexpr int rounds = 4;                      // a leak grows every time, anything else settles ...
@@ -53,19 +57,19 @@ void mustNotGrow(const char* what, const std::function<void()>& step) {
     constexpr std::uint64_t tolerated = 12 << 10;  // a few pages
     constexpr std::uint64_t toleratedHandles = 10;
     std::string growth;
-    repeat(warmUp, step);
+    repeat(warmUp, trace, 8, step);
     for (int round = 0; round < rounds; ++round) {
         const Usage before = usageOfThisProcess();
-        repeat(steps, step);
+        const int done = repeat(steps, trace, 8, step);
         const Usage after = usageOfThisProcess();
         const std::uint64_t memory = after.memory > before.memory ? after.memory - before.memory : 0;
         const std::uint64_t handles = after.handles > before.handles ? after.handles - before.handles : 0;
         if (memory <= tolerated && handles <= toleratedHandles)
             return;
         std::this_thread::sleep_for(rest);
-        growth = concat(memory >> 10, " KiB and ", handles, " handles");
+        growth = concat(done, " ", what, " left ", memory >> 10, " KiB and ", handles, " handles");
     }
-    throw Broken("1,000 ", what, " left ", growth, " behind, each of four times");
+    throw Broken(growth, " behind, each of four times");
 }
 
 } // namespace
@@ -91,11 +95,9 @@ void checkReload(const Subject& subject) {
     subject.trace.repeating("initialising and finalising, loading and unloading, again and again");
     {
         const Module staysLoaded(subject, Ending::Unloaded);
-        for (int round = 1; round <= roundsLoaded; ++round)
-            loadTwice(subject, round);
+        repeat(roundsLoaded, subject.trace, 4, [&, round = 0]() mutable { loadTwice(subject, ++round); });
     }
-    for (int round = 1; round <= rounds; ++round)
-        loadTwice(subject, round);
+    repeat(rounds, subject.trace, 2, [&, round = 0]() mutable { loadTwice(subject, ++round); });
 }
 
 void checkNewList(const Subject& subject) {
@@ -127,7 +129,7 @@ void checkAttachDetach(const Subject& subject) {
         list.detach(otherToken);
     list.detach(token);
     plugin.trace.repeating("attach and detach, again and again");
-    mustNotGrow("tokens attached and detached", [&, round = 1]() mutable {
+    mustNotGrow("tokens attached and detached", plugin.trace, [&, round = 1]() mutable {
         ++round;
         const std::int32_t code = list.attach(token);
         // cppcheck-suppress identicalConditionAfterEarlyExit ; a plug-in may answer otherwise this time
@@ -142,7 +144,7 @@ void checkAttachDetach(const Subject& subject) {
 void checkReleaseFrees(const Subject& subject) {
     const InitializedPlugin plugin(subject);
     plugin.trace.repeating("making, using and releasing lists by the thousand");
-    mustNotGrow("lists made and released", [&, number = 0]() mutable {
+    mustNotGrow("lists made and released", plugin.trace, [&, number = 0]() mutable {
         ++number;
         try {
             useList(plugin.makeList());
@@ -162,7 +164,7 @@ void checkThreads(const Subject& subject) {
         std::unique_lock<std::mutex> lock(entryPoints);
         const List list = plugin.makeList();
         lock.unlock();
-        repeat(rounds, [&] { useList(list); });
+        repeat(rounds, plugin.trace, 2, [&] { useList(list); });
     };
     try {
         std::future<void> first = std::async(std::launch::async, work);

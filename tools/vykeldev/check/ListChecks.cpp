@@ -45,7 +45,8 @@ void checkRefresh(const Subject& subject) {
         list.isStale();
         refusalIsQuestionable([&] { refresh(list); });
         const std::uint32_t count = list.getCount();
-        for (std::uint32_t i = 0; i < count; ++i)
+        Share share(plugin.trace, 8, 10);
+        for (std::uint32_t i = 0; i < count && share.lasts(); ++i)
             list.getDevice(i);
         const std::uint32_t later = list.getCount();
         if (later != count)
@@ -61,10 +62,12 @@ void checkDevices(const Subject& subject) {
 
 void checkDevicesStay(const Subject& subject) {
     const Session session(subject);
-    const std::vector<Device> devices = devicesOf(session.list);
+    std::vector<Device> devices;
     std::vector<std::string> before;
-    for (std::uint32_t i = 0; i < devices.size(); ++i)
-        before.push_back(describe(deviceAt(session.list, i)));
+    lookAtDevices(session.list, [&](const Device& device, std::uint32_t) {
+        devices.push_back(device);
+        before.push_back(describe(device));
+    });
     {
         const List other = session.plugin.makeList();
         refresh(other);
@@ -88,7 +91,8 @@ void checkIndexBeyond(const Subject& subject) {
     mustRefuse(session.list, std::numeric_limits<std::uint32_t>::max(), count);
     session.plugin.trace.repeating("getDevice for a million indices beyond the count");
     const std::uint32_t step = (std::numeric_limits<std::uint32_t>::max() - count) / calls;
-    for (std::uint32_t i = 0; i < calls; ++i)
+    Share share(subject.trace, 1);
+    for (std::uint32_t i = 0; i < calls && share.lasts(); ++i)
         mustRefuse(session.list, count + i * step, count);
 }
 

@@ -1,5 +1,6 @@
 #include "check/Plugin.h"
 
+#include "doctor/Dependencies.h"
 #include "platform/Process.h"
 #include "support/DisplayText.h"
 #include "support/Failure.h"
@@ -16,12 +17,6 @@ constexpr unsigned char guard = 0xA5;
 
 std::string quotedText(const PluginText& text) {
     return text ? "'" + printable(*text) + "'" : "null";
-}
-
-bool isUtf8(const PluginText& text) {
-    return !text || text->empty() ||
-           MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, text->data(), static_cast<int>(text->size()),
-                               nullptr, 0) != 0;
 }
 
 CodeOnlyStatus::CodeOnlyStatus(std::int32_t preset) noexcept {
@@ -62,7 +57,9 @@ Module::Module(const Subject& subject, Ending itsEnding) : ending(itsEnding) {
     if (handle != nullptr)
         return;
     const Failure failure = systemFailure("loading it", GetLastError(), "");
-    throw Broken(failure.what(), (failure.meaning.empty() ? "" : ": " + failure.meaning));
+    const std::string bad = doctor::describeBadDependencies(subject.path);
+    throw Broken(failure.what(), (failure.meaning.empty() ? "" : ": " + failure.meaning),
+                 (bad.empty() ? "" : "; " + bad));
 }
 
 Module::~Module() {

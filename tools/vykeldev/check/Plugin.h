@@ -26,9 +26,6 @@ inline PluginText copied(const char* text) {
 /// std::quoted.)
 std::string quotedText(const PluginText& text);
 
-/// True of valid UTF-8, and of no text.
-bool isUtf8(const PluginText& text);
-
 /// A block of 8 bytes before memory that nobody may write.
 class CodeOnlyStatus {
 public:
@@ -47,8 +44,11 @@ private:
 /// Calls the operations of an object of the plug-in.
 template <class Interface>
 class PluginObject {
+public:
+    Trace& itsTrace() const noexcept { return *trace; }
+
 protected:
-    PluginObject(Interface& itsObject, Trace& itsTrace) : object(&itsObject), trace(&itsTrace) {}
+    PluginObject(Interface& itsObject, Trace& toTrace) : object(&itsObject), trace(&toTrace) {}
 
     template <class Operation, class... Arguments>
     auto call(const char* name, Operation operation, Arguments... arguments) const {
@@ -69,11 +69,11 @@ protected:
 };
 
 /// A device. As valid as the plug-in's object.
-class Device : PluginObject<vykel::IDevice> {
+class Device : public PluginObject<vykel::IDevice> {
     using Interface = vykel::IDevice;
 
 public:
-    Device(Interface& device, Trace& itsTrace) : PluginObject(device, itsTrace) {}
+    Device(Interface& device, Trace& toTrace) : PluginObject(device, toTrace) {}
 
     std::int32_t getVersion() const { return call("IDevice::getVersion", &Interface::getVersion); }
     std::uint32_t getSortKey() const { return call("getSortKey", &Interface::getSortKey); }
@@ -101,12 +101,12 @@ struct Fetched {
 };
 
 /// A list, released at the end. `preset` is the code in the block before the call.
-class List : PluginObject<vykel::IDeviceList> {
+class List : public PluginObject<vykel::IDeviceList> {
     using Interface = vykel::IDeviceList;
 
 public:
-    List(Interface& list, Trace& itsTrace)
-        : PluginObject(list, itsTrace), ownership(&list, Release{&itsTrace}) {}
+    List(Interface& list, Trace& toTrace)
+        : PluginObject(list, toTrace), ownership(&list, Release{&toTrace}) {}
 
     std::int32_t getVersion() const { return call("IDeviceList::getVersion", &Interface::getVersion); }
     bool isStale() const { return call("isStale", &Interface::isStale); }

@@ -29,12 +29,15 @@ void to_json(Json& json, const Result& result) {
             {"observed", result.observed.empty() ? Json() : Json(result.observed)},
             {"meaning", rule.meaning},
             {"remedy", rule.remedy},
+            {"lookedLess", result.lookedLess},
             {"milliseconds", result.duration.count()}};
 }
 
 void printResult(std::ostream& out, const Result& result, bool colour) {
     static constexpr const char* colours[] = {"\x1b[32m", "\x1b[1;33m", "\x1b[1;31m", "\x1b[2m"};
     const Rule& rule = *result.rule;
+    if (isConsequence(result))
+        return; // the summary has one line for all of them
     const std::string observed = printable(result.observed);
     out << (colour ? colours[static_cast<std::size_t>(result.outcome)] : "") << std::left << std::setw(8)
         << toString(result.outcome) << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
@@ -47,6 +50,21 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
 }
 
 void printSummary(std::ostream& out, const Results& results) {
+    std::vector<std::string> lookedLess;
+    for (const Result& cause : results) {
+        const auto skipped = std::count_if(results.begin(), results.end(), [&cause](const Result& result) {
+            return isConsequence(result) && result.cause == cause.rule;
+        });
+        if (skipped != 0)
+            out << "skipped  " << std::left << std::setw(21)
+                << concat(skipped, skipped == 1 ? " rule" : " rules") << "because '" << cause.rule->id << "' "
+                << (cause.outcome == Outcome::Skipped ? "was skipped" : "did not pass") << '\n';
+        if (cause.lookedLess)
+            lookedLess.push_back(cause.rule->id);
+    }
+    if (!lookedLess.empty())
+        out << "looked less often, because the time was over (--budget gives more): "
+            << joined(lookedLess, ", ") << '\n';
     out << countOf(results, Outcome::Passed) << " passed, " << countOf(results, Outcome::Failed)
         << " failed, " << countOf(results, Outcome::Warning) << " with warnings, "
         << countOf(results, Outcome::Skipped) << " skipped\n";

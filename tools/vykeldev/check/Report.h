@@ -6,10 +6,12 @@
 
 namespace vykeldev::check {
 
-/// One result for people, with meaning and remedy when the rule is broken, or why it was skipped.
+/// One result for people, with meaning and remedy when the rule is broken, or why it was skipped. Nothing
+/// for a consequence of another result.
 void printResult(std::ostream& out, const Result& result, bool colour);
 
-/// The last line: how many of each outcome.
+/// The last lines: what was skipped because of which rule, for which rules it looked less often, and how many
+/// there are of each outcome.
 void printSummary(std::ostream& out, const Results& results);
 
 /// All results as one JSON object; schemas/check.schema.json describes it.

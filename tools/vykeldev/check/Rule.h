@@ -3,6 +3,7 @@
 
 #include "support/Text.h"
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +28,8 @@ struct Subject {
     Trace& trace;
     Stage stage;
     std::vector<std::string> notes; ///< Those of the first stage, in the others.
+    /// With --number-devices, for the rule about numbers: those that may be given to devices for good.
+    std::vector<std::uint32_t> freeNumbers;
 };
 
 /// The largest size of the notes of one rule: they are passed as an argument.

@@ -69,6 +69,11 @@ const std::vector<Rule>& allRules() {
         {"token-present", "Every device has its persistent tokens", error, "devices", "",
          "Legacy aliases are matched by these texts; a device without one never gets its alias.",
          "Return a text for the formats 1 and 2; it may be the same for both.", checkTokenPresent},
+        {"tokens-differ", "Devices of one list have different tokens, in each format", warning,
+         "token-present", "",
+         "Whoever looks for a device by its token, such as a legacy alias, finds the first one that has it.",
+         "Add to the token what tells the devices apart, such as the serial number or the place.",
+         checkTokensDiffer},
         {"token-stable", "Persistent tokens persist", error, "token-present", "",
          "Aliases are matched by these texts, across restarts and reconnects.",
          "Make them from what belongs to the device, such as a serial number or its place; never from an "

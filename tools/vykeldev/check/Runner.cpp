@@ -2,12 +2,16 @@
 
 #include "check/StageRun.h"
 #include "ConfigurationFolder.h"
+#include "doctor/Probe.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "platform/Console.h"
+#include "PluginRegistrations.h"
 #include "support/BoundedLock.h"
 #include "support/Failure.h"
+#include "support/Paths.h"
 #include <map>
+#include <set>
 
 namespace vykeldev::check {
 namespace {
@@ -29,29 +33,72 @@ bool isWanted(const Rule& rule, const std::vector<std::string>& wanted) {
 }
 
 /// Locks one of the machine's lock files as the library does, so that the library changes nothing meanwhile.
-/// Waits for it, but not for long. Throws Skipped when it cannot be locked.
+/// Waits for it, but not for long. Throws Questionable when it cannot be locked.
 vykel::FileStream lockMachine(const std::string& fileName) {
     try {
         vykel::FileStream stream = vykel::openLockFile((vykel::getConfigurationFolder() + fileName).c_str());
         if (lockInTime(stream.get(), [](auto) {}) == ERROR_SUCCESS)
             return stream;
     } catch (const vyerr::Exception&) {
-        throw Skipped("the machine's lock file ", fileName,
+        throw Questionable("the machine's lock file ", fileName,
                       " cannot be opened or made; 'vykeldev doctor' says why");
     }
-    throw Skipped("the machine's lock file ", fileName, " cannot be locked; another process may be using it");
+    throw Questionable("the machine's lock file ", fileName, " cannot be locked; another process may be using it");
+}
+
+/// The paths of all registered plug-ins that the library loads.
+std::set<std::string> registeredPaths() {
+    std::set<std::string> paths;
+    try {
+        for (std::uint32_t i = 0, count = vykel::countPlugins(); i < count; ++i) {
+            try {
+                paths.insert(vykel::pluginPath(vykel::pluginName(i)));
+            } catch (const vyerr::Exception&) { // the library leaves this one out
+            }
+        }
+    } catch (const vyerr::Exception&) { // no plug-in can be registered
+    }
+    return paths;
+}
+
+/// The lowest numbers that no device has: none of the registered plug-ins, nor of the one under check. As
+/// many as it has devices without a number, but only some. Throws Questionable when a plug-in cannot be asked.
+std::vector<std::uint32_t> findFreeNumbers(const RunOptions& options) {
+    constexpr std::ptrdiff_t maxNumbers = 10; // they all go into the notes
+    std::set<std::string> paths = registeredPaths();
+    paths.insert(options.path);
+    std::set<std::optional<std::uint32_t>> used;
+    std::ptrdiff_t wanted = 0;
+    for (const std::string& path : paths) {
+        if (path.size() > maxPathBytes)
+            continue;
+        const doctor::ProbeResult probe = doctor::probePlugin(path, std::max(options.limit, options.budget));
+        if (!probe.done)
+            throw Questionable("no number is known to be free, because the plug-in '", path,
+                          "' does not work; 'vykeldev doctor' says why");
+        used.insert(probe.deviceNumbers.begin(), probe.deviceNumbers.end());
+        if (path == options.path)
+            wanted = std::count(probe.deviceNumbers.begin(), probe.deviceNumbers.end(), std::nullopt);
+    }
+    std::vector<std::uint32_t> numbers;
+    wanted = std::min(wanted, maxNumbers);
+    for (std::uint32_t number = 0; wanted > static_cast<std::ptrdiff_t>(numbers.size()); ++number)
+        if (used.count(number) == 0)
+            numbers.push_back(number);
+    return numbers;
 }
 
 /// One run over the rules.
 class Run {
 public:
-    explicit Run(const RunOptions& runOptions) : options(runOptions) {}
+    Run(const RunOptions& runOptions, Progress& itsProgress) : options(runOptions), progress(itsProgress) {}
 
     /// Checks a rule, unless there is a reason to skip it. Throws Failure when that cannot be done.
     const Result& add(const Rule& rule) {
-        const std::string reason = reasonToSkip(rule);
-        collected.results.push_back(reason.empty() ? check(rule)
-                                                   : Result{&rule, Outcome::Skipped, reason, {}});
+        progress.show(concat("checking '", rule.id, "'"));
+        const std::optional<Result> skipped = reasonToSkip(rule);
+        collected.results.push_back(skipped ? *skipped : check(rule));
+        progress.show({});
         return collected.results.back();
     }
 
@@ -73,15 +120,19 @@ public:
     RunResults collected;
 
 private:
-    std::string reasonToSkip(const Rule& rule) {
+    /// The result of a rule that there is a reason to skip.
+    std::optional<Result> reasonToSkip(const Rule& rule) {
+        const auto skipped = [&rule](const std::string& reason, const Rule* cause) {
+            return Result{&rule, Outcome::Skipped, reason, {}, cause};
+        };
         if (options.readOnly && rule.alters())
-            return "left out by --read-only";
+            return skipped("left out by --read-only", nullptr);
         const Result* const needed = resultOf(rule.needs);
         if (needed == nullptr || needed->outcome == Outcome::Passed)
-            return "";
+            return std::nullopt;
         if (needed->outcome == Outcome::Skipped)
-            return needed->observed;
-        return "it needs '" + std::string(rule.needs) + "', which did not pass";
+            return skipped(needed->observed, needed->cause != nullptr ? needed->cause : needed->rule);
+        return skipped(concat("it needs '", rule.needs, "', which did not pass"), needed->rule);
     }
 
     Result check(const Rule& rule) {
@@ -92,6 +143,9 @@ private:
                 lock = lockMachine(rule.lock);
                 stopRequest.emplace();
             }
+            freeNumbers.clear();
+            if (options.numberDevices && rule.id == std::string_view("number-kept"))
+                freeNumbers = findFreeNumbers(options);
             Account account = runOnce(rule, Stage::First, {});
             if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
                 runSecond(rule, account);
@@ -100,14 +154,14 @@ private:
                 throw Failure(concat("the rule '", rule.id, "' cannot be checked: ", account.toolFailed),
                               "This tool failed, not the plug-in.",
                               "Choose other rules with --rule, and report the failure.");
-            return {&rule, *account.outcome, account.observed, account.duration};
-        } catch (const Skipped& skipped) {
-            return {&rule, Outcome::Skipped, skipped.observed, {}};
+            return {&rule, *account.outcome, account.observed, account.duration, nullptr, account.lookedLess};
+        } catch (const Questionable& notTried) {
+            return {&rule, Outcome::Warning, "not tried: " + notTried.observed, {}};
         }
     }
 
     Account runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes) {
-        Account account = runStage(rule, options.path, stage, notes, options.limit);
+        Account account = runStage(options, {rule, stage, notes, freeNumbers});
         for (const Incident& incident : account.incidents)
             incidents[incident.rule].push_back(
                 incident.observed +
@@ -125,6 +179,7 @@ private:
             second.toolFailed = failure.what();
         }
         first.duration += second.duration;
+        first.lookedLess = first.lookedLess || second.lookedLess;
         if (first.toolFailed.empty())
             first.toolFailed = second.toolFailed;
         const Outcome outcome = second.outcome.value_or(Outcome::Failed);
@@ -134,7 +189,7 @@ private:
         } else if (isBroken(outcome)) {
             first.observed += "; then, in a new process, " + second.observed;
         }
-        if (!rule.alters() || second.putBack)
+        if (!rule.alters() || second.putBack || first.notes.at(1).empty())
             return;
         const std::string lost = "the old one of the device " + first.notes.at(0) + ", '" +
                                  first.notes.at(1) + "', could not be put back";
@@ -155,13 +210,16 @@ private:
     }
 
     const RunOptions& options;
+    Progress& progress;
+    std::vector<std::uint32_t> freeNumbers;
     std::map<std::string, std::vector<std::string>> incidents; // by rule
 };
 
 } // namespace
 
-RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult) {
-    Run run(options);
+RunResults runRules(const RunOptions& options, Progress& progress,
+                    const std::function<void(const Result&)>& onResult) {
+    Run run(options, progress);
     for (const Rule& rule : allRules()) {
         if (run.collected.stopped)
             break;

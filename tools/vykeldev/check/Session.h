@@ -46,12 +46,19 @@ inline Device deviceAt(const List& list, std::uint32_t index) {
     throw Broken(place, " answered null and left no error");
 }
 
-/// All devices of a list.
+/// Calls `look` with each device of a list and its index: with all when the time suffices, and with the first
+/// ten in any case.
+template <class Look>
+void lookAtDevices(const List& list, Look look) {
+    const std::uint32_t count = list.getCount();
+    Share share(list.itsTrace(), 4, 10);
+    for (std::uint32_t i = 0; i < count && share.lasts(); ++i)
+        look(deviceAt(list, i), i);
+}
+
 inline std::vector<Device> devicesOf(const List& list) {
     std::vector<Device> devices;
-    const std::uint32_t count = list.getCount();
-    for (std::uint32_t i = 0; i < count; ++i)
-        devices.push_back(deviceAt(list, i));
+    lookAtDevices(list, [&devices](const Device& device, std::uint32_t) { devices.push_back(device); });
     return devices;
 }
 

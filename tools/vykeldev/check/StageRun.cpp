@@ -31,15 +31,19 @@ Json checkRule(const Rule& rule, const Subject& subject) {
 void runInChild(const std::vector<std::string>& arguments, Reporter& reporter) {
     const Rule* const rule = findRule(arguments.at(0));
     const auto stage = static_cast<Stage>(std::stoi(arguments.at(2)));
-    Trace trace(reporter);
+    Trace trace(reporter, std::chrono::milliseconds(std::stoll(arguments.at(3))));
     if (rule != nullptr)
-        reporter.report(
-            checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 3, arguments.end()}}));
+        reporter.report(checkRule(*rule, {arguments[1],
+                                          trace,
+                                          stage,
+                                          {arguments.begin() + 5, arguments.end()},
+                                          Json::parse(arguments.at(4)).get<std::vector<std::uint32_t>>()}));
     exitImmediately(); // everything is reported; what the plug-in left behind must not spoil the end
 }
 
 void take(const Json& report, Account& account) {
     account.notes = report.value("notes", account.notes);
+    account.lookedLess = report.value("lookedLess", account.lookedLess);
     account.putBack = report.value("putBack", account.putBack);
     account.toolFailed = report.value("toolFailed", account.toolFailed);
     const auto observed = report.value("observed", std::string());
@@ -64,18 +68,19 @@ std::string endText(const ChildOutcome& child, std::chrono::milliseconds limit) 
 
 const ChildTask checkRuleTask = {"check-rule", runInChild};
 
-Account runStage(const Rule& rule, const std::string& plugin, Stage stage,
-                 const std::vector<std::string>& notes, std::chrono::milliseconds limit) {
+Account runStage(const RunOptions& options, const StageInput& input) {
     Account account;
-    std::vector<std::string> arguments{rule.id, plugin, std::to_string(static_cast<int>(stage))};
-    arguments.insert(arguments.end(), notes.begin(), notes.end());
+    std::vector<std::string> arguments{
+        input.rule.id, options.path, std::to_string(static_cast<int>(input.stage)),
+        std::to_string(options.budget.count()), textOf(Json(input.freeNumbers), -1)};
+    arguments.insert(arguments.end(), input.notes.begin(), input.notes.end());
     TaskRun run(checkRuleTask, arguments, [&account](const Json& report) { take(report, account); });
-    const ChildOutcome child = run.finish(limit, TaskRun::Limit::BetweenReports);
+    const ChildOutcome child = run.finish(options.limit, TaskRun::Limit::BetweenReports);
     account.duration = child.duration;
     if (account.outcome || !account.toolFailed.empty())
         return account;
     account.outcome = Outcome::Failed;
-    account.observed = endText(child, limit) + (run.step().empty() ? "" : " in: " + run.step());
+    account.observed = endText(child, options.limit) + (run.step().empty() ? "" : " in: " + run.step());
     if (child.end && child.end->crashed && child.end->code == foreignException) {
         account.incidents.push_back(
             {"no-exception", "an exception left " + run.step() + " and ended the process"});

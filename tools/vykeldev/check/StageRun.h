@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_CHECK_STAGERUN_H
 #define VYKELDEV_CHECK_STAGERUN_H
 
-#include "check/Result.h"
+#include "check/Runner.h"
 #include "child/ChildTask.h"
 #include <optional>
 
@@ -23,13 +23,21 @@ struct Account {
     bool putBack = false;           ///< What was altered is as it was before.
     std::string toolFailed;         ///< How this tool itself failed there, if it did.
     std::vector<Incident> incidents;
+    bool lookedLess = false; ///< Its budget was used up.
     std::chrono::milliseconds duration{0};
 };
 
-/// Runs a stage of a rule, with the notes of the first stage, in a process of its own, which is killed when
-/// it makes no progress for `limit`. Throws Failure when it cannot be started.
-Account runStage(const Rule& rule, const std::string& plugin, Stage stage,
-                 const std::vector<std::string>& notes, std::chrono::milliseconds limit);
+/// What a stage of a rule is given.
+struct StageInput {
+    const Rule& rule;
+    Stage stage;
+    const std::vector<std::string>& notes;         ///< Of the first stage.
+    const std::vector<std::uint32_t>& freeNumbers; ///< See Subject.
+};
+
+/// Runs a stage in a process of its own, which is killed when it makes no progress for the time limit of the
+/// options. Throws Failure when it cannot be started.
+Account runStage(const RunOptions& options, const StageInput& input);
 
 } // namespace vykeldev::check
 

@@ -48,13 +48,13 @@ void checkNoException(const Subject& subject) {
         session.list.getDevice(0, std::numeric_limits<std::int32_t>::min());
         session.list.getDevice(std::numeric_limits<std::uint32_t>::max(),
                                std::numeric_limits<std::int32_t>::max());
-        for (const Device& device : devicesOf(session.list)) {
+        lookAtDevices(session.list, [](const Device& device, std::uint32_t) {
             device.getVersion();
             device.getSortKey();
             device.getPersistentToken(1);
             device.getAlias();
             device.getNumber();
-        }
+        });
     } catch (const Broken&) { // an error is not an exception
     }
 }

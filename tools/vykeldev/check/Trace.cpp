@@ -1,10 +1,9 @@
 #include "check/Trace.h"
 
-#include <chrono>
-
 namespace vykeldev::check {
 
-Trace::Trace(Reporter& toParent) : reporter(toParent), progress([this] { reportProgress(); }) {}
+Trace::Trace(Reporter& toParent, std::chrono::milliseconds itsBudget)
+    : budget(itsBudget), reporter(toParent), progress([this] { reportProgress(); }) {}
 
 Trace::~Trace() {
     {
@@ -25,6 +24,11 @@ void Trace::repeating(const std::string& what) {
     ++callCount;
     reporter.beginStep(what);
     isRepeating = true;
+}
+
+void Trace::lookLess() {
+    if (!less.exchange(true))
+        reporter.report({{"lookedLess", true}});
 }
 
 void Trace::incident(const char* rule, const std::string& observed) {
@@ -51,6 +55,16 @@ void Trace::reportProgress() {
             reporter.report({{"progress", calls}});
         }
     }
+}
+
+bool Share::lasts() {
+    constexpr int maxRounds = 1'000'000; // a faulty plug-in may count billions of devices
+    if (rounds < minimum || (rounds < maxRounds && Clock::now() < end)) {
+        ++rounds;
+        return true;
+    }
+    trace.lookLess();
+    return false;
 }
 
 } // namespace vykeldev::check

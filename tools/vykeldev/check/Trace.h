@@ -5,6 +5,7 @@
 #include "child/ChildTask.h"
 #include "vytpl/NonCopyable.h"
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <cstdint>
 #include <exception>
@@ -20,7 +21,8 @@ namespace vykeldev::check {
 /// not hang. Any thread may call.
 class Trace : private vytpl::NonCopyableT<Trace> {
 public:
-    explicit Trace(Reporter& toParent);
+    /// `budget`: the time that the loops of this rule may take together.
+    Trace(Reporter& toParent, std::chrono::milliseconds itsBudget);
     ~Trace();
 
     /// Makes a call into the plug-in. When an exception comes out, that is an incident of its own, and the
@@ -51,8 +53,14 @@ public:
     /// What the rule altered is as it was before.
     void putBack() { reporter.report({{"putBack", true}}); }
 
+    /// The rule looks less often than usual, because its budget is used up.
+    void lookLess();
+    bool looksLess() const noexcept { return less; }
+
     /// A rule other than the one at work turns out to be broken.
     void incident(const char* rule, const std::string& observed);
+
+    const std::chrono::milliseconds budget;
 
 private:
     [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);
@@ -61,11 +69,31 @@ private:
     Reporter& reporter;
     bool isRepeating = false;
     std::atomic<std::uint64_t> callCount{0};
+    std::atomic<bool> less{false};
     std::mutex mutex;
     std::set<std::string> incidents; // each is reported once
     bool ended = false;
     std::condition_variable end;
     std::thread progress;
+};
+
+/// The part of a rule's budget that one loop may use. A slow plug-in, or one of very many devices, is then
+/// looked at less often instead of for hours. One thread.
+class Share : private vytpl::NonCopyableT<Share> {
+public:
+    /// The loop may take the budget's time divided by `parts`, but makes `minimum` rounds in any case.
+    Share(Trace& itsTrace, int parts, int itsMinimum = 1)
+        : trace(itsTrace), minimum(itsMinimum), end(Clock::now() + trace.budget / parts) {}
+
+    /// Whether there may be another round. Call it only when there is something left to do.
+    bool lasts();
+
+private:
+    using Clock = std::chrono::steady_clock;
+    Trace& trace;
+    const int minimum;
+    const Clock::time_point end;
+    int rounds = 0;
 };
 
 } // namespace vykeldev::check
