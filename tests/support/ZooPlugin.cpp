@@ -141,6 +141,8 @@ struct List final : vykel::IDeviceList {
         crashIf(has("crashes_refreshing"));
         shellIf("starts_process", "sleep 100 >&- & echo $! >\"$VYKEL_ZOO_STATE\"");
         shellIf("tells_its_process", "echo $PPID >\"$VYKEL_ZOO_STATE\"");
+        if (has("slow_refresh"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(2100));
         if (has("hangs"))
             std::this_thread::sleep_for(std::chrono::minutes(1));
         while (has("floods"))
@@ -162,7 +164,7 @@ struct List final : vykel::IDeviceList {
             status->code = 0;
         for (Device& device : devices)
             ++device.refreshes;
-        shown = 2;
+        shown = has("one_device") ? 1 : 2;
     }
     std::uint32_t getCount() override { return has("counts_down") && shown > 0 ? shown-- : shown; }
     vykel::IDevice* getDevice(std::uint32_t index, std::int32_t version, StatusBlock* status) override {

@@ -111,6 +111,8 @@ TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
     }
     EXPECT_EQ(report["counts"],
               Json({{"registered", count}, {"loaded", 1}, {"refused", 0}, {"failed", count - 1}}));
+    if (isWindows)
+        expectPart(run("check " + argument(folder / "h.dll")), "not found: msvcrx.dll (");
     const Json& missingFile = report["plugins"][4];
     EXPECT_EQ(missingFile["system"]["code"], ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(missingFile["error"]["document"]["vydynlib_debug"]["path"], missingFile["path"]);
@@ -139,6 +141,14 @@ TEST_F(DoctorTest, NamesWhatAPluginDoesAndGoesOn) {
         EXPECT_EQ(report["plugins"][1]["deviceNumbers"], // it lists one before the one that it refuses
                   fault == "refuses_device" ? Json({7}) : Json::array());
     }
+}
+
+TEST_F(DoctorTest, WarnsOfSlowRefreshesAndBadTexts) {
+    machine.install("zoo_plugin", "b");
+    breakRule("slow_refresh,one_token,latin_1_token,null_token");
+    diagnose("--timeout 50");
+    EXPECT_EQ(account(1), "loaded at null: refresh-slow text-not-utf8 token-duplicate token-missing");
+    expectPart(report["findings"].dump(), "the token of device 0 in format 2 is null, and 1 more");
 }
 
 TEST_F(DoctorTest, ChecksRegistrationsAndNumbers) {

@@ -3,7 +3,6 @@
 #include "check/Trace.h"
 #include <algorithm>
 #include <map>
-#include <utility>
 
 namespace vykeldev::check {
 namespace {
@@ -22,7 +21,7 @@ struct Property {
 struct Alteration {
     std::string token;  ///< Quoted.
     std::string before; ///< Empty: there was none. The new value stays.
-    std::string value;
+    std::string value;  ///< The new one.
 };
 using Alterations = std::vector<Alteration>;
 
@@ -64,13 +63,13 @@ void alter(const Subject& subject, const Session& session, const Property& prope
 /// Reads the property in a later process, and restores its old value if there was one.
 void putBack(const Subject& subject, const Property& property) {
     const Session session(subject);
-    const List later = session.plugin.makeList();
     for (std::size_t i = 0; i + 2 < subject.notes.size(); i += 3) {
         const Alteration each{subject.notes[i], subject.notes[i + 1], subject.notes[i + 2]};
         const Device device = find(session.list, each.token);
         const PluginText kept = property.read(device);
         if (!each.before.empty()) {
             property.write(device, each.before);
+            const List later = session.plugin.makeList();
             refresh(later);
             if (property.read(find(later, each.token)) == each.before)
                 subject.trace.putBack();
@@ -81,50 +80,47 @@ void putBack(const Subject& subject, const Property& property) {
     }
 }
 
-/// The devices with a token of their own, so that they can be found again, and this token, quoted.
-std::vector<std::pair<Device, std::string>> recognisableDevices(const List& list) {
+/// The values of all devices, each with the device's token as `token` and no new value. Leaves out devices
+/// that do not have a token of their own: nobody could find them again.
+Alterations readAll(const List& list, const Property& property, bool& isTaken) {
     std::map<std::string, int> count;
-    std::vector<std::pair<Device, std::string>> devices;
+    Alterations all;
     lookAtDevices(list, [&](const Device& device, std::uint32_t) {
-        devices.emplace_back(device, quotedText(device.getPersistentToken(1)));
-        ++count[devices.back().second];
+        const PluginText value = property.read(device);
+        isTaken = isTaken || value;
+        all.push_back({quotedText(device.getPersistentToken(1)), value.value_or(""), ""});
+        ++count[all.back().token];
     });
-    const auto isAmbiguous = [&count](const auto& device) { return count[device.second] > 1; };
-    devices.erase(std::remove_if(devices.begin(), devices.end(), isAmbiguous), devices.end());
-    return devices;
+    const auto isAmbiguous = [&count](const Alteration& each) { return count[each.token] > 1; };
+    all.erase(std::remove_if(all.begin(), all.end(), isAmbiguous), all.end());
+    return all;
 }
 
 /// What to alter: devices without a value get the free numbers. When there are none, the first device whose
 /// property is set gets another value. Throws when there is nothing to alter.
 Alterations chooseAlterations(const Subject& subject, const List& list, const Property& property) {
-    const std::vector<std::uint32_t>& numbers = subject.freeNumbers;
-    Alterations given;
-    Alterations altered;
-    std::size_t bytes = 0;
     bool isTaken = property.refused == nullptr;
-    Share share(subject.trace, 4, 10);
-    for (const auto& [device, token] : recognisableDevices(list)) {
-        if (given.size() == numbers.size() && !altered.empty())
-            break;
-        if (!share.lasts())
-            break;
-        const PluginText value = property.read(device);
-        isTaken = isTaken || value;
-        if (value && !value->empty()) {
-            if (altered.empty() && isUtf8(*value) && token.size() + value->size() <= maxNoteBytes)
-                altered = {{token, *value, property.newValue(list)}};
-        } else if (given.size() < numbers.size() && bytes + token.size() <= maxNoteBytes) {
-            given.push_back({token, "", std::to_string(numbers[given.size()])});
-            bytes += token.size();
-        }
+    const Alterations all = readAll(list, property, isTaken);
+    Alterations chosen;
+    std::size_t bytes = 0;
+    for (const Alteration& each : all) {
+        bytes += each.before.empty() ? each.token.size() : 0;
+        if (each.before.empty() && chosen.size() < subject.freeNumbers.size() && bytes <= maxNoteBytes)
+            chosen.push_back({each.token, "", std::to_string(subject.freeNumbers[chosen.size()])});
     }
-    if (!given.empty())
-        return given;
-    if (altered.empty() && !isTaken)
+    const auto found = std::find_if(all.begin(), all.end(), [](const Alteration& each) {
+        return !each.before.empty() && isUtf8(each.before) &&
+               each.token.size() + each.before.size() <= maxNoteBytes;
+    });
+    if (!chosen.empty())
+        return chosen;
+    if (all.empty())
+        throw Skipped("no device has a token of its own; see 'tokens-differ'");
+    if (!isTaken)
         throw Skipped(property.refused);
-    if (altered.empty())
+    if (found == all.end())
         throw Questionable(property.unset);
-    return altered;
+    return {{found->token, found->before, property.newValue(list)}};
 }
 
 /// Alters the property, or puts it back in the second process.
