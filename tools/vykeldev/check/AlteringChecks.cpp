@@ -7,11 +7,11 @@
 namespace vykeldev::check {
 namespace {
 
-/// Something that can be set on a device, as a text; none or empty when it is not set.
+/// Something that can be set on a device, as a text: empty when it is not set yet, none when the device takes
+/// none.
 struct Property {
     const char* name;
-    const char* unset;   ///< What to do when no device has it.
-    const char* refused; ///< Why the rule does not apply when no device takes it; null when all must take it.
+    const char* notTried; ///< When no device has it: what to do.
     std::string (*newValue)(const List&);
     PluginText (*read)(const Device&);
     std::int32_t (*write)(const Device&, const std::string&);
@@ -80,47 +80,41 @@ void putBack(const Subject& subject, const Property& property) {
     }
 }
 
-/// The values of all devices, each with the device's token as `token` and no new value. Leaves out devices
-/// that do not have a token of their own: nobody could find them again.
-Alterations readAll(const List& list, const Property& property, bool& isTaken) {
+/// The old values of all devices that take the property. Leaves out devices that do not have a token of their
+/// own: nobody could find them again.
+Alterations readAll(const List& list, const Property& property) {
     std::map<std::string, int> count;
     Alterations all;
     lookAtDevices(list, [&](const Device& device, std::uint32_t) {
-        const PluginText value = property.read(device);
-        isTaken = isTaken || value;
-        all.push_back({quotedText(device.getPersistentToken(1)), value.value_or(""), ""});
-        ++count[all.back().token];
+        const std::string token = quotedText(device.getPersistentToken(1));
+        ++count[token];
+        if (const PluginText value = property.read(device))
+            all.push_back({token, *value, ""});
     });
     const auto isAmbiguous = [&count](const Alteration& each) { return count[each.token] > 1; };
     all.erase(std::remove_if(all.begin(), all.end(), isAmbiguous), all.end());
+    if (all.empty())
+        throw Skipped("no device with a token of its own takes ", property.name);
     return all;
 }
 
 /// What to alter: devices without a value get the free numbers. When there are none, the first device whose
 /// property is set gets another value. Throws when there is nothing to alter.
 Alterations chooseAlterations(const Subject& subject, const List& list, const Property& property) {
-    bool isTaken = property.refused == nullptr;
-    const Alterations all = readAll(list, property, isTaken);
-    Alterations chosen;
+    const Alterations all = readAll(list, property);
+    Alterations given;
     std::size_t bytes = 0;
-    for (const Alteration& each : all) {
-        bytes += each.before.empty() ? each.token.size() : 0;
-        if (each.before.empty() && chosen.size() < subject.freeNumbers.size() && bytes <= maxNoteBytes)
-            chosen.push_back({each.token, "", std::to_string(subject.freeNumbers[chosen.size()])});
-    }
-    const auto found = std::find_if(all.begin(), all.end(), [](const Alteration& each) {
-        return !each.before.empty() && isUtf8(each.before) &&
-               each.token.size() + each.before.size() <= maxNoteBytes;
-    });
-    if (!chosen.empty())
-        return chosen;
-    if (all.empty())
-        throw Skipped("no device has a token of its own; see 'tokens-differ'");
-    if (!isTaken)
-        throw Skipped(property.refused);
-    if (found == all.end())
-        throw Questionable(property.unset);
-    return {{found->token, found->before, property.newValue(list)}};
+    for (const Alteration& each : all)
+        if (each.before.empty() && given.size() < subject.notes.size() &&
+            (bytes += each.token.size()) <= maxNoteBytes)
+            given.push_back({each.token, "", subject.notes[given.size()]});
+    if (!given.empty())
+        return given;
+    for (const Alteration& each : all)
+        if (!each.before.empty() && isUtf8(each.before) &&
+            each.token.size() + each.before.size() <= maxNoteBytes)
+            return {{each.token, each.before, property.newValue(list)}};
+    throw Questionable(property.notTried);
 }
 
 /// Alters the property, or puts it back in the second process.
@@ -150,11 +144,10 @@ void checkNumberKept(const Subject& subject) {
         "the number",
         "not tried: no device with a token of its own has a number. 'vykeldev check --number-devices' gives some "
         "devices free numbers, for good, and tries it",
-        nullptr,
         unusedNumber,
         [](const Device& device) {
             const std::uint32_t number = device.getNumber();
-            return number == vykel::noDeviceNumber ? PluginText() : std::to_string(number);
+            return number == vykel::noDeviceNumber ? "" : std::to_string(number);
         },
         [](const Device& device, const std::string& number) {
             return device.setNumber(static_cast<std::uint32_t>(std::stoul(number)));
@@ -167,7 +160,6 @@ void checkAliasKept(const Subject& subject) {
         "the alias",
         "not tried: no device with a token of its own has an alias yet. Give one device an alias, by the means of "
         "the plug-in or by an entry in vykel.ini, and check again",
-        "no device takes an alias",
         [](const List&) { return std::string("vykeldev check \xC3\xA4\xE2\x82\xAC"); },
         [](const Device& device) { return device.getAlias(); },
         [](const Device& device, const std::string& alias) { return device.setAlias(alias); }};

@@ -42,8 +42,7 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
                       "Give the path of the plug-in's DLL.");
     if (!options.json)
         std::cout << "Checking " << printable(run.path) << std::endl;
-    Progress progress;
-    const auto [results, stopped] = check::runRules(run, progress, [&](const check::Result& result) {
+    const auto [results, stopped] = check::runRules(run, [&](const check::Result& result) {
         if (!options.json)
             check::printResult(std::cout, result, context.colour);
     });

@@ -3,7 +3,6 @@
 #include "check/Trace.h"
 #include <algorithm>
 #include <iterator>
-#include <limits>
 #include <map>
 #include <utility>
 
@@ -23,34 +22,22 @@ constexpr TextReader readers[] = {
     {"getAlias", [](const Device& device) { return device.ownAlias(); }},
 };
 
-constexpr std::uint32_t asManyAsPossible = 0;
-
-/// The tokens of the first `count` devices, quoted, in an order that does not depend on that of the devices.
-/// Stores for the next call how many are not too many.
-std::vector<std::string> tokensOf(const List& list, std::uint32_t& count) {
+/// All tokens, quoted, in an order that does not depend on that of the devices.
+std::vector<std::string> tokensOf(const List& list) {
     std::vector<std::string> tokens;
-    const auto add = [&tokens](const Device& device, std::uint32_t) {
+    lookAtDevices(list, [&tokens](const Device& device, std::uint32_t) {
         for (const std::uint32_t format : formats)
             tokens.push_back(quotedText(device.getPersistentToken(format)));
-    };
-    if (count == asManyAsPossible) {
-        lookAtDevices(list, add);
-        count = list.itsTrace().looksLess() ? static_cast<std::uint32_t>(tokens.size() / std::size(formats))
-                                            : std::numeric_limits<std::uint32_t>::max();
-    } else {
-        for (std::uint32_t i = 0, end = std::min(count, list.getCount()); i < end; ++i)
-            add(deviceAt(list, i), i);
-    }
+    });
     std::sort(tokens.begin(), tokens.end());
     return tokens;
 }
 
-/// Throws. Of two lists that were read in part, nobody knows what the other part has.
-template <class... Parts>
-[[noreturn]] void tokensChanged(const Trace& trace, const Parts&... observed) {
+/// Throws. When lists were read only in part, nobody knows what the other part has.
+[[noreturn]] void tokensChanged(const Trace& trace, const std::string& observed) {
     if (trace.looksLess())
-        throw Skipped("only a part of the devices could be compared; give more time with --budget");
-    throw Broken(observed...);
+        throw Skipped("only a part of the tokens could be compared; give more time with --budget");
+    throw Broken(observed);
 }
 
 /// The first sorted token that is not among others, or an empty text.
@@ -79,11 +66,10 @@ void mustKnowTokens(const Subject& subject) {
     std::vector<std::string> before = subject.notes;
     const std::size_t count = std::stoul(before.back());
     before.pop_back();
-    std::uint32_t readable = asManyAsPossible;
-    const std::vector<std::string> now = tokensOf(Session(subject).list, readable);
+    const std::vector<std::string> now = tokensOf(Session(subject).list);
     const std::string gone = firstMissing(before, now);
     if (!gone.empty() && now.size() >= count)
-        tokensChanged(subject.trace, "the token ", gone, " of one process is missing in the next");
+        tokensChanged(subject.trace, "the token " + gone + " of one process is missing in the next");
 }
 
 } // namespace
@@ -113,20 +99,19 @@ void checkTokenStable(const Subject& subject) {
     if (subject.stage == Stage::Second)
         return mustKnowTokens(subject);
     constexpr int attempts = 3; // devices may come and go, but not every time
-    std::uint32_t count = asManyAsPossible;
     std::string change;
     for (int i = 0; i < attempts; ++i) {
-        const std::vector<std::string> before = tokensOf(Session(subject).list, count);
+        const std::vector<std::string> before = tokensOf(Session(subject).list);
         const Session session(subject); // initialised again
-        const std::vector<std::string> after = tokensOf(session.list, count);
+        const std::vector<std::string> after = tokensOf(session.list);
         refresh(session.list);
-        const std::vector<std::string> later = tokensOf(session.list, count);
+        const std::vector<std::string> later = tokensOf(session.list);
         if (before == after && after == later)
             return subject.trace.note(noteTokens(later));
         const std::vector<std::string>& other = before != after ? before : later;
         change = "first " + firstMissing(other, after) + ", then " + firstMissing(after, other);
     }
-    tokensChanged(subject.trace, "the tokens differ each time that the devices are listed: ", change);
+    tokensChanged(subject.trace, "the tokens differ each time that the devices are listed: " + change);
 }
 
 void checkTextsUtf8(const Subject& subject) {

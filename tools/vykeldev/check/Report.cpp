@@ -42,6 +42,8 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
     out << (colour ? colours[static_cast<std::size_t>(result.outcome)] : "") << std::left << std::setw(8)
         << toString(result.outcome) << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
         << (result.outcome == Outcome::Skipped ? observed : rule.title) << '\n';
+    if (result.lookedLess)
+        out << "         looked less often, because the time was over; --budget gives more\n";
     if (isBroken(result.outcome))
         out << "         observed:   " << observed << '\n'
             << "         meaning:    " << rule.meaning << '\n'
@@ -50,7 +52,6 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
 }
 
 void printSummary(std::ostream& out, const Results& results) {
-    std::vector<std::string> lookedLess;
     for (const Result& cause : results) {
         const auto skipped = std::count_if(results.begin(), results.end(), [&cause](const Result& result) {
             return isConsequence(result) && result.cause == cause.rule;
@@ -59,12 +60,7 @@ void printSummary(std::ostream& out, const Results& results) {
             out << "skipped  " << std::left << std::setw(21)
                 << concat(skipped, skipped == 1 ? " rule" : " rules") << "because '" << cause.rule->id << "' "
                 << (cause.outcome == Outcome::Skipped ? "was skipped" : "did not pass") << '\n';
-        if (cause.lookedLess)
-            lookedLess.push_back(cause.rule->id);
     }
-    if (!lookedLess.empty())
-        out << "looked less often, because the time was over (--budget gives more): "
-            << joined(lookedLess, ", ") << '\n';
     out << countOf(results, Outcome::Passed) << " passed, " << countOf(results, Outcome::Failed)
         << " failed, " << countOf(results, Outcome::Warning) << " with warnings, "
         << countOf(results, Outcome::Skipped) << " skipped\n";

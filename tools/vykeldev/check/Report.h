@@ -10,8 +10,7 @@ namespace vykeldev::check {
 /// for a consequence of another result.
 void printResult(std::ostream& out, const Result& result, bool colour);
 
-/// The last lines: what was skipped because of which rule, for which rules it looked less often, and how many
-/// there are of each outcome.
+/// The last lines: what was skipped because of which rule, and how many there are of each outcome.
 void printSummary(std::ostream& out, const Results& results);
 
 /// All results as one JSON object; schemas/check.schema.json describes it.

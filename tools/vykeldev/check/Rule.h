@@ -3,7 +3,6 @@
 
 #include "support/Text.h"
 #include <cstddef>
-#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,9 +26,8 @@ struct Subject {
     std::string path; ///< The plug-in, absolute, UTF-8.
     Trace& trace;
     Stage stage;
-    std::vector<std::string> notes; ///< Those of the first stage, in the others.
-    /// With --number-devices, for the rule about numbers: those that may be given to devices for good.
-    std::vector<std::uint32_t> freeNumbers;
+    /// Those of the first stage. In the first stage: the numbers that may be given to devices for good.
+    std::vector<std::string> notes;
 };
 
 /// The largest size of the notes of one rule: they are passed as an argument.

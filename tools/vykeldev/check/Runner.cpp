@@ -1,15 +1,16 @@
 #include "check/Runner.h"
 
+#include "check/Checks.h"
 #include "check/StageRun.h"
 #include "ConfigurationFolder.h"
 #include "doctor/Probe.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "platform/Console.h"
-#include "PluginRegistrations.h"
 #include "support/BoundedLock.h"
 #include "support/Failure.h"
-#include "support/Paths.h"
+#include "support/Progress.h"
+#include "support/Registrations.h"
 #include <map>
 #include <set>
 
@@ -41,57 +42,39 @@ vykel::FileStream lockMachine(const std::string& fileName) {
             return stream;
     } catch (const vyerr::Exception&) {
         throw Questionable("the machine's lock file ", fileName,
-                      " cannot be opened or made; 'vykeldev doctor' says why");
+                           " cannot be opened or made; 'vykeldev doctor' says why");
     }
-    throw Questionable("the machine's lock file ", fileName, " cannot be locked; another process may be using it");
+    throw Questionable("the machine's lock file ", fileName,
+                       " cannot be locked; another process may be using it");
 }
 
-/// The paths of all registered plug-ins that the library loads.
-std::set<std::string> registeredPaths() {
-    std::set<std::string> paths;
-    try {
-        for (std::uint32_t i = 0, count = vykel::countPlugins(); i < count; ++i) {
-            try {
-                paths.insert(vykel::pluginPath(vykel::pluginName(i)));
-            } catch (const vyerr::Exception&) { // the library leaves this one out
-            }
-        }
-    } catch (const vyerr::Exception&) { // no plug-in can be registered
-    }
-    return paths;
-}
-
-/// The lowest numbers that no device has: none of the registered plug-ins, nor of the one under check. As
-/// many as it has devices without a number, but only some. Throws Questionable when a plug-in cannot be asked.
-std::vector<std::uint32_t> findFreeNumbers(const RunOptions& options) {
-    constexpr std::ptrdiff_t maxNumbers = 10; // they all go into the notes
-    std::set<std::string> paths = registeredPaths();
-    paths.insert(options.path);
+/// Some numbers, the lowest, that no device has: none of the registered plug-ins, nor of the one under check.
+/// Throws Questionable when a plug-in cannot be asked.
+std::vector<std::string> findFreeNumbers(const RunOptions& options) {
+    constexpr std::size_t count = 10; // they all go into the notes
+    std::set<std::string> paths{options.path};
+    for (const Registration& each : readRegistrations())
+        if (each.path && each.problem.empty())
+            paths.insert(*each.path);
     std::set<std::optional<std::uint32_t>> used;
-    std::ptrdiff_t wanted = 0;
     for (const std::string& path : paths) {
-        if (path.size() > maxPathBytes)
-            continue;
-        const doctor::ProbeResult probe = doctor::probePlugin(path, std::max(options.limit, options.budget));
+        const auto probe = doctor::probePlugin(path, std::max(options.limit, options.budget));
         if (!probe.done)
-            throw Questionable("no number is known to be free, because the plug-in '", path,
-                          "' does not work; 'vykeldev doctor' says why");
+            throw Questionable("no number is known to be free: '", path,
+                               "' does not work; 'vykeldev doctor' says why");
         used.insert(probe.deviceNumbers.begin(), probe.deviceNumbers.end());
-        if (path == options.path)
-            wanted = std::count(probe.deviceNumbers.begin(), probe.deviceNumbers.end(), std::nullopt);
     }
-    std::vector<std::uint32_t> numbers;
-    wanted = std::min(wanted, maxNumbers);
-    for (std::uint32_t number = 0; wanted > static_cast<std::ptrdiff_t>(numbers.size()); ++number)
+    std::vector<std::string> numbers;
+    for (std::uint32_t number = 0; numbers.size() < count; ++number)
         if (used.count(number) == 0)
-            numbers.push_back(number);
+            numbers.push_back(std::to_string(number));
     return numbers;
 }
 
 /// One run over the rules.
 class Run {
 public:
-    Run(const RunOptions& runOptions, Progress& itsProgress) : options(runOptions), progress(itsProgress) {}
+    explicit Run(const RunOptions& runOptions) : options(runOptions) {}
 
     /// Checks a rule, unless there is a reason to skip it. Throws Failure when that cannot be done.
     const Result& add(const Rule& rule) {
@@ -143,10 +126,10 @@ private:
                 lock = lockMachine(rule.lock);
                 stopRequest.emplace();
             }
-            freeNumbers.clear();
-            if (options.numberDevices && rule.id == std::string_view("number-kept"))
+            std::vector<std::string> freeNumbers;
+            if (options.numberDevices && rule.check == checkNumberKept)
                 freeNumbers = findFreeNumbers(options);
-            Account account = runOnce(rule, Stage::First, {});
+            Account account = runOnce(rule, Stage::First, freeNumbers);
             if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
                 runSecond(rule, account);
             collected.stopped = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
@@ -161,7 +144,7 @@ private:
     }
 
     Account runOnce(const Rule& rule, Stage stage, const std::vector<std::string>& notes) {
-        Account account = runStage(options, {rule, stage, notes, freeNumbers});
+        Account account = runStage(rule, options, stage, notes);
         for (const Incident& incident : account.incidents)
             incidents[incident.rule].push_back(
                 incident.observed +
@@ -210,16 +193,14 @@ private:
     }
 
     const RunOptions& options;
-    Progress& progress;
-    std::vector<std::uint32_t> freeNumbers;
+    Progress progress;
     std::map<std::string, std::vector<std::string>> incidents; // by rule
 };
 
 } // namespace
 
-RunResults runRules(const RunOptions& options, Progress& progress,
-                    const std::function<void(const Result&)>& onResult) {
-    Run run(options, progress);
+RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult) {
+    Run run(options);
     for (const Rule& rule : allRules()) {
         if (run.collected.stopped)
             break;

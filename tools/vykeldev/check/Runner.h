@@ -2,7 +2,6 @@
 #define VYKELDEV_CHECK_RUNNER_H
 
 #include "check/Result.h"
-#include "support/Progress.h"
 #include <functional>
 
 namespace vykeldev::check {
@@ -26,8 +25,7 @@ struct RunResults {
 /// Ctrl-C during a rule that alters what the plug-in keeps takes effect when that is put back; at any other
 /// time it ends this process. Throws Failure when no child process can be started, or when this tool itself
 /// fails there.
-RunResults runRules(const RunOptions& options, Progress& progress,
-                    const std::function<void(const Result&)>& onResult);
+RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult);
 
 } // namespace vykeldev::check
 

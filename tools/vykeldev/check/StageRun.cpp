@@ -33,11 +33,8 @@ void runInChild(const std::vector<std::string>& arguments, Reporter& reporter) {
     const auto stage = static_cast<Stage>(std::stoi(arguments.at(2)));
     Trace trace(reporter, std::chrono::milliseconds(std::stoll(arguments.at(3))));
     if (rule != nullptr)
-        reporter.report(checkRule(*rule, {arguments[1],
-                                          trace,
-                                          stage,
-                                          {arguments.begin() + 5, arguments.end()},
-                                          Json::parse(arguments.at(4)).get<std::vector<std::uint32_t>>()}));
+        reporter.report(
+            checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 4, arguments.end()}}));
     exitImmediately(); // everything is reported; what the plug-in left behind must not spoil the end
 }
 
@@ -68,12 +65,12 @@ std::string endText(const ChildOutcome& child, std::chrono::milliseconds limit) 
 
 const ChildTask checkRuleTask = {"check-rule", runInChild};
 
-Account runStage(const RunOptions& options, const StageInput& input) {
+Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
+                 const std::vector<std::string>& notes) {
     Account account;
-    std::vector<std::string> arguments{
-        input.rule.id, options.path, std::to_string(static_cast<int>(input.stage)),
-        std::to_string(options.budget.count()), textOf(Json(input.freeNumbers), -1)};
-    arguments.insert(arguments.end(), input.notes.begin(), input.notes.end());
+    std::vector<std::string> arguments{rule.id, options.path, std::to_string(static_cast<int>(stage)),
+                                       std::to_string(options.budget.count())};
+    arguments.insert(arguments.end(), notes.begin(), notes.end());
     TaskRun run(checkRuleTask, arguments, [&account](const Json& report) { take(report, account); });
     const ChildOutcome child = run.finish(options.limit, TaskRun::Limit::BetweenReports);
     account.duration = child.duration;

@@ -27,17 +27,10 @@ struct Account {
     std::chrono::milliseconds duration{0};
 };
 
-/// What a stage of a rule is given.
-struct StageInput {
-    const Rule& rule;
-    Stage stage;
-    const std::vector<std::string>& notes;         ///< Of the first stage.
-    const std::vector<std::uint32_t>& freeNumbers; ///< See Subject.
-};
-
-/// Runs a stage in a process of its own, which is killed when it makes no progress for the time limit of the
-/// options. Throws Failure when it cannot be started.
-Account runStage(const RunOptions& options, const StageInput& input);
+/// Runs a stage of a rule, with notes for it (see Subject), in a process of its own, which is killed when it
+/// makes no progress for the time limit of the options. Throws Failure when it cannot be started.
+Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
+                 const std::vector<std::string>& notes);
 
 } // namespace vykeldev::check
 

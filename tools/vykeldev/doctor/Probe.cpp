@@ -13,6 +13,7 @@
 #include <exception>
 #include <map>
 #include <optional>
+#include <set>
 
 namespace vykeldev::doctor {
 namespace {
@@ -39,34 +40,18 @@ void reportNumbers(const std::vector<vykel::IDevice*>& devices, Reporter& report
     }
 }
 
-/// What is odd about devices. Only the first of a kind is described: there may be one for each device.
-class Oddities {
-public:
-    void add(const FindingKind& kind, const std::string& detail) {
-        details.emplace(kind.id, detail);
-        ++counts[kind.id];
-    }
-
-    void report(Reporter& reporter) const {
-        for (const auto& [kind, detail] : details) {
-            const int more = counts.at(kind) - 1;
-            reporter.report(
-                {{"oddity", kind}, {"detail", more == 0 ? detail : concat(detail, ", and ", more, " more")}});
-        }
-    }
-
-private:
-    std::map<std::string, int> counts; // both by the kind's identifier
-    std::map<std::string, std::string> details;
-};
-
-/// Reads all tokens and aliases, and reports what is odd about them.
-void checkTexts(const std::vector<vykel::IDevice*>& devices, Oddities& oddities) {
+/// Reads all tokens and aliases, and reports the first of each kind of finding about them.
+void checkTexts(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
     constexpr std::uint32_t formats = 2;
     std::map<std::string, std::size_t> holders[formats];
+    std::set<std::string> reported;
+    const auto report = [&](const FindingKind& kind, const std::string& detail) {
+        if (reported.insert(kind.id).second)
+            reporter.report({{"oddity", kind.id}, {"detail", detail}});
+    };
     const auto checkText = [&](const char* text, const std::string& place) {
         if (text != nullptr && !isUtf8(text))
-            oddities.add(finding::textNotUtf8, concat(place, " is '", printable(text), "'"));
+            report(finding::textNotUtf8, concat(place, " is '", printable(text), "'"));
     };
     vykel::callPlugin([&] {
         for (std::size_t i = 0; i < devices.size(); ++i) {
@@ -75,11 +60,10 @@ void checkTexts(const std::vector<vykel::IDevice*>& devices, Oddities& oddities)
                 const char* const token = devices[i]->getPersistentToken(format);
                 checkText(token, place);
                 if (token == nullptr) {
-                    oddities.add(finding::tokenMissing, place + " is null");
+                    report(finding::tokenMissing, place + " is null");
                 } else if (const auto [holder, isNew] = holders[format - 1].emplace(token, i); !isNew) {
-                    oddities.add(finding::tokenDuplicate,
-                                 concat(place, " is also that of device ", holder->second, ": '",
-                                        printable(token), "'"));
+                    report(finding::tokenDuplicate, concat(place, " is also that of device ", holder->second,
+                                                           ": '", printable(token), "'"));
                 }
             }
             checkText(devices[i]->getAlias(), concat("the alias of device ", i));
@@ -116,11 +100,10 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Reporter& 
     const std::int32_t code = vykel::collectDevices(*list, devices);
     const std::chrono::duration<double> duration = std::chrono::steady_clock::now() - start;
     reportNumbers(devices, reporter);
-    Oddities oddities;
     if (duration > slow)
-        oddities.add(finding::refreshSlow, concat("refreshing took ", duration.count(), " seconds"));
-    checkTexts(devices, oddities);
-    oddities.report(reporter);
+        reporter.report({{"oddity", finding::refreshSlow.id},
+                         {"detail", concat("refreshing took ", duration.count(), " seconds")}});
+    checkTexts(devices, reporter);
     if (code >= 0)
         return;
     if (isDeviceRefused(*list, devices))
