@@ -145,7 +145,7 @@ void checkNumberKept(const Subject& subject) {
         "not tried: no device with a token of its own has a number. 'vykeldev check --number-devices' gives some "
         "devices free numbers, for good, and tries it",
         unusedNumber,
-        [](const Device& device) {
+        [](const Device& device) -> PluginText {
             const std::uint32_t number = device.getNumber();
             return number == vykel::noDeviceNumber ? "" : std::to_string(number);
         },

@@ -36,7 +36,7 @@ void to_json(Json& json, const Result& result) {
 void printResult(std::ostream& out, const Result& result, bool colour) {
     static constexpr const char* colours[] = {"\x1b[32m", "\x1b[1;33m", "\x1b[1;31m", "\x1b[2m"};
     const Rule& rule = *result.rule;
-    if (isConsequence(result))
+    if (result.cause != nullptr)
         return; // the summary has one line for all of them
     const std::string observed = printable(result.observed);
     out << (colour ? colours[static_cast<std::size_t>(result.outcome)] : "") << std::left << std::setw(8)
@@ -54,7 +54,7 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
 void printSummary(std::ostream& out, const Results& results) {
     for (const Result& cause : results) {
         const auto skipped = std::count_if(results.begin(), results.end(), [&cause](const Result& result) {
-            return isConsequence(result) && result.cause == cause.rule;
+            return result.cause == cause.rule;
         });
         if (skipped != 0)
             out << "skipped  " << std::left << std::setw(21)

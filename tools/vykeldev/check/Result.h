@@ -28,15 +28,10 @@ struct Result {
     Outcome outcome = Outcome::Passed;
     std::string observed; ///< What broke the rule, or why it was skipped.
     std::chrono::milliseconds duration{0};
-    /// The rule because of which it was skipped, when that did not pass. Null otherwise.
+    /// The rule because of which alone it was skipped. Null otherwise.
     const Rule* cause = nullptr;
     bool lookedLess = false; ///< Its budget was used up before it had looked as often as usual.
 };
-
-/// Whether it was skipped only because another rule did not pass.
-inline bool isConsequence(const Result& result) noexcept {
-    return result.outcome == Outcome::Skipped && result.cause != nullptr;
-}
 
 using Results = std::vector<Result>;
 

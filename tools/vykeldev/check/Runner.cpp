@@ -96,6 +96,7 @@ public:
             result = &collected.results.emplace_back(Result{&rule, {}, {}, {}});
         const std::size_t more = broken.size() - 1;
         result->outcome = Outcome::Failed;
+        result->cause = nullptr;
         result->observed = broken.front() + (more == 0 ? "" : ", and " + std::to_string(more) + " more");
         return result;
     }
