@@ -112,7 +112,7 @@ TEST_F(DoctorTest, AccountsForEveryFileThatDoesNotLoad) {
     EXPECT_EQ(report["counts"],
               Json({{"registered", count}, {"loaded", 1}, {"refused", 0}, {"failed", count - 1}}));
     if (isWindows)
-        expectPart(run("check " + argument(folder / "h.dll")), "not found: msvcrx.dll (");
+        expectPart(run("check " + argument(folder / "h.dll")), "; not found: msvcrx.dll\n");
     const Json& missingFile = report["plugins"][4];
     EXPECT_EQ(missingFile["system"]["code"], ERROR_MOD_NOT_FOUND);
     EXPECT_EQ(missingFile["error"]["document"]["vydynlib_debug"]["path"], missingFile["path"]);
