@@ -82,14 +82,13 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
                      "Seconds for what a rule repeats, before it looks less often (default 30)")
         ->check(inRange(1, 86400, "1 to 86400 seconds"))
         ->type_name("S");
-    CLI::Option* const readOnly =
-        command->add_flag("--read-only", options->run.readOnly,
-                          "Leaves out the rules that change one number and one alias for a moment");
+    command->add_flag("--read-only", options->run.readOnly,
+                      "Leaves out the rules that change one number and one alias for a moment");
     command
         ->add_flag(
             "--number-devices", options->run.numberDevices,
             "Gives up to ten devices without a number a free one, for good, and tries whether it is kept")
-        ->excludes(readOnly);
+        ->excludes("--read-only");
     command
         ->add_option("--rule", options->run.rules,
                      "Checks only this rule and those that it needs; may be given more than once")

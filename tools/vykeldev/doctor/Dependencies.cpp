@@ -46,9 +46,7 @@ std::string describeBadDependencies(const std::string& path) {
     std::string bytes;
     readFile(path, bytes);
     std::optional<LibraryImage> image = readNativeImage(bytes);
-    if (!image || image->kind != LibraryImage::Kind::Library)
-        return "";
-    return joined(findBadDependencies(*image, path.substr(0, path.find_last_of("\\/"))), "; ");
+    return image ? joined(findBadDependencies(*image, path.substr(0, path.find_last_of("\\/"))), "; ") : "";
 }
 
 } // namespace vykeldev::doctor
