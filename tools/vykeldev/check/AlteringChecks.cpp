@@ -94,7 +94,7 @@ Alterations readAll(const List& list, const Property& property) {
     const auto isAmbiguous = [&count](const Alteration& each) { return count[each.token] > 1; };
     all.erase(std::remove_if(all.begin(), all.end(), isAmbiguous), all.end());
     if (all.empty())
-        throw Skipped("no device with a token of its own takes ", property.name);
+        throw Skipped(property.name, ": no device with a token of its own takes one");
     return all;
 }
 

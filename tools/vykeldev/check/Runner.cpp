@@ -1,7 +1,6 @@
 #include "check/Runner.h"
 
 #include "check/Checks.h"
-#include "check/StageRun.h"
 #include "ConfigurationFolder.h"
 #include "doctor/Probe.h"
 #include "errors/Exception.h"

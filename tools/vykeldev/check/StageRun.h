@@ -1,13 +1,23 @@
 #ifndef VYKELDEV_CHECK_STAGERUN_H
 #define VYKELDEV_CHECK_STAGERUN_H
 
-#include "check/Runner.h"
+#include "check/Result.h"
 #include "child/ChildTask.h"
 #include <optional>
 
 namespace vykeldev::check {
 
 extern const ChildTask checkRuleTask;
+
+/// What is asked of a check.
+struct RunOptions {
+    std::string path;                    ///< The plug-in, absolute, UTF-8.
+    std::chrono::milliseconds limit{0};  ///< A rule must begin another call within this time.
+    std::chrono::milliseconds budget{0}; ///< For the loops of one rule.
+    bool readOnly = false;               ///< Leaves out rules that alter what the plug-in keeps.
+    bool numberDevices = false;          ///< Gives some devices without a number one for good.
+    std::vector<std::string> rules;      ///< Only these, and those that they need; all when empty.
+};
 
 /// A rule that turned out to be broken, perhaps while another was checked.
 struct Incident {
