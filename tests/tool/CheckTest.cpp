@@ -149,8 +149,7 @@ TEST_F(CheckTest, LooksLessOftenInTime) {
     breakRule("slow_refresh");
     expectPart(run("check --budget 1 --rule threads " + zoo), "at once\n         looked less often");
     breakRule("refuses_initialize");
-    expectPart(run("check " + zoo),
-               "be made.\nskipped  24 rules             because 'initialises' did not pass\n2 passed");
+    expectPart(run("check " + zoo), "be made.\nskipped  24 rules             because 'initialises' did");
 }
 
 TEST_F(CheckTest, ReportsEverythingAlsoToABuildServer) {
