@@ -20,13 +20,14 @@ set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH) # header-only packages of the host, see cmake/HeaderOnly.cmake
 
 # GCC's C++ library of the posix threads, and no folder of the host: clang itself would find another one. Its
-# thread-local variables are emulated, and so ours must be.
+# thread-local variables are emulated, and so ours must be. The PDB files record the compiler's options: without
+# colours they are the same with a compiler cache and without one.
 execute_process(COMMAND ${_triplet}-g++-posix -print-libgcc-file-name
   OUTPUT_VARIABLE _gcc OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 cmake_path(GET _gcc PARENT_PATH _gcc)
 execute_process(COMMAND clang-14 -print-resource-dir
   OUTPUT_VARIABLE _clang OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
-set(_headers "--start-no-unused-arguments -nostdinc -isystem ${_clang}/include -isystem /usr/${_triplet}/include --end-no-unused-arguments")
+set(_headers "--start-no-unused-arguments -nostdinc -isystem ${_clang}/include -isystem /usr/${_triplet}/include -fno-color-diagnostics --end-no-unused-arguments")
 set(CMAKE_C_FLAGS_INIT "${_headers}")
 set(CMAKE_CXX_FLAGS_INIT
   "--start-no-unused-arguments -femulated-tls -nostdinc++ -isystem ${_gcc}/include/c++ -isystem ${_gcc}/include/c++/${_triplet} --end-no-unused-arguments ${_headers}")
