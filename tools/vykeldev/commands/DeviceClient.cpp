@@ -31,7 +31,7 @@ Failure endFailure(const ChildProcess::End& end, const std::string& step) {
 std::string heldLock() {
     try {
         for (const char* const name : {"DeviceList.lck", "vykel.lck"})
-            if (const std::string path = vykel::getConfigurationFolder() + name; isLocked(path))
+            if (std::string path = vykel::getConfigurationFolder() + name; isLocked(path))
                 return path;
     } catch (const vyerr::Exception&) {
         // There is no such folder, so there is no lock.

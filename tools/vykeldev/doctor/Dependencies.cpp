@@ -16,7 +16,7 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
     std::deque<std::pair<std::string, LibraryImage>> importers{{"", plugin}};
     for (; !importers.empty(); importers.pop_front()) {
         const auto [importer, importerImage] = std::move(importers.front());
-        const std::string importedBy = importer.empty() ? "" : " (imported by " + importer + ")";
+        const std::string importedBy = importer.empty() ? "" : concat(" (imported by ", importer, ")");
         for (const std::string& name : importerImage.imports) {
             if (!seen.insert(name).second)
                 continue;
