@@ -165,6 +165,8 @@ std::string DeviceStore::readFile() const {
 }
 
 std::vector<DeviceEntry> DeviceStore::parseFile(std::string_view text) const {
+    if (isWide(text)) // what `echo token=a > file` writes in PowerShell 5
+        throw StoreError(Code::FileNotUtf8, 0, "the file is in UTF-16 or UTF-32; save it as UTF-8");
     try {
         return parseDevices(text);
     } catch (const TextError& error) {

@@ -16,7 +16,8 @@ namespace simulated {
 enum class Code : std::int32_t {
     FileMissing = -64101,   ///< the `.devices` file cannot be opened or read
     FileMalformed = -64102, ///< the `.devices` file has a bad line
-    NotWritable = -64103    ///< the files beside it cannot be written (read-only folder? full disk?)
+    NotWritable = -64103,   ///< the files beside it cannot be written (read-only folder? full disk?)
+    FileNotUtf8 = -64104    ///< the `.devices` file is in UTF-16 or UTF-32
 };
 
 /// A failure of the store. `line` is the bad line of the `.devices` file, from 1, or 0.

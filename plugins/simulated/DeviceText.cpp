@@ -179,6 +179,11 @@ std::size_t markLength(std::string_view text) noexcept {
 
 } // namespace
 
+bool isWide(std::string_view text) noexcept {
+    const std::string_view start = text.substr(0, 2);
+    return start == "\xFF\xFE" || start == "\xFE\xFF" || start.find('\0') != std::string_view::npos;
+}
+
 std::vector<DeviceEntry> parseDevices(std::string_view text) {
     std::vector<DeviceEntry> devices;
     std::unordered_map<std::string, std::size_t> lineOfToken;

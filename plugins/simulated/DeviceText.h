@@ -39,6 +39,10 @@ struct DeviceChange {
     std::optional<std::string> alias;
 };
 
+/// Whether `text` is in UTF-16 or UTF-32: such a text begins with another byte-order mark than UTF-8, or has
+/// a zero byte in its first character.
+bool isWide(std::string_view text) noexcept;
+
 /// The devices of a file, in its order. Throws TextError for the first bad line, std::bad_alloc.
 std::vector<DeviceEntry> parseDevices(std::string_view text);
 

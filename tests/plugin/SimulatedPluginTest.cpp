@@ -17,6 +17,7 @@ namespace {
 using namespace std::string_literals;
 constexpr std::int32_t fileMissing = -64101;
 constexpr std::int32_t fileMalformed = -64102;
+constexpr std::int32_t fileNotUtf8 = -64104;
 
 /// The sample plug-in as a library, with a devices file.
 class SimulatedPlugin : public testing::Test {
@@ -95,6 +96,10 @@ TEST_F(SimulatedPlugin, NamesTheBadLineAndKeepsTheGoodDevices) {
         EXPECT_EQ(status.line, 3u) << bad;
         EXPECT_STREQ(status.file, "left.devices");
         EXPECT_EQ(list->getCount(), 1u);
+    }
+    for (const std::string& wide : {"\xFF\xFEt\0o\0"s, "\xFE\xFF\0t\0o"s, "t\0o\0"s}) {
+        writeFile(devicesFile, wide);
+        EXPECT_EQ(refresh(*list), fileNotUtf8);
     }
 }
 
