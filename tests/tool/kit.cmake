@@ -10,7 +10,7 @@ if(NOT VYKEL_SANITIZE) # a client would have to be built with the sanitizer, too
     ENVIRONMENT "${kit_environment}")
   set(kit_tests kit)
   if(WIN32) # what the documents say is typed on Windows
-    add_test(NAME docs COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/docs-test.sh ${CMAKE_BINARY_DIR})
+    add_test(NAME docs COMMAND ${CMAKE_CURRENT_SOURCE_DIR}/tool/docs-test.py ${CMAKE_BINARY_DIR})
     set_tests_properties(docs PROPERTIES FIXTURES_REQUIRED kit RESOURCE_LOCK kit-machine ENVIRONMENT "${kit_environment}")
     list(APPEND kit_tests docs)
 
