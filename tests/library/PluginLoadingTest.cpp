@@ -150,24 +150,4 @@ TEST_F(PluginLoadingTest, ExceptionsOfPluginsBecomeCodesAndLeaveNoTrace) {
     EXPECT_EQ(refresh(*list), configurationFault);
 }
 
-#if defined(_WIN32)
-TEST_F(PluginLoadingTest, ServesAPluginOfTheOtherWindowsAbi) {
-    machine.registerPlugin("other", programFolder() / "other_abi_plugin.dll");
-    ASSERT_EQ(library.initialize(), success);
-    const ListPtr list = library.newList();
-    vykel::StatusBlock status = vykel::makeStatusBlock();
-    list->refresh(&status);
-    ASSERT_EQ(list->getCount(), 1u);
-    vykel::IDevice* const device = list->getDevice(0, 3, &status);
-    EXPECT_EQ(device->getNumber(), 0u);
-    EXPECT_STREQ(device->getPersistentToken(2), "other-2");
-    device->setAlias("alias", 1, 0, &status);
-    EXPECT_STREQ(device->getAlias(), "alias");
-    list->attach(7, &status);
-    EXPECT_EQ(status.code, success);
-    list->attach(8, &status);
-    EXPECT_EQ(status.code, -7);
-}
-#endif
-
 } // namespace vykeltest

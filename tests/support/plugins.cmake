@@ -11,20 +11,7 @@ add_fake_plugin(fake_plugin)
 add_fake_plugin(fake_plugin_without_finalize FAKE_WITHOUT_FINALIZE)
 add_dependencies(fake_plugin fake_plugin_without_finalize)
 
-if(WIN32)
-  # The same contract by a compiler with the other Windows ABI; it has no C++ headers here.
-  set(other ${CMAKE_BINARY_DIR}/other_abi_plugin)
-  file(WRITE ${other}/cstdint "#include <stdint.h>\nnamespace std {\nusing ::int32_t;\nusing ::uint32_t;\nusing ::uint64_t;\n}\n")
-  add_custom_command(OUTPUT ${other}.dll
-    COMMAND clang++-14 --target=x86_64-pc-windows-msvc -ffreestanding -nostdlibinc -fno-rtti -fno-exceptions
-            -fno-threadsafe-statics -std=c++17 -O2 -Wall -Wextra -Werror -I${other} -I${CMAKE_SOURCE_DIR}/includes
-            -c ${CMAKE_CURRENT_SOURCE_DIR}/support/OtherAbiPlugin.cpp -o ${other}/plugin.obj
-    COMMAND lld-link-14 /dll /noentry /nodefaultlib /machine:x64 /out:${other}.dll ${other}/plugin.obj
-    DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/support/OtherAbiPlugin.cpp
-    VERBATIM)
-  add_custom_target(other_abi_plugin DEPENDS ${other}.dll)
-  add_dependencies(fake_plugin other_abi_plugin)
-else()
+if(NOT WIN32)
   # As a plug-in that brings its own C++ runtime; on Windows every one does.
   add_fake_plugin(fake_plugin_own_runtime FAKE_OWN_RUNTIME)
   target_link_options(fake_plugin_own_runtime PRIVATE -static-libstdc++ -static-libgcc -Wl,--exclude-libs,ALL)

@@ -1,10 +1,8 @@
 // A plug-in of one device in the ABI of the other Windows compiler, without any C or C++ library.
 #include "vykel/PluginEntryPoints.h"
 
-using vykel::IDevice;
 using vykel::StatusBlock;
 
-extern "C" int _fltused = 0;
 extern "C" int _purecall() {
     return 0;
 }
@@ -19,35 +17,30 @@ void operator delete(void*, decltype(sizeof(0))) noexcept {}
 
 namespace {
 
-class Device final : public IDevice {
-public:
-    std::int32_t getVersion() override { return 3; }
+struct Device final : vykel::IDevice {
+    std::int32_t getVersion() override { return 0; }
     const char* getPersistentToken(std::uint32_t format) override {
         return format == 2 ? "other-2" : "other-1";
     }
     std::uint32_t getSortKey() override { return 5; }
     void setNumber(std::uint32_t given, StatusBlock*) override { number = given; }
     std::uint32_t getNumber() override { return number; }
-    const char* getAlias() override { return alias; }
-    void setAlias(const char* text, std::int32_t, std::int32_t, StatusBlock*) override { alias = text; }
+    const char* getAlias() override { return ""; }
+    void setAlias(const char*, std::int32_t, std::int32_t, StatusBlock*) override {}
 
-private:
     std::uint32_t number = vykel::noDeviceNumber;
-    const char* alias = "";
 } device;
 
-class List final : public vykel::IDeviceList {
-public:
+struct List final : vykel::IDeviceList {
     std::int32_t getVersion() override { return 0; }
-    bool isStale() override { return false; }
+    bool isStale() override { return count == 0; }
     void refresh(StatusBlock*) override { count = 1; }
     std::uint32_t getCount() override { return count; }
-    IDevice* getDevice(std::uint32_t, std::int32_t, StatusBlock*) override { return &device; }
+    vykel::IDevice* getDevice(std::uint32_t, std::int32_t, StatusBlock*) override { return &device; }
     void release() override {}
-    void attach(std::uint64_t given, StatusBlock* status) override { status->code = given == 7 ? 0 : -7; }
+    void attach(std::uint64_t, StatusBlock*) override {}
     void detach(std::uint64_t) override {}
 
-private:
     std::uint32_t count = 0;
 };
 
