@@ -2,7 +2,6 @@
 // searched and written. Nothing is lost, and what is reported is true.
 #include "ini/IniEdit.h"
 #include "ini/IniSave.h"
-#include "support/Faults.h"
 #include "support/IniTestKit.h"
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -79,7 +78,7 @@ TEST(IniFault, WithoutMemorySearchesFindAndChangesLeaveTheDocument) {
         const IniSection* found = nullptr;
         int result = 0;
         {
-            const AllocationFault fault(nth);
+            const ScopedFault fault({Call::malloc, nth});
             found = findIniSection(&document, "s7");
             result = setIniValue(&document, "new", "k", "v", 0);
             struck = fault.struck();

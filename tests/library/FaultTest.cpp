@@ -69,7 +69,7 @@ TEST_F(FaultTest, EveryCallAndAllocationMayFail) {
                                                osFault};
     const std::ptrdiff_t resources = winhost::openResources();
     Outcome outcome;
-    const auto check = [&](bool, bool) {
+    const auto check = [&](const Fault&) {
         EXPECT_EQ(documented.count(outcome.code), 1u) << outcome.code;
         EXPECT_EQ(winhost::openResources(), resources);
         expectSuccess();

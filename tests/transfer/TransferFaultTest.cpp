@@ -61,7 +61,8 @@ TEST_P(TransferFault, NothingIsLostWhateverFails) {
     std::int32_t code = success;
     std::uint32_t lastLine = 0; // that memory can end in
     const auto run = [&] { code = transfer(); };
-    withEachFault(20, 20, run, [&](bool onward, bool inMemory) {
+    withEachFault(20, 20, run, [&](const winhost::Fault& fault) {
+        const bool inMemory = fault.call == Call::malloc;
         const std::string text = readFile(legacy.iniFile);
         lastLine = std::max(lastLine, inMemory ? line : 0);
         EXPECT_TRUE(code == success || code == configurationFault || code == memoryFull ||
@@ -69,7 +70,8 @@ TEST_P(TransferFault, NothingIsLostWhateverFails) {
             << code;
         EXPECT_TRUE(text == before || (text == after && code == success)) << code << text;
         // While all calls fail, the removal of the temporary file fails, too.
-        EXPECT_TRUE((onward && !inMemory) || !fs::exists(legacy.temporaryFile));
+        EXPECT_TRUE((fault.effect == winhost::Effect::FailOnward && !inMemory) ||
+                    !fs::exists(legacy.temporaryFile));
         EXPECT_EQ(winhost::openResources(), resources);
         EXPECT_EQ(transfer(), success);
         EXPECT_EQ(readFile(legacy.iniFile), after);

@@ -90,7 +90,7 @@ DWORD armedFault(Call call) noexcept {
     DWORD error = 0;
     for (ScopedFault* armed = newestFault; armed != nullptr; armed = armed->next) {
         const Fault& fault = armed->fault;
-        if (fault.call != call && fault.call != Call::Any)
+        if (fault.call != call && (fault.call != Call::Any || call == Call::malloc))
             continue;
         ++armed->calls;
         const bool strikes =

@@ -16,6 +16,7 @@
 //   - Calls that free something free it, then report the failure.
 //   - LockFileEx with ERROR_IO_PENDING: GetOverlappedResult then gets the lock, or fails.
 //   - InitializeCriticalSection throws StructuredException.
+//   - malloc is any allocation, new and realloc among them, of a program that links winhost_memory.
 // A fault never makes a call on a standard stream fail.
 
 /// Every call that can be made to fail, and its natural error: the one it fails with when the fault names
@@ -71,11 +72,12 @@
     CALL(FormatMessageA, ERROR_NOT_ENOUGH_MEMORY)                                                            \
     CALL(LocalFree, ERROR_INVALID_HANDLE)                                                                    \
     CALL(MultiByteToWideChar, ERROR_NOT_ENOUGH_MEMORY)                                                       \
-    CALL(WideCharToMultiByte, ERROR_NOT_ENOUGH_MEMORY)
+    CALL(WideCharToMultiByte, ERROR_NOT_ENOUGH_MEMORY)                                                       \
+    CALL(malloc, ERROR_NOT_ENOUGH_MEMORY)
 
 namespace winhost {
 
-/// The calls of the list above; Any matches each of them.
+/// The calls of the list above; Any matches each of them but malloc.
 enum class Call : unsigned char {
 #define WINHOST_ENUMERATOR(name, error) name,
     WINHOST_CALLS(WINHOST_ENUMERATOR)
