@@ -1,22 +1,17 @@
 #include "support/Platform.h"
 
-#include <csetjmp>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <map>
 #include <windows.h>
 #ifdef _WIN32
-#include <process.h>
 #define popen _popen
 #define pclose _pclose
 #define PIPE_MODE "rb"
 #else
 #define PIPE_MODE "r"
 #include <sys/wait.h>
-#include <unistd.h>
-#include <winhost/faults.h>
 #endif
 
 namespace vykeltest {
@@ -60,27 +55,6 @@ static int exitCodeOf(int status) {
     return status;
 }
 
-void killThisProcess() {
-    TerminateProcess(GetCurrentProcess(), 1);
-    std::abort(); // not reached
-}
-
-void raiseStructuredException(std::uint32_t code) {
-    RaiseException(code, 0, 0, nullptr);
-}
-
-// GCC's catch clauses do not see structured exceptions, so a handler ends the search for one.
-static jmp_buf escape;
-bool passesOn(const std::function<void()>& body) {
-    const auto handler = [](EXCEPTION_POINTERS*) -> LONG { longjmp(escape, 1); };
-    const auto previous = SetUnhandledExceptionFilter(handler);
-    const bool passed = setjmp(escape) != 0;
-    if (!passed)
-        body();
-    SetUnhandledExceptionFilter(previous);
-    return passed;
-}
-
 #else
 
 void setEnvironment(const char* name, const std::string& value) {
@@ -102,24 +76,6 @@ static std::string shellCommand(const std::string& command) {
 
 static int exitCodeOf(int status) {
     return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-}
-
-void killThisProcess() {
-    ::kill(::getpid(), SIGKILL);
-    std::abort(); // not reached
-}
-
-void raiseStructuredException(std::uint32_t code) {
-    throw winhost::StructuredException{code};
-}
-
-bool passesOn(const std::function<void()>& body) {
-    try {
-        body();
-    } catch (const winhost::StructuredException&) {
-        return true;
-    }
-    return false;
 }
 
 #endif
@@ -159,31 +115,14 @@ NamedRole::NamedRole(const char* name, Role role) {
     roles()[name] = role;
 }
 
-#ifdef _WIN32
-static std::future<int> startRole(const std::string& name) {
-    const std::intptr_t child =
-        _spawnl(_P_NOWAIT, programPath().string().c_str(), "child", name.c_str(), nullptr);
-    return std::async(std::launch::async, [child] {
-        int exitCode = -1;
-        _cwait(&exitCode, child, 0);
-        return exitCode;
-    });
-}
-#else
-static std::future<int> startRole(const std::string& name) {
-    const auto run = [name] { return runProgram(programPath().stem().string(), name).exitCode; };
-    return std::async(std::launch::async, run);
-}
-#endif
-
 int runRole(const std::string& name) {
-    return startRole(name).get();
+    return runProgram(programPath().stem().string(), name).exitCode;
 }
 
 std::vector<std::future<int>> startRoles(const std::string& name, std::size_t count) {
     std::vector<std::future<int>> children(count);
     for (std::future<int>& child : children)
-        child = startRole(name);
+        child = std::async(std::launch::async, runRole, name);
     return children;
 }
 

@@ -1,9 +1,7 @@
 #ifndef TESTS_PLATFORM_H
 #define TESTS_PLATFORM_H
 
-#include <cstdint>
 #include <filesystem>
-#include <functional>
 #include <future>
 #include <string>
 #include <vector>
@@ -32,14 +30,6 @@ struct MachineRoot {
 MachineRoot enterMachine(const std::string& id);
 /// Removes the machine; this process uses the real one again.
 void leaveMachine(const std::string& id);
-
-/// Ends this process at once, as if another one had killed it.
-[[noreturn]] void killThisProcess();
-
-/// Raises a structured exception of the system, on the host what stands for one.
-void raiseStructuredException(std::uint32_t code);
-/// Whether such an exception leaves `body`.
-bool passesOn(const std::function<void()>& body);
 
 /// The folder of the test programs and the built libraries.
 std::filesystem::path programFolder();

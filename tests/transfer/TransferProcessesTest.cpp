@@ -142,7 +142,7 @@ const NamedRole victim("victim", [] {
     std::thread([] {
         std::random_device random;
         std::this_thread::sleep_for(std::chrono::microseconds(random() % 6000));
-        killThisProcess();
+        TerminateProcess(GetCurrentProcess(), 1);
     }).detach();
     return static_cast<int>(shared.transfer());
 });

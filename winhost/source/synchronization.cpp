@@ -4,6 +4,7 @@
 #include "errorNumbers.h"
 #include "faultCheck.h"
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -70,6 +71,18 @@ void Sleep(DWORD milliseconds) {
 
 DWORD GetCurrentProcessId() {
     return static_cast<DWORD>(::getpid());
+}
+
+HANDLE GetCurrentProcess() {
+    return INVALID_HANDLE_VALUE; // as on Windows
+}
+
+BOOL TerminateProcess(HANDLE process, UINT) {
+    return process == GetCurrentProcess() && ::kill(::getpid(), SIGKILL) == 0 ? TRUE : FALSE;
+}
+
+void RaiseException(DWORD code, DWORD, DWORD, const ULONG_PTR*) {
+    throw winhost::StructuredException{code};
 }
 
 void OutputDebugStringA(LPCSTR text) {

@@ -22,6 +22,11 @@ HANDLE CreateEventA(LPSECURITY_ATTRIBUTES security, BOOL manualReset, BOOL initi
 
 void Sleep(DWORD milliseconds);
 DWORD GetCurrentProcessId();
+HANDLE GetCurrentProcess();
+/// Kills this process; no other can be named.
+BOOL TerminateProcess(HANDLE process, UINT exitCode);
+/// Throws winhost::StructuredException.
+void RaiseException(DWORD code, DWORD flags, DWORD count, const ULONG_PTR* arguments);
 /// Writes to standard error when the environment variable WINHOST_DEBUG is set.
 void OutputDebugStringA(LPCSTR text);
 }
