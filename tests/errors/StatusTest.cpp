@@ -73,21 +73,32 @@ TEST(Status, MergingMovesTheText) {
     EXPECT_NE(other.json, into.json);
 }
 
-TEST(StatusBlock, KeepsBothEndsOfALongPath) {
+TEST(StatusBlock, TakesWhatItHasRoomForAndKeepsBothEndsOfALongPath) {
     for (const std::size_t length : {0u, 99u, 100u, 101u, 150u}) {
         std::string file;
         for (std::size_t i = 0; i < length; ++i)
             file += static_cast<char>('!' + i % 90);
         const std::string expected =
             length <= 100 ? file : file.substr(0, 49) + ".." + file.substr(length - 49);
-        StatusBlock block;
-        std::memset(&block, 'G', sizeof block);
-        block.structSize = sizeof block;
-        block.code = 0;
-        setStatusBlock(&block, -1, "vykeldevenum", file.c_str(), 7);
-        EXPECT_STREQ(block.component, "vykeldeve");
-        EXPECT_EQ(std::string(block.file, 101), expected + std::string(101 - expected.size(), '\0'));
-        EXPECT_EQ(block.padding1[0], 'G');
+        for (const std::uint32_t size : {8u, 207u, 208u, 300u}) {
+            StatusBlock block, before;
+            std::memset(&block, 'G', sizeof block);
+            block.structSize = size;
+            block.code = 0;
+            before = block;
+            setStatusBlock(&block, -1, "vykeldevenum", file.c_str(), 7);
+            EXPECT_EQ(block.code, -1);
+            EXPECT_EQ(std::memcmp(block.unassigned, before.unassigned, sizeof block.unassigned), 0);
+            EXPECT_EQ(block.padding1[0], 'G');
+            before.code = -1; // all that a smaller block has room for
+            EXPECT_EQ(std::memcmp(&block, &before, sizeof block) == 0, size < sizeof block);
+            if (size < sizeof block)
+                continue;
+            EXPECT_STREQ(block.component, "vykeldeve");
+            EXPECT_EQ(std::string(block.file, 101), expected + std::string(101 - expected.size(), '\0'));
+            EXPECT_EQ(block.line, 7u);
+            EXPECT_EQ(block.reserved, 0u);
+        }
     }
 }
 

@@ -32,16 +32,4 @@ TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
     }
 }
 
-TEST_F(NumberingTest, OffersANumberAgainWhenADeviceRefusedIt) {
-    plugins.devicesOf["a"] = {{}, {}, {}};
-    plugins.answers = {{"a.setNumber(1)", -7}, {"a.isStale", Yes}};
-    const ListPtr list = start({"a"});
-    for (const std::uint32_t number : {vykel::noDeviceNumber, 1u}) {
-        EXPECT_EQ(refresh(*list), success);
-        EXPECT_EQ(plugins.devicesOf["a"][1].number, number);
-        EXPECT_EQ(plugins.devicesOf["a"][2].number, 2u);
-        plugins.answers.erase("a.setNumber(1)");
-    }
-}
-
 } // namespace vykeltest

@@ -21,6 +21,9 @@ constexpr const char* runtimes[] = {"fake_plugin", "fake_plugin_own_runtime"};
 
 TEST_F(PluginLoadingTest, TakesValuesOfAnyShape) {
     constexpr std::size_t all = 9999;
+    const auto nameOf = [](const std::string& start) { // the longest that the registry allows
+        return start + u8"é" + std::string(254 - start.size(), 'n');
+    };
     const struct {
         const char* name;
         DWORD type;
@@ -28,7 +31,7 @@ TEST_F(PluginLoadingTest, TakesValuesOfAnyShape) {
         std::size_t extra; // bytes written after the text, the terminator among them
     } shapes[] = {
         {"binary", REG_BINARY, 0, 2}, {"empty", REG_SZ, all, 2}, {"expandable", REG_EXPAND_SZ, 0, 2},
-        {"long", REG_SZ, 0, 1000},    {"missing", REG_SZ, 1, 2}, {"nothing", REG_SZ, all, 0},
+        {"long", REG_SZ, 0, 4000},    {"missing", REG_SZ, 1, 2}, {"nothing", REG_SZ, all, 0},
         {"odd", REG_BINARY, 0, 3},    {"text", REG_SZ, 0, 2},    {"unterminated", REG_SZ, 0, 0}};
     for (const auto& shape : shapes) {
         const fs::path path = machine.copyLibrary("fake_plugin", shape.name);
@@ -39,9 +42,9 @@ TEST_F(PluginLoadingTest, TakesValuesOfAnyShape) {
         const std::size_t bytes = text.size() * sizeof(WCHAR) + shape.extra;
         // What follows an unterminated text in memory is no 0: nobody may terminate it by chance.
         text.append(shape.extra / 2, 0).append(2, u'x');
-        machine.registerPlugin(shape.name, &shape.type, text.data(), bytes);
+        machine.registerPlugin(nameOf(shape.name), &shape.type, text.data(), bytes);
     }
-    machine.registerPlugin("novalue", nullptr, nullptr, 0);
+    machine.registerPlugin(nameOf("novalue"), nullptr, nullptr, 0);
     EXPECT_EQ(library.initialize(), success);
     EXPECT_EQ(plugins.takeLog(), "binary.initialize expandable.initialize long.initialize odd.initialize "
                                  "unterminated.initialize");

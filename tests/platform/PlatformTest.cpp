@@ -49,24 +49,6 @@ protected:
     static constexpr const char* key = "SOFTWARE\\Morvance\\VY-KEL\\Plugins\\";
 };
 
-TEST_F(PlatformTest, ReadsTheRegistry) {
-    const DWORD binary = REG_BINARY;
-    const std::string longestName(255, 'n');
-    const std::string longText(2 * 1000, 'x');
-    EXPECT_EQ(vysys::countSubkeys(key, status), 0u);
-    machine.registerPlugin(longestName, &binary, wide(longText).data(), 2 * longText.size());
-    machine.registerPlugin("A", &binary, "a\0\0\0b\0c", 7);
-    machine.registerPlugin(u8"é", nullptr, nullptr, 0);
-    vysys::Utf8Vector text;
-    for (std::uint32_t i = 0; i < vysys::countSubkeys(key, status); ++i)
-        vysys::getSubkeyName(key, i, text, status);
-    for (const std::string& name : {std::string("A\\"), longestName})
-        vysys::readStringValue((key + name).c_str(), "EnumeratorPluginPath", text, status);
-    EXPECT_EQ(std::string(text.begin(), text.end()),
-              "A" + longestName + u8"é" + std::string("a\0b", 3) + longText);
-    EXPECT_EQ(takeError(), "0");
-}
-
 TEST_F(PlatformTest, RecordsWhatTheRegistryRefused) {
     vysys::Utf8Vector text;
     EXPECT_EQ(vysys::countSubkeys("missing", status), 0u);

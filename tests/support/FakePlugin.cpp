@@ -116,10 +116,8 @@ public:
     void refresh(StatusBlock* status) override {
         devices.clear();
         report("refresh", -1, status);
-        std::uint32_t count = 0;
-        FakeDevice* const fakes = plugin.host->devices(plugin.name.c_str(), count);
-        for (std::uint32_t i = 0; i < count; ++i)
-            devices.emplace_back(fakes[i], i);
+        for (FakeDevice& fake : plugin.host->devices(plugin.name.c_str()))
+            devices.emplace_back(fake, devices.size());
     }
     std::uint32_t getCount() override {
         report("getCount");

@@ -35,10 +35,4 @@ Answer FakePlugins::call(const char* plugin, const char* operation, std::int64_t
     return static_cast<Answer>(answer != answers.end() ? answer->second : Ordinary);
 }
 
-FakeDevice* FakePlugins::devices(const char* plugin, std::uint32_t& count) {
-    auto& devices = devicesOf[plugin];
-    count = static_cast<std::uint32_t>(devices.size());
-    return devices.data();
-}
-
 } // namespace vykeltest

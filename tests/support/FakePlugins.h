@@ -37,7 +37,7 @@ struct FakeHost {
     /// Answers each call of a plug-in; argument -1: the call has none.
     virtual Answer call(const char* plugin, const char* operation, std::int64_t argument) = 0;
     /// The devices that a plug-in sees.
-    virtual FakeDevice* devices(const char* plugin, std::uint32_t& count) = 0;
+    virtual std::vector<FakeDevice>& devices(const char* plugin) = 0;
 
 protected:
     ~FakeHost() = default;
@@ -61,7 +61,7 @@ public:
 
 private:
     Answer call(const char* plugin, const char* operation, std::int64_t argument) override;
-    FakeDevice* devices(const char* plugin, std::uint32_t& count) override;
+    std::vector<FakeDevice>& devices(const char* plugin) override { return devicesOf[plugin]; }
 
     std::vector<std::pair<std::string, std::string>> log; // operation and text
 };
