@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <sstream>
+#include <vector>
 
 namespace {
 
@@ -25,12 +26,21 @@ TEST(IniWriter, WritesAsTheOptionsSay) {
         int maxLineLength = -1;
         char splitChar = '\0';
         int result = 0;
+        std::vector<const char*> made = {}; ///< sections that the file does not have
     } rows[] = {
         {"lines, quotes, an empty line after each section", "[General]\nMajorVersion = 15\nq=\" x \"\n[e]\n",
          "[General]\r\nMajorVersion=15\r\nq=\" x \"\r\n\r\n[e]\r\n\r\n"},
         {"blanks around the separator", "[a]\nk=v\n", "[a]\r\nk = v\r\n\r\n", IniSpacedEquals},
         {"byte-order mark", "[a]\n", "\xEF\xBB\xBF[a]\r\n\r\n", IniWriteBom},
         {"sections of the file only", "[a]\nk=v\n[b]\n", "[a]\r\nk=v\r\n[b]\r\n", IniBlankLineRules},
+        {"and around those made in memory",
+         "[a]\n",
+         "[a]\r\n\r\n[b]\r\nk=1\r\n2\r\n\r\n[c]\r\nk=1\r\n2\r\n\r\n",
+         IniBlankLineRules,
+         -1,
+         '\0',
+         0,
+         {"b", "c"}},
         {"entries before the first header", "x=1\n[a]\n", "x=1\r\n\r\n[a]\r\n\r\n"},
         {"the same without blank lines", "x=1\n[a]\n", "x=1\r\n[a]\r\n", IniBlankLineRules},
         {"as long as the limit: whole", "[a]\nkey=" + v20, "[a]\r\nkey=" + v20 + "\r\n\r\n", 0, 24},
@@ -50,6 +60,8 @@ TEST(IniWriter, WritesAsTheOptionsSay) {
         IniDocument document;
         document.parseFlags |= IniColonSeparator;
         ASSERT_EQ(folder.load(document, row.before), 0);
+        for (const char* const name : row.made)
+            EXPECT_EQ(setIniValue(&document, name, "k", "1\n2", 0), 1);
         document.writeFlags = row.writeFlags;
         document.maxLineLength = row.maxLineLength;
         document.splitChar = row.splitChar;
@@ -57,17 +69,6 @@ TEST(IniWriter, WritesAsTheOptionsSay) {
         EXPECT_EQ(fs::exists(target), row.result == 0);
         EXPECT_EQ(readFile(target), row.after);
     }
-}
-
-TEST(IniWriter, BlankLinesAroundSectionsMadeInMemory) {
-    IniFolder folder;
-    IniDocument document;
-    ASSERT_EQ(folder.load(document, "[a]\n"), 0);
-    ASSERT_EQ(setIniValue(&document, "b", "k", "1\n2", 0), 1);
-    ASSERT_EQ(setIniValue(&document, "c", "k", "3", 0), 1);
-    document.writeFlags = IniBlankLineRules;
-    EXPECT_EQ(save(document, folder.file()), 0);
-    EXPECT_EQ(readFile(folder.file()), "[a]\r\n\r\n[b]\r\nk=1\r\n2\r\n\r\n[c]\r\nk=3\r\n\r\n");
 }
 
 TEST(IniWriter, SplitValuesReadBackTheSame) {
