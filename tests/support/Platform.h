@@ -2,11 +2,9 @@
 #define TESTS_PLATFORM_H
 
 #include <filesystem>
-#include <future>
 #include <string>
-#include <vector>
 
-/// What the tests need of the system and of other processes.
+/// What the tests need of the system.
 namespace vykeltest {
 
 constexpr const char* libraryFile = LIBRARY_FILE; ///< the library under test
@@ -40,17 +38,6 @@ struct ProgramResult {
 /// Runs a built program to its end. `arguments` are quoted as for a shell; standard error is that of this
 /// program.
 ProgramResult runProgram(const std::string& name, const std::string& arguments);
-
-/// What a test program does as a child process of a test, on the same machine; returns its exit code.
-using Role = int (*)();
-/// Makes a role known. A test program that starts children defines roles.
-struct NamedRole {
-    NamedRole(const char* name, Role role);
-};
-/// Runs this test program in that role to its end; returns the exit code.
-int runRole(const std::string& name);
-/// Starts children in that role; each result is the exit code.
-std::vector<std::future<int>> startRoles(const std::string& name, std::size_t count);
 
 } // namespace vykeltest
 

@@ -4,7 +4,9 @@
 #include "support/TransferMachine.h"
 #include <algorithm>
 #include <chrono>
+#include <future>
 #include <gtest/gtest.h>
+#include <map>
 #include <random>
 #include <thread>
 
@@ -107,7 +109,7 @@ std::int32_t SharedMachine::transfer(std::uint32_t modulus, std::uint32_t remain
     return vykeltest::transfer(tableOf(devices)).code;
 }
 
-const NamedRole numberer("numberer", [] {
+int runNumberer() {
     SharedMachine shared;
     shared.pause = milliseconds(1);
     std::list<NumberedDevice> devices;
@@ -115,11 +117,11 @@ const NamedRole numberer("numberer", [] {
         devices.emplace_back(shared, i);
     vykel::assignDeviceNumbers(tableOf(devices));
     return 0;
-});
+}
 
 /// Transfers to every slice of the devices, beginning at one of this process's own. A reader may have the
 /// file open, which refuses the replace on Windows: then it tries again, as a client does.
-const NamedRole rival("rival", [] {
+int runRival() {
     SharedMachine shared;
     shared.pause = milliseconds(1);
     for (std::uint32_t i = 0; i < slices; ++i) {
@@ -132,12 +134,14 @@ const NamedRole rival("rival", [] {
             return 1;
     }
     return 0;
-});
+}
 
-const NamedRole transferOnce("transferOnce", [] { return SharedMachine().transfer() == success ? 0 : 1; });
+int transferOnce() {
+    return SharedMachine().transfer() == success ? 0 : 1;
+}
 
 /// Is killed at any moment of a transfer.
-const NamedRole victim("victim", [] {
+int runVictim() {
     const SharedMachine shared;
     std::thread([] {
         std::random_device random;
@@ -145,7 +149,24 @@ const NamedRole victim("victim", [] {
         TerminateProcess(GetCurrentProcess(), 1);
     }).detach();
     return static_cast<int>(shared.transfer());
-});
+}
+
+/// What this program does as a child process, on the same machine.
+const std::map<std::string, int (*)()> roles = {
+    {"numberer", runNumberer}, {"rival", runRival}, {"transferOnce", transferOnce}, {"victim", runVictim}};
+
+/// Runs this program in that role to its end; returns the exit code.
+int runRole(const std::string& name) {
+    return runProgram("transfer_tests", name).exitCode;
+}
+
+/// Starts children in that role; each result is the exit code.
+std::vector<std::future<int>> startRoles(const std::string& name) {
+    std::vector<std::future<int>> children(slices);
+    for (std::future<int>& child : children)
+        child = std::async(std::launch::async, runRole, name);
+    return children;
+}
 
 /// Checks what a process left that was killed during a transfer.
 void expectNothingLost(const SharedMachine& shared) {
@@ -160,7 +181,7 @@ void expectNothingLost(const SharedMachine& shared) {
 TEST(TransferProcesses, RivalsGiveEachAliasOnceAndReadersSeeWholeFiles) {
     const SharedMachine shared;
     shared.reset();
-    auto rivals = startRoles("rival", slices);
+    auto rivals = startRoles("rival");
     for (std::future<int>& child : rivals) {
         while (child.wait_for(milliseconds(3)) != std::future_status::ready) {
             const std::string text = readFile(shared.iniFile); // empty: it could not be opened just then
@@ -175,7 +196,7 @@ TEST(TransferProcesses, RivalsGiveEachAliasOnceAndReadersSeeWholeFiles) {
 
 TEST(TransferProcesses, RivalsGiveEachNumberOnce) {
     const SharedMachine shared;
-    auto numberers = startRoles("numberer", slices);
+    auto numberers = startRoles("numberer");
     for (std::future<int>& child : numberers)
         EXPECT_EQ(child.get(), 0);
     const Lines numbers = linesOf(shared.numbers);
@@ -212,3 +233,10 @@ TEST(TransferProcesses, KilledAtEveryStepLosesNothing) {
 #endif
 
 } // namespace
+
+int main(int argc, char** argv) {
+    if (const auto role = roles.find(argv[argc - 1]); role != roles.end())
+        return role->second();
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
