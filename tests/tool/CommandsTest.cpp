@@ -76,7 +76,7 @@ TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {
     EXPECT_EQ(readText(state), "1\n");
     machine.setConfigurationFolder(false);
     follow({{"list", "(ConfigurationFault)"},
-            {"list", "\n  meaning:    A lock file"},
+            {"list", "\n  meaning:    The folder of the lock files is missing"},
             {"list", "do: Run 'vykeldev setup' "}});
 #if !defined(_WIN32)
     fs::create_directories(folder.parent_path().parent_path() / "registry.reg.new"); // in its way

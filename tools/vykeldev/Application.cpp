@@ -43,6 +43,10 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     app.add_option("--library", context.library,
                    "The vykeldevenum library to use (default: beside this tool)")
         ->type_name("PATH");
+    app.add_flag(
+        "-v,--verbose", context.verbose,
+        "Says what a command waits for, also when standard error is no terminal, and where an error was "
+        "raised");
     app.require_subcommand(1);
     app.fallthrough();
 
@@ -76,14 +80,14 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
 
 int runApplication(const std::vector<std::string>& arguments) noexcept {
     const Console console;
+    Context context{"", console.colourOnOutput};
     try {
         if (runRequestedTask(arguments, {&check::checkRuleTask, &deviceTask, &doctor::probeTask}))
             return toInteger(ExitCode::Success);
-        Context context{"", console.colourOnOutput};
         return runParsed(arguments, context);
     } catch (...) {
         printFailure(console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
-                     currentFailure());
+                     currentFailure(), context.verbose);
     }
     return toInteger(ExitCode::Error);
 }

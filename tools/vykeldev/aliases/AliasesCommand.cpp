@@ -1,6 +1,7 @@
 #include "aliases/Preview.h"
 #include "commands/Commands.h"
 #include "ConfigurationFolder.h"
+#include "doctor/Cause.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "support/BoundedLock.h"
@@ -156,7 +157,7 @@ ExitCode previewAliases(const Context& context, bool json) {
     } catch (const vyerr::ExceptionBase& exception) {
         vykel::StatusBlock status = vykel::makeStatusBlock();
         vyerr::statusToBlock(exception.status(), &status);
-        throw statusFailure("previewing the transfer of aliases", status);
+        throw doctor::withCause(statusFailure("previewing the transfer of aliases", status));
     }
 }
 

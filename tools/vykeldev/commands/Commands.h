@@ -15,12 +15,10 @@ enum class ExitCode { Success = 0, Error = 1, WrongUsage = 2, NothingListed = 3,
 
 /// The parameters of all commands.
 struct Context {
-    std::string library; ///< Path of the library to use, UTF-8.
-    bool colour = false; ///< Standard output is a terminal that shows colour.
+    std::string library;  ///< Path of the library to use, UTF-8.
+    bool colour = false;  ///< Standard output is a terminal that shows colour.
+    bool verbose = false; ///< Notices are wanted also when standard error is no terminal.
 };
-
-/// The help of --verbose.
-constexpr const char* verboseHelp = "Says what it waits for, also when standard error is no terminal";
 
 /// The work of a command whose options are known. Ends with an exit code or throws Failure.
 using Run = std::function<ExitCode(const Context&)>;

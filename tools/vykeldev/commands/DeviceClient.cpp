@@ -1,6 +1,7 @@
 #include "commands/DeviceClient.h"
 
 #include "ConfigurationFolder.h"
+#include "doctor/Cause.h"
 #include "errors/Exception.h"
 #include "support/BoundedLock.h"
 #include "support/DisplayText.h"
@@ -25,6 +26,11 @@ Failure endFailure(const ChildProcess::End& end, const std::string& step) {
     return {"the client process " + how + (step.empty() ? "" : " while " + step),
             "Most likely a plug-in did it, and does it to every client.",
             "Run 'vykeldev doctor': it names the plug-in."};
+}
+
+/// A failure with its cause on this machine, or null.
+Json explained(const Json& failure) {
+    return failure.is_null() ? failure : Json(doctor::withCause(failureFrom(failure)));
 }
 
 /// The path of a lock file that is locked, or an empty text.
@@ -97,11 +103,11 @@ void DeviceClient::take(const Json& report) {
         if (report["sent"] != pending.size())
             failed = Failure("a reading of the devices got lost", "A plug-in prints, or a text is too long.",
                              "Run 'vykeldev doctor': it tries each plug-in by itself.");
-        lastReading = {report["count"], std::exchange(pending, {}), report["failure"]};
+        lastReading = {report["count"], std::exchange(pending, {}), explained(report["failure"])};
         isNew = failed.is_null();
     }
     if (report.contains("failed"))
-        failed = report["failed"];
+        failed = explained(report["failed"]);
     isDone = isDone || report.contains("done");
 }
 

@@ -16,7 +16,6 @@ namespace {
 
 struct ListOptions {
     bool json = false;
-    bool verbose = false;
     double timeout = std::numeric_limits<double>::infinity(); // seconds
     std::int32_t minVersion = 0;
     std::uint32_t format = 1;
@@ -46,7 +45,7 @@ struct Listing {
 Listing readListing(const Context& context, const ListOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
-    DeviceClient client({context.library, options.minVersion, options.format}, options.verbose);
+    DeviceClient client({context.library, options.minVersion, options.format}, context.verbose);
     client.await(Event::Read, deadline);
     Listing listing{client.reading(), nullptr};
     if (listing.reading.devices.empty() && !listing.reading.failure.is_null())
@@ -69,7 +68,7 @@ void printJson(const Listing& listing, std::uint32_t format) {
 }
 
 /// Names the devices that have no number, though the refresh gave each device one.
-void warnOfNumbers(const std::vector<DeviceInfo>& devices) {
+void warnOfNumbers(const std::vector<DeviceInfo>& devices, bool verbose) {
     std::vector<std::string> names;
     for (const DeviceInfo& device : devices)
         if (device.number == vykel::noDeviceNumber)
@@ -78,7 +77,8 @@ void warnOfNumbers(const std::vector<DeviceInfo>& devices) {
         printFailure("vykeldev: warning: ",
                      Failure("no number, though the refresh gave one: " + joined(names, ", "),
                              "The plug-in did not keep it.",
-                             "See the plug-in's documentation, or run 'vykeldev check PLUGIN'."));
+                             "See the plug-in's documentation, or run 'vykeldev check PLUGIN'."),
+                     verbose);
 }
 
 ExitCode listDevices(const Context& context, const ListOptions& options) {
@@ -91,10 +91,10 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
     if (!listing.error.is_null())
         throw failureFrom(listing.error);
     if (!failure.is_null()) {
-        printFailure("vykeldev: warning: ", failureFrom(failure));
+        printFailure("vykeldev: warning: ", failureFrom(failure), context.verbose);
         return ExitCode::Warnings;
     }
-    warnOfNumbers(devices);
+    warnOfNumbers(devices, context.verbose);
     if (!devices.empty())
         return ExitCode::Success;
     std::cerr << "vykeldev: no devices; 'vykeldev doctor' says why\n";
@@ -117,7 +117,6 @@ void addListCommand(CLI::App& app, Run& chosen) {
                      "Gives up, with exit code 1, after so many seconds (default: never)")
         ->check(inRange(0.001, 86400, "0.001 to 86400 seconds"))
         ->type_name("S");
-    command->add_flag("-v,--verbose", options->verbose, verboseHelp);
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return listDevices(context, *options); };
     });

@@ -18,28 +18,27 @@ constexpr double unhurriedSeconds = 2; // for the first reading and for the end,
 struct WaitOptions {
     std::uint32_t count = 1;
     double timeout = unlimited; // seconds
-    bool verbose = false;
 };
 
 /// Reports a reading of enough devices, and waits until the client has unloaded the plug-ins.
-ExitCode finish(DeviceClient& client) {
+ExitCode finish(DeviceClient& client, bool verbose) {
     const Reading reading = client.reading();
     std::cout << reading.count << (reading.count == 1 ? " device\n" : " devices\n");
     client.next(timeAfter(unhurriedSeconds));
     if (reading.failure.is_null())
         return ExitCode::Success;
-    printFailure("vykeldev: warning: ", failureFrom(reading.failure));
+    printFailure("vykeldev: warning: ", failureFrom(reading.failure), verbose);
     return ExitCode::Warnings;
 }
 
 ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
-    DeviceClient client({context.library, 0, 0, options.count, secondsBetweenReadings}, options.verbose);
+    DeviceClient client({context.library, 0, 0, options.count, secondsBetweenReadings}, context.verbose);
     Event event = client.next(std::max(deadline, timeAfter(unhurriedSeconds)));
     for (; event == Event::Read; event = client.next(deadline)) {
         if (client.reading().count >= options.count)
-            return finish(client);
+            return finish(client, context.verbose);
         if (!client.reading().failure.is_null())
             throw failureFrom(client.reading().failure);
     }
@@ -67,7 +66,6 @@ void addWaitCommand(CLI::App& app, Run& chosen) {
                      "take 2 seconds)")
         ->check(inRange(0, unlimited, "0 seconds or more"))
         ->type_name("S");
-    command->add_flag("-v,--verbose", options->verbose, verboseHelp);
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) { return waitForDevices(context, *options); };
     });

@@ -16,7 +16,6 @@ namespace {
 
 struct WatchOptions {
     bool json = false;
-    bool verbose = false;
     double interval = 0.5; // seconds
 };
 
@@ -36,7 +35,7 @@ bool print(const std::vector<DeviceChange>& changes, const WatchOptions& options
 
 ExitCode watchDevices(const Context& context, const WatchOptions& options) {
     constexpr std::uint32_t neverEnough = std::numeric_limits<std::uint32_t>::max();
-    DeviceClient client({context.library, 0, 2, neverEnough, options.interval}, options.verbose);
+    DeviceClient client({context.library, 0, 2, neverEnough, options.interval}, context.verbose);
     std::vector<DeviceInfo> known;
     std::string trouble; // reported last, so that lasting trouble is reported once
     while (client.next(DeviceClient::Clock::time_point::max()) == DeviceClient::Event::Read) {
@@ -61,7 +60,6 @@ void addWatchCommand(CLI::App& app, Run& chosen) {
     command->add_option("--interval", options->interval, "Seconds between two readings (default 0.5)")
         ->check(inRange(0.01, 86400, "0.01 to 86400 seconds"))
         ->type_name("S");
-    command->add_flag("-v,--verbose", options->verbose, verboseHelp);
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) {
             return withJsonFailure(options->json, -1, [&] { return watchDevices(context, *options); });

@@ -4,6 +4,10 @@
 #include "doctor/Report.h"
 #include "support/Progress.h"
 #include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <windows.h>
 
 /// What the doctor looks at. Each check completes its part of the report and adds a finding for everything
 /// that is wrong.
@@ -11,6 +15,10 @@ namespace vykeldev::doctor {
 
 /// PluginCheck.cpp: examines every registered plug-in, each within `limit`. Fills `report.plugins`.
 void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress);
+
+/// PluginCheck.cpp: counts the registered plug-ins. None, with a finding, when the registry key cannot be
+/// read.
+std::optional<std::uint32_t> countPlugins(Findings& findings);
 
 /// Examination.cpp: examines a plug-in whose name and path are known: looks at its file, then probes it
 /// within `limit`. Completes the account.
@@ -26,6 +34,9 @@ void checkFolder(Report& report, Progress& progress);
 /// known. Call it under the transfers' lock: an open file would make the save of a transfer fail.
 /// `folderWritable`: files can be made beside it.
 void checkLegacyFile(Report& report, bool folderWritable);
+
+/// FolderCheck.cpp: what to do about a file in the folder that cannot be opened, by the system's error.
+std::string remedyOfOpening(DWORD error);
 
 } // namespace vykeldev::doctor
 

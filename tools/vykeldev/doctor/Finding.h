@@ -40,9 +40,12 @@ private:
 /// One thing found on this machine. Texts are UTF-8 and may hold anything.
 struct Finding {
     const FindingKind* kind;
-    std::string subject; ///< The plug-in, file, folder or number that it is about.
-    std::string detail;  ///< What was seen; may be empty.
-    int line = 0;        ///< In the file `subject`, from 1; 0: it is about no line.
+    std::string subject;     ///< The plug-in, file, folder or number that it is about.
+    std::string detail;      ///< What was seen; may be empty.
+    int line = 0;            ///< In the file `subject`, from 1; 0: it is about no line.
+    std::string remedy = {}; ///< What helps here, when that is less than the kind's remedy; or empty.
+
+    std::string whatToDo() const { return remedy.empty() ? kind->remedy : remedy; }
 };
 
 using Findings = std::vector<Finding>;

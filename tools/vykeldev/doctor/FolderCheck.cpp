@@ -5,6 +5,7 @@
 #include "pellumkelddk/user/FileLock.h"
 #include "platform/System.h"
 #include "support/BoundedLock.h"
+#include "support/Files.h"
 #include "support/Paths.h"
 #include <cmath>
 
@@ -15,16 +16,20 @@ namespace {
 vykel::FileStream takeLock(const std::string& name, Report& report, Progress& progress) {
     LockState& lock = report.locks.emplace_back();
     lock.path = report.folder + name;
-    const auto fail = [&](const char* state, const FindingKind& kind, const std::string& detail) {
+    const auto fail = [&](const char* state, const FindingKind& kind, const std::string& detail,
+                          const std::string& remedy = "") {
         lock.state = state;
-        report.findings.push_back({&kind, lock.path, detail});
+        report.findings.push_back({&kind, lock.path, detail, 0, remedy});
         return nullptr;
     };
     vykel::FileStream stream;
     try {
         stream = vykel::openLockFile(lock.path.c_str());
     } catch (const vyerr::Exception&) {
-        return fail("unusable", finding::lockUnusable, "it cannot be opened or made");
+        if (isFolder(lock.path))
+            return fail("unusable", finding::lockUnusable, "a folder has its name", "Remove the folder.");
+        const DWORD error = openFile(lock.path, GENERIC_READ, OPEN_EXISTING) ? 0 : GetLastError();
+        return fail("unusable", finding::lockUnusable, "it cannot be opened or made", remedyOfOpening(error));
     }
     const DWORD error = lockInTime(stream.get(), [&](auto waited) {
         progress.show("waiting for " + lock.path);
@@ -34,7 +39,8 @@ vykel::FileStream takeLock(const std::string& name, Report& report, Progress& pr
         return fail("held", finding::lockHeld,
                     "waited " + std::to_string(longestLockWait.count()) + " seconds");
     if (error != ERROR_SUCCESS)
-        return fail("unusable", finding::lockUnusable, systemErrorText(error));
+        return fail("unusable", finding::lockUnusable, systemErrorText(error),
+                    "Keep the folder on a local disk, whose files the system can lock.");
     return stream;
 }
 
@@ -49,12 +55,20 @@ bool checkRights(const std::string& folder, Findings& findings) {
 
 } // namespace
 
+std::string remedyOfOpening(DWORD error) {
+    return error == ERROR_SHARING_VIOLATION
+               ? "Close the program that holds the file open."
+               : "Run 'vykeldev setup --reset-rights' as administrator: it lets every user read and write in "
+                 "the folder.";
+}
+
 void checkFolder(Report& report, Progress& progress) {
     try {
         report.folder = vykel::getConfigurationFolder();
     } catch (const vyerr::Exception& exception) {
-        report.findings.push_back(
-            {&finding::folderUnknown, "common application data", exception.errorInfoJson()});
+        const DWORD result = makeLibraryError(exception).system.value_or(0);
+        report.findings.push_back({&finding::folderUnknown, "common application data",
+                                   systemErrorText(result & 0xFFFF)}); // the error in an HRESULT
         return;
     }
     report.legacy.path = report.folder + "vykel.ini";

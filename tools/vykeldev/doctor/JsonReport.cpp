@@ -41,10 +41,10 @@ void to_json(Json& json, const PluginAccount& plugin) {
 }
 
 void to_json(Json& json, const Finding& finding) {
-    json = {{"id", finding.kind->id},        {"severity", nameOf(finding.kind->severity)},
-            {"subject", finding.subject},    {"line", finding.line > 0 ? Json(finding.line) : Json()},
-            {"detail", finding.detail},      {"meaning", finding.kind->meaning},
-            {"remedy", finding.kind->remedy}};
+    json = {{"id", finding.kind->id},      {"severity", nameOf(finding.kind->severity)},
+            {"subject", finding.subject},  {"line", finding.line > 0 ? Json(finding.line) : Json()},
+            {"detail", finding.detail},    {"meaning", finding.kind->meaning},
+            {"remedy", finding.whatToDo()}};
 }
 
 void to_json(Json& json, const Versions& versions) {

@@ -21,10 +21,10 @@ class LegacyFindings {
 public:
     LegacyFindings(std::string filePath, Findings& all) : path(std::move(filePath)), findings(all) {}
 
-    void add(const FindingKind* kind, int line, const std::string& detail) {
+    void add(const FindingKind* kind, int line, const std::string& detail, const std::string& remedy = "") {
         constexpr std::size_t maxDetailBytes = 200;
         if (++counts[kind] <= maxPerKind)
-            findings.push_back({kind, path, detail.substr(0, maxDetailBytes), line});
+            findings.push_back({kind, path, detail.substr(0, maxDetailBytes), line, remedy});
     }
 
     /// Reports how many were left out.
@@ -60,24 +60,35 @@ void addEntry(const LegacyEntry& entry, LegacyFindings& findings) {
                  entry.detail.empty() ? text : entry.detail + " (" + text + ")");
 }
 
-/// Why a transfer could not save the file, or an empty text.
-std::string savingTrouble(const std::string& path, bool folderWritable) {
-    if (!openFile(path, GENERIC_READ | GENERIC_WRITE, OPEN_EXISTING))
-        return "it cannot be written: " + systemErrorText(GetLastError());
+struct Trouble {
+    std::string detail; ///< Empty: there is none.
+    std::string remedy;
+};
+
+/// Why a transfer could not save the file. It replaces the file, so it needs the right to delete it.
+Trouble savingTrouble(const std::string& path, bool folderWritable) {
+    if (!openFile(path, GENERIC_READ | GENERIC_WRITE | DELETE, OPEN_EXISTING)) {
+        const DWORD error = GetLastError();
+        return {"it cannot be replaced: " + systemErrorText(error), remedyOfOpening(error)};
+    }
     const vyini::IniString name = vyini::nameTempByExtension(path.c_str());
     if (name == nullptr)
         throw std::bad_alloc();
     const std::string temporary = name.get();
     const DWORD attributes = GetFileAttributesW(toWide(temporary).c_str());
     if (attributes == INVALID_FILE_ATTRIBUTES)
-        return folderWritable ? "" : "no new file can be made beside it";
+        return folderWritable
+                   ? Trouble()
+                   : Trouble{"no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED)};
     if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
-        return "'" + temporary + "', where the new file is to be written, is a folder";
-    return (attributes & FILE_ATTRIBUTE_READONLY) != 0 ? "'" + temporary + "' is in the way and read-only"
-                                                       : "";
+        return {"'" + temporary + "', where the new file is to be written, is a folder",
+                "Remove that folder."};
+    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
+        return {"'" + temporary + "' is in the way and read-only", "Delete that file."};
+    return {};
 }
 
-void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::string& trouble) {
+void checkContent(const LegacyFile& file, LegacyFindings& findings, const Trouble& trouble) {
     for (const aliases::SkippedLine& line : file.skippedLines)
         findings.add(&finding::legacyLineIgnored, line.number, line.text);
     bool canMove = false;
@@ -86,8 +97,8 @@ void checkContent(const LegacyFile& file, LegacyFindings& findings, const std::s
             canMove = true;
         else
             addEntry(entry, findings);
-    if (canMove && !trouble.empty())
-        findings.add(&finding::legacyNotWritable, 0, trouble);
+    if (canMove && !trouble.detail.empty())
+        findings.add(&finding::legacyNotWritable, 0, trouble.detail, trouble.remedy);
 }
 
 } // namespace

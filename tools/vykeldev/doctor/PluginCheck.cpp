@@ -100,24 +100,30 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
 
 } // namespace
 
-void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress) {
+std::optional<std::uint32_t> countPlugins(Findings& findings) {
     const std::string key = std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey;
-    std::uint32_t count = 0;
     try {
-        count = vykel::countPlugins();
+        const std::uint32_t count = vykel::countPlugins();
+        if (count == 0)
+            findings.push_back({&finding::pluginsNone, key, ""});
+        return count;
     } catch (const vyerr::Exception& exception) {
         const LibraryError error = makeLibraryError(exception);
         const bool denied = error.system == ERROR_ACCESS_DENIED;
-        report.findings.push_back(
+        findings.push_back(
             {denied ? &finding::pluginsKeyDenied : &finding::pluginsKeyMissing, key, error.systemText});
-        return;
+        return std::nullopt;
     }
-    if (count == 0)
-        report.findings.push_back({&finding::pluginsNone, key, ""});
-    for (std::uint32_t i = 0; i < count; ++i) {
+}
+
+void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress) {
+    const std::optional<std::uint32_t> count = countPlugins(report.findings);
+    if (!count)
+        return;
+    for (std::uint32_t i = 0; i < *count; ++i) {
         PluginAccount plugin;
         if (readRegistration(i, plugin, report.findings)) {
-            progress.show(concat("probing plug-in ", i + 1, " of ", count, ": ", plugin.name));
+            progress.show(concat("probing plug-in ", i + 1, " of ", *count, ": ", plugin.name));
             checkValue(plugin, report.findings);
             examine(plugin, limit, report.findings);
         }

@@ -44,7 +44,7 @@ void printFinding(std::ostream& out, const Finding& finding, bool colour) {
     out << '\n';
     if (!finding.detail.empty())
         out << "  seen:       " << printable(finding.detail) << '\n';
-    out << "  meaning:    " << kind.meaning << "\n  what to do: " << kind.remedy << "\n\n";
+    out << "  meaning:    " << kind.meaning << "\n  what to do: " << printable(finding.whatToDo()) << "\n\n";
 }
 
 } // namespace

@@ -1,6 +1,7 @@
 #include "support/Failure.h"
 #include "support/DisplayText.h"
 
+#include "errors/Exception.h"
 #include "platform/System.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
@@ -22,27 +23,24 @@ struct Explanation {
 
 constexpr Explanation explanations[] = {
     {StatusCode::ConfigurationFault, "ConfigurationFault",
-     "A lock file cannot be made, or the legacy alias file vykel.ini is malformed or cannot be saved.",
-     "Run 'vykeldev setup' as administrator: it makes the folder Morvance\\VY-KEL in the common application "
-     "data folder (C:\\ProgramData) where it is missing. If vykel.ini is there, 'vykeldev aliases' names the "
-     "line to correct; 'vykeldev doctor' names any other cause."},
+     "A lock file could not be made, or the legacy alias file vykel.ini was malformed or could not be saved. "
+     "The cause does not show any more.",
+     "Try again."},
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", "End other programs and try again."},
     {StatusCode::GeneralFault, "GeneralFault",
      "The library is not initialised, or failed in an unforeseen way.",
-     "Try again; if it fails again, report the code and the place where it was raised."},
+     "Try again; if it fails again, report the code and what --verbose adds."},
     {StatusCode::BadCast, "BadCast", "A plug-in is faulty.",
      "'vykeldev doctor' tries each plug-in by itself and names it."},
     {StatusCode::InvalidParameter, "InvalidParameter", "The library refuses an argument of this tool.",
      "Install tool and library from the same release."},
-    {StatusCode::ResourceNotFound, "ResourceNotFound",
-     "The registry key of the plug-ins or the common application data folder cannot be found or read.",
-     "Run 'vykeldev setup' as administrator: it makes the key. Check that the folder C:\\ProgramData is "
-     "there."},
+    {StatusCode::ResourceNotFound, "ResourceNotFound", "The common application data folder cannot be found.",
+     "Check that the folder (usually C:\\ProgramData) is there."},
     {StatusCode::OsFault, "OsFault", "The operating system refuses an event or a file lock.",
      "Check that the folder Morvance\\VY-KEL of the common application data folder is on a local disk."},
     {StatusCode::PluginNotInitialized, "PluginNotInitialized",
      "A plug-in was used before it was initialised.",
-     "Try again; if it fails again, report the code and the place where it was raised."},
+     "Try again; if it fails again, report the code and what --verbose adds."},
     {StatusCode::VersionMismatch, "VersionMismatch", "The library does not offer the interface of this tool.",
      "Install tool and library from the same release."},
 };
@@ -51,7 +49,13 @@ constexpr Explanation ofPlugin = {StatusCode::Success, "a plug-in's own code",
                                   "A plug-in failed with a code that it defines itself.",
                                   "Look the code up in the plug-in's documentation."};
 
-const Explanation& explain(std::int32_t code) noexcept {
+constexpr Explanation noKey = {StatusCode::ResourceNotFound, "ResourceNotFound",
+                               "The registry key of the plug-ins cannot be found or read.",
+                               "Run 'vykeldev setup' as administrator: it makes the key."};
+
+const Explanation& explain(const std::string& action, std::int32_t code) noexcept {
+    if (action == initialisation && code == vykel::toInteger(noKey.code))
+        return noKey;
     const auto* const found =
         std::find_if(std::begin(explanations), std::end(explanations), [code](const Explanation& candidate) {
             return vykel::toInteger(candidate.code) == code;
@@ -72,6 +76,10 @@ Failure currentFailure() {
         throw;
     } catch (const Failure& failure) {
         return failure;
+    } catch (const vyerr::ExceptionBase& exception) { // its text is a JSON document
+        vykel::StatusBlock status = vykel::makeStatusBlock();
+        vyerr::statusToBlock(exception.status(), &status);
+        return statusFailure("a step of the library", status);
     } catch (const std::exception& error) {
         return {error.what(), "", ""};
     } catch (...) {
@@ -79,23 +87,25 @@ Failure currentFailure() {
     }
 }
 
-void printFailure(const std::string& label, const Failure& failure) {
+void printFailure(const std::string& label, const Failure& failure, bool verbose) {
     std::cerr << label << failure.what() << '\n';
     if (!failure.meaning.empty())
         std::cerr << "  meaning:    " << failure.meaning << '\n';
     if (!failure.remedy.empty())
         std::cerr << "  what to do: " << failure.remedy << '\n';
+    if (verbose && !failure.raisedAt.empty())
+        std::cerr << "  raised at:  " << failure.raisedAt << '\n';
 }
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
-    const Explanation& explanation = explain(status.code);
-    std::string what = action + " failed with " + std::to_string(status.code) + " (" + explanation.name + ")";
-    const std::string component = fieldText(status.component);
-    if (!component.empty()) {
-        what +=
-            ", raised by " + component + " at " + fieldText(status.file) + ":" + std::to_string(status.line);
-    }
-    return {what, explanation.meaning, explanation.remedy, status.code, explanation.name};
+    const Explanation& explanation = explain(action, status.code);
+    const std::string file = fieldText(status.file);
+    return {action + " failed with " + std::to_string(status.code) + " (" + explanation.name + ")",
+            explanation.meaning,
+            explanation.remedy,
+            status.code,
+            explanation.name,
+            file.empty() ? file : file + ":" + std::to_string(status.line)};
 }
 
 Failure statusFailure(const std::string& action, std::int32_t code) {

@@ -13,25 +13,34 @@ namespace vykeldev {
 class Failure : public std::runtime_error {
 public:
     Failure(const std::string& what, std::string whatItMeans, std::string whatToDo,
-            std::int32_t statusCode = 0, std::string codeName = "")
+            std::int32_t statusCode = 0, std::string codeName = "", std::string place = "")
         : std::runtime_error(what), meaning(std::move(whatItMeans)), remedy(std::move(whatToDo)),
-          code(statusCode), name(std::move(codeName)) {}
+          code(statusCode), name(std::move(codeName)), raisedAt(std::move(place)) {}
     const std::string meaning;
     const std::string remedy;
-    const std::int32_t code; ///< Of the library or a plug-in; 0: it has none.
-    const std::string name;  ///< Of the code.
+    const std::int32_t code;    ///< Of the library or a plug-in; 0: it has none.
+    const std::string name;     ///< Of the code.
+    const std::string raisedAt; ///< File and line in the library, for its developers; may be empty.
 };
 
 /// The exception that is being handled, whatever it is.
 Failure currentFailure();
 
-/// Prints a failure to standard error, after `label`, as in "vykeldev: error: ".
-void printFailure(const std::string& label, const Failure& failure);
+/// Prints a failure to standard error, after `label`, as in "vykeldev: error: "; when `verbose`, also where
+/// it was raised.
+void printFailure(const std::string& label, const Failure& failure, bool verbose);
 
 /// The failure of a library or plug-in operation that answered with a status code. `action` says what failed,
 /// as in "refreshing the devices".
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status);
 Failure statusFailure(const std::string& action, std::int32_t code);
+
+/// The action that reads the registry key of the plug-ins: other actions of the library that do not find what
+/// they need miss a folder.
+constexpr const char* initialisation = "initialising the library";
+inline bool isInitialisation(const Failure& failure) {
+    return std::string(failure.what()).rfind(initialisation, 0) == 0;
+}
 
 /// The failure of a call of the operating system.
 Failure systemFailure(const std::string& action, DWORD error, const std::string& remedy);

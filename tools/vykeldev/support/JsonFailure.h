@@ -15,12 +15,14 @@ inline void to_json(Json& json, const Failure& failure) {
             {"message", failure.what()},
             {"meaning", failure.meaning},
             {"whatToDo", failure.remedy}};
+    if (!failure.raisedAt.empty())
+        json["raisedAt"] = failure.raisedAt;
 }
 inline Failure failureFrom(const Json& json) {
     const Failure plain(json.at("message"), json.at("meaning"), json.at("whatToDo"));
-    return json.at("code").is_null()
-               ? plain
-               : Failure(plain.what(), plain.meaning, plain.remedy, json.at("code"), json.at("name"));
+    return json.at("code").is_null() ? plain
+                                     : Failure(plain.what(), plain.meaning, plain.remedy, json.at("code"),
+                                               json.at("name"), json.value("raisedAt", ""));
 }
 
 /// Does `work`. With `json`, a Failure becomes an object on standard output before it leaves.
