@@ -32,8 +32,8 @@ TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
             {"register left " + path, "\nregistered left: " + file + "\n= 0"},
             {"register gone " + gone,
              "\nvykeldev: error: 'gone' is not registered: there is no such file\n"
-             "  what to do: Give the path of the plug-in's DLL, or --force to register it before it is "
-             "there.\n= 1"},
+             "  what to do: Give the path of the plug-in's DLL, or --force to register this one all the "
+             "same.\n= 1"},
             {"register gone --force " + gone, "\nregistered gone: gone\n= 0"},
             {"plugins", "\nNAME  STATE                  PATH\ngone  there is no such file  gone\n"
                         "left  ok                     " +
@@ -62,6 +62,24 @@ TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
     setDevices("left", devices + "token=d\n");
     EXPECT_EQ(waiting.get(), "4 devices\n= 0");
     follow({{"unregister left", "\nunregistered left\n= 0"}, {"plugins", none}});
+}
+
+TEST_F(CommandsTest, RefuseAFileThatIsNoPlugin) {
+    std::string x86 = readFile(builtLibrary("simulated"));
+    if (isWindows)
+        x86.replace(x86.find(std::string("PE\0\0", 4)) + 4, 2, "\x4C\x01");
+    writeFile(folder / "x86", x86);
+    writeFile(folder / "text", "no library");
+    fs::copy(builtLibrary("zoo_plugin_without_finalize"), folder / "unfinished");
+    for (const auto& [file, flaw] :
+         {std::pair("text", "the file is not a Windows library"),
+          std::pair("unfinished", "the library does not export vykel_finalizePlugin"),
+          std::pair("x86", "the library is for 32-bit x86")}) {
+        const std::string command = std::string("register ") + file + " " + argument(folder / file);
+        follow({{command, isWindows ? std::string(file) + "' is not registered: " + flaw + "\n" : "= 0"},
+                {command + "--force", "= 0"},
+                {"plugins", isWindows ? flaw : "= 0"}});
+    }
 }
 
 TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {

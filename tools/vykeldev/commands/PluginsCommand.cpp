@@ -1,4 +1,5 @@
 #include "commands/Commands.h"
+#include "doctor/Checks.h"
 #include "support/Json.h"
 #include "support/Registrations.h"
 #include "support/Table.h"
@@ -30,7 +31,10 @@ void printJson(const std::vector<Registration>& registrations) {
 }
 
 ExitCode showPlugins(const Context& context, bool json) {
-    const std::vector<Registration> registrations = readRegistrations();
+    std::vector<Registration> registrations = readRegistrations();
+    for (Registration& registration : registrations)
+        if (registration.path && registration.problem.empty())
+            registration.problem = doctor::describeFlaw(*registration.path);
     if (json)
         printJson(registrations);
     else if (!registrations.empty())

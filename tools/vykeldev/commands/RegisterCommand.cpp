@@ -1,4 +1,5 @@
 #include "commands/Commands.h"
+#include "doctor/Checks.h"
 #include "support/DisplayText.h"
 #include "support/Failure.h"
 #include "support/Paths.h"
@@ -19,10 +20,12 @@ struct RegisterOptions {
 
 ExitCode registerPlugin(const RegisterOptions& options) {
     const std::string path = absolutePath(options.path);
-    const std::string problem = pathProblem(path);
+    std::string problem = pathProblem(path);
+    if (problem.empty())
+        problem = doctor::describeFlaw(path);
     if (!problem.empty() && !options.force) {
         throw Failure("'" + printable(path) + "' is not registered: " + problem, "",
-                      "Give the path of the plug-in's DLL, or --force to register it before it is there.");
+                      "Give the path of the plug-in's DLL, or --force to register this one all the same.");
     }
     for (const SetupItem& item : completeSetup(false))
         if (!item.present)
@@ -46,7 +49,8 @@ void addRegisterCommand(CLI::App& app, Run& chosen) {
         ->check(checkName)
         ->type_name("");
     command->add_option("PATH", options->path, "The plug-in's DLL")->required()->type_name("");
-    command->add_flag("--force", options->force, "Registers a path where no file is yet");
+    command->add_flag("--force", options->force,
+                      "Registers a path also where no file is yet, or a file that is no plug-in");
     command->callback(
         [options, &chosen] { chosen = [options](const Context&) { return registerPlugin(*options); }; });
 }

@@ -24,6 +24,10 @@ std::optional<std::uint32_t> countPlugins(Findings& findings);
 /// within `limit`. Completes the account.
 void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings);
 
+/// Examination.cpp: why the file at a path is no plug-in, as far as its headers show it, or an empty text. On
+/// the host, only why it cannot be read.
+std::string describeFlaw(const std::string& path);
+
 /// FolderCheck.cpp: checks the folder of the lock files and both locks, waiting for each up to two seconds;
 /// while it holds the second it checks the legacy alias file. Makes a missing lock file, as every refresh
 /// does, and for a moment a file of its own. Fills `report.folder`, `report.locks` and `report.legacy`.

@@ -38,8 +38,8 @@ std::string pathOddity(const std::string& path) {
     return "";
 }
 
-/// Looks at the file without loading it. Returns why a load will fail, or nothing.
-std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
+/// Looks at the file without loading it or what it imports. Returns why a load will fail, or nothing.
+std::optional<Verdict> lookAtHeaders(PluginAccount& plugin) {
     const std::string& path = *plugin.path;
     std::string bytes;
     if (path.empty())
@@ -62,6 +62,14 @@ std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
         return Verdict{&finding::fileNotALibrary, Step::File, plugin.image->detail};
     if (plugin.image->kind == LibraryImage::Kind::OtherMachine)
         return Verdict{&finding::architectureWrong, Step::Architecture, plugin.image->detail};
+    return std::nullopt;
+}
+
+/// Looks also for the libraries that it imports.
+std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
+    const std::string& path = *plugin.path;
+    if (const std::optional<Verdict> verdict = lookAtHeaders(plugin); verdict || !plugin.image)
+        return verdict;
     const auto bad = findBadDependencies(*plugin.image, path.substr(0, path.find_last_of("\\/")));
     if (bad.empty())
         return std::nullopt;
@@ -157,6 +165,16 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
 }
 
 } // namespace
+
+std::string describeFlaw(const std::string& path) {
+    PluginAccount plugin;
+    plugin.path = path;
+    if (const std::optional<Verdict> verdict = lookAtHeaders(plugin))
+        return verdict->detail;
+    if (!plugin.image || plugin.image->missingExports.empty())
+        return "";
+    return "the library does not export " + joined(plugin.image->missingExports, ", ");
+}
 
 void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
     if (!plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
