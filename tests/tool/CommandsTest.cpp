@@ -43,6 +43,10 @@ TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
                      "    1  KEL9    -            1         0  b\\x0A\n"
                      "    2  KEL0                 3         0  c\n= 0"},
             {"list --min-version 4", "\nvykeldev: no devices; 'vykeldev doctor' says why\n= 3"},
+            {"list --min-version 4 -q", "\n= 3"},
+            {"lits", "\nThere is no command 'lits'; did you mean 'list'?\nRun with"},
+            {"lost-and-found", "\nThere is no command 'lost-and-found'\nRun with"},
+            {"-V", "\nvykeldev 1."},
             {"wait --count 4 --timeout 0.3", "\nvykeldev: time is over with 3 of 4 devices\n= 3"},
             {"unregister gone", "\nunregistered gone\n= 0"},
             {"unregister gone", "\nvykeldev: error: no plug-in is registered as 'gone'\n"
@@ -108,11 +112,13 @@ TEST_F(CommandsTest, WatchTellsEachChangeAndEachTroubleOnce) {
     machine.install("simulated", "a");
     machine.install("zoo_plugin", "b");
     writeFile(state, "7\nPump\n");
-    setDevices("a", "token=a number=4 alias=A\ntoken=b number=5\n");
+    setDevices("a", "token=a token2=A number=4 alias=A\ntoken=b number=5\n");
     setDevices("2", "token=a number=6 alias=\"\"\n");
     setDevices("3", "token=a number=6\n");
     setDevices("4", "token=a number=33\n");
-    follow({{"list >/dev/full", "= 1"}, {"watch --interval 0.05 >/dev/full", "= 1"}});
+    follow({{"list >/dev/full", "= 1"},
+            {"watch --interval 0.05 >/dev/full", "= 1"},
+            {"watch --json --format 2 | head -1", R"("tokenFormat":2,"token":"A","number":4,)"}});
     const std::string script = R"sh(
         lines() { for i in $(seq 200); do [ "$(wc -l <out)" -ge $1 ] || sleep 0.05; done 2>&-; }
         ini=Morvance/VY-KEL/vykel.ini

@@ -3,6 +3,7 @@
 #include "check/StageRun.h"
 #include "commands/Commands.h"
 #include "commands/DeviceTask.h"
+#include "commands/UnknownCommand.h"
 #include "doctor/Probe.h"
 #include "platform/Console.h"
 #include "support/Enumerator.h"
@@ -13,7 +14,7 @@
 namespace vykeldev {
 namespace {
 
-constexpr const char* footer = R"(Examples:
+constexpr const char* examples = R"(Examples:
   vykeldev list                          show the devices
   vykeldev list --json --min-version 2   the same for programs, without older devices
   vykeldev setup                         prepare this machine (as administrator)
@@ -23,7 +24,11 @@ constexpr const char* footer = R"(Examples:
   vykeldev wait --count 2 --timeout 10   wait for two devices, at most ten seconds
   vykeldev watch --json                  follow what is added, removed, renumbered, renamed
 
-Exit codes:
+Colour is shown on a terminal, unless the environment variable NO_COLOR is set.
+
+)";
+
+constexpr const char* exitCodes = R"(Exit codes:
   0  done; devices (or plug-ins) were listed
   1  an error, explained on standard error
   2  wrong usage
@@ -37,9 +42,9 @@ int toInteger(ExitCode code) noexcept {
 
 int runParsed(const std::vector<std::string>& arguments, Context& context) {
     CLI::App app("Lists the devices that the VY-KEL enumerator plug-ins of this machine see.", "vykeldev");
-    app.footer(footer);
+    app.footer(exitCodes);                  // of the commands, too
     app.allow_windows_style_options(false); // a path may begin with a slash
-    app.set_version_flag("--version", "vykeldev " VYKELDEV_VERSION);
+    app.set_version_flag("-V,--version", "vykeldev " VYKELDEV_VERSION);
     app.add_option("--library", context.library,
                    "The vykeldevenum library to use (default: beside this tool)")
         ->type_name("PATH");
@@ -47,6 +52,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
         "-v,--verbose", context.verbose,
         "Says what a command waits for, also when standard error is no terminal, and where an error was "
         "raised");
+    app.add_flag("-q,--quiet", context.quiet, "Writes nothing to standard error but errors");
     app.require_subcommand(1);
     app.fallthrough();
 
@@ -61,10 +67,13 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     addUnregisterCommand(app, chosen);
     addWaitCommand(app, chosen);
     addWatchCommand(app, chosen);
+    app.footer(std::string(examples) + exitCodes);
     try {
         app.parse(
             std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it takes them from the end
     } catch (const CLI::ParseError& error) {
+        if (explainUnknownCommand(app))
+            return toInteger(ExitCode::WrongUsage);
         return app.exit(error) == 0 ? 0
                                     : toInteger(ExitCode::WrongUsage); // --help and --version end here, too
     }
@@ -86,7 +95,8 @@ int runApplication(const std::vector<std::string>& arguments) noexcept {
             return toInteger(ExitCode::Success);
         return runParsed(arguments, context);
     } catch (...) {
-        printFailure(console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
+        printFailure(std::cerr,
+                     console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
                      currentFailure(), context.verbose);
     }
     return toInteger(ExitCode::Error);

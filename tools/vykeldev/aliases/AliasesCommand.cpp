@@ -127,13 +127,13 @@ bool isRead(const LegacyFile& file, const std::string& path) {
     throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
 }
 
-ExitCode showPreview(bool json, bool colour) {
+ExitCode showPreview(const Context& context, bool json) {
     const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
     const LegacyFile file = readWhilePaused(path);
     if (!isRead(file, path)) {
         if (json)
             printJson(path, nullptr);
-        std::cerr << "vykeldev: no legacy file " << printable(path) << '\n';
+        context.notices() << "vykeldev: no legacy file " << printable(path) << '\n';
         return ExitCode::NothingListed;
     }
     const PreviewDevices devices;
@@ -141,7 +141,7 @@ ExitCode showPreview(bool json, bool colour) {
     if (json)
         printJson(path, &preview);
     else
-        printTable(path, preview, colour);
+        printTable(path, preview, context.colour);
     if (!preview.fails)
         return ExitCode::Success;
     std::cout.flush();
@@ -153,7 +153,7 @@ ExitCode showPreview(bool json, bool colour) {
 
 ExitCode previewAliases(const Context& context, bool json) {
     try {
-        return showPreview(json, context.colour);
+        return showPreview(context, json);
     } catch (const vyerr::ExceptionBase& exception) {
         vykel::StatusBlock status = vykel::makeStatusBlock();
         vyerr::statusToBlock(exception.status(), &status);

@@ -46,9 +46,10 @@ std::string toText(const DeviceChange& change, bool colour) {
     return line;
 }
 
-std::string toJson(const DeviceChange& change) {
+std::string toJson(const DeviceChange& change, std::uint32_t tokenFormat) {
     Json event = {{"schemaVersion", 1},
                   {"event", nameOf(change.kind).name},
+                  {"tokenFormat", tokenFormat},
                   {"token", change.now.token},
                   {"number", numberOrNull(change.now.number)},
                   {"alias", orNull(change.now.alias)}};

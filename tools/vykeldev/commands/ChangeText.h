@@ -10,7 +10,7 @@ namespace vykeldev {
 std::string toText(const DeviceChange& change, bool colour);
 
 /// A change as one line of JSON, without its end; schemas/watch.schema.json describes it.
-std::string toJson(const DeviceChange& change);
+std::string toJson(const DeviceChange& change, std::uint32_t tokenFormat);
 
 } // namespace vykeldev
 

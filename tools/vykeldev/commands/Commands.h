@@ -2,6 +2,7 @@
 #define VYKELDEV_COMMANDS_COMMANDS_H
 
 #include <functional>
+#include <iostream>
 #include <string>
 
 namespace CLI {
@@ -18,6 +19,13 @@ struct Context {
     std::string library;  ///< Path of the library to use, UTF-8.
     bool colour = false;  ///< Standard output is a terminal that shows colour.
     bool verbose = false; ///< Notices are wanted also when standard error is no terminal.
+    bool quiet = false;   ///< Only errors go to standard error.
+
+    /// Where everything but errors and results goes: standard error, or nowhere.
+    std::ostream& notices() const {
+        static std::ostream nowhere(nullptr);
+        return quiet ? nowhere : std::cerr;
+    }
 };
 
 /// The work of a command whose options are known. Ends with an exit code or throws Failure.

@@ -47,8 +47,8 @@ std::string heldLock() {
 
 } // namespace
 
-DeviceClient::DeviceClient(const DeviceRequest& request, bool verbose)
-    : showsObstacle(verbose || isErrorTerminal()),
+DeviceClient::DeviceClient(const DeviceRequest& request, const Context& context)
+    : showsObstacle(!context.quiet && (context.verbose || isErrorTerminal())),
       child(deviceTask,
             {request.library, std::to_string(request.minVersion), std::to_string(request.tokenFormat),
              std::to_string(request.enough), std::to_string(request.interval)},

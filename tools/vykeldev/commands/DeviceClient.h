@@ -2,6 +2,7 @@
 #define VYKELDEV_COMMANDS_DEVICECLIENT_H
 
 #include "child/ChildTask.h"
+#include "commands/Commands.h"
 #include "commands/Devices.h"
 #include "commands/DeviceTask.h"
 #include "platform/Console.h"
@@ -27,8 +28,8 @@ public:
     using Clock = std::chrono::steady_clock;
 
     /// Starts the client. When it is blocked for two seconds, standard error says by what: on a terminal, or
-    /// when `verbose`. Throws Failure.
-    DeviceClient(const DeviceRequest& request, bool verbose);
+    /// when the user asked for it. Throws Failure.
+    DeviceClient(const DeviceRequest& request, const Context& context);
 
     enum class Event {
         Read,     ///< There is a new reading.

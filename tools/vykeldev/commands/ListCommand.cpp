@@ -1,5 +1,6 @@
 #include "commands/Commands.h"
 #include "commands/DeviceClient.h"
+#include "commands/FormatOption.h"
 #include "support/DisplayText.h"
 #include "support/JsonFailure.h"
 #include "support/NumberRange.h"
@@ -45,7 +46,7 @@ struct Listing {
 Listing readListing(const Context& context, const ListOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
-    DeviceClient client({context.library, options.minVersion, options.format}, context.verbose);
+    DeviceClient client({context.library, options.minVersion, options.format}, context);
     client.await(Event::Read, deadline);
     Listing listing{client.reading(), nullptr};
     if (listing.reading.devices.empty() && !listing.reading.failure.is_null())
@@ -68,17 +69,17 @@ void printJson(const Listing& listing, std::uint32_t format) {
 }
 
 /// Names the devices that have no number, though the refresh gave each device one.
-void warnOfNumbers(const std::vector<DeviceInfo>& devices, bool verbose) {
+void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& devices) {
     std::vector<std::string> names;
     for (const DeviceInfo& device : devices)
         if (device.number == vykel::noDeviceNumber)
             names.push_back("[" + std::to_string(device.index) + "] " + printable(device.token));
     if (!names.empty())
-        printFailure("vykeldev: warning: ",
+        printFailure(context.notices(), "vykeldev: warning: ",
                      Failure("no number, though the refresh gave one: " + joined(names, ", "),
                              "The plug-in did not keep it.",
                              "See the plug-in's documentation, or run 'vykeldev check PLUGIN'."),
-                     verbose);
+                     context.verbose);
 }
 
 ExitCode listDevices(const Context& context, const ListOptions& options) {
@@ -91,13 +92,13 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
     if (!listing.error.is_null())
         throw failureFrom(listing.error);
     if (!failure.is_null()) {
-        printFailure("vykeldev: warning: ", failureFrom(failure), context.verbose);
+        printFailure(context.notices(), "vykeldev: warning: ", failureFrom(failure), context.verbose);
         return ExitCode::Warnings;
     }
-    warnOfNumbers(devices, context.verbose);
+    warnOfNumbers(context, devices);
     if (!devices.empty())
         return ExitCode::Success;
-    std::cerr << "vykeldev: no devices; 'vykeldev doctor' says why\n";
+    context.notices() << "vykeldev: no devices; 'vykeldev doctor' says why\n";
     return ExitCode::NothingListed;
 }
 
@@ -109,9 +110,7 @@ void addListCommand(CLI::App& app, Run& chosen) {
     command->add_flag("--json", options->json, "Prints one JSON object");
     command->add_option("--min-version", options->minVersion, "Leaves out devices below this version")
         ->type_name("N");
-    command->add_option("--format", options->format, "Which form of the token to show: 1 (default) or 2")
-        ->check(CLI::IsMember({1, 2}))
-        ->type_name("N");
+    addFormatOption(*command, options->format);
     command
         ->add_option("--timeout", options->timeout,
                      "Gives up, with exit code 1, after so many seconds (default: never)")

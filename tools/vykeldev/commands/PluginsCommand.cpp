@@ -41,7 +41,7 @@ ExitCode showPlugins(const Context& context, bool json) {
         printTable(registrations, context.colour);
     if (!registrations.empty())
         return ExitCode::Success;
-    std::cerr << "vykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n";
+    context.notices() << "vykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n";
     return ExitCode::NothingListed;
 }
 

@@ -21,34 +21,34 @@ struct WaitOptions {
 };
 
 /// Reports a reading of enough devices, and waits until the client has unloaded the plug-ins.
-ExitCode finish(DeviceClient& client, bool verbose) {
+ExitCode finish(const Context& context, DeviceClient& client) {
     const Reading reading = client.reading();
     std::cout << reading.count << (reading.count == 1 ? " device\n" : " devices\n");
     client.next(timeAfter(unhurriedSeconds));
     if (reading.failure.is_null())
         return ExitCode::Success;
-    printFailure("vykeldev: warning: ", failureFrom(reading.failure), verbose);
+    printFailure(context.notices(), "vykeldev: warning: ", failureFrom(reading.failure), context.verbose);
     return ExitCode::Warnings;
 }
 
 ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
-    DeviceClient client({context.library, 0, 0, options.count, secondsBetweenReadings}, context.verbose);
+    DeviceClient client({context.library, 0, 0, options.count, secondsBetweenReadings}, context);
     Event event = client.next(std::max(deadline, timeAfter(unhurriedSeconds)));
     for (; event == Event::Read; event = client.next(deadline)) {
         if (client.reading().count >= options.count)
-            return finish(client, context.verbose);
+            return finish(context, client);
         if (!client.reading().failure.is_null())
             throw failureFrom(client.reading().failure);
     }
     if (event == Event::Stopped)
         throw Failure("asked to end before there were enough devices", "", "");
-    std::cerr << "vykeldev: time is over with " << client.reading().count << " of " << options.count
-              << " devices";
+    context.notices() << "vykeldev: time is over with " << client.reading().count << " of " << options.count
+                      << " devices";
     if (const std::string obstacle = client.obstacle(); !obstacle.empty())
-        std::cerr << "; " << obstacle << "; 'vykeldev doctor' says more";
-    std::cerr << '\n';
+        context.notices() << "; " << obstacle << "; 'vykeldev doctor' says more";
+    context.notices() << '\n';
     return ExitCode::NothingListed;
 }
 

@@ -1,6 +1,7 @@
 #include "commands/ChangeText.h"
 #include "commands/Commands.h"
 #include "commands/DeviceClient.h"
+#include "commands/FormatOption.h"
 #include "support/JsonFailure.h"
 #include "support/NumberRange.h"
 #include <CLI/CLI.hpp>
@@ -17,12 +18,14 @@ namespace {
 struct WatchOptions {
     bool json = false;
     double interval = 0.5; // seconds
+    std::uint32_t format = 1;
 };
 
 /// Prints changes, each at once. False when nobody reads them any more. Throws Failure.
 bool print(const std::vector<DeviceChange>& changes, const WatchOptions& options, bool colour) {
     for (const DeviceChange& change : changes) {
-        std::cout << (options.json ? toJson(change) : toText(change, colour)) << '\n' << std::flush;
+        std::cout << (options.json ? toJson(change, options.format) : toText(change, colour)) << '\n'
+                  << std::flush;
         if (std::cout)
             continue;
         if (!isReaderGone())
@@ -35,7 +38,7 @@ bool print(const std::vector<DeviceChange>& changes, const WatchOptions& options
 
 ExitCode watchDevices(const Context& context, const WatchOptions& options) {
     constexpr std::uint32_t neverEnough = std::numeric_limits<std::uint32_t>::max();
-    DeviceClient client({context.library, 0, 2, neverEnough, options.interval}, context.verbose);
+    DeviceClient client({context.library, 0, options.format, neverEnough, options.interval}, context);
     std::vector<DeviceInfo> known;
     std::string trouble; // reported last, so that lasting trouble is reported once
     while (client.next(DeviceClient::Clock::time_point::max()) == DeviceClient::Event::Read) {
@@ -45,7 +48,7 @@ ExitCode watchDevices(const Context& context, const WatchOptions& options) {
         known = reading.devices;
         const std::string failure = reading.failure.is_null() ? "" : failureFrom(reading.failure).what();
         if (!failure.empty() && failure != trouble)
-            std::cerr << "vykeldev: " << failure << "; watching on\n";
+            context.notices() << "vykeldev: " << failure << "; watching on\n";
         trouble = failure;
     }
     return ExitCode::Success;
@@ -60,6 +63,7 @@ void addWatchCommand(CLI::App& app, Run& chosen) {
     command->add_option("--interval", options->interval, "Seconds between two readings (default 0.5)")
         ->check(inRange(0.01, 86400, "0.01 to 86400 seconds"))
         ->type_name("S");
+    addFormatOption(*command, options->format);
     command->callback([options, &chosen] {
         chosen = [options](const Context& context) {
             return withJsonFailure(options->json, -1, [&] { return watchDevices(context, *options); });

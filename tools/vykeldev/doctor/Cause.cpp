@@ -26,7 +26,7 @@ Kinds causesOf(std::int32_t code) {
 /// The initialisation reads only the registry key; before a preview of aliases fails, it needs both.
 Findings look(const Failure& failure) {
     Report report;
-    Progress progress;
+    Progress progress(false);
     if (!isInitialisation(failure))
         checkFolder(report, progress);
     if (failure.code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))

@@ -38,7 +38,7 @@ void checkLibrary(const Versions& versions, Findings& findings) {
 }
 
 Report makeReport(const Context& context, const DoctorOptions& options) {
-    Progress progress;
+    Progress progress(!context.quiet);
     Report report;
     const std::string library = absolutePath(context.library);
     report.versions = {VYKELDEV_VERSION, library, fileVersion(library), systemVersion()};

@@ -5,8 +5,8 @@
 #include "platform/System.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
-#include <iostream>
 #include <iterator>
+#include <ostream>
 #include <utility>
 
 namespace vykeldev {
@@ -87,14 +87,14 @@ Failure currentFailure() {
     }
 }
 
-void printFailure(const std::string& label, const Failure& failure, bool verbose) {
-    std::cerr << label << failure.what() << '\n';
+void printFailure(std::ostream& out, const std::string& label, const Failure& failure, bool verbose) {
+    out << label << failure.what() << '\n';
     if (!failure.meaning.empty())
-        std::cerr << "  meaning:    " << failure.meaning << '\n';
+        out << "  meaning:    " << failure.meaning << '\n';
     if (!failure.remedy.empty())
-        std::cerr << "  what to do: " << failure.remedy << '\n';
+        out << "  what to do: " << failure.remedy << '\n';
     if (verbose && !failure.raisedAt.empty())
-        std::cerr << "  raised at:  " << failure.raisedAt << '\n';
+        out << "  raised at:  " << failure.raisedAt << '\n';
 }
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {

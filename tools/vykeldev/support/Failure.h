@@ -3,6 +3,7 @@
 
 #include "vykel/StatusBlock.h"
 #include <cstdint>
+#include <iosfwd>
 #include <stdexcept>
 #include <string>
 #include <windows.h>
@@ -26,9 +27,8 @@ public:
 /// The exception that is being handled, whatever it is.
 Failure currentFailure();
 
-/// Prints a failure to standard error, after `label`, as in "vykeldev: error: "; when `verbose`, also where
-/// it was raised.
-void printFailure(const std::string& label, const Failure& failure, bool verbose);
+/// Prints a failure after `label`, as in "vykeldev: error: "; when `verbose`, also where it was raised.
+void printFailure(std::ostream& out, const std::string& label, const Failure& failure, bool verbose);
 
 /// The failure of a library or plug-in operation that answered with a status code. `action` says what failed,
 /// as in "refreshing the devices".

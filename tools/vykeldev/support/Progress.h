@@ -13,7 +13,7 @@ namespace vykeldev {
 /// One line on standard error that says what the tool waits for; removed at the end. Only on a terminal.
 class Progress : private vytpl::NonCopyableT<Progress> {
 public:
-    Progress() : shown(isErrorTerminal()) {}
+    explicit Progress(bool wanted = true) : shown(wanted && isErrorTerminal()) {}
     ~Progress() { show({}); }
 
     /// Replaces the line.

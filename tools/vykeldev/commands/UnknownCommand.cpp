@@ -1,0 +1,58 @@
+#include "commands/UnknownCommand.h"
+
+#include "support/DisplayText.h"
+#include <algorithm>
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <numeric>
+#include <string>
+#include <vector>
+
+namespace vykeldev {
+namespace {
+
+/// How many letters must be added, removed or replaced to make one text of the other.
+std::size_t editDistance(const std::string& from, const std::string& to) {
+    std::vector<std::size_t> row(to.size() + 1); // the distances of a beginning of `from` to all of `to`
+    std::iota(row.begin(), row.end(), std::size_t{0});
+    for (const char letter : from) {
+        std::size_t diagonal = row[0]++;
+        for (std::size_t i = 0; i < to.size(); ++i) {
+            const std::size_t replaced = diagonal + (letter == to[i] ? 0 : 1);
+            diagonal = row[i + 1];
+            row[i + 1] = std::min({replaced, diagonal + 1, row[i] + 1});
+        }
+    }
+    return row.back();
+}
+
+/// The command whose name is at most two edits away, or an empty text.
+std::string nearestCommand(const CLI::App& app, const std::string& word) {
+    std::size_t best = 3;
+    std::string nearest;
+    for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
+        const std::size_t distance = editDistance(word, command->get_name());
+        if (distance < best) {
+            best = distance;
+            nearest = command->get_name();
+        }
+    }
+    return nearest;
+}
+
+} // namespace
+
+bool explainUnknownCommand(const CLI::App& app) {
+    const std::vector<std::string> words = app.remaining();
+    const auto word = std::find_if(words.begin(), words.end(),
+                                   [](const std::string& text) { return !text.empty() && text[0] != '-'; });
+    if (!app.get_subcommands().empty() || word == words.end())
+        return false;
+    const std::string nearest = nearestCommand(app, *word);
+    std::cerr << "There is no command '" << printable(*word) << "'"
+              << (nearest.empty() ? "" : "; did you mean '" + nearest + "'?")
+              << "\nRun with --help for more information.\n";
+    return true;
+}
+
+} // namespace vykeldev
