@@ -22,7 +22,7 @@ protected:
 TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
     const std::string file = std::string("left") + pluginExtension;
     const std::string path = argument(machine.copyLibrary("simulated", "left"));
-    const std::string devices = "token=a token2=A version=2 sortKey=5 alias=\"\xE9\x98\x80\"\n"
+    const std::string devices = "token=a token2=z version=2 sortKey=5 alias=\"\xE9\x98\x80\"\n"
                                 "token=\"b\\n\" number=9\ntoken=c version=3 alias=\"\"\n";
     const std::string none =
         "\nvykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n= 3";
@@ -44,6 +44,10 @@ TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
                      "    2  KEL0                 3         0  c\n= 0"},
             {"list --min-version 4", "\nvykeldev: no devices; 'vykeldev doctor' says why\n= 3"},
             {"list --min-version 4 -q", "\n= 3"},
+            {"list --number KEL9", "TOKEN\n    1  KEL9    -            1         0  b\\x0A\n= 0"},
+            {"list --alias \"\" --token c", "TOKEN\n    2  KEL0"},
+            {"list --alias \"\" --token a", "\nvykeldev: no device matches\n= 3"},
+            {"list --number 9", "as in KEL3\nRun with"},
             {"lits", "\nThere is no command 'lits'; did you mean 'list'?\nRun with"},
             {"lost-and-found", "\nThere is no command 'lost-and-found'\nRun with"},
             {"-V", "\nvykeldev 1."},
@@ -56,8 +60,16 @@ TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
             {"register " + std::string(256, 'n') + " " + path, "for more information.\n= 2"}});
     EXPECT_EQ(runJson("list --min-version 2 --format 2", 0),
               Json::parse(R"({"schemaVersion": 1, "tokenFormat": 2, "devices": [
-  {"index": 0, "number": 1, "alias": "\u9600", "version": 2, "sortKey": 5, "token": "A"},
+  {"index": 0, "number": 1, "alias": "\u9600", "version": 2, "sortKey": 5, "token": "z"},
   {"index": 2, "number": 0, "alias": "", "version": 3, "sortKey": 0, "token": "c"}]})"));
+    for (const auto& [key, order] :
+         {std::pair("number", "[2,0,1]"), std::pair("alias", "[0,1,2]"), std::pair("token", "[1,2,0]")}) {
+        Json indexes;
+        const Json listing = runJson(std::string("list --format 2 --sort ") + key, 0);
+        for (const Json& device : listing["devices"])
+            indexes.push_back(device["index"]);
+        EXPECT_EQ(indexes.dump(), order);
+    }
     EXPECT_EQ(runJson("plugins", 0)["plugins"].at(0)["problem"], nullptr);
     EXPECT_EQ(runJson("doctor", 0)["findings"],
               Json::array()); // not even about the end of the registered text

@@ -1,6 +1,7 @@
 #include "commands/Commands.h"
 #include "commands/DeviceClient.h"
 #include "commands/FormatOption.h"
+#include "commands/Selection.h"
 #include "support/DisplayText.h"
 #include "support/JsonFailure.h"
 #include "support/NumberRange.h"
@@ -20,6 +21,7 @@ struct ListOptions {
     double timeout = std::numeric_limits<double>::infinity(); // seconds
     std::int32_t minVersion = 0;
     std::uint32_t format = 1;
+    Selection selection;
 };
 
 void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
@@ -83,8 +85,10 @@ void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& device
 }
 
 ExitCode listDevices(const Context& context, const ListOptions& options) {
-    const Listing listing = withJsonFailure(options.json, 2, [&] { return readListing(context, options); });
-    const auto& [count, devices, failure] = listing.reading;
+    Listing listing = withJsonFailure(options.json, 2, [&] { return readListing(context, options); });
+    auto& [count, devices, failure] = listing.reading;
+    const bool hadDevices = !devices.empty();
+    select(devices, options.selection);
     if (options.json)
         printJson(listing, options.format);
     else if (!devices.empty())
@@ -93,12 +97,13 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
         throw failureFrom(listing.error);
     if (!failure.is_null()) {
         printFailure(context.notices(), "vykeldev: warning: ", failureFrom(failure), context.verbose);
-        return ExitCode::Warnings;
+        return devices.empty() ? ExitCode::NothingListed : ExitCode::Warnings;
     }
     warnOfNumbers(context, devices);
     if (!devices.empty())
         return ExitCode::Success;
-    context.notices() << "vykeldev: no devices; 'vykeldev doctor' says why\n";
+    context.notices() << (hadDevices ? "vykeldev: no device matches\n"
+                                     : "vykeldev: no devices; 'vykeldev doctor' says why\n");
     return ExitCode::NothingListed;
 }
 
@@ -111,6 +116,7 @@ void addListCommand(CLI::App& app, Run& chosen) {
     command->add_option("--min-version", options->minVersion, "Leaves out devices below this version")
         ->type_name("N");
     addFormatOption(*command, options->format);
+    addSelectionOptions(*command, options->selection);
     command
         ->add_option("--timeout", options->timeout,
                      "Gives up, with exit code 1, after so many seconds (default: never)")
