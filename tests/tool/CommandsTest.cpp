@@ -120,6 +120,16 @@ TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {
 }
 
 #if !defined(_WIN32) // where a test can neither press Ctrl-C nor kill, and no disk is full when it is told so
+TEST_F(CommandsTest, CompleteTheirOwnNamesAndOptions) {
+    writeFile(folder / "ask", R"sh(source /dev/stdin
+        for line in 'unr' '--library x l' 'list --min' 'doctor --list-f' 'completion p' 'setup --qu'; do
+            COMP_WORDS=(vykeldev $line) COMP_CWORD=$((${#COMP_WORDS[@]} - 1)); _vykeldev; echo ${COMPREPLY[@]}
+        done)sh");
+    EXPECT_EQ(run("completion bash | bash " + argument(folder / "ask")),
+              "unregister\nlist\n--min-version\n\npowershell\n--quiet\n= 0");
+    expectPart(run("completion powershell"), "        'plugins' = '--help', '-h', '--json', ");
+}
+
 TEST_F(CommandsTest, WatchTellsEachChangeAndEachTroubleOnce) {
     machine.install("simulated", "a");
     machine.install("zoo_plugin", "b");

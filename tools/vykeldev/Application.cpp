@@ -59,6 +59,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     Run chosen;
     addAliasesCommand(app, chosen);
     addCheckCommand(app, chosen);
+    addCompletionCommand(app, chosen);
     addDoctorCommand(app, chosen);
     addListCommand(app, chosen);
     addPluginsCommand(app, chosen);

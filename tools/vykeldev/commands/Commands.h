@@ -35,6 +35,7 @@ using Run = std::function<ExitCode(const Context&)>;
 // user gave the command, puts its work into `chosen`. `chosen` must outlive the parsing.
 void addAliasesCommand(CLI::App& app, Run& chosen);
 void addCheckCommand(CLI::App& app, Run& chosen);
+void addCompletionCommand(CLI::App& app, Run& chosen);
 void addDoctorCommand(CLI::App& app, Run& chosen);
 void addListCommand(CLI::App& app, Run& chosen);
 void addPluginsCommand(CLI::App& app, Run& chosen);
