@@ -201,7 +201,8 @@ TEST_F(DoctorTest, ChecksFolderAndLocks) {
         EXPECT_EQ(report["locks"][0]["state"], "free");
         EXPECT_GE(report["locks"][1]["secondsWaited"], 1.9);
         EXPECT_EQ(run("aliases"), "= 1"); // and does not wait for good
-        expectPart(run("check --rule alias-kept " + argument(plugin)), "vykel.lck cannot be locked");
+        expectPart(run("check --rule alias-kept " + argument(plugin) + "--timeout 9"),
+                   "vykel.lck cannot be locked");
     }
     fs::remove(configuration / "DeviceList.lck");
     fs::create_directory(configuration / "DeviceList.lck");

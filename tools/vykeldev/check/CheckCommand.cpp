@@ -95,8 +95,7 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         ->check([](const std::string& id) {
             return check::findRule(id) != nullptr ? std::string() : "there is no rule '" + id + "'";
         })
-        ->take_all()
-        ->expected(1)
+        ->allow_extra_args(false) // the path may follow
         ->type_name("ID");
     command->add_flag_callback(
         "--list-rules",
