@@ -161,6 +161,11 @@ TEST_F(DoctorTest, ChecksRegistrationsAndNumbers) {
     for (int i = 0; i <= 1000; ++i)
         devices += "token=" + std::to_string(i) + " number=" + std::to_string(i) + '\n';
     installSimulated("a", devices);
+    installSimulated("z", "token=\"z 1\" alias=Pump number=2000\ntoken=z2\n");
+    expectPart(run("doctor --devices"), "\nz        KEL2000  Pump   z 1\nz        -        -      z2\n\n");
+    diagnose("--devices");
+    EXPECT_EQ(report["plugins"].back()["deviceList"].dump(),
+              R"([{"alias":"Pump","number":2000,"token":"z 1"},{"alias":null,"number":null,"token":"z2"}])");
     const WideString text = plugin.string<WCHAR>();
     const DWORD types[] = {REG_BINARY, REG_SZ};
     machine.registerPlugin("b", &types[0], text.c_str(), (text.size() + 1) * sizeof(WCHAR));

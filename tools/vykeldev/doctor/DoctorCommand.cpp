@@ -19,6 +19,7 @@ namespace {
 struct DoctorOptions {
     bool json = false;
     bool force = false;
+    bool devices = false;
     bool listFindings = false;
     double timeout = 10; // seconds
     std::string bundle;
@@ -40,6 +41,7 @@ void checkLibrary(const Versions& versions, Findings& findings) {
 Report makeReport(const Context& context, const DoctorOptions& options) {
     Progress progress(!context.quiet);
     Report report;
+    report.listsDevices = options.devices;
     const std::string library = absolutePath(context.library);
     report.versions = {VYKELDEV_VERSION, library, fileVersion(library), systemVersion()};
     checkLibrary(report.versions, report.findings);
@@ -101,6 +103,7 @@ void addDoctorCommand(CLI::App& app, Run& chosen) {
                      "Also writes what support needs into this ZIP file: registrations, account, lock state, "
                      "legacy file, versions")
         ->type_name("FILE.zip");
+    command->add_flag("--devices", options->devices, "Also lists the devices of every plug-in");
     command->add_flag("--force", options->force, "Replaces an existing bundle");
     command->add_flag("--list-findings", options->listFindings)->group("");
     command->footer(

@@ -145,7 +145,7 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
     const std::optional<Verdict> look = lookAtFile(plugin);
     ProbeResult probe;
     try {
-        probe = probePlugin(*plugin.path, limit);
+        probe = probePlugin(*plugin.path, limit, !plugin.deviceList.is_null());
     } catch (const Failure& failure) {
         return Verdict{&finding::probeImpossible, Step::Load,
                        failure.what() + (failure.meaning.empty() ? "" : ": " + failure.meaning)};
@@ -159,8 +159,11 @@ std::optional<Verdict> judge(PluginAccount& plugin, std::chrono::milliseconds li
         verdict = judgeFailure(probe, plugin, look);
     else if (verdict && verdict->step == Step::Load && look)
         verdict->detail += "; " + look->detail;
-    if (!verdict || verdict->kind == &finding::deviceRefused)
+    if (!verdict || verdict->kind == &finding::deviceRefused) {
         plugin.deviceNumbers = std::move(probe.deviceNumbers);
+        if (!plugin.deviceList.is_null())
+            plugin.deviceList = std::move(probe.deviceList);
+    }
     return verdict;
 }
 

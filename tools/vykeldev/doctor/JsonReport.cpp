@@ -34,6 +34,8 @@ void to_json(Json& json, const PluginAccount& plugin) {
             {"devices", numbers.size()},
             {"deviceNumbers", numbers},
             {"image", orNull(plugin.image)}};
+    if (!plugin.deviceList.is_null())
+        json["deviceList"] = plugin.deviceList;
     if (plugin.error)
         json["error"] = {{"code", plugin.error->code}, {"document", plugin.error->document}};
     if (plugin.error && plugin.error->system)

@@ -122,6 +122,8 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
         return;
     for (std::uint32_t i = 0; i < *count; ++i) {
         PluginAccount plugin;
+        if (report.listsDevices)
+            plugin.deviceList = Json::array();
         if (readRegistration(i, plugin, report.findings)) {
             progress.show(concat("probing plug-in ", i + 1, " of ", *count, ": ", plugin.name));
             checkValue(plugin, report.findings);

@@ -42,6 +42,19 @@ void reportNumbers(const std::vector<vykel::IDevice*>& devices, Reporter& report
     }
 }
 
+/// Reports token, number and alias of each device.
+void reportDevices(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
+    const auto textOrNull = [](const char* text) { return text != nullptr ? Json(text) : Json(); };
+    vykel::callPlugin([&] {
+        for (vykel::IDevice* const device : devices) {
+            Json account = {{"token", textOrNull(device->getPersistentToken(1))}};
+            account["number"] = numberOrNull(device->getNumber());
+            account["alias"] = textOrNull(device->getAlias());
+            reporter.report({{"device", account}});
+        }
+    });
+}
+
 /// Reads tokens and aliases, for a second at most, because no client reads them all. Reports the first of
 /// each kind of finding about them.
 void checkTexts(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
@@ -85,7 +98,7 @@ bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*
     });
 }
 
-void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Reporter& reporter) {
+void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listDevices, Reporter& reporter) {
     begin(Step::Load, reporter);
     plugin.loadLibrary();
     begin(Step::EntryPoint, reporter);
@@ -104,6 +117,8 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, Reporter& 
     const std::int32_t code = vykel::collectDevices(*list, devices);
     const std::chrono::duration<double> duration = Clock::now() - start;
     reportNumbers(devices, reporter);
+    if (listDevices)
+        reportDevices(devices, reporter);
     if (duration > slow)
         reporter.report({{"oddity", finding::refreshSlow.id},
                          {"detail", concat("refreshing took ", duration.count(), " seconds")}});
@@ -126,6 +141,8 @@ void take(const Json& line, ProbeResult& result) {
     for (const Json& number : line.value("deviceNumbers", Json::array()))
         result.deviceNumbers.push_back(number.is_null() ? std::nullopt
                                                         : std::optional(number.get<std::uint32_t>()));
+    if (line.contains("device"))
+        result.deviceList.push_back(line["device"]);
     for (const FindingKind* const kind : FindingKind::all())
         if (kind->id == line.value("oddity", std::string()))
             result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
@@ -139,7 +156,7 @@ void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
     vykel::PellumKelPlugin plugin(arguments.at(0));
     vykel::DeviceListPtr list;
     try {
-        walk(plugin, list, reporter);
+        walk(plugin, list, arguments.size() > 1, reporter);
     } catch (const vyerr::Exception& exception) {
         reporter.report(
             {{"error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}}}});
@@ -156,9 +173,12 @@ void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
 
 const ChildTask probeTask = {"probe-plugin", probe};
 
-ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit) {
+ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool listDevices) {
     ProbeResult result;
-    TaskRun child(probeTask, {path}, [&result](const Json& report) { take(report, result); });
+    std::vector<std::string> arguments{path};
+    if (listDevices)
+        arguments.emplace_back("devices");
+    TaskRun child(probeTask, arguments, [&result](const Json& report) { take(report, result); });
     result.child = child.finish(limit, TaskRun::Limit::WholeTask);
     return result;
 }

@@ -55,6 +55,7 @@ struct PluginAccount {
     std::optional<LibraryError> error;
     std::int64_t milliseconds = 0;
     std::vector<std::optional<std::uint32_t>> deviceNumbers; ///< One per device; none: it has no number.
+    Json deviceList; ///< Token, number and alias of each device, as in the schema; null when nobody asked.
 };
 
 struct LockState {
@@ -78,6 +79,7 @@ struct Versions {
 };
 
 struct Report {
+    bool listsDevices = false; ///< The user wants to see them.
     Versions versions;
     std::vector<PluginAccount> plugins; ///< In the registry's order.
     std::string folder;                 ///< Of the lock files; empty when the system does not report it.

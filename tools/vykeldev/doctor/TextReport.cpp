@@ -34,6 +34,19 @@ void printPlugins(std::ostream& out, const Report& report, bool colour) {
     out << '\n';
 }
 
+void printDevices(std::ostream& out, const Report& report, bool colour) {
+    using Align = Table::Align;
+    const auto textOf = [](const Json& text) { return text.is_null() ? "-" : text.get<std::string>(); };
+    Table table(
+        {{"PLUG-IN", Align::Left}, {"NUMBER", Align::Left}, {"ALIAS", Align::Left}, {"TOKEN", Align::Left}});
+    for (const PluginAccount& plugin : report.plugins)
+        for (const Json& device : plugin.deviceList)
+            table.addRow({plugin.name, device["number"].is_null() ? "-" : "KEL" + device["number"].dump(),
+                          textOf(device["alias"]), textOf(device["token"])});
+    table.print(out, colour);
+    out << '\n';
+}
+
 void printFinding(std::ostream& out, const Finding& finding, bool colour) {
     static constexpr const char* colours[] = {"\x1b[36m", "\x1b[33m", "\x1b[1;31m"};
     const FindingKind& kind = *finding.kind;
@@ -51,6 +64,8 @@ void printFinding(std::ostream& out, const Finding& finding, bool colour) {
 
 void printReport(std::ostream& out, const Report& report, bool colour) {
     printPlugins(out, report, colour);
+    if (report.listsDevices)
+        printDevices(out, report, colour);
     for (const LockState& lock : report.locks)
         if (lock.secondsWaited > 0)
             out << printable(lock.path) << ": " << lock.state << " after " << lock.secondsWaited
