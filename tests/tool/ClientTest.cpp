@@ -21,7 +21,6 @@ protected:
         expectPart(result.output, part);
     }
 
-    const std::string lineEnd = isWindows ? "\r\n" : "\n";
     const fs::path lockFile = configuration / "DeviceList.lck";
 };
 
@@ -52,29 +51,23 @@ TEST_F(ClientTest, NamesWhatAPluginDoesToIt) {
 TEST_F(ClientTest, ShowsTheDevicesOfARefreshThatFails) {
     fs::create_directory(lockFile);
     expect("list --json", 4, "\"code\": -50209,");
+    expect("list --json", 4, "DeviceList.lck: a folder has its name\"");
     expect("list 2>&1", 4, "    1  -       -            2         0  zoo 0/device 1");
     expect("wait --count 2 2>&1", 4, "vykeldev: warning: refreshing the devices failed with -50209");
     expect("wait --count 3 2>&1", 1, "vykeldev: error: refreshing the devices failed with -50209");
 }
 
 TEST_F(ClientTest, NamesTheOneCause) {
-    const fs::path temporary = configuration / "vykel.TMP";
     writeFile(state, "7\n\n");
     writeFile(configuration / "vykel.ini", "[Aliases]\nx = KEL7\n");
-    fs::create_directory(temporary);
+    fs::create_directory(configuration / "vykel.TMP");
     expect("list 2>&1", 4, "  what to do: Remove that folder.");
-    fs::remove(temporary);
     writeFile(configuration / "vykel.ini", "[General]\nMajorVersion=15\nMinorVersion=0\n[Alias0]\nAlias=x\n");
     expect("list 2>&1", 4, "vykel.ini:4: ");
-    fs::remove(lockFile);
-    fs::create_directory(lockFile);
-    expect("list --json", 4, "DeviceList.lck: a folder has its name\"");
     machine.setConfigurationFolder(false);
-    expect("list 2>&1", 4,
-           " failed with -50209 (ConfigurationFault)" + lineEnd + "  meaning:    The folder of");
     expect("list -v 2>&1", 4, "  raised at:  includes/pellumkelddk/user/FileLock.cpp:");
     machine.setFolderName(machine.folderName() + "\\missing");
-    expect("list 2>&1", 1, "Seen: common application data: The system cannot find ");
+    expect("list 2>&1", 1, isWindows ? "data: File not found" : "data: The system cannot find");
     machine.setPluginsKey(false);
     expect("list 2>&1", 1, "  meaning:    The registry key of the plug-ins is missing");
 }
