@@ -31,6 +31,7 @@ TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
                 {How::SafeSave, Call::fwrite, {IniWriteFailed}},
                 {How::SafeSave, Call::fflush, {IniWriteFailed, 0}}, // the second has nothing to write
                 {How::SafeSave, Call::fclose, {IniTargetRefused, IniWriteFailed}},
+                {How::SafeSave, Call::remove, {IniCreateFailed}}, // what is in the way of the temporary file
                 {How::SafeSave, Call::MoveFileExA, {IniTargetRefused}},
                 {How::SaveInPlace, Call::fwrite, {IniWriteFailed}},
                 {How::SaveInPlace, Call::fflush, {IniWriteFailed}},

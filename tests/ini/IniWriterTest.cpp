@@ -138,6 +138,23 @@ TEST(IniSave, ReplacesTheTargetOrLeavesEverything) {
     }
 }
 
+TEST(IniSave, LeavesAFileThatALeftoverLinksTo) {
+    IniFolder folder;
+    const fs::path other = folder.path("other");
+    writeFile(other, "kept");
+    for (const bool isSymbolic : {false, true}) {
+        std::error_code unsupported; // on Windows
+        if (isSymbolic)
+            fs::create_symlink(other, folder.path("vykel.TMP"), unsupported);
+        else
+            fs::create_hard_link(other, folder.path("vykel.TMP"));
+        IniDocument document;
+        document.writeFlags = IniSafeSave;
+        EXPECT_EQ(save(document, folder.file()), 0);
+        EXPECT_EQ(readFile(other), "kept");
+    }
+}
+
 TEST(IniSave, FailsWithoutAFolderAndWithoutAName) {
     IniFolder folder;
     IniDocument document;

@@ -2,7 +2,9 @@
 // once, or from then on.
 #include "support/Faults.h"
 #include "support/LibraryTest.h"
+#include "support/OwnedStatus.h"
 #include "vykel/vykeldevenum.h"
+#include "vysys/windowsRegistry.h"
 #include <list>
 #include <set>
 
@@ -119,6 +121,14 @@ TEST_F(FaultTest, ReportsWhatFailed) {
         EXPECT_EQ(outcome.count, each.count);
         unnumberDevices();
     }
+}
+
+TEST_F(FaultTest, EndsTheReadingOfAValueThatAsksForNoMore) {
+    const ScopedFault fault({Call::RegQueryValueExW, 1, Effect::FailOnward, ERROR_MORE_DATA});
+    OwnedStatus status;
+    vysys::Utf8Vector text;
+    vysys::readStringValue("SOFTWARE\\Morvance\\VY-KEL\\Plugins\\a", "EnumeratorPluginPath", text, status);
+    EXPECT_EQ(status.code, resourceNotFound);
 }
 
 TEST_F(FaultTest, RetriesALockThatCannotBeSetUp) {
