@@ -209,6 +209,12 @@ TEST_F(DoctorTest, ChecksFolderAndLocks) {
         expectPart(run("check --rule alias-kept " + argument(plugin) + "--timeout 9"),
                    "vykel.lck cannot be locked");
     }
+    fs::create_hard_link(plugin, legacyFile);
+    fs::create_hard_link(plugin, configuration / "vykel.TMP");
+    EXPECT_EQ(diagnose(), "folder-link folder-link");
+    EXPECT_EQ(report["legacyFile"]["state"], "not read");
+    fs::remove(legacyFile);
+    fs::remove(configuration / "vykel.TMP");
     fs::remove(configuration / "DeviceList.lck");
     fs::create_directory(configuration / "DeviceList.lck");
     EXPECT_EQ(diagnose(), "lock-unusable");
@@ -216,6 +222,10 @@ TEST_F(DoctorTest, ChecksFolderAndLocks) {
     EXPECT_EQ(diagnose(), "folder-missing");
     if (isWindows)
         return;
+    machine.setConfigurationFolder(true);
+    fs::create_symlink("missing", legacyFile);
+    EXPECT_EQ(diagnose(), "folder-link");
+    machine.setConfigurationFolder(false);
     fs::create_directory_symlink("/proc", configuration); // not even root makes files there
     EXPECT_EQ(diagnose(), "folder-read-only lock-unusable lock-unusable");
 }
@@ -259,21 +269,24 @@ TEST_F(DoctorTest, ChecksTheLegacyFile) {
 }
 
 TEST_F(DoctorTest, BundlesWhatSupportNeedsAndNoMore) {
-    writeFile(legacyFile, "[Aliases]\nLab = KEL0\n");
+    writeFile(legacyFile,
+              "password\n[ aliases ]\nLab = KEL0\r\n [x]\rpassword\n\n[General]\n[password\nz=y\n");
     const std::string path = (folder / "bundle.zip").string();
     const std::string bundle = "doctor --bundle " + argument(path);
-    EXPECT_EQ(diagnose("--bundle " + argument(path)), "");
+    diagnose("--bundle " + argument(path));
     expectPart(run(bundle), "= 1"); // it exists already
-    expectPart(run(bundle + "--force"), "\n  vykel.ini, 21 bytes\n= 0");
+    expectPart(run(bundle + "--force"), "\nleft out: 5 lines of vykel.ini that are not about aliases\n= 4");
     if (isWindows)
         return;
     const std::string judge = "zip = zipfile.ZipFile('" + path + R"(')
 assert zip.testzip() is None and open(zip.filename, 'rb').read()[-14:-10] == b'\5\0\5\0' # entries
 parts = {name: zip.read(name) for name in zip.namelist()}
-assert parts.pop('vykel.ini') == b'[Aliases]\nLab = KEL0\n'
+out = b'; left out'
+assert parts.pop('vykel.ini').replace(out, b'x') == b'x\n[ aliases ]\nLab = KEL0\r\nx\rx\n\n[General]\nx\nx\n'
+assert b'password' not in b''.join(parts.values())
 parts = {name: json.loads(text) for name, text in parts.items()}
 assert list(parts) == ['account.json', 'registrations.json', 'locks.json', 'versions.json']
-assert parts['registrations.json'][0]['type'] == 1 and parts['account.json']['state'] == 'healthy')";
+assert parts['registrations.json'][0]['type'] == 1 and parts['account.json']['state'] == 'warnings')";
     writeFile(folder / "judge.py", "import json, zipfile\n" + judge);
     EXPECT_EQ(std::system(("python3 " + argument(folder / "judge.py")).c_str()), 0);
     fs::remove(path);

@@ -14,6 +14,10 @@
 using winhost::Call;
 using winhost::HostPath;
 
+std::string winhost::hostPath(const std::string& path) {
+    return HostPath(path.c_str()).c_str();
+}
+
 namespace {
 
 BOOL moveFile(const HostPath& from, const HostPath& to) noexcept {

@@ -13,8 +13,7 @@ using vykel::AliasLayout;
 using vykel::AliasRecord;
 
 /// The number in a section name "Alias<number>", however it is written; or none.
-std::optional<std::uint32_t> numberInName(const vyini::IniSection& section) {
-    const std::string name = section.name;
+std::optional<std::uint32_t> numberInName(const std::string& name) {
     const char* digits = name.c_str() + 5;
     std::uint32_t number = 0;
     const bool isRecord = name.size() > 5 &&
@@ -102,7 +101,7 @@ private:
 
     /// Adds the record of a section, if it holds one that no transfer reads. `count`: those before are read.
     void addUnread(vyini::IniSection& section, std::size_t count) {
-        const auto number = numberInName(section);
+        const auto number = numberInName(section.name);
         if (!number)
             return;
         const std::string name = vykel::aliasSectionName(*number);
@@ -123,6 +122,11 @@ private:
 };
 
 } // namespace
+
+bool isAliasSection(const std::string& name) {
+    return vyini::compareIniNames(name.c_str(), "General", 0) == 0 ||
+           vyini::compareIniNames(name.c_str(), "Aliases", 0) == 0 || numberInName(name).has_value();
+}
 
 LegacyFile::LegacyFile(const std::string& path) {
     const auto keepSkipped = [](void* lines, vyini::IniRange line, std::int32_t number) {

@@ -39,6 +39,9 @@ struct SkippedLine {
     std::string text;
 };
 
+/// Whether a section of that name is about aliases: General, Aliases, or Alias and a number.
+bool isAliasSection(const std::string& name);
+
 /// The legacy alias file, as a transfer reads it. Read it under the transfers' lock: an open file would make
 /// the save of a transfer fail.
 class LegacyFile {

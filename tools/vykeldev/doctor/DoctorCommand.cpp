@@ -1,6 +1,7 @@
 #include "commands/Commands.h"
 #include "doctor/Checks.h"
 #include "doctor/Findings.h"
+#include "doctor/LegacyExcerpt.h"
 #include "doctor/Zip.h"
 #include "platform/Process.h"
 #include "platform/System.h"
@@ -51,17 +52,23 @@ Report makeReport(const Context& context, const DoctorOptions& options) {
 }
 
 /// Writes only what support needs into one ZIP file, and prints what that is.
-void writeBundle(std::ostream& out, const DoctorOptions& options, const Report& report) {
+void writeBundle(std::ostream& out, const DoctorOptions& options, Report report) {
+    const LegacyExcerpt legacy(report.legacy.bytes.value_or(""));
+    for (Finding& finding : report.findings)
+        if (finding.kind == &finding::legacyLineIgnored && legacy.leftOut.count(finding.line) != 0)
+            finding.detail = "(left out)";
     std::vector<ZipEntry> entries = {{"account.json", textOf(report) + '\n'},
                                      {"registrations.json", textOf(registrationsToJson(report)) + '\n'},
                                      {"locks.json", textOf(report.locks) + '\n'},
                                      {"versions.json", textOf(report.versions) + '\n'}};
-    if (report.legacy.bytes)
-        entries.push_back({"vykel.ini", *report.legacy.bytes});
+    if (report.legacy.state == "read")
+        entries.push_back({"vykel.ini", legacy.text});
     writeFile(options.bundle, makeZip(entries), options.force);
     out << "wrote " << printable(options.bundle) << ':';
     for (const ZipEntry& entry : entries)
         out << "\n  " << entry.name << ", " << entry.bytes.size() << " bytes";
+    if (!legacy.leftOut.empty())
+        out << "\nleft out: " << legacy.leftOut.size() << " lines of vykel.ini that are not about aliases";
     out << '\n';
 }
 
@@ -101,7 +108,7 @@ void addDoctorCommand(CLI::App& app, Run& chosen) {
     command
         ->add_option("--bundle", options->bundle,
                      "Also writes what support needs into this ZIP file: registrations, account, lock state, "
-                     "legacy file, versions")
+                     "alias sections of the legacy file, versions")
         ->type_name("FILE.zip");
     command->add_flag("--devices", options->devices, "Also lists the devices of every plug-in");
     command->add_flag("--force", options->force, "Replaces an existing bundle");

@@ -172,6 +172,13 @@ inline const FindingKind folderReadOnly{
     "This user may not make files in the folder. That matters only when a lock file is missing or vykel.ini "
     "holds aliases; lock-unusable or legacy-not-writable then reports it.",
     "Nothing, or let the users of the devices write in the folder."};
+inline const FindingKind folderLink{
+    "folder-link", Severity::Warning,
+    "A file of the folder is a link to another file, or that file itself under a second name. Every user may "
+    "write in the folder, so somebody may have put it there to make clients read, make or replace the other "
+    "file.",
+    "Find out who made it, then delete it in this folder: clients make what they need again. When vykel.ini is "
+    "the link and its aliases are needed, put a copy of the other file in its place."};
 inline const FindingKind lockUnusable{
     "lock-unusable", Severity::Error,
     "A lock file cannot be opened or made, or the system refuses to lock it, so every refresh fails.",

@@ -53,6 +53,15 @@ bool checkRights(const std::string& folder, Findings& findings) {
     return false;
 }
 
+/// Looks for links among the files of the folder. Whether the legacy alias file is none.
+bool checkLinks(const std::string& folder, Findings& findings) {
+    std::string link;
+    for (const char* const name : {"DeviceList.lck", "vykel.lck", "vykel.TMP", "vykel.ini"})
+        if (link = linkText(folder + name); !link.empty())
+            findings.push_back({&finding::folderLink, folder + name, link});
+    return link.empty();
+}
+
 } // namespace
 
 std::string remedyOfOpening(DWORD error) {
@@ -78,12 +87,12 @@ void checkFolder(Report& report, Progress& progress) {
     }
     const bool writable = checkRights(report.folder, report.findings);
     takeLock("DeviceList.lck", report, progress); // and frees it at once
-    if (const vykel::FileStream lock = takeLock("vykel.lck", report, progress)) {
-        checkLegacyFile(report, writable);
-    } else {
-        report.legacy.state = "not read";
+    const vykel::FileStream lock = takeLock("vykel.lck", report, progress);
+    if (!lock)
         report.findings.back().detail += "; vykel.ini was not checked";
-    }
+    report.legacy.state = "not read";
+    if (checkLinks(report.folder, report.findings) && lock)
+        checkLegacyFile(report, writable);
 }
 
 } // namespace vykeldev::doctor

@@ -106,6 +106,7 @@ void checkContent(const LegacyFile& file, LegacyFindings& findings, const Troubl
 void checkLegacyFile(Report& report, bool folderWritable) {
     LegacyState& state = report.legacy;
     const LegacyFile file(state.path);
+    state.state = "none";
     if (file.result == vyini::IniNoFile)
         return;
     if (std::string bytes; readFile(state.path, bytes) == ERROR_SUCCESS)

@@ -66,8 +66,9 @@ struct LockState {
 
 struct LegacyState {
     std::string path;
-    std::string state = "none"; ///< "none", "read", "unreadable", or "not read" when its lock was not free.
-    std::string layout;         ///< "resource names" or "tokens"; empty when it was not read.
+    std::string state =
+        "none"; ///< "none", "read", "unreadable", or "not read": its lock was not free, or it is a link.
+    std::string layout; ///< "resource names" or "tokens"; empty when it was not read.
     std::optional<std::string> bytes;
 };
 

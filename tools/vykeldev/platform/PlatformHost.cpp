@@ -241,6 +241,16 @@ std::string fileIdentity(const std::string&) {
     return {};
 }
 
+std::string linkText(const std::string& path) {
+    struct stat status = {};
+    if (lstat(winhost::hostPath(path).c_str(), &status) != 0)
+        return {};
+    if (S_ISLNK(status.st_mode))
+        return "a link";
+    return S_ISREG(status.st_mode) && status.st_nlink > 1 ? concat("a file with ", status.st_nlink, " names")
+                                                          : "";
+}
+
 bool makeTemporaryFile(const std::string& path) {
     const bool made = openFile(path, GENERIC_WRITE, CREATE_NEW) != nullptr;
     return made && DeleteFileW(toWide(path).c_str()) != FALSE;

@@ -329,6 +329,19 @@ std::string fileIdentity(const std::string& path) {
     return concat(facts.dwVolumeSerialNumber, ':', facts.nFileIndexHigh, ':', facts.nFileIndexLow);
 }
 
+std::string linkText(const std::string& path) {
+    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
+    if (attributes == INVALID_FILE_ATTRIBUTES)
+        return {};
+    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
+        return "a link";
+    BY_HANDLE_FILE_INFORMATION facts = {};
+    const FileHandle file = openFile(path, 0, OPEN_EXISTING); // none for a folder
+    return file && GetFileInformationByHandle(file.get(), &facts) && facts.nNumberOfLinks > 1
+               ? concat("a file with ", facts.nNumberOfLinks, " names")
+               : "";
+}
+
 bool makeTemporaryFile(const std::string& path) {
     const HANDLE file = CreateFileW(toWide(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);

@@ -25,6 +25,10 @@ bool isOrdinaryFile(const std::string& path);
 /// A text that is the same for all paths of one file; empty when the system gives none.
 std::string fileIdentity(const std::string& path);
 
+/// In what way a file is not only its own: it is a link, or it has other names (hard links), too. Empty when
+/// it is neither, or cannot be looked at.
+std::string linkText(const std::string& path);
+
 /// Makes a file that is gone again at once. False, with the system's last error, when that fails.
 bool makeTemporaryFile(const std::string& path);
 

@@ -2,6 +2,7 @@
 #define WINHOST_FILES_H
 
 #include "winhost/types.h"
+#include <string>
 
 // Paths: `C:\...` is the path below $WINHOST_ROOT/c, looked up without regard to case. A path that begins
 // with
@@ -95,5 +96,12 @@ BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD low, DWORD high, LPOVERLAPP
 /// whatever `wait` says; after any other LockFileEx it returns at once.
 BOOL GetOverlappedResult(HANDLE file, LPOVERLAPPED overlapped, LPDWORD transferred, BOOL wait);
 }
+
+namespace winhost {
+
+/// Where the file of that path is on this machine, for what Windows has no call for; empty when nowhere.
+std::string hostPath(const std::string& path);
+
+} // namespace winhost
 
 #endif
