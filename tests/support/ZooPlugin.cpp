@@ -33,6 +33,10 @@ bool has(const char* fault) {
     return faults.find(fault) != std::string::npos;
 }
 
+/// What would colour, ring, and turn the text of a terminal.
+const std::string controls = "\x1B[31m\a\n\x7F\xC2\x9B"
+                             "2J\xE2\x80\xAE\xE2\x81\xA6";
+
 void crashIf(bool wanted) {
     if (wanted)
         __builtin_trap();
@@ -78,13 +82,16 @@ struct Device final : vykel::IDevice {
         static unsigned calls = 0;
         static const unsigned process = std::random_device()();
         static std::string shared;
+        static int reads = 0;
+        if (has("throws_controls") && (format == 1 || ++reads > 2)) // in format 2 after one reading
+            throw std::runtime_error(controls);
         std::string& text = has("one_buffer") ? shared : token;
         const unsigned part = has("token_by_call")      ? ++calls
                               : has("token_by_refresh") ? refreshes
                               : has("token_by_process") ? process
                                                         : 0;
-        text = (has("latin_1_token") ? "<Ger\xE4t " : "zoo ") + std::to_string(part) + "/device " +
-               std::to_string(has("one_token") ? 0 : index);
+        text = (has("latin_1_token") ? "<Ger\xE4t " : "zoo ") + (has("controls_token") ? controls : "") +
+               std::to_string(part) + "/device " + std::to_string(has("one_token") ? 0 : index);
         return has("null_token") && format == 2 ? nullptr : text.c_str();
     }
     std::uint32_t getSortKey() override { return has("counts_lists") ? listsMade : 0; }

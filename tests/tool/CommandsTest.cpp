@@ -108,6 +108,29 @@ TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {
 #endif
 }
 
+TEST_F(CommandsTest, LetNoControlCharacterThrough) {
+    const std::string text = "a\x1B[1m\x7F\xC2\x9B\xE2\x80\xAE\xE2\x81\xA9";
+    writeFile(configuration / "vykel.ini", "[Aliases]\n" + text + " = KEL7\n" + text + "\n");
+    const std::string zoo = argument(machine.install("zoo_plugin", "b"));
+    std::vector<std::string> commands = {"list " + argument(text), "unregister " + argument(text),
+                                         "list --library " + argument(text), "check --json " + zoo,
+                                         "check --rule refresh " + zoo};
+    for (const char* const command : {"list", "list --json", "aliases", "aliases --json", "doctor",
+                                      "doctor --json", "wait --count 9 --timeout 1"})
+        commands.emplace_back(command);
+    for (const char* const watch : {"watch", "watch --json"})
+        if (!isWindows) // where a test cannot end it
+            commands.push_back(std::string(watch) + " 2>&1 & sleep 1; kill $!; wait");
+    for (const char* const fault : {"throws_controls", "controls_token"}) {
+        breakRule(fault);
+        for (const std::string& command : commands) {
+            const std::string output = run(command + " 2>&1");
+            for (const char* const control : {"\x1B", "\a", "\x7F", "\xC2\x9B", "\xE2\x80\xAE", "\xE2\x81"})
+                EXPECT_EQ(output.find(control), std::string::npos) << command << '\n' << output;
+        }
+    }
+}
+
 #if !defined(_WIN32) // where a test can neither press Ctrl-C nor kill, and no disk is full when it is told so
 TEST_F(CommandsTest, CompleteTheirOwnNamesAndOptions) {
     writeFile(folder / "ask", R"sh(source /dev/stdin

@@ -6,10 +6,12 @@
 #include "commands/UnknownCommand.h"
 #include "doctor/Probe.h"
 #include "platform/Console.h"
+#include "support/DisplayText.h"
 #include "support/Enumerator.h"
 #include "support/Failure.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <sstream>
 
 namespace vykeldev {
 namespace {
@@ -75,8 +77,10 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     } catch (const CLI::ParseError& error) {
         if (explainUnknownCommand(app))
             return toInteger(ExitCode::WrongUsage);
-        return app.exit(error) == 0 ? 0
-                                    : toInteger(ExitCode::WrongUsage); // --help and --version end here, too
+        std::ostringstream text;
+        const bool good = app.exit(error, std::cout, text) == 0; // --help and --version end here, too
+        std::cerr << printableLines(text.str());
+        return good ? 0 : toInteger(ExitCode::WrongUsage);
     }
     if (context.library.empty())
         context.library = defaultLibraryPath();

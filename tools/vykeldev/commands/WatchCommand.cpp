@@ -2,6 +2,7 @@
 #include "commands/Commands.h"
 #include "commands/DeviceClient.h"
 #include "commands/FormatOption.h"
+#include "support/DisplayText.h"
 #include "support/JsonFailure.h"
 #include "support/NumberRange.h"
 #include <CLI/CLI.hpp>
@@ -48,7 +49,7 @@ ExitCode watchDevices(const Context& context, const WatchOptions& options) {
         known = reading.devices;
         const std::string failure = reading.failure.is_null() ? "" : failureFrom(reading.failure).what();
         if (!failure.empty() && failure != trouble)
-            context.notices() << "vykeldev: " << failure << "; watching on\n";
+            context.notices() << "vykeldev: " << printable(failure) << "; watching on\n";
         trouble = failure;
     }
     return ExitCode::Success;

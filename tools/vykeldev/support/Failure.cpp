@@ -88,13 +88,11 @@ Failure currentFailure() {
 }
 
 void printFailure(std::ostream& out, const std::string& label, const Failure& failure, bool verbose) {
-    out << label << failure.what() << '\n';
-    if (!failure.meaning.empty())
-        out << "  meaning:    " << failure.meaning << '\n';
-    if (!failure.remedy.empty())
-        out << "  what to do: " << failure.remedy << '\n';
-    if (verbose && !failure.raisedAt.empty())
-        out << "  raised at:  " << failure.raisedAt << '\n';
+    out << label << printable(failure.what()) << '
+'; if (!failure.meaning.empty()) out << "  meaning:    " << printable(failure.meaning) << '
+'; if (!failure.remedy.empty()) out << "  what to do: " << printable(failure.remedy) << '
+'; if (verbose && !failure.raisedAt.empty()) out << "  raised at:  " << printable(failure.raisedAt) << '
+';
 }
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {

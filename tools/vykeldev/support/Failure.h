@@ -27,7 +27,8 @@ public:
 /// The exception that is being handled, whatever it is.
 Failure currentFailure();
 
-/// Prints a failure after `label`, as in "vykeldev: error: "; when `verbose`, also where it was raised.
+/// Prints a failure, printable, after `label`, as in "vykeldev: error: "; when `verbose`, also where it was
+/// raised.
 void printFailure(std::ostream& out, const std::string& label, const Failure& failure, bool verbose);
 
 /// The failure of a library or plug-in operation that answered with a status code. `action` says what failed,

@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_SUPPORT_JSON_H
 #define VYKELDEV_SUPPORT_JSON_H
 
+#include "support/DisplayText.h"
 #include "vykel/IDevice.h"
 #include <cstdint>
 #include <nlohmann/json.hpp>
@@ -24,9 +25,9 @@ inline Json numberOrNull(std::uint32_t number) {
 }
 
 /// The text of a document; an indentation of -1 makes it one line. Text that is not UTF-8, as a plug-in may
-/// give it, must not cost the user the rest: it is marked by U+FFFD.
+/// give it, must not cost the user the rest: it is marked by U+FFFD. Control characters become escapes.
 inline std::string textOf(const Json& json, int indentation = 2) {
-    return json.dump(indentation, ' ', false, Json::error_handler_t::replace);
+    return printableJson(json.dump(indentation, ' ', false, Json::error_handler_t::replace));
 }
 
 } // namespace vykeldev
