@@ -108,6 +108,40 @@ TEST_F(CommandsTest, ExplainWhatTheLibraryRefuses) {
 #endif
 }
 
+TEST_F(CommandsTest, GiveDevicesNumbersAndAliases) {
+    machine.install("simulated", "left");
+    machine.install("simulated", "right");
+    setDevices("left", "token=a number=2 alias=\"\"\ntoken=b number=0\n");
+    setDevices("right", "token=c number=2\ntoken=d number=2\n");
+    follow(
+        {{"alias KEL2 x", "\nvykeldev: error: 3 devices have the number KEL2\n"},
+         {"alias KEL2 \"Main valve\" --token a",
+          "\nrenamed     KEL2    a  alias \"Main valve\", was \"\"\n= 0"},
+         {"renumber KEL2 --dry-run", "\nkept        KEL2    a  alias \"Main valve\"\n"
+                                     "renumbered  KEL1    c  was KEL2\nrenumbered  KEL3    d  was KEL2\n"
+                                     "vykeldev: --dry-run: nothing was changed\n= 0"},
+         {"renumber KEL2 --token c --json",
+          "\n{\"schemaVersion\":1,\"event\":\"renumbered\",\"token\":\"a\",\"number\":1,\"alias\":\"Main valve\","
+          "\"previousNumber\":2}\n{\"schemaVersion\":1,\"event\":\"kept\",\"token\":\"c\",\"number\":2,"},
+         {"renumber KEL2", "\nkept        KEL2    c\n= 0"},
+         {"alias KEL3 x", "\nvykeldev: error: the device 'd' takes no alias\n"},
+         {"list", "KEL1    Main valve        1         0  a\n    1  KEL0"},
+         {"alias KEL0 x --token a", "\nvykeldev: no such device has the number KEL0\n= 3"},
+         {"renumber KEL02", "a number such as KEL3 expected, not 'KEL02'\n"}});
+    machine.install("zoo_plugin", "zoo");
+    machine.install("zoo_plugin", "zoo2");
+    follow({{"renumber KEL7", "\nvykeldev: error: several devices have the token 'zoo 0/device 0'\n"},
+            {"unregister left", "= 0"},
+            {"unregister right", "= 0"},
+            {"unregister zoo2", "= 0"}});
+    breakRule("cuts_aliases");
+    follow({{"alias KEL7 Valve", "\nvykeldev: error: giving 'zoo 0/device 0' an alias had no effect\n"}});
+    if (!isWindows)
+        setEnvironment("WINHOST_FAULT", "LockFileEx:3:fail"); // the first two are the refresh's
+    follow({{"renumber KEL7", isWindows ? "= 0" : "\nvykeldev: error: locking '"}});
+    setEnvironment("WINHOST_FAULT", "");
+}
+
 TEST_F(CommandsTest, LetNoControlCharacterThrough) {
     const std::string text = "a\x1B[1m\x7F\xC2\x9B\xE2\x80\xAE\xE2\x81\xA9";
     writeFile(configuration / "vykel.ini", "[Aliases]\n" + text + " = KEL7\n" + text + "\n");

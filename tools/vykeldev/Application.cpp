@@ -23,6 +23,8 @@ constexpr const char* examples = R"(Examples:
   vykeldev register Left left.dll        register a plug-in (as administrator)
   vykeldev plugins                       show what is registered
   vykeldev doctor                        explain why a device is missing
+  vykeldev renumber KEL2                 give devices that share this number numbers of their own
+  vykeldev alias KEL3 "Main valve"       give a device an alias
   vykeldev wait --count 2 --timeout 10   wait for two devices, at most ten seconds
   vykeldev watch --json                  follow what is added, removed, renumbered, renamed
 
@@ -34,7 +36,7 @@ constexpr const char* exitCodes = R"(Exit codes:
   0  done; devices (or plug-ins) were listed
   1  an error, explained on standard error
   2  wrong usage
-  3  nothing to list, or 'wait' ran out of time
+  3  nothing to list or to change, or 'wait' ran out of time
   4  warnings only, such as a refresh that failed but left devices
   5  something is broken; 'setup --check': something is missing)";
 
@@ -59,6 +61,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     app.fallthrough();
 
     Run chosen;
+    addAliasCommand(app, chosen);
     addAliasesCommand(app, chosen);
     addCheckCommand(app, chosen);
     addCompletionCommand(app, chosen);
@@ -66,6 +69,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     addListCommand(app, chosen);
     addPluginsCommand(app, chosen);
     addRegisterCommand(app, chosen);
+    addRenumberCommand(app, chosen);
     addSetupCommand(app, chosen);
     addUnregisterCommand(app, chosen);
     addWaitCommand(app, chosen);

@@ -15,8 +15,11 @@ struct KindName {
 };
 
 const KindName& nameOf(Kind kind) noexcept {
-    static constexpr KindName names[] = {
-        {"added", "\x1b[32m"}, {"removed", "\x1b[31m"}, {"renumbered", "\x1b[33m"}, {"renamed", "\x1b[33m"}};
+    static constexpr KindName names[] = {{"added", "\x1b[32m"},
+                                         {"removed", "\x1b[31m"},
+                                         {"renumbered", "\x1b[33m"},
+                                         {"renamed", "\x1b[33m"},
+                                         {"kept", ""}};
     return names[static_cast<std::size_t>(kind)];
 }
 

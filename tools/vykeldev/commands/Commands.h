@@ -33,6 +33,7 @@ using Run = std::function<ExitCode(const Context&)>;
 
 // Each command is one file with one of these: it describes the command and its options to `app` and, when the
 // user gave the command, puts its work into `chosen`. `chosen` must outlive the parsing.
+void addAliasCommand(CLI::App& app, Run& chosen);
 void addAliasesCommand(CLI::App& app, Run& chosen);
 void addCheckCommand(CLI::App& app, Run& chosen);
 void addCompletionCommand(CLI::App& app, Run& chosen);
@@ -40,6 +41,7 @@ void addDoctorCommand(CLI::App& app, Run& chosen);
 void addListCommand(CLI::App& app, Run& chosen);
 void addPluginsCommand(CLI::App& app, Run& chosen);
 void addRegisterCommand(CLI::App& app, Run& chosen);
+void addRenumberCommand(CLI::App& app, Run& chosen);
 void addSetupCommand(CLI::App& app, Run& chosen);
 void addUnregisterCommand(CLI::App& app, Run& chosen);
 void addWaitCommand(CLI::App& app, Run& chosen);

@@ -6,9 +6,10 @@
 
 namespace vykeldev {
 
-/// One change of one device. Both states are the same unless it was renumbered or renamed.
+/// One change of one device, or that an edit left it as it is. Both states are the same unless it was
+/// renumbered or renamed.
 struct DeviceChange {
-    enum class Kind { Added, Removed, Renumbered, Renamed };
+    enum class Kind { Added, Removed, Renumbered, Renamed, Kept };
     Kind kind;
     DeviceInfo before;
     DeviceInfo now;

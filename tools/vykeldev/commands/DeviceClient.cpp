@@ -51,7 +51,8 @@ DeviceClient::DeviceClient(const DeviceRequest& request, const Context& context)
     : showsObstacle(!context.quiet && (context.verbose || isErrorTerminal())),
       child(deviceTask,
             {request.library, std::to_string(request.minVersion), std::to_string(request.tokenFormat),
-             std::to_string(request.enough), std::to_string(request.interval)},
+             std::to_string(request.enough), std::to_string(request.interval),
+             textOf(orNull(request.edit), -1)},
             [this](const Json& report) { take(report); }) {}
 
 DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
@@ -106,6 +107,8 @@ void DeviceClient::take(const Json& report) {
         lastReading = {report["count"], std::exchange(pending, {}), explained(report["failure"])};
         isNew = failed.is_null();
     }
+    if (report.contains("change"))
+        edited.push_back({report["change"], report["before"], report["now"]});
     if (report.contains("failed"))
         failed = explained(report["failed"]);
     isDone = isDone || report.contains("done");

@@ -46,6 +46,9 @@ public:
     /// The last reading.
     const Reading& reading() const noexcept { return lastReading; }
 
+    /// What an edit has done.
+    const std::vector<DeviceChange>& changes() const noexcept { return edited; }
+
     /// What has kept the client from going on for a while, as far as that can be told; empty when nothing
     /// has.
     std::string obstacle() const;
@@ -61,6 +64,7 @@ private:
     Clock::time_point lastLook = lastReport; ///< For an obstacle to show.
     std::vector<DeviceInfo> pending;         ///< The beginning of the next reading.
     Reading lastReading;
+    std::vector<DeviceChange> edited;
     bool isNew = false; ///< The last reading.
     bool isDone = false;
     bool isRunning = true;

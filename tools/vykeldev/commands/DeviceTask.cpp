@@ -33,7 +33,8 @@ void report(const Json& reading, Reporter& reporter) {
                      {"step", ""}});
 }
 
-void readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
+/// Returns the failure of the last refresh, or null.
+Json readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
     for (Json last;;) {
         reporter.beginStep("refreshing the devices");
         Json now;
@@ -49,7 +50,7 @@ void readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Rep
             report(now, reporter);
         last = std::move(now);
         if (last["count"] >= request.enough)
-            return;
+            return last["failure"];
         reporter.beginStep("");
         std::this_thread::sleep_for(std::chrono::duration<double>(request.interval));
     }
@@ -59,7 +60,13 @@ void serve(const DeviceRequest& request, Reporter& reporter) {
     reporter.beginStep("loading the plug-ins");
     const Enumerator enumerator(request.library);
     const DeviceListHandle list = enumerator.makeList();
-    readUntilEnough(*list, request, reporter);
+    const Json failure = readUntilEnough(*list, request, reporter);
+    if (request.edit && !failure.is_null())
+        throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
+    if (request.edit)
+        editDevices(*list, *request.edit, [&](const DeviceChange& change) {
+            reporter.report({{"change", change.kind}, {"before", change.before}, {"now", change.now}});
+        });
     reporter.beginStep("unloading the plug-ins");
 }
 
@@ -69,7 +76,9 @@ void run(const std::vector<std::string>& arguments, Reporter& reporter) {
         const auto number = [&](std::size_t i) {
             return static_cast<std::uint32_t>(std::stoul(arguments.at(i)));
         };
-        serve({arguments.at(0), std::stoi(arguments.at(1)), number(2), number(3), std::stod(arguments.at(4))},
+        const Json edit = Json::parse(arguments.at(5));
+        serve({arguments.at(0), std::stoi(arguments.at(1)), number(2), number(3), std::stod(arguments.at(4)),
+               edit.is_null() ? std::nullopt : std::optional(edit.get<DeviceEdit>())},
               reporter);
         reporter.report({{"done", true}});
     } catch (...) {

@@ -2,6 +2,7 @@
 #define VYKELDEV_COMMANDS_DEVICETASK_H
 
 #include "child/ChildTask.h"
+#include "commands/DeviceEdit.h"
 #include <cstdint>
 #include <string>
 
@@ -15,12 +16,14 @@ struct DeviceRequest {
     std::uint32_t tokenFormat = 1; ///< 0: the devices are only counted.
     std::uint32_t enough = 0;      ///< It ends when it counts so many devices; 0: after one reading.
     double interval = 0;           ///< Seconds between two readings.
+    std::optional<DeviceEdit> edit = std::nullopt; ///< Done after the last reading.
 };
 
 /// Its arguments are the members of a DeviceRequest. Reports each "device" of a reading and then its "count"
 /// of all devices, how many it "sent", and the "failure" of the refresh or null; a reading that is like the
-/// last one is not reported. Its steps are texts for people; the empty one means that it sleeps. At the end
-/// it reports that it is "done", or why it "failed".
+/// last one is not reported. Then it reports each "change" of an edit, with the device "before" and "now".
+/// Its steps are texts for people; the empty one means that it sleeps. At the end it reports that it is
+/// "done", or why it "failed".
 extern const ChildTask deviceTask;
 
 } // namespace vykeldev

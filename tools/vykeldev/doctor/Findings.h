@@ -152,8 +152,9 @@ inline const FindingKind textNotUtf8{
 inline const FindingKind numberDuplicate{
     "number-duplicate", Severity::Error,
     "Several devices have the same number, so clients and legacy aliases cannot tell them apart.",
-    "Look for plug-ins that report the same device, or that were copied with their stored numbers; let the "
-    "plug-in forget the number of one of the devices."};
+    "Look for plug-ins that report the same device, or that were copied with their stored numbers. When they are "
+    "different devices, run 'vykeldev renumber KEL2' with their number: all but the first get numbers of their "
+    "own."};
 inline const FindingKind numberMissing{
     "number-missing", Severity::Info,
     "Devices have no number yet. They get one when a client next refreshes its list.",

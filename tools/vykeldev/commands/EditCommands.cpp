@@ -1,0 +1,98 @@
+#include "commands/ChangeText.h"
+#include "commands/Commands.h"
+#include "commands/DeviceClient.h"
+#include "support/JsonFailure.h"
+#include "support/NumberRange.h"
+#include "vykel/IDevice.h"
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+namespace vykeldev {
+namespace {
+
+struct EditOptions {
+    DeviceEdit edit;
+    std::string number;
+    bool json = false;
+};
+
+/// The number in "KEL7"; or none.
+std::optional<std::uint32_t> numberIn(const std::string& name) {
+    std::uint32_t number = 0;
+    const bool good = name.size() > 3 && CLI::detail::lexical_cast(name.substr(3), number) &&
+                      number != vykel::noDeviceNumber && numberText(number) == name;
+    return good ? std::optional(number) : std::nullopt;
+}
+
+ExitCode editNow(const Context& context, const EditOptions& options) {
+    using Event = DeviceClient::Event;
+    DeviceClient client({context.library, 0, 0, 0, 0, options.edit}, false);
+    Json failure;
+    try {
+        const auto forever = DeviceClient::Clock::time_point::max();
+        client.await(Event::Read, forever);
+        client.await(Event::Done, forever);
+    } catch (const Failure& thrown) {
+        failure = thrown;
+    }
+    for (const DeviceChange& change : client.changes())
+        std::cout << (options.json ? toJson(change) : toText(change, context.colour)) << '\n';
+    if (!failure.is_null())
+        throw failureFrom(failure);
+    if (client.changes().empty()) {
+        std::cerr << "vykeldev: no such device has the number " << options.number << '\n';
+        return ExitCode::NothingListed;
+    }
+    if (options.edit.dryRun)
+        std::cerr << "vykeldev: --dry-run: nothing was changed\n";
+    return ExitCode::Success;
+}
+
+CLI::App& addCommand(CLI::App& app, Run& chosen, const char* name, const char* description,
+                     const std::shared_ptr<EditOptions>& options) {
+    CLI::App* const command = app.add_subcommand(name, description);
+    const auto checkNumber = [](const std::string& text) {
+        return numberIn(text) ? std::string() : "a number such as KEL3 expected, not '" + text + "'";
+    };
+    command->add_option("NUMBER", options->number, "The devices' number, such as KEL3")
+        ->required()
+        ->check(checkNumber)
+        ->type_name("");
+    command->add_flag("--json", options->json, "Prints one JSON object a line for each device");
+    command->callback([options, &chosen] {
+        options->edit.number = *numberIn(options->number);
+        chosen = [options](const Context& context) {
+            return withJsonFailure(options->json, -1, [&] { return editNow(context, *options); });
+        };
+    });
+    command->footer(
+        "Refreshes the devices first, as list does. Exit codes: 0 done, 1 an error, 3 no such device.");
+    return *command;
+}
+
+} // namespace
+
+void addAliasCommand(CLI::App& app, Run& chosen) {
+    const auto options = std::make_shared<EditOptions>();
+    CLI::App& command = addCommand(app, chosen, "alias", "Gives a device an alias", options);
+    command.add_option("ALIAS", options->edit.alias, "The alias; an empty one removes it")
+        ->required()
+        ->type_name("");
+    command.add_option("--token", options->edit.token, "The persistent token of the device that is meant")
+        ->type_name("TEXT");
+}
+
+void addRenumberCommand(CLI::App& app, Run& chosen) {
+    const auto options = std::make_shared<EditOptions>();
+    CLI::App& command = addCommand(
+        app, chosen, "renumber",
+        "Gives all devices of one number but the first the lowest numbers that no other device has", options);
+    command
+        .add_option("--token", options->edit.token,
+                    "The persistent token of the device that keeps the number")
+        ->type_name("TEXT");
+    command.add_flag("--dry-run", options->edit.dryRun, "Only shows what it would do");
+}
+
+} // namespace vykeldev
