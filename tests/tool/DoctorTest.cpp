@@ -192,6 +192,10 @@ TEST_F(DoctorTest, ChecksRegistrationsAndNumbers) {
     const std::string output = run("doctor");
     expectPart(output, "error number-duplicate: number 1000\n  seen:       a[0], a[1002]\n");
     expectPart(output, "info number-missing: a\n");
+    fs::permissions(plugin, fs::perms::others_write, fs::perm_options::add);
+    fs::permissions(folder, fs::perms::others_write, fs::perm_options::add);
+    diagnose();
+    EXPECT_EQ(findings("a"), isWindows ? "number-missing" : "file-writable file-writable number-missing");
     diagnose("--library " + argument(plugin));
     EXPECT_EQ(findings(plugin.string()), "library-missing");
 }

@@ -11,6 +11,8 @@
 namespace vykeldev {
 namespace {
 
+constexpr std::uint32_t shownFormat = 1; // of the tokens
+
 struct EditOptions {
     DeviceEdit edit;
     std::string number;
@@ -27,7 +29,7 @@ std::optional<std::uint32_t> numberIn(const std::string& name) {
 
 ExitCode editNow(const Context& context, const EditOptions& options) {
     using Event = DeviceClient::Event;
-    DeviceClient client({context.library, 0, 0, 0, 0, options.edit}, false);
+    DeviceClient client({context.library, 0, 0, 0, 0, options.edit}, context.verbose);
     Json failure;
     try {
         const auto forever = DeviceClient::Clock::time_point::max();
@@ -37,15 +39,15 @@ ExitCode editNow(const Context& context, const EditOptions& options) {
         failure = thrown;
     }
     for (const DeviceChange& change : client.changes())
-        std::cout << (options.json ? toJson(change) : toText(change, context.colour)) << '\n';
+        std::cout << (options.json ? toJson(change, shownFormat) : toText(change, context.colour)) << '\n';
     if (!failure.is_null())
         throw failureFrom(failure);
     if (client.changes().empty()) {
-        std::cerr << "vykeldev: no such device has the number " << options.number << '\n';
+        context.notices() << "vykeldev: no such device has the number " << options.number << '\n';
         return ExitCode::NothingListed;
     }
     if (options.edit.dryRun)
-        std::cerr << "vykeldev: --dry-run: nothing was changed\n";
+        context.notices() << "vykeldev: --dry-run: nothing was changed\n";
     return ExitCode::Success;
 }
 

@@ -60,7 +60,18 @@ inline const FindingKind pathDuplicate{
     "devices appear repeatedly.",
     "Remove all but one of the registrations with 'vykeldev unregister NAME'."};
 
+inline const FindingKind keyWritable{
+    "key-writable", Severity::Warning,
+    "Ordinary users may change the registry key of the plug-ins, or of one of them, so any user can make "
+    "every client, also an administrator's, run a library of theirs.",
+    "Let only administrators and the system change the key."};
+
 // The plug-in's file
+inline const FindingKind fileWritable{
+    "file-writable", Severity::Warning,
+    "Ordinary users may change the plug-in's file, or replace it in its folder, so any user can make every "
+    "client, also an administrator's, run code of theirs.",
+    "Install the plug-in where only administrators may write, such as Program Files, and register it again."};
 inline const FindingKind fileMissing{
     "file-missing", Severity::Error, "The registered file does not exist.",
     "Install the plug-in again, or remove its registration with 'vykeldev unregister NAME'."};

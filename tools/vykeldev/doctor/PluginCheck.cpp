@@ -12,6 +12,8 @@
 namespace vykeldev::doctor {
 namespace {
 
+const std::string keyName = std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey;
+
 /// Checks what the library does not look at: the value's type, its size, and how it ends.
 void checkValue(PluginAccount& plugin, Findings& findings) {
     vysys::RegistryKey key;
@@ -34,6 +36,26 @@ void checkValue(PluginAccount& plugin, Findings& findings) {
     data.resize(std::min<std::size_t>(data.size(), bytes / sizeof(WCHAR)));
     if (bytes > 0 && data.find(WCHAR{0}) == WideString::npos)
         findings.push_back({&finding::valueUnterminated, plugin.name, ""});
+}
+
+/// Looks for things of a plug-in, or of all, that any user could change.
+void checkWriters(const std::string& subject, const std::string& path, Guarded kind, Findings& findings) {
+    static constexpr const char* things[] = {"file", "folder", "key"};
+    const std::string writers = ordinaryWriters(path, kind);
+    if (!writers.empty())
+        findings.push_back({kind == Guarded::RegistryKey ? &finding::keyWritable : &finding::fileWritable,
+                            subject,
+                            concat("the ", things[static_cast<std::size_t>(kind)], " '", path,
+                                   "' can be changed by ", writers)});
+}
+
+void checkWriters(const PluginAccount& plugin, Findings& findings) {
+    checkWriters(plugin.name, vykel::pluginsKey + plugin.name, Guarded::RegistryKey, findings);
+    if (!isAbsolutePath(*plugin.path) || isFolder(*plugin.path))
+        return;
+    checkWriters(plugin.name, *plugin.path, Guarded::File, findings);
+    checkWriters(plugin.name, plugin.path->substr(0, plugin.path->find_last_of("\\/")), Guarded::Folder,
+                 findings);
 }
 
 /// Reads a registration as the library does. False, with the outcome, when there is no path.
@@ -101,17 +123,16 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
 } // namespace
 
 std::optional<std::uint32_t> countPlugins(Findings& findings) {
-    const std::string key = std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey;
     try {
         const std::uint32_t count = vykel::countPlugins();
         if (count == 0)
-            findings.push_back({&finding::pluginsNone, key, ""});
+            findings.push_back({&finding::pluginsNone, keyName, ""});
         return count;
     } catch (const vyerr::Exception& exception) {
         const LibraryError error = makeLibraryError(exception);
         const bool denied = error.system == ERROR_ACCESS_DENIED;
         findings.push_back(
-            {denied ? &finding::pluginsKeyDenied : &finding::pluginsKeyMissing, key, error.systemText});
+            {denied ? &finding::pluginsKeyDenied : &finding::pluginsKeyMissing, keyName, error.systemText});
         return std::nullopt;
     }
 }
@@ -120,6 +141,7 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
     const std::optional<std::uint32_t> count = countPlugins(report.findings);
     if (!count)
         return;
+    checkWriters(keyName, vykel::pluginsKey, Guarded::RegistryKey, report.findings);
     for (std::uint32_t i = 0; i < *count; ++i) {
         PluginAccount plugin;
         if (report.listsDevices)
@@ -128,6 +150,7 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
             progress.show(concat("probing plug-in ", i + 1, " of ", *count, ": ", plugin.name));
             checkValue(plugin, report.findings);
             examine(plugin, limit, report.findings);
+            checkWriters(plugin, report.findings);
         }
         report.plugins.push_back(std::move(plugin));
     }

@@ -251,6 +251,15 @@ std::string linkText(const std::string& path) {
                                                           : "";
 }
 
+std::string ordinaryWriters(const std::string& path, Guarded kind) {
+    struct stat status = {};
+    if (kind == Guarded::RegistryKey || stat(winhost::hostPath(path).c_str(), &status) != 0)
+        return {};
+    const bool isSticky =
+        kind == Guarded::Folder && (status.st_mode & S_ISVTX) != 0; // nobody replaces a file
+    return (status.st_mode & S_IWOTH) != 0 && !isSticky ? "all users" : "";
+}
+
 bool makeTemporaryFile(const std::string& path) {
     const bool made = openFile(path, GENERIC_WRITE, CREATE_NEW) != nullptr;
     return made && DeleteFileW(toWide(path).c_str()) != FALSE;

@@ -138,6 +138,21 @@ vybase::LocalMemory<void> makeSharedDescriptor() {
     return vybase::LocalMemory<void>(descriptor);
 }
 
+/// The group of all ordinary users that an entry of an access-control list is about, or null.
+const char* ordinaryGroup(ACCESS_ALLOWED_ACE& ace) {
+    if (ace.Header.AceType != ACCESS_ALLOWED_ACE_TYPE && ace.Header.AceType != ACCESS_DENIED_ACE_TYPE)
+        return nullptr;
+    static constexpr std::pair<WELL_KNOWN_SID_TYPE, const char*> groups[] = {
+        {WinWorldSid, "Everyone"},
+        {WinBuiltinUsersSid, "Users"},
+        {WinAuthenticatedUserSid, "Authenticated Users"},
+        {WinInteractiveSid, "INTERACTIVE"}};
+    for (const auto& [group, name] : groups)
+        if (IsWellKnownSid(&ace.SidStart, group))
+            return name;
+    return nullptr;
+}
+
 } // namespace
 
 Usage usageOfThisProcess() {
@@ -340,6 +355,39 @@ std::string linkText(const std::string& path) {
     return file && GetFileInformationByHandle(file.get(), &facts) && facts.nNumberOfLinks > 1
                ? concat("a file with ", facts.nNumberOfLinks, " names")
                : "";
+}
+
+std::string ordinaryWriters(const std::string& path, Guarded kind) {
+    const bool isKey = kind == Guarded::RegistryKey;
+    WideString name = toWide((isKey ? "MACHINE\\" : "") + path);
+    PACL list = nullptr;
+    PSECURITY_DESCRIPTOR descriptor = nullptr;
+    if (GetNamedSecurityInfoW(name.data(), isKey ? SE_REGISTRY_KEY : SE_FILE_OBJECT,
+                              DACL_SECURITY_INFORMATION, nullptr, nullptr, &list, nullptr,
+                              &descriptor) != ERROR_SUCCESS)
+        return {};
+    const vybase::LocalMemory<void> owner(descriptor);
+    if (list == nullptr)
+        return "everybody (there is no access-control list)";
+    const DWORD ofKind =
+        kind == Guarded::Folder ? FILE_DELETE_CHILD : FILE_APPEND_DATA; // or KEY_CREATE_SUB_KEY
+    const DWORD writing =
+        FILE_WRITE_DATA | ofKind | DELETE | WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
+    DWORD denied = 0;
+    std::vector<std::string> writers;
+    for (DWORD i = 0; i < list->AceCount; ++i) {
+        void* entry = nullptr;
+        if (!GetAce(list, i, &entry))
+            continue;
+        auto* const ace = static_cast<ACCESS_ALLOWED_ACE*>(entry); // a denying one has the same form
+        const char* const group =
+            (ace->Header.AceFlags & INHERIT_ONLY_ACE) != 0 ? nullptr : ordinaryGroup(*ace);
+        if (group != nullptr && ace->Header.AceType == ACCESS_DENIED_ACE_TYPE)
+            denied |= ace->Mask;
+        else if (group != nullptr && (ace->Mask & writing & ~denied) != 0)
+            writers.emplace_back(group);
+    }
+    return joined(writers, ", ");
 }
 
 bool makeTemporaryFile(const std::string& path) {

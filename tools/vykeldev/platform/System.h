@@ -29,6 +29,13 @@ std::string fileIdentity(const std::string& path);
 /// it is neither, or cannot be looked at.
 std::string linkText(const std::string& path);
 
+/// A thing that only administrators should change.
+enum class Guarded { File, Folder, RegistryKey };
+
+/// Which of all ordinary users' groups may change it, for people; empty when none may, or when that cannot be
+/// read. A key is one of HKEY_LOCAL_MACHINE. The host knows no rights of keys.
+std::string ordinaryWriters(const std::string& path, Guarded kind);
+
 /// Makes a file that is gone again at once. False, with the system's last error, when that fails.
 bool makeTemporaryFile(const std::string& path);
 
