@@ -29,7 +29,7 @@ std::optional<std::uint32_t> numberIn(const std::string& name) {
 
 ExitCode editNow(const Context& context, const EditOptions& options) {
     using Event = DeviceClient::Event;
-    DeviceClient client({context.library, 0, 0, 0, 0, options.edit}, context.verbose);
+    DeviceClient client({context.library, 0, 0, 0, 0, options.edit}, context);
     Json failure;
     try {
         const auto forever = DeviceClient::Clock::time_point::max();

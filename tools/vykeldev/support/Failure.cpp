@@ -88,11 +88,13 @@ Failure currentFailure() {
 }
 
 void printFailure(std::ostream& out, const std::string& label, const Failure& failure, bool verbose) {
-    out << label << printable(failure.what()) << '
-'; if (!failure.meaning.empty()) out << "  meaning:    " << printable(failure.meaning) << '
-'; if (!failure.remedy.empty()) out << "  what to do: " << printable(failure.remedy) << '
-'; if (verbose && !failure.raisedAt.empty()) out << "  raised at:  " << printable(failure.raisedAt) << '
-';
+    out << label << printable(failure.what()) << '\n';
+    if (!failure.meaning.empty())
+        out << "  meaning:    " << printable(failure.meaning) << '\n';
+    if (!failure.remedy.empty())
+        out << "  what to do: " << printable(failure.remedy) << '\n';
+    if (verbose && !failure.raisedAt.empty())
+        out << "  raised at:  " << printable(failure.raisedAt) << '\n';
 }
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
