@@ -137,7 +137,7 @@ ExitCode showPreview(const Context& context, bool json) {
         return ExitCode::NothingListed;
     }
     const PreviewDevices devices;
-    const Preview preview = previewTransfer(file, devices);
+    const Preview preview = previewTransfer(file, devices.table(), devices.all());
     if (json)
         printJson(path, &preview);
     else

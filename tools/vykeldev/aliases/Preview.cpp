@@ -30,11 +30,11 @@ public:
             preview.entries.push_back({entry, outcomeOf(entry.flaw)});
     }
 
-    Preview run(const PreviewDevices& devices) {
+    Preview run(const vykel::DeviceTable& table, const std::deque<PreviewDevice>& devices) {
         for (std::size_t i = 0; i < preview.entries.size(); ++i)
             tagEntry(i);
-        transfer(devices.table());
-        for (const PreviewDevice& device : devices.all())
+        transfer(table);
+        for (const PreviewDevice& device : devices)
             if (device.offered)
                 noteConsumed(device);
         if (byName())
@@ -104,8 +104,9 @@ private:
 
 } // namespace
 
-Preview previewTransfer(const LegacyFile& file, const PreviewDevices& devices) {
-    return Previewer(file).run(devices);
+Preview previewTransfer(const LegacyFile& file, const vykel::DeviceTable& table,
+                        const std::deque<PreviewDevice>& devices) {
+    return Previewer(file).run(table, devices);
 }
 
 } // namespace vykeldev::aliases

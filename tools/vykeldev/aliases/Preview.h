@@ -34,9 +34,10 @@ struct Preview {
 };
 
 /// Runs the transfer on the file's document, whose content is of no use afterwards, and reports what became
-/// of each entry. It cannot foresee that a device refuses its alias. Throws what a plug-in threw,
-/// std::bad_alloc or vyerr::Exception.
-Preview previewTransfer(const LegacyFile& file, const PreviewDevices& devices);
+/// of each entry. `table` lists `devices`, which remember what they are offered. It cannot foresee that a
+/// device refuses its alias. Throws what a plug-in threw, std::bad_alloc or vyerr::Exception.
+Preview previewTransfer(const LegacyFile& file, const vykel::DeviceTable& table,
+                        const std::deque<PreviewDevice>& devices);
 
 } // namespace vykeldev::aliases
 
