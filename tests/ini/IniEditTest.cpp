@@ -1,4 +1,4 @@
-// Lookups, edits and escapes; IniModelTest.cpp compares them with a plain model.
+// Lookups, edits and escapes; the fuzz target ini compares them with a plain model.
 #include "ini/IniEdit.h"
 #include "ini/IniEscape.h"
 #include "support/IniTestKit.h"
