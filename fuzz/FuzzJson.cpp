@@ -1,72 +1,154 @@
-// The JSON text of a Status: any text may be read; one that is a closed container also takes fields.
+// The JSON text of a Status: any text may be read, and a plain reader finds the same in it. One that is a
+// closed container also takes fields and elements, which read back.
 #include "errors/ErrorInfoText.h"
 #include "errors/JsonEscape.h"
 #include "errors/JsonNumber.h"
 #include "errors/JsonReader.h"
 #include "errors/StatusBlocks.h"
-#include <cstdint>
-#include <cstdlib>
+#include "Fuzz.h"
+#include "support/OwnedStatus.h"
+#include <algorithm>
+#include <cmath>
 #include <cstring>
-#include <string>
 #include <vector>
 
 namespace {
 
-void check(bool condition) {
-    if (!condition)
-        std::abort();
+using namespace vyerr;
+using namespace vykelfuzz;
+
+/// Where the value at `at` ends by a plain reading of the grammar; npos when there is none. The text ends in
+/// the NUL that std::string adds.
+std::size_t modelEnd(const std::string& s, std::size_t at, int depth = 0) {
+    constexpr std::size_t none = std::string::npos;
+    const auto isDigit = [&](std::size_t i) { return s[i] >= '0' && s[i] <= '9'; };
+    const auto skip = [&](std::size_t i, const char* set) {
+        return std::min(s.find_first_not_of(set, i), s.size());
+    };
+    const auto blanks = [&](std::size_t i) { return skip(i, " \t\r\n"); };
+    const auto digits = [&](std::size_t i) { return skip(i, "0123456789"); };
+    if (s[at] == '"') {
+        for (++at; s[at] != '"'; ++at) {
+            if (static_cast<unsigned char>(s[at]) < 32 || s[at] == 127)
+                return none;
+            if (s[at] != '\\')
+                continue;
+            const bool isUnicode = s[++at] == 'u';
+            if (isUnicode ? skip(at + 1, "0123456789abcdefABCDEF") < at + 5
+                          : std::string("\"/\\bfnrt").find(s[at]) == none)
+                return none;
+            at += isUnicode ? 4 : 0;
+        }
+        return at + 1;
+    }
+    if (s[at] == '{' || s[at] == '[') {
+        const bool isObject = s[at] == '{';
+        const char closing = isObject ? '}' : ']';
+        if (depth == 256 || s[at = blanks(at + 1)] == closing)
+            return depth == 256 ? none : at + 1;
+        for (;; at = blanks(at + 1)) {
+            if (isObject) {
+                const std::size_t key = s[at] == '"' ? modelEnd(s, at) : none;
+                if (key == none || s[at = blanks(key)] != ':')
+                    return none;
+                at = blanks(at + 1);
+            }
+            at = modelEnd(s, at, depth + 1);
+            if (at == none || (s[at = blanks(at)] != ',' && s[at] != closing))
+                return none;
+            if (s[at] == closing)
+                return at + 1;
+        }
+    }
+    for (const std::string word : {"false", "true", "null"})
+        if (s.compare(at, word.size(), word) == 0)
+            return at + word.size();
+    if (s[at] != '-' && !isDigit(at))
+        return none;
+    at = digits(at + 1);
+    at = s[at] == '.' ? digits(at + 1) : at;
+    const bool hasExponent =
+        (s[at] == 'e' || s[at] == 'E') && (s[at + 1] == '+' || s[at + 1] == '-' || isDigit(at + 1));
+    return hasExponent ? digits(at + 2) : at;
 }
 
 /// A string's text as far as it can be decoded.
-std::string decoded(const vyerr::JsonToken& token) {
+std::string decoded(const JsonToken& token) {
     std::vector<char> text(static_cast<std::size_t>(token.length) + 1);
-    vyerr::unescapeJsonString(token.start, token.length, text.data());
+    unescapeJsonString(token.start, token.length, text.data());
     return text.data();
 }
 
 void readAnything(const std::string& text) {
-    vyerr::JsonToken token;
-    const char* const end = vyerr::parseJsonValue(text.c_str(), &token);
-    check(end == nullptr || (end > text.c_str() && end <= text.c_str() + text.size()));
+    const std::vector<char> exact(text.c_str(), text.c_str() + text.size() + 1);
+    JsonToken token;
+    const char* const end = parseJsonValue(exact.data(), &token);
+    const std::size_t expected = modelEnd(text, 0);
+    check(end == (expected == std::string::npos ? nullptr : exact.data() + expected));
+    check((end == nullptr) == (token.type == JsonType::Error));
+    if (token.type == JsonType::String)
+        check(decoded(token).size() <= text.size());
     std::int32_t number = 0;
-    if (token.type == vyerr::JsonType::Number)
-        vyerr::jsonNumberToInt(token, &number);
-    if (token.type == vyerr::JsonType::String)
-        decoded(token);
-    vyerr::findField(text.c_str(), "line");
+    if (token.type == JsonType::Number && jsonNumberToInt(token, &number) && token.flag != 0) {
+        const double value = std::trunc(std::strtod(text.c_str(), nullptr));
+        check(number == (std::fabs(value) < 2147483648.0 ? static_cast<std::int32_t>(value) : INT32_MIN));
+    }
+    const char* const line = findField(exact.data(), "line");
+    check(line == nullptr || (line > exact.data() && line <= exact.data() + text.size()));
 }
 
-/// Adds fields to a document that some other text began: the text must stay a document and hold them.
+/// What was added at the end of a container, without the comma that separates it from what was there before.
+std::string added(const std::string& before, const std::string& after) {
+    const std::size_t inside = before.size() - 1;
+    const char last = before[before.find_last_not_of(" \t\r\n", inside - 1)];
+    const std::size_t comma = last == '{' || last == '[' ? 0 : 1;
+    check(after.compare(0, inside, before, 0, inside) == 0 && after.back() == before.back());
+    check(comma == 0 || after[inside] == ',');
+    return after.substr(inside + comma, after.size() - 1 - inside - comma);
+}
+
+/// Adds to a document that some other text began.
 void addFields(const std::string& text) {
-    vyerr::Status status;
-    vyerr::initStatus(&status);
+    vykeltest::OwnedStatus status;
     check(status.reallocate(&status, static_cast<std::uint32_t>(text.size() + 2)));
-    vyerr::layStatusText(status.json, status.capacity, text.c_str());
-    char* cursor = vyerr::errorInfoEnd(status.json);
-    if (cursor != nullptr && *cursor == '}' && vyerr::findField(text.c_str(), "fuzz") == nullptr) {
+    layStatusText(status.json, status.capacity, text.c_str());
+    if (char* cursor = errorInfoEnd(status.json)) {
         cursor[1] = '\0'; // what follows the container is no part of the document
-        vyerr::layStatusText(status.json, status.capacity, nullptr);
-        const vyerr::StatusTextGrowth growth{vyerr::growStatusText, &status};
-        cursor = vyerr::addStringField(cursor, "fuzz", text.c_str(), growth);
-        check(cursor != nullptr && vyerr::addIntField(cursor, "n", -1, growth) != nullptr);
-        check(vyerr::errorInfoEnd(status.json) != nullptr && status.json[status.capacity - 1] == 'J');
-        vyerr::JsonToken token;
-        const char* const value = vyerr::findField(status.json, "fuzz");
-        check(value != nullptr && vyerr::parseJsonValue(value, &token) != nullptr);
-        check(decoded(token) == text);
+        layStatusText(status.json, status.capacity, nullptr);
+        const StatusTextGrowth growth{growStatusText, &status};
+        const char* const key = *cursor == '}' ? "~\n" : nullptr;
+        const std::string prefix = key != nullptr ? "\"~\\n\":" : "";
+        const auto add = [&](auto writer, auto... value) {
+            const std::string before = status.json;
+            cursor = writer(cursor, key, value..., growth);
+            check(cursor != nullptr && status.json[status.capacity - 1] == 'J');
+            const std::string field = added(before, status.json);
+            check(field.compare(0, prefix.size(), prefix) == 0);
+            return field.substr(prefix.size());
+        };
+        std::uint32_t number = 0;
+        std::memcpy(&number, text.data(), std::min(sizeof number, text.size()));
+        check(add(addUIntField, number) == std::to_string(number));
+        check(add(addIntField, static_cast<std::int32_t>(number)) ==
+              std::to_string(static_cast<std::int32_t>(number)));
+        const std::string string = add(addStringField, text.c_str());
+        JsonToken token;
+        check(parseJsonValue(string.c_str(), &token) == string.c_str() + string.size() &&
+              decoded(token) == text);
+        check(add(addObjectField) == "{}");
+        check(addStringField(cursor - 1, text.c_str(), "", growth) != nullptr);
+        check(errorInfoEnd(status.json) == status.json + std::strlen(status.json) - 1);
     }
     status.code = -1;
     vykel::StatusBlock block = vykel::makeStatusBlock();
-    vyerr::statusToBlock(&status, &block);
+    statusToBlock(&status, &block);
     check(block.code == -1 && block.component[9] == '\0' && block.file[100] == '\0');
-    vyerr::releaseStatus(&status);
 }
 
 } // namespace
 
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    const std::string text(reinterpret_cast<const char*>(data),
-                           strnlen(reinterpret_cast<const char*>(data), size));
+int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string text = textOf(data, size).c_str();
     readAnything(text);
     addFields(text);
     return 0;

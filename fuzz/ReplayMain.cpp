@@ -1,13 +1,12 @@
 // Runs a fuzz target on every file of the folders given: the starting corpus as an ordinary test, with any
 // compiler.
+#include "Fuzz.h"
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
-
-extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size);
 
 int main(int argc, char** argv) {
     int files = 0;

@@ -4,6 +4,7 @@
 #include "aliases/LegacyFile.h"
 #include "aliases/PreviewDevices.h"
 #include <cstdint>
+#include <deque>
 #include <vector>
 
 namespace vykeldev::aliases {
