@@ -21,7 +21,9 @@ std::string toUtf8(const WideString& wideText) {
     const int size = static_cast<int>(wideText.size());
     const int length = WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, nullptr, 0, nullptr, nullptr);
     std::string utf8(static_cast<std::size_t>(length), '\0');
-    WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, utf8.data(), length, nullptr, nullptr);
+    if (WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, utf8.data(), length, nullptr, nullptr) !=
+        length)
+        utf8.clear(); // the system cannot convert: no text rather than one of zeros
     return utf8;
 }
 
