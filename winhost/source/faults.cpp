@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -53,6 +54,16 @@ Fault parseFault(const std::string& text) {
     return {static_cast<Call>(call - callTraits), nth, static_cast<Effect>(found - effects), error};
 }
 
+/// Appends the name of a call that a fault strikes to the file that WINHOST_FAULT_LOG names.
+void logStrike(const char* name) noexcept {
+    const char* const path = std::getenv("WINHOST_FAULT_LOG");
+    const int file = path != nullptr ? ::open(path, O_WRONLY | O_APPEND | O_CREAT | O_CLOEXEC, 0666) : -1;
+    if (file < 0)
+        return;
+    ::dprintf(file, "%s\n", name);
+    ::close(file);
+}
+
 struct EnvironmentFault {
     EnvironmentFault() {
         if (const char* text = std::getenv("WINHOST_FAULT"))
@@ -97,6 +108,7 @@ DWORD armedFault(Call call) noexcept {
             fault.effect == Effect::FailOnward ? armed->calls >= fault.nth : armed->calls == fault.nth;
         if (!strikes)
             continue;
+        logStrike(callTraits[static_cast<std::size_t>(call)].name);
         if (fault.effect == Effect::Kill)
             ::kill(::getpid(), SIGKILL);
         ++armed->failures;

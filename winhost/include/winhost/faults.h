@@ -7,6 +7,7 @@
 // Faults: tests can make every call of this stand-in fail that can fail on Windows. A test arms a
 // ScopedFault. A child process can get one from the environment, which is read when the program starts:
 //     WINHOST_FAULT="<call or Any>:<n>:<fail|onward|kill>[:<error>]"     for example  fwrite:2:onward:112
+// WINHOST_FAULT_LOG names a file to which the name of each call that is struck is appended, a line each.
 // All libraries of a process share the armed faults. Calls are counted over all threads.
 //
 // A call that is made to fail does nothing, sets its error (stream calls: errno, too) and returns what
