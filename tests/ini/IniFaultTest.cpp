@@ -2,6 +2,7 @@
 // searched and written. Nothing is lost, and what is reported is true.
 #include "ini/IniEdit.h"
 #include "ini/IniSave.h"
+#include "support/Faults.h"
 #include "support/IniTestKit.h"
 #include <algorithm>
 #include <gtest/gtest.h>
@@ -64,6 +65,39 @@ TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
             EXPECT_FALSE(fs::exists(folder.path("vykel.TMP")));
         }
     }
+}
+
+TEST(IniFault, NothingIsLostWhateverFails) {
+    std::string text = "[s]\n";
+    for (int i = 0; i < 20; ++i) // enough for the indexes
+        text += "k" + std::to_string(i) + "=v\n";
+    for (int i = 0; i < 20; ++i)
+        text += "[s" + std::to_string(i) + "]\nk=v\n";
+    const IniFolder folder;
+    const std::string path = folder.file().string();
+    int result = 0;
+    const auto run = [&] {
+        IniDocument document;
+        document.writeFlags = IniSafeSave | IniFlushToDisk;
+        result = loadIniFile(&document, path.c_str());
+        if (result == 0 &&
+            (setIniValue(&document, "s", "k7", "new", 0) != 1 ||
+             setIniValue(&document, "s21", "k", "v", 0) != 1 || deleteIniEntry(&document, "s", "k19") != 1 ||
+             deleteIniSection(&document, "s7") != 1))
+            result = IniMemoryFull;
+        return result = result == 0 ? saveIniFile(&document, path.c_str()) : result;
+    };
+    writeFile(folder.file(), text);
+    EXPECT_EQ(run(), 0);
+    const std::string after = readFile(folder.file());
+    const std::ptrdiff_t resources = winhost::openResources();
+    writeFile(folder.file(), text);
+    withEachFault(10, 20, run, [&](const winhost::Fault&) {
+        const std::string left = readFile(folder.file());
+        EXPECT_TRUE(left == (result == 0 ? after : text)) << result << left;
+        EXPECT_EQ(winhost::openResources(), resources);
+        writeFile(folder.file(), text);
+    });
 }
 
 TEST(IniFault, WithoutMemorySearchesFindAndChangesLeaveTheDocument) {

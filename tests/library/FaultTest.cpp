@@ -77,7 +77,12 @@ TEST_F(FaultTest, EveryCallAndAllocationMayFail) {
         expectSuccess();
     };
     withEachFault(
-        40, 20, [&] { outcome = run(); }, check);
+        40, 20,
+        [&] {
+            outcome = run();
+            return outcome.code;
+        },
+        check);
 }
 
 TEST_F(FaultTest, ReportsWhatFailed) {

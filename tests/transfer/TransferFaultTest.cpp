@@ -60,7 +60,7 @@ TEST_P(TransferFault, NothingIsLostWhateverFails) {
     const std::ptrdiff_t resources = winhost::openResources();
     std::int32_t code = success;
     std::uint32_t lastLine = 0; // that memory can end in
-    const auto run = [&] { code = transfer(); };
+    const auto run = [&] { return code = transfer(); };
     withEachFault(20, 20, run, [&](const winhost::Fault& fault) {
         const bool inMemory = fault.call == Call::malloc;
         const std::string text = readFile(legacy.iniFile);
@@ -83,12 +83,21 @@ TEST_P(TransferFault, NothingIsLostWhateverFails) {
               before[1] == 'A' ? 283u : 343u); // by token: writing a record, after the folder's search
 }
 
-const std::string v15 = "[General]\nMajorVersion=15\nMinorVersion=0\n";
+/// Sections or keys enough for an index.
+std::string many(const std::string& begin, const std::string& end) {
+    std::string text;
+    for (int i = 0; i < 20; ++i)
+        text += begin + std::to_string(i) + end;
+    return text;
+}
+
+const std::string keep = many("Old", "=KEL9\n") + many("[Keep", "]\nme=1\n");
+const std::string v15 =
+    "[General]\nMajorVersion=15\nMinorVersion=0\n" + many("k", "=1\n") + many("[Keep", "]\nme=1\n");
 
 INSTANTIATE_TEST_SUITE_P(
     Layouts, TransferFault,
-    testing::Values(std::pair("[Aliases]\nA=KEL0\nB=KEL1\nOld=KEL9\n[Keep]\nme=1\n",
-                              "[Aliases]\nOld=KEL9\n[Keep]\nme=1\n"),
+    testing::Values(std::pair("[Aliases]\nA=KEL0\nB=KEL1\n" + keep, "[Aliases]\n" + keep),
                     std::pair(v15 + "[Alias0]\nAlias=A\nPersistentToken=T0\nLocal=True\n"
                                     "[Alias1]\nAlias=\"X \\\" Line0001\"\nPersistentToken=T9\nLocal=False\n"
                                     "[Alias2]\nAlias=B\nPersistentToken=T1\nLocal=True\n",
