@@ -19,7 +19,7 @@ def lives(row: Row, machine: Machine, count: int) -> None:
         row.expect(int(lines[2]) == (0 if arguments else 8 * count), f"{lines[2]} devices were seen")
     (leaked, handles), (floor, floor_handles) = growth
     row.ran = f"{count} lives: {leaked:+d} bytes, {handles:+d} handles; only loading: {floor:+d}, {floor_handles:+d}"
-    row.expect(leaked - floor <= 8 * count, "memory grows")
+    row.expect(leaked - floor < count, "memory grows")
     row.expect(handles - floor_handles < 10, "handles grow")
 
 
@@ -100,7 +100,7 @@ def kills(row: Row, machine: Machine, count: int) -> None:
     row.ran = f"{killed} of {sum(hits.values())} killed: " + ", ".join(
         f"{hits.get(name, 0)} {name}" for name in (*WINDOWS, "afterwards")) + f"; {half_files} left a vykel.TMP"
     for window in WINDOWS:
-        row.expect(hits.get(window, 0) >= max(3, count // 100), f"only {hits.get(window, 0)} kills while {window}")
+        row.expect(hits.get(window, 0) >= max(2, count // 100), f"only {hits.get(window, 0)} kills while {window}")
     row.expect(killed >= count // 2, "too few were killed")
 
 

@@ -33,7 +33,7 @@ class Machine:
         """Runs a built program to its end; its output is text without carriage returns."""
         ended = subprocess.run(
             self.command(program) + list(arguments), capture_output=True, timeout=timeout, stdin=subprocess.DEVNULL,
-            env={**os.environ, **self.environment(), **variables})
+            cwd=WORK, env={**os.environ, **self.environment(), **variables})
         ended.stdout = ended.stdout.decode().replace("\r", "")
         ended.stderr = ended.stderr.decode().replace("\r", "")
         return ended
@@ -66,13 +66,14 @@ class Machine:
             self.must("vykeldev", "register", plugin, self.named(self.library(plugin)))
         return self
 
-    def reset(self, count: int, layout: str, padding: str = "", every: int = 1) -> None:
-        """Gives each plug-in so many devices without number and alias, and the legacy file an alias for every
-        so-manieth of them."""
-        for plugin in self.plugins:
+    def reset(self, count: int, layout: str, padding: str = "", every: int = 1, numbered: bool = False) -> None:
+        """Gives each plug-in so many devices without alias, with or without number, and the legacy file an alias
+        for the first, and for `every` further one."""
+        for place, plugin in enumerate(self.plugins):
             for old in self.library(plugin).parent.glob(plugin + ".devices*"):
                 old.unlink()
-            text = "".join(f'token="{plugin}/{i}" alias=""\n' for i in range(count))
+            text = "".join(f'token="{plugin}/{i}" alias=""' + (f" number={place * count + i}" if numbered else "") + "\n"
+                           for i in range(count))
             self.library(plugin).with_suffix(".devices").write_bytes(text.encode())
         self.folder.joinpath("vykel.TMP").unlink(missing_ok=True)
         self.ini.write_bytes(self.legacy(count, layout, padding, every).encode())
@@ -132,6 +133,7 @@ class WineMachine(Machine):
     drive = prefix / "drive_c"
 
     def __init__(self, name: str = ""):
+        self.run("vykeldev", "--version")  # makes the prefix when there is none
         for folder in ("proof", "ProgramData/Morvance"):
             shutil.rmtree(self.drive / folder, ignore_errors=True)
 

@@ -14,9 +14,7 @@
 #include <thread>
 #include <vector>
 #include <windows.h>
-#ifdef _WIN32
-#include <psapi.h>
-#else
+#ifndef _WIN32
 #include <csignal>
 #include <malloc.h>
 #endif
@@ -79,11 +77,14 @@ int life(const Arguments& arguments) {
 /// The bytes that this process has allocated, and the number of its open handles.
 void printUse() {
 #ifdef _WIN32
-    PROCESS_MEMORY_COUNTERS counters = {};
-    GetProcessMemoryInfo(GetCurrentProcess(), &counters, sizeof counters);
+    HANDLE heaps[64];
+    const DWORD count = GetProcessHeaps(64, heaps);
+    std::size_t bytes = 0;
+    for (DWORD i = 0; i < count; ++i)
+        for (PROCESS_HEAP_ENTRY entry = {}; HeapWalk(heaps[i], &entry) != 0;)
+            bytes += (entry.wFlags & PROCESS_HEAP_ENTRY_BUSY) != 0 ? entry.cbData : 0;
     DWORD handles = 0;
     GetProcessHandleCount(GetCurrentProcess(), &handles);
-    const std::size_t bytes = counters.PagefileUsage;
 #else
     const std::filesystem::directory_iterator open("/proc/self/fd");
     const auto handles = std::distance(begin(open), end(open));

@@ -1,6 +1,3 @@
 # What scripts/prove runs beside the tests.
 add_executable(proof_client proof/ProofClient.cpp)
 target_link_libraries(proof_client PRIVATE project_options vykeldevenum)
-if(WIN32)
-  target_link_libraries(proof_client PRIVATE psapi)
-endif()
