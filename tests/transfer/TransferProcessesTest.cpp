@@ -100,7 +100,7 @@ struct NumberedDevice final : LegacyDevice {
     void setNumber(std::uint32_t given, vykel::StatusBlock*) override {
         shared.give(shared.numbers, std::to_string(given) + " " + token);
         static int count = 0;
-        if (shared.proof && ++count == 3 && GetCurrentProcessId() / 4 % 2 == 0)
+        if (shared.proof && ++count == 3 && GetCurrentProcessId() % 5 % 2 == 0)
             TerminateProcess(GetCurrentProcess(), 1); // while it holds the lock
     }
     const SharedMachine& shared;

@@ -1,0 +1,41 @@
+"""The proof that the Windows build and the host build do the same."""
+
+import json
+
+from proofs.machines import ROOT, HostMachine, Machine, WineMachine
+from proofs.table import Row
+
+COMMANDS = (("vykeldev", "aliases", "--json"), ("proof_client", "life"), ("vykeldev", "list", "--json"),
+            ("vykeldev", "aliases", "--json"))
+
+
+def _outcome(machine: Machine, scenario: dict[str, str]) -> list[object]:
+    """The exit codes and outputs of the commands, and the files after them."""
+    machine.reset(0, "number")
+    machine.ini.unlink()
+    for plugin in machine.plugins:
+        machine.library(plugin).with_suffix(".devices").write_bytes(scenario[plugin].encode())
+    if "legacy" in scenario:
+        machine.ini.write_bytes(scenario["legacy"].encode())
+    outcome: list[object] = []
+    for command in COMMANDS:
+        ended = machine.run(*command)
+        outcome.append((" ".join(command), ended.returncode, ended.stdout))
+    for path in (machine.ini, *(machine.library(plugin).with_suffix(".devices") for plugin in machine.plugins)):
+        outcome.append((path.name, path.read_bytes() if path.exists() else None))
+    return outcome
+
+
+def same(row: Row) -> None:
+    """Each scenario gives the same codes, JSON and bytes of files on both builds."""
+    scenarios = json.loads((ROOT / "tests" / "proof" / "scenarios.json").read_text())
+    machines = [HostMachine("builds").prepare(), WineMachine().prepare()]
+    compared = moved = 0
+    for scenario in scenarios:
+        host, windows = (_outcome(machine, scenario) for machine in machines)
+        compared += len(host)
+        moved += host[4][1] != (scenario["legacy"].encode() if "legacy" in scenario else None)
+        for one, other in zip(host, windows):
+            row.expect(one == other, f"{scenario['name']}: {one} on the host, {other} on Windows")
+    row.ran = f"{len(scenarios)} scenarios, {compared} outputs and files compared, {moved} legacy files were changed"
+    row.expect(moved >= 3, "too few legacy files were changed")
