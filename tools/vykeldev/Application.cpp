@@ -11,6 +11,7 @@
 #include "support/Failure.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <new>
 #include <sstream>
 
 namespace vykeldev {
@@ -104,9 +105,14 @@ int runApplication(const std::vector<std::string>& arguments) noexcept {
             return toInteger(ExitCode::Success);
         return runParsed(arguments, context);
     } catch (...) {
-        printFailure(std::cerr,
-                     console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
-                     currentFailure(), context.verbose);
+        try {
+            printFailure(std::cerr,
+                         console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
+                         currentFailure(), context.verbose);
+        } catch (const std::bad_alloc&) { // the system cannot convert the texts either
+            std::cerr
+                << "vykeldev: error: memory is exhausted\n  what to do: Close other programs and try again.\n";
+        }
     }
     return toInteger(ExitCode::Error);
 }
