@@ -121,8 +121,8 @@ TEST_F(CommandsTest, GiveDevicesNumbersAndAliases) {
                                      "renumbered  KEL1    c  was KEL2\nrenumbered  KEL3    d  was KEL2\n"
                                      "vykeldev: --dry-run: nothing was changed\n= 0"},
          {"renumber KEL2 --token c --json",
-          "\n{\"schemaVersion\":1,\"event\":\"renumbered\",\"token\":\"a\",\"number\":1,\"alias\":\"Main valve\","
-          "\"previousNumber\":2}\n{\"schemaVersion\":1,\"event\":\"kept\",\"token\":\"c\",\"number\":2,"},
+          "\n{\"schemaVersion\":1,\"event\":\"renumbered\",\"tokenFormat\":1,\"token\":\"a\",\"number\":1,\"alias\":\"Main valve\","
+          "\"previousNumber\":2}\n{\"schemaVersion\":1,\"event\":\"kept\",\"tokenFormat\":1,\"token\":\"c\",\"number\":2,"},
          {"renumber KEL2", "\nkept        KEL2    c\n= 0"},
          {"alias KEL3 x", "\nvykeldev: error: the device 'd' takes no alias\n"},
          {"list", "KEL1    Main valve        1         0  a\n    1  KEL0"},

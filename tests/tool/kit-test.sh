@@ -123,7 +123,7 @@ for command in setup list plugins aliases doctor check; do
 done
 
 echo "== watch"
-"${runner[@]}" "$kit/bin/vykeldev$exe" watch --json --interval 0.05 >watch.json &
+"${runner[@]}" "$kit/bin/vykeldev$exe" watch --json --format 2 --interval 0.05 >watch.json &
 watch=$!
 await_lines watch.json 2
 see 'token=c number=9\ntoken=b token2=same number=7\ntoken=a token2=same number=8 alias=A'
@@ -133,7 +133,7 @@ await_lines watch.json 7
 kill -INT $watch # Wine makes it a Ctrl-C
 wait $watch || fail "watch ended with $?"
 validate watch
-tr -d '\r' <watch.json | sed 's/"schemaVersion":1,//' | diff -u - <(cat <<'JSON'
+tr -d '\r' <watch.json | sed 's/"schemaVersion":1,//;s/"tokenFormat":2,//' | diff -u - <(cat <<'JSON'
 {"event":"added","token":"same","number":9,"alias":null}
 {"event":"added","token":"same","number":8,"alias":""}
 {"event":"added","token":"c","number":9,"alias":null}

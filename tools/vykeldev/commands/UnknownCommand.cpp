@@ -26,15 +26,17 @@ std::size_t editDistance(const std::string& from, const std::string& to) {
     return row.back();
 }
 
-/// The command whose name is at most two edits away, or an empty text.
+/// The command whose name is at most two edits away, or an empty text. Of two that are as near, the one with
+/// the same first letter.
 std::string nearestCommand(const CLI::App& app, const std::string& word) {
-    std::size_t best = 3;
+    std::size_t best = 2 * 3;
     std::string nearest;
     for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
-        const std::size_t distance = editDistance(word, command->get_name());
+        const std::string name = command->get_name();
+        const std::size_t distance = 2 * editDistance(word, name) + (word[0] != name[0] ? 1 : 0);
         if (distance < best) {
             best = distance;
-            nearest = command->get_name();
+            nearest = name;
         }
     }
     return nearest;
