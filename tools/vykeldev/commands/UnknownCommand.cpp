@@ -29,7 +29,7 @@ std::size_t editDistance(const std::string& from, const std::string& to) {
 /// The command whose name is at most two edits away, or an empty text. Of two that are as near, the one with
 /// the same first letter.
 std::string nearestCommand(const CLI::App& app, const std::string& word) {
-    std::size_t best = 2 * 3;
+    std::size_t best = 6;
     std::string nearest;
     for (const CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; })) {
         const std::string name = command->get_name();

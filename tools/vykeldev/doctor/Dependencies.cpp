@@ -22,7 +22,7 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
                 continue;
             const std::optional<std::string> path = findImport(name);
             if (!path) {
-                const DWORD beside = GetFileAttributesW(toWide(folder + '\\' + name).c_str());
+                const DWORD beside = GetFileAttributesW(toWide(concat(folder, "\\", name)).c_str());
                 plugin.missingImports.push_back(name);
                 bad.push_back(concat("not found: ", name, importedBy,
                                      beside == INVALID_FILE_ATTRIBUTES

@@ -68,7 +68,7 @@ std::optional<Verdict> lookAtHeaders(PluginAccount& plugin) {
 /// Looks also for the libraries that it imports.
 std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
     const std::string& path = *plugin.path;
-    if (const std::optional<Verdict> verdict = lookAtHeaders(plugin); verdict || !plugin.image)
+    if (std::optional<Verdict> verdict = lookAtHeaders(plugin); verdict || !plugin.image)
         return verdict;
     const auto bad = findBadDependencies(*plugin.image, path.substr(0, path.find_last_of("\\/")));
     if (bad.empty())
