@@ -157,6 +157,7 @@ TEST_F(CommandsTest, LetNoControlCharacterThrough) {
             commands.push_back(std::string(watch) + " 2>&1 & sleep 1; kill $!; wait");
     for (const char* const fault : {"throws_controls", "controls_token"}) {
         breakRule(fault);
+        follow({{"list", "\\x1B[31m\\x07\\x0A\\x7F\\x9B2J\\u202E\\u2066"}});
         for (const std::string& command : commands) {
             const std::string output = run(command + " 2>&1");
             for (const char* const control : {"\x1B", "\a", "\x7F", "\xC2\x9B", "\xE2\x80\xAE", "\xE2\x81"})

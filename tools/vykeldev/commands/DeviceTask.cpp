@@ -56,17 +56,25 @@ Json readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Rep
     }
 }
 
+void useList(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
+    const Json failure = readUntilEnough(list, request, reporter);
+    if (request.edit && !failure.is_null())
+        throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
+    if (request.edit)
+        editDevices(list, *request.edit, [&](const DeviceChange& change) {
+            reporter.report({{"change", change.kind}, {"before", change.before}, {"now", change.now}});
+        });
+}
+
 void serve(const DeviceRequest& request, Reporter& reporter) {
     reporter.beginStep("loading the plug-ins");
     const Enumerator enumerator(request.library);
     const DeviceListHandle list = enumerator.makeList();
-    const Json failure = readUntilEnough(*list, request, reporter);
-    if (request.edit && !failure.is_null())
-        throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
-    if (request.edit)
-        editDevices(*list, *request.edit, [&](const DeviceChange& change) {
-            reporter.report({{"change", change.kind}, {"before", change.before}, {"now", change.now}});
-        });
+    try {
+        useList(*list, request, reporter);
+    } catch (...) {
+        throw currentFailure(); // a plug-in's exception must not outlive its plug-in's code
+    }
     reporter.beginStep("unloading the plug-ins");
 }
 
