@@ -13,7 +13,7 @@
 #include <vector>
 
 /// Work that this program does in a child process of its own, so that whatever a plug-in does there (crash,
-/// hang, exit, corrupt its memory) is an observation and no accident. The child reports what happens in JSON
+/// hang, exit, corrupt its memory) is seen and does no harm here. The child reports what happens in JSON
 /// objects, one per line of standard output, each after a mark that no plug-in knows.
 namespace vykeldev {
 
@@ -47,8 +47,8 @@ bool runRequestedTask(const std::vector<std::string>& arguments,
 
 /// How a child ended.
 struct ChildOutcome {
-    std::optional<ChildProcess::End>
-        end; ///< None: it was still running when its time was over, and was killed.
+    /// None: it was still running when its time was over, and was killed.
+    std::optional<ChildProcess::End> end;
     std::chrono::milliseconds duration{0};
 };
 
