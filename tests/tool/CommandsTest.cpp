@@ -126,7 +126,7 @@ TEST_F(CommandsTest, GiveDevicesNumbersAndAliases) {
          {"renumber KEL2", "\nkept        KEL2    c\n= 0"},
          {"alias KEL3 x", "\nvykeldev: error: the device 'd' takes no alias\n"},
          {"list", "KEL1    Main valve        1         0  a\n    1  KEL0"},
-         {"alias KEL0 x --token a", "\nvykeldev: no such device has the number KEL0\n= 3"},
+         {"alias KEL0 x --token a", "\nvykeldev: no device has the number KEL0 and this token\n= 3"},
          {"renumber KEL02", "a number such as KEL3 expected, not 'KEL02'\n"}});
     machine.install("zoo_plugin", "zoo");
     machine.install("zoo_plugin", "zoo2");

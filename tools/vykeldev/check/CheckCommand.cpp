@@ -87,7 +87,7 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command
         ->add_flag(
             "--number-devices", options->run.numberDevices,
-            "Gives up to ten devices without a number a free one, for good, and tries whether it is kept")
+            "Gives up to ten devices that have no number a free one, for good, and checks that it is kept")
         ->excludes("--read-only");
     command
         ->add_option("--rule", options->run.rules,
@@ -109,7 +109,7 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         chosen = [options](const Context& context) { return checkPlugin(context, *options); };
     });
     command->footer("Each rule runs in a process of its own. Exit codes: 0 every rule passed or was skipped, "
-                    "4 only warnings, also that no number or alias was there to try, 5 a rule is broken.");
+                    "4 only warnings (also when there was no number or alias to try), 5 a rule is broken.");
 }
 
 } // namespace vykeldev

@@ -69,7 +69,7 @@ void mustNotGrow(const char* what, Trace& trace, const std::function<void()>& st
         std::this_thread::sleep_for(rest);
         growth = concat(done, " ", what, " left ", memory >> 10, " KiB and ", handles, " handles");
     }
-    throw Broken(growth, " behind, each of four times");
+    throw Broken(growth, " behind, in each of four tries");
 }
 
 } // namespace

@@ -43,7 +43,8 @@ ExitCode editNow(const Context& context, const EditOptions& options) {
     if (!failure.is_null())
         throw failureFrom(failure);
     if (client.changes().empty()) {
-        context.notices() << "vykeldev: no such device has the number " << options.number << '\n';
+        context.notices() << "vykeldev: no device has the number " << options.number
+                          << (options.edit.token.empty() ? "" : " and this token") << '\n';
         return ExitCode::NothingListed;
     }
     if (options.edit.dryRun)
@@ -87,9 +88,9 @@ void addAliasCommand(CLI::App& app, Run& chosen) {
 
 void addRenumberCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<EditOptions>();
-    CLI::App& command = addCommand(
-        app, chosen, "renumber",
-        "Gives all devices of one number but the first the lowest numbers that no other device has", options);
+    CLI::App& command =
+        addCommand(app, chosen, "renumber",
+                   "Gives devices that share a number numbers of their own; the first one keeps it", options);
     command
         .add_option("--token", options->edit.token,
                     "The persistent token of the device that keeps the number")

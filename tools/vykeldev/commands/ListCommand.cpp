@@ -119,7 +119,7 @@ void addListCommand(CLI::App& app, Run& chosen) {
     addSelectionOptions(*command, options->selection);
     command
         ->add_option("--timeout", options->timeout,
-                     "Gives up, with exit code 1, after so many seconds (default: never)")
+                     "Gives up, with exit code 1, after this many seconds (default: never)")
         ->check(inRange(0.001, 86400, "0.001 to 86400 seconds"))
         ->type_name("S");
     command->callback([options, &chosen] {

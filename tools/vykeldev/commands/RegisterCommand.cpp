@@ -50,7 +50,7 @@ void addRegisterCommand(CLI::App& app, Run& chosen) {
         ->type_name("");
     command->add_option("PATH", options->path, "The plug-in's DLL")->required()->type_name("");
     command->add_flag("--force", options->force,
-                      "Registers a path also where no file is yet, or a file that is no plug-in");
+                      "Registers the path even if there is no file yet, or the file is no plug-in");
     command->callback(
         [options, &chosen] { chosen = [options](const Context&) { return registerPlugin(*options); }; });
 }

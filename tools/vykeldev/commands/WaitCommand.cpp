@@ -61,9 +61,10 @@ void addWaitCommand(CLI::App& app, Run& chosen) {
         ->check(inRange(1, unlimited, "at least 1 device"))
         ->type_name("N");
     command
-        ->add_option("--timeout", options->timeout,
-                     "Gives up, with exit code 3, after so many seconds (default: never; the first look may "
-                     "take 2 seconds)")
+        ->add_option(
+            "--timeout", options->timeout,
+            "Gives up, with exit code 3, after this many seconds (default: never; the first look may "
+            "take 2 seconds)")
         ->check(inRange(0, unlimited, "0 seconds or more"))
         ->type_name("S");
     command->callback([options, &chosen] {

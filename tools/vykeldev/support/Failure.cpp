@@ -24,7 +24,7 @@ struct Explanation {
 constexpr Explanation explanations[] = {
     {StatusCode::ConfigurationFault, "ConfigurationFault",
      "A lock file could not be made, or the legacy alias file vykel.ini was malformed or could not be saved. "
-     "The cause does not show any more.",
+     "The cause is gone now.",
      "Try again."},
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", "End other programs and try again."},
     {StatusCode::GeneralFault, "GeneralFault",
