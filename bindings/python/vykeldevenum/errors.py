@@ -44,7 +44,7 @@ class ClosedError(Error):
 
 
 class PluginError(Error):
-    """A plug-in broke the contract. ``vykeldev check`` tells what is wrong with it."""
+    """A plug-in broke the contract. ``vykeldev check`` reports what is wrong with it."""
 
 
 class StatusError(Error):
