@@ -6,17 +6,17 @@
 
 namespace vykel {
 
-/// What IDevice::getNumber answers while the device has no number yet.
+/// What IDevice::getNumber returns while the device has no number yet.
 constexpr std::uint32_t noDeviceNumber = 0xFFFFFFFFu;
 
 /// One device, implemented by a plug-in. The order of the operations is a binary contract: nine slots, no
 /// data, no base class.
 ///
 /// A device belongs to the IDeviceList that returned it and stays valid until that list is refreshed again or
-/// released; nobody else ends its life. Texts are UTF-8, NUL-terminated, owned by the device, and valid until
-/// the next call on the same device. No exception may cross any operation. The library calls a device on the
-/// thread that refreshes the list and never from two threads at once; a client that shares a list between
-/// threads must serialise them itself.
+/// released; only its list ends its life. Texts are UTF-8, NUL-terminated, owned by the device, and valid
+/// until the next call on the same device. No operation may let an exception out. The library calls a device
+/// on the thread that refreshes the list and never from two threads at once; a client that shares a list
+/// between threads must serialise them itself.
 class IDevice {
 public:
     /// The interface version of this device; getDevice refuses a device below the caller's minimum version.
@@ -30,8 +30,9 @@ public:
     virtual std::uint32_t getSortKey() = 0;
 
     /// Gives the device its machine-wide number, which the plug-in must keep for good. Called while the lock
-    /// on the device numbers is held, so keep it short and call no function of the library. Nobody looks at
-    /// the code in `status`: a device that cannot keep the number is offered one again at the next refresh.
+    /// on the device numbers is held, so keep it short and call no function of the library. The library
+    /// ignores the code in `status`: it offers a device that did not keep the number one again at the next
+    /// refresh.
     virtual void setNumber(std::uint32_t number, StatusBlock* status) = 0;
 
     /// The device's number as last set by any process, or noDeviceNumber. Must be read afresh: another
@@ -51,7 +52,7 @@ public:
     virtual void setAlias(const char* alias, std::int32_t one, std::int32_t zero, StatusBlock* status) = 0;
 
 protected:
-    ~IDevice() = default; // ended by its list alone; not a slot
+    ~IDevice() = default; // only its list ends a device; not a slot
 };
 
 static_assert(sizeof(IDevice) == sizeof(void*), "IDevice holds nothing but its table of operations");

@@ -11,8 +11,8 @@ namespace vykel {
 /// implements it for clients and joins all plug-ins' lists. The order of the operations is a binary contract:
 /// eight slots and the destructor, no data, no base class.
 ///
-/// The holder of a list owns it and ends it with release(), never with delete. getCount and getDevice answer
-/// from the state after the last refresh. A plug-in must let no exception out of any operation; if one does,
+/// The holder of a list owns it and ends it with release(), never with delete. getCount and getDevice report
+/// the state after the last refresh. A plug-in must let no exception out of any operation; if one does,
 /// the library's isStale, getDevice and detach pass it on, and its other operations let none out. One list
 /// must not be used by two threads at once; different lists may. A status argument is never null.
 class IDeviceList {
@@ -27,10 +27,10 @@ public:
 
     /// Brings the list up to date; devices handed out before become invalid. The library's list does nothing
     /// when `status` already holds an error; it leaves out the devices of a plug-in whose refresh fails, and
-    /// reports only failures of its own work: ConfigurationFault (a lock file cannot be made, or the legacy
-    /// alias file is malformed or cannot be saved), ResourceNotFound (no shared data folder), OsFault (the
-    /// lock cannot be taken), MemoryFull, a negative code that a device left when given a legacy alias, and
-    /// the code of an exception that a plug-in let out.
+    /// reports only these failures: ConfigurationFault (a lock file cannot be made, or the legacy alias file
+    /// is malformed or cannot be saved), ResourceNotFound (no shared data folder), OsFault (the lock cannot
+    /// be taken), MemoryFull, the negative code of a device that refused a legacy alias, and the code of an
+    /// exception that a plug-in let out.
     /// Waits without limit for other processes that number devices or move aliases at the same time.
     virtual void refresh(StatusBlock* status) = 0;
 
@@ -46,8 +46,8 @@ public:
     /// vykeldevenum_finalize.
     virtual void release() = 0;
 
-    /// Hands an opaque token through to every plug-in's list. When one refuses, its code is reported and the
-    /// token is withdrawn from those that had taken it.
+    /// Passes an opaque token on to every plug-in's list. When one refuses, withdraws the token from the
+    /// lists that took it before, and reports the code of the refusal.
     virtual void attach(std::uint64_t token, StatusBlock* status) = 0;
 
     /// Withdraws a token from every plug-in's list.

@@ -5,11 +5,11 @@
 #include <cstdint>
 
 /// \file
-/// The three functions that an enumerator plug-in exports under these names. A library that lacks one is not
-/// used. The client library calls all three under one lock, never two at once; no exception may cross them,
-/// and none of them may call the client library.
+/// The three functions that an enumerator plug-in exports under these names. The client library does not use
+/// a plug-in that lacks one. It calls all three under one lock, never two at once. They must let no exception
+/// out and must not call the client library.
 
-/// Exports an entry point under its plain name; stands before the return type.
+/// Exports an entry point under its plain name; write it before the return type.
 #if defined(_WIN32)
 #define VYKEL_PLUGIN_EXPORT extern "C" __declspec(dllexport)
 #else

@@ -8,10 +8,10 @@ namespace vykel {
 
 /// The caller-owned record into which an operation reports its outcome. Its layout is a binary contract.
 ///
-/// The caller makes it, sets `structSize` to the size of the memory behind the pointer and `code` to 0, and
-/// reads `code` afterwards. The first error wins: a negative code is never replaced, a positive one
-/// (warning) only by a negative one. A record of 208 bytes or more also receives where the error was raised;
-/// a smaller one (8 bytes are enough) has no fields but the first two, and nothing beyond is ever touched.
+/// The caller makes it, sets `structSize` to its size in bytes and `code` to 0, and reads `code` afterwards.
+/// The first error wins: a negative code is never replaced, a positive one (warning) only by a negative one.
+/// A record of 208 bytes or more also receives where the error was raised. A smaller one (8 bytes are enough)
+/// has only the first two fields, and nothing after them is ever touched.
 ///
 /// A plug-in must check `structSize` before it writes anything but `code`: the blocks that the library hands
 /// to plug-ins have 8 bytes. A block belongs to one thread; nothing keeps a pointer to it after the call.

@@ -15,7 +15,7 @@ enum class StatusCode : std::int32_t {
     ConfigurationFault = -50209,
     /// Memory is exhausted.
     MemoryFull = -52000,
-    /// The library is not initialised, or a failure of no more specific kind occurred.
+    /// The library is not initialised, or there was a failure that has no code of its own.
     GeneralFault = -52003,
     /// A cast failed; only a faulty plug-in causes this.
     BadCast = -52004,

@@ -8,7 +8,7 @@
 /// The binary contract of the library for C99: the same objects, slots, codes and functions as in the C++
 /// headers, which say what each operation does. An object is a pointer to a table of function pointers; every
 /// function takes the object as its first argument: `list->operations->refresh(list, &status)`.
-/// C++ programs may include this header beside the others. The functions are then declared by those alone.
+/// C++ programs may include this header beside the others; then only those declare the functions.
 
 #ifdef __cplusplus
 extern "C" {
@@ -20,7 +20,7 @@ enum vykel_StatusCode {
     VYKEL_SUCCESS = 0,                     ///< No error.
     VYKEL_CONFIGURATION_FAULT = -50209,    ///< A lock file or the legacy alias file cannot be used.
     VYKEL_MEMORY_FULL = -52000,            ///< Memory is exhausted.
-    VYKEL_GENERAL_FAULT = -52003,          ///< Not initialised, or a failure of no more specific kind.
+    VYKEL_GENERAL_FAULT = -52003,          ///< Not initialised, or a failure that has no code of its own.
     VYKEL_BAD_CAST = -52004,               ///< A cast failed; only a faulty plug-in causes this.
     VYKEL_INVALID_PARAMETER = -52005,      ///< An argument is invalid, or a plug-in cannot be loaded.
     VYKEL_RESOURCE_NOT_FOUND = -52006,     ///< A registry key or a standard folder cannot be read.
@@ -29,7 +29,7 @@ enum vykel_StatusCode {
     VYKEL_VERSION_MISMATCH = -63193        ///< A device or an interface has another version.
 };
 
-/// What getNumber of a device answers when the device has no number.
+/// What getNumber of a device returns while the device has no number yet.
 #define VYKEL_NO_DEVICE_NUMBER 0xFFFFFFFFu
 
 /// The caller's record into which an operation reports its outcome; see vykel::StatusBlock. The first error
@@ -52,7 +52,7 @@ static inline vykel_StatusBlock vykel_makeStatusBlock(void) {
     return block;
 }
 
-/// The same, without `struct`.
+/// Names the type without the word `struct`.
 typedef struct vykel_Device vykel_Device;
 
 /// The nine slots of a device.
@@ -84,11 +84,11 @@ struct vykel_Device {
     const vykel_DeviceOperations* operations; ///< All that others may see of a device.
 };
 
-/// The same, without `struct`.
+/// Names the type without the word `struct`.
 typedef struct vykel_DeviceList vykel_DeviceList;
 
-/// The eight slots of a list that may be called. The destructor of C++ follows them in the table: one slot or
-/// two, as the compiler has it.
+/// The eight slots of a list that may be called. The destructor of C++ follows them in the table; it takes
+/// one slot or two, depending on the compiler.
 typedef struct vykel_DeviceListOperations {
     /// The version of this interface: 0.
     int32_t (*getVersion)(vykel_DeviceList* list);
@@ -103,7 +103,7 @@ typedef struct vykel_DeviceListOperations {
                                vykel_StatusBlock* status);
     /// Ends the list and frees it.
     void (*release)(vykel_DeviceList* list);
-    /// Hands an opaque token to every plug-in's list.
+    /// Passes an opaque token on to every plug-in's list.
     void (*attach)(vykel_DeviceList* list, uint64_t token, vykel_StatusBlock* status);
     /// Withdraws a token.
     void (*detach)(vykel_DeviceList* list, uint64_t token);
@@ -119,8 +119,8 @@ struct vykel_DeviceList {
 /// table. Nobody calls the slots of the destructor; set both to the function in `release`, so that even a
 /// holder who deletes the list does no harm.
 typedef struct vykel_PluginListOperations {
-    vykel_DeviceListOperations operations;         ///< What is called.
-    void (*destructor[2])(vykel_DeviceList* list); ///< What is not.
+    vykel_DeviceListOperations operations;         ///< The slots that are called.
+    void (*destructor[2])(vykel_DeviceList* list); ///< The slots that nobody calls.
 } vykel_PluginListOperations;
 
 #ifdef __cplusplus
@@ -129,11 +129,11 @@ typedef struct vykel_PluginListOperations {
 
 // The three exports of the library; see vykeldevenum.h. Any thread may call any of them at any time.
 
-/// Loads every registered plug-in, at the first call; further calls only count.
+/// The first call loads every registered plug-in; later calls only add to a count.
 int32_t vykeldevenum_initialize(void);
 /// Stores a new list over all loaded plug-ins; `version` is 0. The caller owns the list.
 int32_t vykeldevenum_getAllKelDevices(int32_t version, vykel_DeviceList** list);
-/// Takes back one vykeldevenum_initialize; the last one unloads every plug-in.
+/// Undoes one vykeldevenum_initialize; the last one unloads every plug-in.
 int32_t vykeldevenum_finalize(void);
 
 /// Exports an entry point of a plug-in under its plain name.

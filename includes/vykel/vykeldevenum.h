@@ -10,10 +10,10 @@
 /// time. No exception leaves them.
 extern "C" {
 
-/// Loads every registered plug-in, at the first call; further calls only count. Match each success with one
-/// vykeldevenum_finalize. A plug-in that fails in any way is left out without an error.
-/// Returns 0; ResourceNotFound when the plug-ins' registry key is missing or unreadable; MemoryFull;
-/// GeneralFault. After an error nothing is initialised and the next call tries again.
+/// The first call loads every registered plug-in; later calls only add to a count. Match each success with
+/// one vykeldevenum_finalize. A plug-in that fails in any way is left out without an error. Returns 0;
+/// ResourceNotFound when the plug-ins' registry key is missing or unreadable; MemoryFull; GeneralFault. After
+/// an error nothing is initialised and the next call tries again.
 std::int32_t vykeldevenum_initialize();
 
 /// Makes a new list over all loaded plug-ins and stores it in `*list`, which is written only on success. The
@@ -24,7 +24,7 @@ std::int32_t vykeldevenum_initialize();
 /// MemoryFull.
 std::int32_t vykeldevenum_getAllKelDevices(std::int32_t version, vykel::IDeviceList** list);
 
-/// Takes back one vykeldevenum_initialize; the last one finalises and unloads every plug-in.
+/// Undoes one vykeldevenum_initialize; the last one finalises and unloads every plug-in.
 /// Returns 0, or GeneralFault when the library is not initialised.
 std::int32_t vykeldevenum_finalize();
 
