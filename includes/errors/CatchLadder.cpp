@@ -9,10 +9,7 @@
 namespace vyerr {
 
 void translateCurrentException(StatusBlock* block, RaiseSite boundary) noexcept {
-    const auto store = [=](vykel::StatusCode code) noexcept {
-        setStatusBlock(block, vykel::toInteger(code), componentName, boundary.file,
-                       static_cast<std::uint32_t>(boundary.line));
-    };
+    const auto store = [=](vykel::StatusCode code) noexcept { storeError(block, code, boundary); };
     try {
         throw; // cppcheck-suppress rethrowNoCurrentException ; the caller is a catch clause
     } catch (const ExceptionBase& exception) {

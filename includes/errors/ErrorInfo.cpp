@@ -16,7 +16,7 @@ ErrorInfo::ErrorInfo(Status& record, std::int32_t code, const char* constantName
     : status(record) {
     if (!setStatusCode(&status, code))
         return;
-    if (status.capacity < 4 && !status.reallocate(&status, 4))
+    if (status.capacity < minStatusCapacity && !status.reallocate(&status, minStatusCapacity))
         return;
     cursor = errorInfoEnd(status.json);
     addString("error_constant", constantName);

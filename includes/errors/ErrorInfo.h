@@ -7,8 +7,8 @@
 
 namespace vyerr {
 
-/// Records one error and appends what its raise site knows, field by field. Construction does what
-/// recordError does; each field added goes to the end of the document. When the record already held an error
+/// Records one error, and then the fields that only its raise site knows. The constructor does what
+/// recordError does; each later field goes to the end of the document. When the record already held an error
 /// or memory is short, this field and all later ones are silently left out. Borrows the record, which must
 /// outlive it. One thread uses it.
 class ErrorInfo {
@@ -20,8 +20,9 @@ public:
     ErrorInfo& addInt(const char* key, std::int32_t value) noexcept;
     ErrorInfo& addUInt(const char* key, std::uint32_t value) noexcept;
 
-    /// The fields up to the matching closeObject go into a new object.
+    /// Begins a new object: the fields up to the matching closeObject go into it.
     ErrorInfo& openObject(const char* key) noexcept;
+    /// Ends the object that openObject began last.
     ErrorInfo& closeObject() noexcept;
 
 private:

@@ -57,9 +57,7 @@ bool closesEmptyContainer(const char* closing) noexcept {
 char* openFieldGap(char* cursor, std::size_t count) noexcept {
     const bool atStart = isOpening(*cursor);
     char* const insertion = atStart ? cursor + 1 : cursor;
-    const char* next = insertion;
-    while (isJsonBlank(*next))
-        ++next;
+    const char* const next = skipJsonBlanks(insertion);
     const bool empty =
         *insertion == '\0' || closesEmptyContainer(insertion) || (atStart && matches(*cursor, *next));
     const std::size_t needed = count + (empty ? 0 : 1);

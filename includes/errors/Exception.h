@@ -21,7 +21,7 @@ public:
     /// The JSON text of what failed; empty when there is none.
     virtual const char* errorInfoJson() const noexcept;
 
-    /// The carried record; owned by the exception.
+    /// The carried record; the exception owns it.
     Status* status() const noexcept { return &record; }
 
 private:
@@ -36,7 +36,7 @@ public:
     const char* errorInfoJson() const noexcept override;
 };
 
-/// Records an error and throws it.
+/// Throws an exception with the text that recordError writes.
 [[noreturn]] void raiseError(std::int32_t code, const char* constantName, RaiseSite site);
 [[noreturn]] void raiseError(vykel::StatusCode code, const char* constantName, RaiseSite site);
 

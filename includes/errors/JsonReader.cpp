@@ -129,7 +129,7 @@ const char* parseWord(const char* position, JsonToken& token) noexcept {
         if (std::strncmp(position, word, length) != 0)
             continue;
         succeed(token, *word == 'n' ? JsonType::Null : JsonType::Boolean, position, position + length);
-        if (*word != 'n') // the token holds the value in place of a pointer
+        if (*word != 'n') // a boolean's token holds the value where others hold a place
             token.start = reinterpret_cast<const char*>(static_cast<std::uintptr_t>(*word == 't'));
         return position + length;
     }

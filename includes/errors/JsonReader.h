@@ -14,8 +14,8 @@ enum class JsonType : std::uint32_t { Error, Null, Boolean, Number, String, Arra
 enum class JsonError : std::int64_t {
     None = 0,                ///< No value begins here.
     BadString = 2,           ///< A control character, a DEL or no closing quote.
-    ObjectNotClosed = 3,     ///< Or nests deeper than the reader goes.
-    ArrayNotClosed = 4,      ///< Or nests deeper than the reader goes.
+    ObjectNotClosed = 3,     ///< An object has no end, or nests deeper than the reader allows.
+    ArrayNotClosed = 4,      ///< An array has no end, or nests deeper than the reader allows.
     NoColon = 5,             ///< A member has no colon after its key.
     UnexpectedCharacter = 6, ///< No comma and no end after a value, or no key where one must be.
     BadEscape = 7,           ///< A string has an invalid escape.
@@ -25,12 +25,13 @@ enum class JsonError : std::int64_t {
 /// What parseJsonValue found.
 struct JsonToken {
     JsonType type;
-    /// A value's first character (of a string the one after the opening quote); an error's place; of a
-    /// boolean the value itself, 1 or 0.
+    /// The place of a value (of a string: after the opening quote) or of an error. Of a boolean not a place
+    /// but the value, 1 or 0.
     const char* start;
-    /// A value's length in bytes (of a string the escaped body's, without quotes); of an error a JsonError.
+    /// The length of a value in bytes, of a string without its quotes and with its escapes. Of an error the
+    /// JsonError.
     std::int64_t length;
-    /// Of a number 1 when it has a fraction or an exponent.
+    /// 1 for a number with a fraction or an exponent, otherwise 0.
     std::int64_t flag;
 };
 

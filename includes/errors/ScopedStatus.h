@@ -9,8 +9,9 @@
 namespace vyerr {
 
 /// A Status for the calls of one scope. The end of the scope throws what they recorded, unless an exception
-/// is already propagating on this thread, and always releases the record. A client may call the library while
-/// its own exception propagates: a scope whose later steps need the earlier ones calls check() between them.
+/// already propagates on this thread, and always releases the record. A client may call the library while its
+/// own exception propagates; then the end of the scope throws nothing. So call check() before every step that
+/// needs the earlier ones.
 class ScopedStatus {
 public:
     ScopedStatus() noexcept { initStatus(&record); }
@@ -29,6 +30,7 @@ public:
     /// Throws at once when an error was recorded.
     void check() { throwIfFailed(&record); }
 
+    /// The record; this object owns it.
     Status* get() noexcept { return &record; }
     Status& operator*() noexcept { return record; }
 
@@ -51,6 +53,7 @@ public:
     /// Throws at once when an error was stored.
     void check() const { throwIfFailed(&block); }
 
+    /// The block; this object owns it.
     StatusBlock* get() noexcept { return &block; }
 
 private:

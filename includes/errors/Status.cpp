@@ -8,8 +8,8 @@ namespace vyerr {
 
 namespace {
 
-constexpr std::uint32_t minimumCapacity = 4; // of "{}", its NUL and the end marker
 constexpr std::uint32_t maxRequest = 0x7FFFFFFF;
+constexpr std::uint32_t maxGrowingCapacity = 0x40000000; // twice as much is one more than maxRequest
 constexpr std::uint32_t firstCapacity = 512;
 
 std::uint32_t roundedCapacity(std::uint32_t wanted) noexcept {
@@ -76,7 +76,7 @@ bool setStatusCode(Status* status, std::int32_t code) noexcept {
     status->code = code;
     if (status->json == nullptr)
         return true;
-    if (status->capacity < minimumCapacity && !status->reallocate(status, minimumCapacity))
+    if (status->capacity < minStatusCapacity && !status->reallocate(status, minStatusCapacity))
         return true;
     layStatusText(status->json, status->capacity, "{}");
     return true;
@@ -94,10 +94,10 @@ bool mergeStatus(Status* into, Status* from) noexcept {
 
 char* growStatusText(char* cursor, Status* status) noexcept {
     const std::uint32_t capacity = status->capacity;
-    if (2 * capacity - 4 > 0x7FFFFFFDu)
+    if (capacity < 2 || capacity > maxGrowingCapacity)
         return nullptr;
     const std::ptrdiff_t offset = cursor - status->json;
-    const std::uint32_t wanted = 2 * capacity - 2;
+    const std::uint32_t wanted = 2 * capacity - 2; // `reallocate` rounds it up to the double
     if (capacity < wanted && !status->reallocate(status, wanted))
         return nullptr;
     if (errorInfoEnd(status->json) == nullptr)

@@ -16,14 +16,17 @@ using StatusReallocateFn = bool (*)(Status* status, std::uint32_t wantedCapacity
 ///
 /// `json` is null until the first error; then its buffer of `capacity` bytes holds the NUL-terminated text,
 /// zero bytes, and in the very last byte the end marker 'J'. The record owns the buffer and frees it only
-/// through `reallocate`; it is never copied member by member: the text moves with mergeStatus. The code
-/// counts; the text is as much as memory allowed. A record belongs to the thread that made it.
+/// through `reallocate`; it is never copied member by member: the text moves with mergeStatus. The code is
+/// always right; the text holds as much as memory allowed. A record belongs to the thread that made it.
 struct Status {
     std::int32_t code;
     std::uint32_t capacity;
     StatusReallocateFn reallocate;
     char* json;
 };
+
+/// The least capacity of a buffer: room for "{}", its NUL and the end marker.
+constexpr std::uint32_t minStatusCapacity = 4;
 
 /// The one StatusReallocateFn in use: buffers of 512 bytes or the next power of two, from malloc.
 bool defaultStatusReallocate(Status* status, std::uint32_t wantedCapacity) noexcept;
@@ -43,12 +46,12 @@ constexpr bool replacesCode(std::int32_t current, std::int32_t offered) noexcept
 /// Stores a code when replacesCode allows it, and empties the text. Returns whether the code was stored.
 bool setStatusCode(Status* status, std::int32_t code) noexcept;
 
-/// Stores `from`'s code in `into` when replacesCode allows it, and moves the text along; `from` keeps its
+/// Stores `from`'s code in `into` when replacesCode allows it, and moves the text with it; `from` keeps its
 /// code but no text. Returns whether the code was stored.
 bool mergeStatus(Status* into, Status* from) noexcept;
 
-/// Doubles a record's buffer: a StatusTextGrowth's `grow`. Returns the cursor at the same offset, or null
-/// when that is impossible.
+/// Doubles a record's buffer; the `grow` of a StatusTextGrowth. Returns the cursor at the same offset, or
+/// null when the buffer cannot grow.
 char* growStatusText(char* cursor, Status* status) noexcept;
 
 } // namespace vyerr

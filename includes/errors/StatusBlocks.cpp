@@ -47,9 +47,8 @@ std::int32_t lineOf(const char* document) noexcept {
     std::int32_t line = 0;
     const char* const value = findField(document, "line");
     JsonToken token;
-    if (value != nullptr && parseJsonValue(value, &token) != nullptr && token.type == JsonType::Number &&
-        !jsonNumberToInt(token, &line))
-        return 0;
+    if (value != nullptr && parseJsonValue(value, &token) != nullptr && token.type == JsonType::Number)
+        jsonNumberToInt(token, &line);
     return line;
 }
 
@@ -67,6 +66,11 @@ bool setStatusBlock(StatusBlock* block, std::int32_t code, const char* component
     block->line = line;
     block->reserved = 0;
     return true;
+}
+
+void storeError(StatusBlock* block, vykel::StatusCode code, RaiseSite site) noexcept {
+    setStatusBlock(block, vykel::toInteger(code), componentName, site.file,
+                   static_cast<std::uint32_t>(site.line));
 }
 
 bool statusToBlock(const Status* status, StatusBlock* block) noexcept {

@@ -1,8 +1,10 @@
 #ifndef ERRORS_STATUSBLOCKS_H
 #define ERRORS_STATUSBLOCKS_H
 
+#include "errors/RaiseSite.h"
 #include "errors/Status.h"
 #include "vykel/StatusBlock.h"
+#include "vykel/StatusCodes.h"
 #include <cstdint>
 
 /// The library's side of the public StatusBlock.
@@ -23,6 +25,9 @@ inline StatusBlock* initStatusBlock(StatusBlock* block) noexcept {
 /// the last 49, with ".." between. Returns whether the code was stored.
 bool setStatusBlock(StatusBlock* block, std::int32_t code, const char* component, const char* file,
                     std::uint32_t line) noexcept;
+
+/// Stores an error that this library raises at a site, as setStatusBlock does.
+void storeError(StatusBlock* block, vykel::StatusCode code, RaiseSite site) noexcept;
 
 /// Copies a record's code into a block when replacesCode allows it, and from its text the last 9 characters
 /// of "component", the last 100 of "file", and "line". Always returns true.

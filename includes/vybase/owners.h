@@ -8,24 +8,27 @@
 /// Owners of what the C runtime and the system hand out.
 namespace vybase {
 
+/// Closes a stream.
 struct CloseStream {
     void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
 };
 /// An open file stream; closed at the end of its life, which also ends every lock on it.
 using FileStream = std::unique_ptr<std::FILE, CloseStream>;
 
+/// Closes a handle of the system.
 struct CloseSystemHandle {
     void operator()(HANDLE handle) const noexcept { CloseHandle(handle); }
 };
-/// A handle that CloseHandle closes. Null when there is none: INVALID_HANDLE_VALUE must not get in here.
+/// A handle that CloseHandle closes. Null means none: never store INVALID_HANDLE_VALUE here.
 using Handle = std::unique_ptr<void, CloseSystemHandle>;
 
+/// Frees memory with LocalFree.
 struct FreeLocal {
     void operator()(void* memory) const noexcept { LocalFree(memory); }
 };
 /// Memory that the system allocated and LocalFree frees.
-template <class Type>
-using LocalMemory = std::unique_ptr<Type, FreeLocal>;
+template <class T>
+using LocalMemory = std::unique_ptr<T, FreeLocal>;
 
 } // namespace vybase
 

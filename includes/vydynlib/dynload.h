@@ -5,9 +5,9 @@
 #include "vytpl/NonCopyable.h"
 #include <windows.h>
 
-/// Loading of dynamic libraries. Nothing throws; failures are recorded in the Status as InvalidParameter with
-/// the path or symbol and the system's code and text. Nothing is done while the Status holds an error. Any
-/// thread may call.
+/// Loading of dynamic libraries. Nothing throws. The functions record a failure in the Status as
+/// InvalidParameter, with the path or symbol and the system's code and text; loadLibrary also MemoryFull.
+/// They do nothing while the Status holds an error. Any thread may call.
 namespace vydynlib {
 
 /// Loads a library by its UTF-8 path, in the system's standard search order. Returns the module, or null.
@@ -17,13 +17,13 @@ HMODULE loadLibrary(const char* path, vyerr::Status& status) noexcept;
 /// The address of an exported function, or null.
 FARPROC getSymbol(HMODULE module, const char* name, vyerr::Status& status) noexcept;
 
-/// Owns one loading of a library.
+/// Owns one loading of a library. One thread uses it.
 class LibraryHandle : private vytpl::NonCopyableT<LibraryHandle> {
 public:
     LibraryHandle() noexcept = default;
     ~LibraryHandle() { unload(); }
 
-    /// Unloads the library held before and takes over a module, or null.
+    /// Unloads the library that it holds, and takes over `loaded`, which may be null.
     void reset(HMODULE loaded) noexcept {
         unload();
         module = loaded;
@@ -35,6 +35,7 @@ public:
     /// Forgets the library without freeing it: it stays loaded for the life of the process.
     void abandon() noexcept { module = nullptr; }
 
+    /// The module, or null; it stays owned here.
     HMODULE get() const noexcept { return module; }
 
 private:

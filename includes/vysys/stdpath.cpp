@@ -18,8 +18,8 @@ bool isSpace(char character) noexcept {
     return character == ' ' || (character >= '\t' && character <= '\r');
 }
 
-/// Asks the system for the folder of data common to all users, for which it wants a buffer of 260 units.
-/// Records ResourceNotFound or MemoryFull.
+/// Asks the system for the folder of data common to all users. The call needs a buffer of 260 units. Records
+/// ResourceNotFound or MemoryFull.
 void getFolderPath(Utf16String& buffer, vyerr::Status& status) noexcept {
     if (!buffer.resize(maxPathUnits, status))
         return;

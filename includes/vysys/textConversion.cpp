@@ -16,11 +16,11 @@ std::ptrdiff_t sequenceLength(unsigned char lead) noexcept {
     return (lead & 0xF8) == 0xF0 ? 4 : 1;
 }
 
-/// Decodes the code point at `position` (below `end`) and moves the position past the bytes used. A byte that
-/// leads no sequence, or leads one that the end cuts off, is a code point itself.
+/// Decodes the code point at `position`, which is before `end`, and moves the position past its bytes. A byte
+/// that begins no sequence, or begins one that the end cuts off, is a code point itself.
 std::uint32_t decodeUtf8CodePoint(const char*& position, const char* end) noexcept {
     const auto lead = static_cast<unsigned char>(*position++);
-    const std::ptrdiff_t length = lead < 0x80 ? 1 : sequenceLength(lead);
+    const std::ptrdiff_t length = sequenceLength(lead);
     if (length == 1 || end - position < length - 1)
         return lead;
     std::uint32_t codePoint = lead & (0x7Fu >> length);
@@ -37,7 +37,7 @@ void utf8ToUtf16(const char* begin, const char* end, Utf16String& out, vyerr::St
         if (codePoint < 0x10000) {
             out.append(static_cast<WCHAR>(codePoint), status);
         } else {
-            out.append(static_cast<WCHAR>((codePoint >> 10) + 0xD7C0), status);
+            out.append(static_cast<WCHAR>((codePoint >> 10) + 0xD800 - (0x10000 >> 10)), status);
             out.append(static_cast<WCHAR>((codePoint & 0x3FF) + 0xDC00), status);
         }
     }
@@ -48,10 +48,12 @@ void utf8ToUtf16(const char* text, Utf16String& out, vyerr::Status& status) noex
 }
 
 void utf16ToUtf8(const WCHAR* begin, const WCHAR* end, Utf8Vector& out, vyerr::Status& status) noexcept {
-    constexpr std::uint32_t surrogateOffset = 56613888; // of u * 1024 + l for a pair u, l
+    // What high * 1024 + low exceeds the code point of a surrogate pair by.
+    constexpr std::uint32_t surrogateOffset = 0xD800 * 1024 + 0xDC00 - 0x10000;
     while (begin != end) {
         std::uint32_t codePoint = *begin++;
-        // A high surrogate takes whatever unit follows it; as the last unit it is a code point itself.
+        // A high surrogate forms a pair with whatever unit follows; as the last unit it is a code point
+        // itself.
         if (codePoint >= 0xD800 && codePoint < 0xDC00 && begin != end)
             codePoint = codePoint * 1024 + *begin++ - surrogateOffset;
         char bytes[4];

@@ -3,7 +3,6 @@
 
 #include "vytpl/StatusString.h"
 #include "vytpl/StatusVector.h"
-#include <cstdint>
 #include <windows.h>
 
 /// Conversions between the UTF-8 of the library and the UTF-16 of the system. They validate nothing: they
@@ -11,13 +10,15 @@
 /// call.
 namespace vysys {
 
+/// A growable UTF-16 text for a call of the system.
 using Utf16String = vytpl::StatusString<WCHAR>;
+/// A growable UTF-8 text, without a NUL at its end.
 using Utf8Vector = vytpl::StatusVector<char>;
 
 /// Appends UTF-8 text to a UTF-16 string. Records MemoryFull when the string cannot grow.
 void utf8ToUtf16(const char* begin, const char* end, Utf16String& out, vyerr::Status& status) noexcept;
 
-/// The same up to the text's terminating NUL.
+/// The same, up to the text's terminating NUL.
 void utf8ToUtf16(const char* text, Utf16String& out, vyerr::Status& status) noexcept;
 
 /// Appends UTF-16 text to an 8-bit vector. Records MemoryFull when the vector cannot grow.

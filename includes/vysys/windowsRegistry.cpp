@@ -9,7 +9,7 @@ namespace {
 constexpr vyerr::RaiseSite countSite{__FILE__, 21};
 constexpr vyerr::RaiseSite nameSite{__FILE__, 58};
 constexpr vyerr::RaiseSite openSite{__FILE__, 91};
-// The reading of values was in another unit at first.
+// The reading of values was in another unit when this site got its number.
 constexpr vyerr::RaiseSite valueSite{"includes/vysys/stdpath.cpp", 246};
 constexpr DWORD nameUnits = 256; // the longest name the system allows, and its terminator
 constexpr DWORD firstValueBytes = 512;
@@ -25,7 +25,7 @@ void recordRegistryError(vyerr::Status& status, vyerr::RaiseSite site, LSTATUS e
     info.openObject("vysys_debug").addString("desc", description).closeObject();
 }
 
-/// Opens a key for reading. It asks the system also while the Status holds an error; it then records nothing.
+/// Opens a key for reading.
 void openKey(const Utf16String& keyPath, RegistryKey& key, vyerr::Status& status) noexcept {
     const LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle);
     key.opened = error == ERROR_SUCCESS;
@@ -47,12 +47,12 @@ void readValue(const Utf16String& keyPath, const Utf16String& valueName, Utf16St
     LSTATUS error = ERROR_SUCCESS;
     do {
         offered = bytes;
-        // An odd size still gets a buffer that is no smaller than what is asked for.
+        // Rounded up, so that the buffer is not smaller than the size that the call is given.
         if (!data.resize(bytes / 2 + bytes % 2, status))
             return;
         error = RegQueryValueExW(key.handle, valueName.c_str(), nullptr, nullptr,
                                  reinterpret_cast<BYTE*>(data.data()), &bytes);
-    } while (error == ERROR_MORE_DATA && bytes > offered); // one that asks for no more would ask for ever
+    } while (error == ERROR_MORE_DATA && bytes > offered); // a size that does not grow would repeat for ever
     if (error == ERROR_SUCCESS)
         data.resize(bytes / 2, status);
     else
@@ -114,7 +114,7 @@ void readStringValue(const char* keyPath, const char* valueName, Utf8Vector& val
     utf8ToUtf16(keyPath, path, status);
     utf8ToUtf16(valueName, name, status);
     readValue(path, name, data, status);
-    utf16ToUtf8(data.begin(), data.end(), value, status); // nothing after an error
+    utf16ToUtf8(data.begin(), data.end(), value, status); // does nothing after an error
 }
 
 } // namespace vysys

@@ -7,7 +7,7 @@
 #include <windows.h>
 
 /// Reading of the registry below HKEY_LOCAL_MACHINE. Key paths and names are UTF-8. Every operation opens its
-/// key itself and closes it before it returns, does nothing while the Status holds an error, and records
+/// key and closes it before it returns, and does nothing while the Status holds an error. It records
 /// ResourceNotFound, with the system's code and text, when a call of the system fails, or MemoryFull. Any
 /// thread may call.
 namespace vysys {
@@ -20,8 +20,8 @@ std::uint32_t countSubkeys(const char* keyPath, vyerr::Status& status) noexcept;
 void getSubkeyName(const char* keyPath, std::uint32_t index, Utf8Vector& name,
                    vyerr::Status& status) noexcept;
 
-/// Appends the data of a value as text, whatever its type and length: the stored bytes are taken as UTF-16, a
-/// stored terminating 0 included, an odd last byte left out.
+/// Appends the data of a value as text, whatever its type and length. It takes the stored bytes as UTF-16,
+/// with a terminating 0 if one is stored, and leaves out an odd last byte.
 void readStringValue(const char* keyPath, const char* valueName, Utf8Vector& value,
                      vyerr::Status& status) noexcept;
 
@@ -31,7 +31,7 @@ struct RegistryKey : private vytpl::NonCopyableT<RegistryKey> {
     ~RegistryKey();
 
     HKEY handle = nullptr;
-    bool opened = false;
+    bool opened = false; ///< whether `handle` is to be closed
 };
 
 } // namespace vysys

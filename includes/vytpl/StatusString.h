@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 
 namespace vytpl {
@@ -20,8 +19,8 @@ public:
     StatusString() noexcept = default;
     ~StatusString() { std::free(units); }
 
-    /// Cuts the text off or extends it with 0 units. False, with the reason recorded, when that is
-    /// impossible.
+    /// Sets the length: cuts the text off, or extends it with 0 units. False, with the reason recorded, when
+    /// that is impossible.
     bool resize(std::size_t count, vyerr::Status& status) noexcept {
         if (!reserve(count, status))
             return false;
@@ -32,6 +31,7 @@ public:
         return true;
     }
 
+    /// Appends one unit.
     void append(Unit unit, vyerr::Status& status) noexcept {
         if (!reserve(length + 1, status))
             return;
@@ -39,11 +39,13 @@ public:
         units[length] = Unit();
     }
 
-    /// Where the units are to be written; null before the first resize.
+    /// The units, for a caller that writes them; null while nothing was resized or appended.
     Unit* data() noexcept { return units; }
     /// The terminated text; never null.
     const Unit* c_str() const noexcept { return units != nullptr ? units : &terminator; }
+    /// The first unit.
     const Unit* begin() const noexcept { return c_str(); }
+    /// The terminating 0 unit.
     const Unit* end() const noexcept { return c_str() + length; }
 
 private:

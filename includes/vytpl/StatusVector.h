@@ -18,6 +18,7 @@ public:
     StatusVector() noexcept = default;
     ~StatusVector() { std::free(units); }
 
+    /// Appends `count` units.
     void append(const Unit* source, std::size_t count, vyerr::Status& status) noexcept {
         if (status.code < 0 || (count > room - length && !grow(count, status)))
             return;
@@ -25,7 +26,9 @@ public:
         length += count;
     }
 
+    /// The first unit; null while there is none.
     const Unit* begin() const noexcept { return units; }
+    /// The end of the units.
     const Unit* end() const noexcept { return units + length; }
 
 private:

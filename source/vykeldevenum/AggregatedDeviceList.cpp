@@ -4,9 +4,10 @@
 #include "DeviceNumbering.h"
 #include "errors/CatchLadder.h"
 #include "errors/Exception.h"
-#include "pellumkelddk/shared/Common.h"
 #include "PluginCall.h"
 #include "vykel/StatusCodes.h"
+#include <limits>
+#include <stdexcept>
 
 namespace vykel {
 
@@ -18,9 +19,15 @@ constexpr vyerr::RaiseSite indexSite{__FILE__, 82};
 constexpr vyerr::RaiseSite attachSite{__FILE__, 93};
 
 IDevice* refuse(StatusBlock* status, StatusCode code, vyerr::RaiseSite site) noexcept {
-    vyerr::setStatusBlock(status, toInteger(code), vyerr::componentName, site.file,
-                          static_cast<std::uint32_t>(site.line));
+    vyerr::storeError(status, code, site);
     return nullptr;
+}
+
+/// A number of devices in the 32 bits of the interface.
+std::uint32_t toCount32(std::size_t count) {
+    if (count > std::numeric_limits<std::uint32_t>::max())
+        throw std::invalid_argument("element count exceeds 32 bits");
+    return static_cast<std::uint32_t>(count);
 }
 
 } // namespace
@@ -73,7 +80,7 @@ void AggregatedDeviceList::refreshAll() {
     }
 }
 
-/// Brings one list's snapshot up to date. False when the list is fresh and was left alone.
+/// Brings one list's snapshot up to date. False when the list is fresh and was not refreshed.
 bool AggregatedDeviceList::refreshList(IDeviceList& list, std::vector<IDevice*>& devices) const {
     if (!callPlugin([&] { return list.isStale(); }) && !dirty)
         return false;

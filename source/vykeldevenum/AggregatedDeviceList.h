@@ -11,8 +11,8 @@
 namespace vykel {
 
 /// The list that clients get: the plug-ins' lists as one flat list. It owns those lists and borrows their
-/// devices, as of the last refresh. See IDeviceList for every operation. Of an exception that a plug-in lets
-/// out, refresh and attach report the code; isStale, getDevice and detach pass it on; release ends it.
+/// devices, as of the last refresh. See IDeviceList for every operation. When a plug-in lets an exception
+/// out, refresh and attach report its code, isStale, getDevice and detach pass it on, and release drops it.
 class AggregatedDeviceList final : public IDeviceList, private vytpl::NonCopyableT<void> {
 public:
     /// Asks the manager for a list of every plug-in; nothing is refreshed yet. Throws ResourceNotFound when
@@ -38,7 +38,7 @@ private:
 
     std::vector<DeviceListPtr> deviceLists;
     DeviceTable devicesPerList;
-    bool dirty = true; // the next refresh takes every list as stale
+    bool dirty = true; ///< the next refresh takes every list as stale
     TraditionalAliasTransferManager aliasTransfer;
 };
 

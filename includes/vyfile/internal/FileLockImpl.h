@@ -16,7 +16,7 @@ public:
     /// Does not lock yet. Throws OsFault when the system gives no event.
     explicit FileLockImpl(std::FILE* stream);
 
-    /// Returns when the lock is held, however long that takes. Throws OsFault when the system refuses it.
+    /// Waits without limit for the lock. Throws OsFault when the system refuses it.
     void lock();
 
 private:

@@ -14,8 +14,7 @@ void CriticalSection::initialize(vykel::StatusBlock* status) {
         [](void* argument) { InitializeCriticalSection(static_cast<CRITICAL_SECTION*>(argument)); },
         &section);
     if (!initialized)
-        vyerr::setStatusBlock(status, vykel::toInteger(vykel::StatusCode::MemoryFull), vyerr::componentName,
-                              criticalSectionSite.file, static_cast<std::uint32_t>(criticalSectionSite.line));
+        vyerr::storeError(status, vykel::StatusCode::MemoryFull, criticalSectionSite);
 }
 
 void CriticalSection::destroy() noexcept {

@@ -4,12 +4,11 @@
 #include "errors/RaiseSite.h"
 #include "vykel/StatusBlock.h"
 #include "vytpl/NonCopyable.h"
-#include <cstdint>
 #include <windows.h>
 
 namespace vyplat {
 
-/// Where a critical section that the system cannot set up is reported.
+/// The raise site of the error that CriticalSection::initialize stores.
 constexpr vyerr::RaiseSite criticalSectionSite{__FILE__, 881};
 
 /// Mutual exclusion within the process, recursive for the owning thread. At first it is not set up.
@@ -22,8 +21,9 @@ public:
     /// Tears the lock down when it is set up.
     void destroy() noexcept;
 
-    /// Only while the lock is set up.
+    /// Waits for the lock and takes it. Call it only while the lock is set up.
     void enter() noexcept { EnterCriticalSection(&section); }
+    /// Gives the lock back; only the thread that took it may call.
     void leave() noexcept { LeaveCriticalSection(&section); }
 
 private:
@@ -35,24 +35,20 @@ private:
 class CriticalSectionGuard : private vytpl::NonCopyableT<CriticalSectionGuard> {
 public:
     explicit CriticalSectionGuard(CriticalSection* section) noexcept : entered(section) { entered->enter(); }
-    ~CriticalSectionGuard() { leave(); }
-
-    /// Leaves early; the end of the scope then does nothing.
-    void leave() noexcept {
-        if (entered != nullptr)
-            entered->leave();
-        entered = nullptr;
-    }
+    ~CriticalSectionGuard() { entered->leave(); }
 
 private:
-    CriticalSection* entered;
+    CriticalSection* const entered;
 };
 
-/// Runs an initialiser until it has succeeded once, in whichever thread asks first, and then its counterpart
-/// when this object is destroyed. A failed initialiser runs again at the next call. Any thread may call.
+/// Runs an initialiser until it has succeeded once, in the thread that asks first. A failed one runs again at
+/// the next call. After a success, the end of this object runs the initialiser's counterpart. Any thread may
+/// call.
 class OnceInitializer : private vytpl::NonCopyableT<OnceInitializer> {
 public:
+    /// The initialiser; it stores an error in `status` when it fails.
     using Initialize = void (*)(vykel::StatusBlock* status);
+    /// Its counterpart.
     using Destroy = void (*)();
 
     constexpr OnceInitializer(Initialize initializeOnce, Destroy destroyOnce) noexcept
@@ -67,11 +63,11 @@ public:
     bool isDone() noexcept;
 
 private:
-    volatile LONG done = 0;
-    volatile LONG busy = 0;
+    volatile LONG done = 0; ///< 1: the initialiser has succeeded
+    volatile LONG busy = 0; ///< 1: a thread is in run()
     Initialize initialize;
     Destroy destroy;
-    DWORD sleepMilliseconds = 1;
+    DWORD sleepMilliseconds = 1; ///< between two attempts to take `busy`
 };
 
 } // namespace vyplat
