@@ -14,8 +14,8 @@
 /// the document usable. A document is used by one thread at a time, different documents by any.
 namespace vyini {
 
-/// Every failure that an operation of the engine reports. 0 and positive results are successes; each function
-/// says what they mean.
+/// The failures that the engine's operations return. 0 and positive results are successes; each function says
+/// what they mean.
 enum IniCode : int {
     IniSeekFailed = -1,        ///< the file cannot be positioned after its byte-order mark
     IniKeyTooLong = -2,        ///< a key leaves no room for a piece of its value within maxLineLength
@@ -39,10 +39,10 @@ enum IniParseFlag : std::int32_t {
     IniAllowEmptyValue = 0x01,
     /// Double quotes around a value are taken off and remembered in the entry.
     IniStripDoubleQuotes = 0x02,
-    /// The same for single quotes, where the double ones did not apply.
+    /// The same for single quotes.
     IniStripSingleQuotes = 0x04,
-    /// A colon separates too (":=" is one separator), and entries before the first header are kept, in a
-    /// section named "(null)".
+    /// A colon separates, too (":=" is one separator), and entries before the first header are kept, in the
+    /// section headerlessSection.
     IniColonSeparator = 0x08
 };
 
@@ -91,33 +91,36 @@ struct IniSection {
     IniSection& operator=(const IniSection&) = delete;
 };
 
+/// The name by which a list finds an entry.
 inline const char* nameOf(const IniEntry& entry) noexcept {
     return entry.key;
 }
 
+/// The name by which a list finds a section.
 inline const char* nameOf(const IniSection& section) noexcept {
     return section.name;
 }
 
-/// A configuration file in memory. The options may be changed at any time; they hold from the next operation.
-/// Pointers to a section or entry are good until it is deleted, texts until their entry is changed; all until
-/// the document is read again or freed.
+/// A configuration file in memory. The options may be changed at any time and take effect with the next
+/// operation. A pointer to a section or entry is valid until that is deleted, a text until its entry is
+/// changed, and all until the document is read again or freed.
 struct IniDocument {
     IniList<IniSection> sections; ///< in the order of the file; new ones at the end
     /// The section found last, tried first by the next search, so that among sections of one name the one in
     /// use stays in use. Null after its deletion.
     IniSection* currentSection = nullptr;
 
-    int mergeDuplicates = 1;       ///< 0: repeated headers and keys are kept apart; 1: they join and replace
-    int caseSensitive = 0;         ///< how names compare, see compareIniNames
-    std::int32_t lastKeyLine = -1; ///< line of the entry found last by getIniUInt
+    /// 1: a repeated header continues its section, a repeated key replaces the value. 0: both are kept apart.
+    int mergeDuplicates = 1;
+    int caseSensitive = 0;           ///< how names compare, see compareIniNames
+    std::int32_t lastKeyLine = -1;   ///< line of the entry that getIniUInt found or the parser replaced last
     std::int32_t maxLineLength = 80; ///< longest entry line written whole, in bytes; -1: no limit
     std::int32_t splitChar = 0;      ///< split long values after this character where possible; 0: anywhere
     std::int32_t writeFlags = IniSafeSave | IniTempByPattern | IniSpacedEquals;
     std::int32_t parseFlags = IniStripDoubleQuotes;
     std::int32_t firstBadLine = -1; ///< first line that the parser could not use, from 1; -1: none
     IniString path;                 ///< the file last loaded or saved; null: none
-    FILETIME lastWriteTime = {};    ///< of that file, then
+    FILETIME lastWriteTime = {};    ///< of that file at that moment
 
     IniBlocks text; ///< what was read from the file; sections and entries point into it
     IniPool<IniSection> sectionPool;

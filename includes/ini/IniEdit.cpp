@@ -1,6 +1,7 @@
 #include "ini/IniEdit.h"
 
-#include "ini/IniFile.h"
+#include "ini/IniMemory.h"
+#include "ini/IniText.h"
 #include <cstring>
 #include <utility>
 

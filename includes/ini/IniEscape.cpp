@@ -1,8 +1,6 @@
 #include "ini/IniEscape.h"
 
 #include "ini/IniDocument.h"
-#include "ini/IniFile.h"
-#include "ini/IniText.h"
 #include "vybase/hex.h"
 #include <cstring>
 
@@ -46,8 +44,8 @@ char decodeEscape(char c, const char*& text) noexcept {
     return c;
 }
 
-/// The `length` bytes written to the work buffer as a text of its own.
-int handOver(const IniString& work, const char* end, IniString& out) noexcept {
+/// Copies what the work buffer holds up to `end` into a text of exactly that size.
+int storeExact(const IniString& work, const char* end, IniString& out) noexcept {
     IniString exact = copyText(work.get(), static_cast<std::size_t>(end - work.get()));
     if (exact == nullptr)
         return IniMemoryFull;
@@ -65,7 +63,7 @@ int encodeIniValue(const char* text, IniString& out) noexcept {
     char* end = work.get();
     for (; *text != '\0'; ++text)
         end = encode(*text, end);
-    return handOver(work, end, out);
+    return storeExact(work, end, out);
 }
 
 int decodeIniValue(const char* text, IniString& out) noexcept {
@@ -84,7 +82,7 @@ int decodeIniValue(const char* text, IniString& out) noexcept {
         }
         *end++ = c;
     }
-    return handOver(work, end, out);
+    return storeExact(work, end, out);
 }
 
 } // namespace vyini

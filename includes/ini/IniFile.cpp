@@ -1,7 +1,6 @@
 #include "ini/IniFile.h"
 
 #include <cstdint>
-#include <cstring>
 
 namespace vyini {
 
@@ -17,15 +16,6 @@ bool findFile(const char* path, IniFileFacts* facts) noexcept {
                                                std::uint64_t{found.nFileSizeLow});
     }
     return true;
-}
-
-IniString copyText(const char* text, std::size_t length, std::size_t more) noexcept {
-    IniString copy(static_cast<char*>(std::malloc(length + more + 1)));
-    if (copy != nullptr) {
-        std::memcpy(copy.get(), text, length);
-        copy.get()[length] = '\0';
-    }
-    return copy;
 }
 
 } // namespace vyini

@@ -1,7 +1,6 @@
 #ifndef INI_INIFILE_H
 #define INI_INIFILE_H
 
-#include "ini/IniMemory.h"
 #include <cstddef>
 #include <windows.h>
 
@@ -14,13 +13,9 @@ struct IniFileFacts {
     std::size_t size = 0;
 };
 
-/// Searches the directory for a file or folder. False when there is none; `facts` is then unchanged. Null
-/// facts are allowed.
+/// Searches the directory for a file or folder. False, with `facts` unchanged, when it finds none; the
+/// system's last error then says why. `facts` may be null.
 bool findFile(const char* path, IniFileFacts* facts) noexcept;
-
-/// A copy of the first `length` bytes of a text, with room for `more` bytes after them. Null when memory is
-/// short.
-IniString copyText(const char* text, std::size_t length, std::size_t more = 0) noexcept;
 
 } // namespace vyini
 

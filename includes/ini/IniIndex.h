@@ -7,11 +7,11 @@
 
 namespace vyini {
 
-/// Finds the items of an ordered list by name in constant time. One thread; nothing throws.
+/// Finds the items of an ordered list by name in constant time. One thread uses it; nothing throws.
 ///
-/// Every item has a slot. The slots whose names share a bucket form a ring in list order, and the bucket
-/// knows the last slot of its ring, which is followed by the first. So equal names are met in list order, and
-/// to append one more costs the same however many there are. The slot of a removed item is not used again:
+/// Every item has a slot. The slots whose names share a bucket form a ring in list order. The bucket knows
+/// the last slot of its ring, and after the last follows the first. So a search meets equal names in list
+/// order, and an append costs the same however many there are. The slot of a removed item is not used again:
 /// when all slots are used, the owner makes a new index.
 ///
 /// `nameOf(const T&)` gives the name of an item.
@@ -28,7 +28,7 @@ public:
             capacity = 0;
     }
 
-    /// Adds an item after all others. False when no slot is left, or there was no memory for any.
+    /// Adds an item after all others. False when no slot is left, or the index had no memory for any.
     bool append(T* item) noexcept {
         if (used == capacity)
             return false;
@@ -57,7 +57,7 @@ public:
         return nullptr;
     }
 
-    /// Removes an item of the list.
+    /// Removes an item that was appended; its name must be the same as then.
     void remove(const T* item) noexcept {
         std::uint32_t& last = bucketOf(hashIniName(nameOf(*item), caseSensitive));
         std::uint32_t before = last - 1;
@@ -73,7 +73,7 @@ public:
             last = before + 1;
     }
 
-    const int caseSensitive;
+    const int caseSensitive; ///< how names compare, see compareIniNames
 
 private:
     struct Slot {

@@ -9,7 +9,7 @@ namespace vyini {
 namespace {
 
 constexpr std::size_t readSize = 32768; // more than a stream buffers, so that no byte is copied twice
-constexpr std::size_t largestFirstBlock = std::size_t{1} << 28; // the size of a file may be wrong or a lie
+constexpr std::size_t largestFirstBlock = std::size_t{1} << 28; // the reported size of a file may be wrong
 constexpr std::size_t largestNextBlock = std::size_t{1} << 20;
 
 constexpr bool isLineEnd(char c) noexcept {
@@ -18,7 +18,7 @@ constexpr bool isLineEnd(char c) noexcept {
 
 } // namespace
 
-// One byte more than expected is room for the read that meets the end of the file.
+// One byte more than expected: room for the read that meets the end of the file.
 IniLineReader::IniLineReader(std::FILE* stream, std::size_t expectedSize) noexcept
     : file(stream),
       nextBlockSize(expectedSize != 0 ? std::min(expectedSize, largestFirstBlock) + 1 : readSize) {}

@@ -9,16 +9,19 @@
 
 namespace vyini {
 
-/// An ordered list of named items that it does not own, linked through their `next` and `previous`. Walk it
-/// with first() and `next`. Names may repeat; `nameOf(const T&)` gives them. A list of more than a few items
-/// makes itself an index when it is first searched. Without memory for one it is walked, so that a search
-/// never fails. One thread.
+/// An ordered list of named items, linked through their `next` and `previous`. It does not own them. Walk it
+/// with first() and `next`. Names may repeat; `nameOf(const T&)` gives them. The first search in a list of
+/// more than a few items makes an index. Without memory for one, a search walks the list, so it never fails.
+/// One thread uses it.
 template <class T>
 class IniList {
 public:
+    /// The first item, or null.
     T* first() const noexcept { return head; }
+    /// Number of items.
     std::uint32_t count() const noexcept { return size; }
 
+    /// Adds an item that is in no list at the end.
     void append(T* item) noexcept {
         item->previous = tail;
         item->next = nullptr;
@@ -29,7 +32,7 @@ public:
             dropIndex();
     }
 
-    /// The first item whose name compares equal (compareIniNames) to one that is not null, or null.
+    /// The first item whose name compareIniNames finds equal to `name`, or null. `name` is not null.
     T* find(const char* name, int caseSensitive) noexcept {
         if (size > maxWalked && (index == nullptr || index->caseSensitive != caseSensitive))
             makeIndex(caseSensitive);
@@ -51,8 +54,8 @@ public:
         lastAsked = nullptr;
     }
 
-    /// The n-th item, counted from 1, or null. Walks from the item that was asked for last, so that a loop
-    /// over all positions takes one walk.
+    /// The n-th item, counted from 1, or null. It walks from the item that it gave last, so that a loop over
+    /// all positions takes one walk.
     T* at(std::uint32_t n) noexcept {
         if (n == 0 || n > size)
             return nullptr;
@@ -67,7 +70,7 @@ public:
         return lastAsked;
     }
 
-    /// Must be called before the name of an item changes.
+    /// Frees the index. Call it before the name of an item changes.
     void dropIndex() noexcept { index.reset(); }
 
 private:

@@ -4,13 +4,14 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 #include <memory>
 #include <new>
 #include <utility>
 
 namespace vyini {
 
-/// Gives back what malloc gave.
+/// Frees what malloc allocated.
 struct IniFree {
     void operator()(void* memory) const noexcept { std::free(memory); }
 };
@@ -18,17 +19,28 @@ struct IniFree {
 /// An owned, NUL-terminated text.
 using IniString = std::unique_ptr<char, IniFree>;
 
+/// A copy of the first `length` bytes of a text, with room for `more` bytes after them. Null when memory is
+/// short.
+inline IniString copyText(const char* text, std::size_t length, std::size_t more = 0) noexcept {
+    IniString copy(static_cast<char*>(std::malloc(length + more + 1)));
+    if (copy != nullptr) {
+        std::memcpy(copy.get(), text, length);
+        copy.get()[length] = '\0';
+    }
+    return copy;
+}
+
 /// An owned array of plain values.
 template <class T>
 using IniArray = std::unique_ptr<T[], IniFree>;
 
-/// `count` zeros, or null when memory is short.
+/// An array of `count` zeros, or null when memory is short.
 template <class T>
 IniArray<T> makeIniArray(std::size_t count) noexcept {
     return IniArray<T>(static_cast<T*>(std::calloc(count, sizeof(T))));
 }
 
-/// Blocks of memory, freed together. What is in them never moves.
+/// Blocks of memory that are freed together. Their content never moves. One thread uses them.
 class IniBlocks {
 public:
     IniBlocks() noexcept = default;
@@ -48,6 +60,7 @@ public:
         return static_cast<char*>(memory) + sizeof(Block);
     }
 
+    /// Frees all blocks.
     void clear() noexcept {
         while (newest != nullptr)
             std::free(std::exchange(newest, newest->older));
@@ -60,9 +73,9 @@ private:
     Block* newest = nullptr;
 };
 
-/// Hands out items of one type from blocks, which takes half the time of an allocation each, and hands out
-/// again what is given back. One thread. Items still alive when the pool ends or is cleared are not
-/// destroyed.
+/// Hands out items of one type from blocks, and uses the place of a released item again. That takes half the
+/// time of an allocation for each item. Items still alive when the pool ends or is cleared are not destroyed.
+/// One thread uses it.
 template <class T>
 class IniPool {
 public:

@@ -7,8 +7,8 @@
 
 namespace vyini {
 
-/// Collects text and writes it to a borrowed stream in large pieces. One thread. After a failed write nothing
-/// more is written.
+/// Collects text and writes it to a borrowed stream in large pieces. After a failed write it writes nothing
+/// more. One thread uses it.
 class IniOutput {
 public:
     // The buffer is written before it is read.
@@ -27,12 +27,14 @@ public:
         }
     }
 
+    /// Appends one character as it is.
     void put(char c) noexcept {
         if (fill == sizeof(buffer))
             writeOut();
         buffer[fill++] = c;
     }
 
+    /// Appends CR LF.
     void endLine() noexcept {
         put('\r');
         put('\n');

@@ -21,13 +21,13 @@ IniRange withoutTrailingBlanks(IniRange range) noexcept {
     return range;
 }
 
-/// Where the character first is, or the end.
+/// The place of the first `wanted` in the range, or the end.
 char* findByte(IniRange range, char wanted) noexcept {
     void* found = std::memchr(range.begin, wanted, static_cast<std::size_t>(range.end - range.begin));
     return found != nullptr ? static_cast<char*>(found) : range.end;
 }
 
-/// True when the key ends in the word and digits: a quick test that rules out nearly every key.
+/// True when the key ends in the word and digits. A quick test: nearly every key fails it.
 bool mayContinue(IniRange key) noexcept {
     const char* digits = key.end;
     while (digits != key.begin && isDigit(digits[-1]))
@@ -47,7 +47,7 @@ public:
     Parser(IniDocument& target, const IniSkippedLineObserver* lineObserver) noexcept
         : document(target), observer(lineObserver) {}
 
-    /// True when a key may be that of a continuation entry.
+    /// True when one of the keys may be that of a continuation entry.
     bool metContinuation() const noexcept { return continuation; }
 
     /// Takes one line in: 0 or IniMemoryFull.
@@ -150,7 +150,7 @@ private:
         return 0;
     }
 
-    /// Takes off the quotes that the options name, and returns which.
+    /// Takes off the quotes that the options name. Returns the quote character, or 0.
     std::uint8_t stripQuotes(IniRange& value) const noexcept {
         if (value.end - value.begin < 2 || *value.begin != value.end[-1])
             return 0;
@@ -169,7 +169,8 @@ private:
     bool continuation = false;
 };
 
-/// Joins the run of continuation entries that begins at `first`, in place of it: 0 or IniMemoryFull.
+/// Joins the run of continuation entries that begins at `first` into that entry: 0 or IniMemoryFull. `word`
+/// is the place of " Line" in its key.
 int joinRun(IniDocument& document, IniList<IniEntry>& entries, IniEntry* first, const char* word) noexcept {
     std::size_t length = std::strlen(first->value);
     IniEntry* end = first->next;

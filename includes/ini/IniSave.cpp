@@ -26,7 +26,8 @@ std::size_t folderLength(const char* path) noexcept {
     return length;
 }
 
-/// A file that is being written, closed and deleted unless everything went well.
+/// A file that is being written. The end of this object's life closes and deletes it, unless keep() was
+/// called.
 class PendingFile {
 public:
     PendingFile() noexcept = default;
@@ -38,8 +39,8 @@ public:
     PendingFile(const PendingFile&) = delete;
     PendingFile& operator=(const PendingFile&) = delete;
 
-    /// Opens the file, truncated: 0 or IniCreateFailed. A file that cannot be opened is not deleted unless it
-    /// is known to be `own`.
+    /// Opens the file, truncated: 0 or IniCreateFailed. A file that cannot be opened is deleted only when it
+    /// is our `own`.
     int open(IniString path, bool own) noexcept {
         file.reset(std::fopen(path.get(), "wb"));
         if (file != nullptr || own)
@@ -66,7 +67,7 @@ public:
 
     const char* path() const noexcept { return name.get(); }
 
-    /// The file stays.
+    /// Leaves the file in place at the end of this object's life.
     void keep() noexcept { name.reset(); }
 
 private:
@@ -74,9 +75,9 @@ private:
     IniString name;
 };
 
-/// Tries to open the target for writing and leaves it as it is: 0 or IniTargetRefused. Only a file that is
-/// known to be missing is created and deleted again: a search may fail for other reasons, and must not cost
-/// the target its content.
+/// Tries to open the target for writing and leaves it as it is: 0 or IniTargetRefused. Creates the file only
+/// when it is certainly missing, and deletes it again: the search may fail for other reasons, and then the
+/// target must keep its content.
 int probeTarget(const char* path) noexcept {
     const bool exists = findFile(path, nullptr) || GetLastError() != ERROR_FILE_NOT_FOUND;
     std::FILE* file = std::fopen(path, exists ? "r+b" : "wb");
@@ -111,7 +112,8 @@ int openTempByPattern(PendingFile& pending, const char* target) noexcept {
     return IniTempNamesTaken;
 }
 
-/// A leftover of that name goes first: it may be a link, and opening it would overwrite the file behind it.
+/// Removes a leftover of that name first: it may be a link, and opening it would overwrite the file that it
+/// points to.
 int openTempByExtension(PendingFile& pending, const char* target) noexcept {
     IniString name = nameTempByExtension(target);
     if (name == nullptr)
@@ -184,7 +186,7 @@ IniString nameTempByPattern(const char* target, std::uint32_t n) noexcept {
 int saveIniFile(IniDocument* document, const char* path) noexcept {
     if (path == nullptr || *path == '\0')
         return IniNoFile;
-    // Kept before anything is touched: nothing may fail once the file is in place.
+    // Copied before anything is touched: nothing may fail once the file is in place.
     IniString kept = copyText(path, std::strlen(path));
     if (kept == nullptr)
         return IniMemoryFull;

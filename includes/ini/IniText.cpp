@@ -47,7 +47,7 @@ std::uint32_t hashIniName(const char* name, int caseSensitive) noexcept {
             hash = (hash ^ static_cast<unsigned char>(*name)) * prime;
         return hash;
     }
-    // Blanks at the end do not count, but only the end of the name shows which ones are there.
+    // Blanks at the end do not count, but whether a blank is at the end shows only later.
     std::uint32_t hashWithoutTrailing = hash;
     for (name = skipBlanks(name); *name != '\0'; ++name) {
         hash = (hash ^ fold(*name)) * prime;

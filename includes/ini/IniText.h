@@ -8,16 +8,17 @@
 /// never follow the process's locale, because a file must read the same on every machine.
 namespace vyini {
 
-/// Blank, tab, line feed, vertical tab, form feed, carriage return.
+/// Whether a character is a blank: space, tab, line feed, vertical tab, form feed or carriage return.
 constexpr bool isBlank(char c) noexcept {
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
+/// Whether a character is a decimal digit.
 constexpr bool isDigit(char c) noexcept {
     return c >= '0' && c <= '9';
 }
 
-/// Upper case of the 26 letters; every other byte is itself.
+/// A byte for comparisons without case: the upper case of a to z; every other byte is itself.
 constexpr unsigned char fold(char c) noexcept {
     return static_cast<unsigned char>(c >= 'a' && c <= 'z' ? c - 'a' + 'A' : c);
 }
@@ -33,9 +34,9 @@ struct IniRange {
 /// True for null, for empty text and for nothing but blanks.
 bool isBlankText(const char* text) noexcept;
 
-/// Compares names of sections and keys, and values where callers want the same tolerance: -1, 0 or 1. Null
-/// sorts before text; two nulls are equal. Case-sensitive: the bytes, unsigned, nothing trimmed. Otherwise
-/// letter case and the blanks at both ends don't matter. Any thread.
+/// Compares names of sections and keys, and values by the same rules. Returns -1, 0 or 1. Null sorts before
+/// text; two nulls are equal. With `caseSensitive` (not 0), unsigned bytes are compared and nothing is
+/// trimmed; otherwise letter case and the blanks at both ends do not count. Any thread may call.
 int compareIniNames(const char* left, const char* right, int caseSensitive) noexcept;
 
 /// compareIniNames() == 0, only faster. Neither name is null.
@@ -54,8 +55,8 @@ inline bool equalIniNames(const char* left, const char* right, int caseSensitive
 /// Names that compare equal have equal hashes (with the same `caseSensitive`). The name is not null.
 std::uint32_t hashIniName(const char* name, int caseSensitive) noexcept;
 
-/// Reads decimal digits up to the first other character, to which `text` is moved. False without a digit, and
-/// for numbers above 4294967295.
+/// Reads the decimal digits at the start of `text` and moves `text` after them. False when there are none or
+/// the number is above 4294967295.
 bool readDigits(const char*& text, std::uint32_t& number) noexcept;
 
 } // namespace vyini

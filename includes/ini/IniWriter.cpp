@@ -71,7 +71,7 @@ private:
         output.endLine();
     }
 
-    /// Writes continuation entries with at most `room` bytes of the value each.
+    /// Writes the value in continuation entries, at most `room` bytes in each.
     int split(const IniEntry& entry, std::size_t keyLength, std::size_t valueLength,
               std::size_t room) noexcept {
         const char* rest = entry.value;
@@ -93,7 +93,7 @@ private:
         return 0;
     }
 
-    /// Length of the next piece: as much as fits, but up to the last splitChar where there is one.
+    /// Length of the next piece: up to the last splitChar that fits, or else as much as fits.
     std::size_t measurePiece(const char* text, std::size_t length, std::size_t maxPiece) const noexcept {
         if (length <= maxPiece)
             return length;
