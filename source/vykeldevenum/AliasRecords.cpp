@@ -9,7 +9,7 @@ namespace {
 
 constexpr int iniFound = 1;
 
-/// Reads and decodes a text, if there is one. Returns false when memory is short; read no further then.
+/// Reads and decodes a text, if there is one. Returns false when memory is short; then read no further.
 bool readText(const vyini::IniDocument& document, vyini::IniSection& section, const char* key,
               std::optional<std::string>& text) {
     const vyini::IniEntry* const entry = vyini::findIniEntry(&section, document.caseSensitive, key);

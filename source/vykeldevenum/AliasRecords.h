@@ -10,16 +10,17 @@
 #include <unordered_map>
 #include <vector>
 
-/// The aliases in the legacy file, as an alias transfer reads them: which record is malformed, where reading
-/// ends and which of several records for one device counts is decided here and nowhere else. The functions
-/// change nothing in a document but its current section. One thread uses a document at a time. Throws
+/// The aliases in the legacy file, as an alias transfer reads them. Only this unit decides which record is
+/// malformed, where reading ends and which of several records for one device counts. The functions change
+/// nothing in a document but its current section. One thread uses a document at a time. All may throw
 /// std::bad_alloc.
 namespace vykel {
 
-/// The layouts of the file. ByTokenFormat1 and 2 differ only in the format of the persistent tokens.
+/// The layouts of the file. ByTokenFormat1 and ByTokenFormat2 differ only in the format of the persistent
+/// tokens.
 enum class AliasLayout { ByResourceName, ByTokenFormat1, ByTokenFormat2 };
 
-/// Why a record is malformed: then nothing in the file is handed over.
+/// Why a record is malformed. When one record is, no alias in the file is handed over.
 enum class AliasFlaw {
     None,
     NoAlias,
@@ -32,9 +33,9 @@ enum class AliasFlaw {
 struct AliasRecord {
     std::optional<std::string> alias;
     std::optional<std::string> target; ///< the device: a resource name or a persistent token
-    bool local = true;                 ///< only a local one is handed over
-    AliasFlaw flaw = AliasFlaw::None;  ///< the first one
-    std::int32_t line = -1;            ///< in the file, from 1
+    bool local = true;                 ///< only a local alias is handed over
+    AliasFlaw flaw = AliasFlaw::None;  ///< the first flaw found
+    std::int32_t line = -1;            ///< in the file, from 1; -1: unknown
 };
 
 /// The section of the layout by resource name.
@@ -52,28 +53,31 @@ AliasLayout aliasLayoutOf(vyini::IniDocument* document);
 /// The records of the layout by resource name, in order.
 std::vector<AliasRecord> readNamedAliases(vyini::IniDocument* document);
 
-/// Where the layout by token keeps the record of an index, or null. Records are read from index 0 up to the
-/// first that is missing.
+/// The section with the record of an index in the layout by token, or null. Records are read from index 0 up
+/// to the first that is missing.
 vyini::IniSection* findAliasSection(vyini::IniDocument* document, std::size_t index);
 
 /// The record of the layout by token that a section holds.
 AliasRecord readTokenAlias(const vyini::IniDocument& document, vyini::IniSection& section);
 
-/// Finds the record that counts for a device. By resource name that is the last record of that name, and the
-/// others never count; by token it is the first one, and the next one once that was consumed. Malformed
-/// records don't count.
+/// Finds the record that counts for a device. In the layout by resource name that is the last record of the
+/// name; the others never count. In the layouts by token it is the first record, and after that was consumed
+/// the next one. Malformed records do not count. One thread uses it.
 class AliasTable {
 public:
+    /// Takes the records in the order of the file. Throws std::bad_alloc.
     AliasTable(std::vector<AliasRecord> read, AliasLayout layout);
 
+    /// All records, in the order of the file.
     const std::vector<AliasRecord>& all() const noexcept { return records; }
 
     /// The record that counts, or null; valid as long as this object.
     const AliasRecord* find(std::string_view target) const;
 
-    /// Takes out a record that find() gave.
+    /// Marks a record that find() returned as handed over: it no longer counts.
     void consume(const AliasRecord& record);
 
+    /// Whether a record of this table was consumed.
     bool isConsumed(const AliasRecord& record) const noexcept { return consumed[indexOf(record)]; }
 
     /// Whether no record counts any more.
@@ -87,8 +91,8 @@ private:
     }
 
     const std::vector<AliasRecord> records;
-    std::unordered_map<std::string_view, std::size_t> counting; // by target; the texts are the records' own
-    std::vector<std::size_t> next; // the record that counts after this one, or none
+    std::unordered_map<std::string_view, std::size_t> counting; ///< by target; the records own the texts
+    std::vector<std::size_t> next; ///< of each record: the one that counts after it, or none
     std::vector<bool> consumed;
 };
 

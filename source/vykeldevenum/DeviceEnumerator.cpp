@@ -19,8 +19,8 @@ constexpr vyerr::RaiseSite createListSite{__FILE__, 92};
 void createGlobalLock(StatusBlock* status);
 void destroyGlobalLock();
 
-// When the library is unloaded these are destroyed from the last to the first: the lock ends before a manager
-// that a client never finalised.
+// When the library is unloaded, these are destroyed from the last to the first: first the lock, then a
+// manager whose client never called vykeldevenum_finalize.
 std::unique_ptr<vykel::PellumKelPluginManager> pluginManager; // null whenever initCount is 0
 vyplat::CriticalSection* globalLock = nullptr;                // guards initCount and pluginManager
 std::uint32_t initCount = 0;
@@ -28,7 +28,7 @@ vyplat::OnceInitializer libraryOnce(createGlobalLock, destroyGlobalLock);
 
 void createGlobalLock(StatusBlock* status) {
     vyerr::runGuarded(status, createLockSite, [=] {
-        if (globalLock == nullptr) // a set-up that failed may have left one
+        if (globalLock == nullptr) // not null after a set-up that failed
             globalLock = new vyplat::CriticalSection;
         globalLock->initialize(status);
     });

@@ -7,7 +7,7 @@
 
 namespace vykel {
 
-/// Ends a list with its own release. What the plug-in throws ends here.
+/// Ends a list with its own release. Drops what the plug-in throws.
 struct ReleaseList {
     void operator()(IDeviceList* list) const noexcept {
         callPluginQuietly([=] { list->release(); });

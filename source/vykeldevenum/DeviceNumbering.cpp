@@ -22,7 +22,7 @@ std::size_t countDevices(const DeviceTable& devicesPerList) noexcept {
     return count;
 }
 
-/// The numbers in use below the number of devices: no device is given a higher one.
+/// The numbers in use. It keeps only those below the number of devices: no device is given a higher one.
 class NumbersInUse {
 public:
     explicit NumbersInUse(std::size_t deviceCount) : used(deviceCount) {}
@@ -37,7 +37,7 @@ private:
     std::vector<bool> used;
 };
 
-/// A device without number.
+/// A device that waits for a number.
 struct Waiting {
     std::uint32_t sortKey;
     IDevice* device;
@@ -74,7 +74,7 @@ void numberDevices(const DeviceTable& devicesPerList) {
         for (const Waiting& each : waiting) {
             while (inUse.contains(candidate))
                 ++candidate;
-            StatusBlock block; // not looked at: a device that refuses is offered a number at the next refresh
+            StatusBlock block; // ignored: a device that refuses is offered a number at the next refresh
             each.device->setNumber(candidate++, vyerr::initStatusBlock(&block));
         }
     });

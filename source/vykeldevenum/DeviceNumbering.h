@@ -12,7 +12,8 @@ namespace vykel {
 /// MemoryFull, or what a plug-in threw; numbers already given stay given.
 void assignDeviceNumbers(const DeviceTable& devicesPerList);
 
-/// The numbering itself; the caller holds the lock. Costs one sort of the devices without number.
+/// The numbering itself, without the lock, which the caller holds. Costs one sort of the devices without a
+/// number. Throws MemoryFull or what a plug-in threw.
 void numberDevices(const DeviceTable& devicesPerList);
 
 } // namespace vykel

@@ -6,8 +6,8 @@
 
 namespace vykel {
 
-/// The devices of every plug-in list as of its last refresh, borrowed: one vector per list, in the lists'
-/// order; within it the list's own order. No entry is null.
+/// The devices of every plug-in list as of its last refresh, borrowed. One vector per list, in the order of
+/// the lists; each in its list's own order. No entry is null.
 using DeviceTable = std::vector<std::vector<IDevice*>>;
 
 } // namespace vykel

@@ -16,14 +16,14 @@ public:
     explicit PellumKelPlugin(std::string libraryPath);
 
     /// Abandons a library that is still loaded, without calling the plug-in. That happens only when this
-    /// library is unloaded without its last finalize: the plug-in may be gone by then. Every other path calls
-    /// unload first.
+    /// library is unloaded without its last finalize: the system may have unloaded the plug-in before. Every
+    /// other path calls unload first.
     virtual ~PellumKelPlugin();
 
-    /// The three steps below, in their order. Whichever of them throws: call unload then.
+    /// Does the three steps below, in their order. When one throws, so does this; call unload then.
     void load();
 
-    /// Loads the library. Throws InvalidParameter.
+    /// Loads the library. Throws InvalidParameter or MemoryFull.
     void loadLibrary();
 
     /// Looks up all three entry points. Throws InvalidParameter when one is missing.
@@ -44,6 +44,7 @@ private:
     using InitializePlugin = std::int32_t (*)();
     using FinalizePlugin = std::int32_t (*)();
 
+    /// Looks up one entry point. Throws InvalidParameter when it is missing.
     template <class Function>
     void resolve(Function& function, const char* name);
 

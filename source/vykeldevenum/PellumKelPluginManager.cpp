@@ -7,7 +7,7 @@ namespace vykel {
 
 namespace {
 
-/// Ends a plug-in that the manager does not keep.
+/// Unloads and destroys a plug-in that the manager does not keep.
 struct UnloadAndDelete {
     void operator()(PellumKelPlugin* plugin) const noexcept {
         plugin->unload();
@@ -30,7 +30,7 @@ void PellumKelPluginManager::loadAll() {
     for (std::uint32_t i = 0; i < count; ++i) {
         try {
             auto plugin = loadPlugin(i);
-            plugins.emplace_back();
+            plugins.emplace_back(); // first: from the release on nothing may throw
             plugins.back().reset(plugin.release());
         } catch (...) {
             // One bad plug-in must not keep the others from a client.

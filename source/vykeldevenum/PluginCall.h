@@ -16,6 +16,7 @@ namespace vykel {
 
 namespace detail {
 
+/// Sets what std::uncaught_exceptions() returns on this thread.
 inline void setUncaughtExceptions(int count) noexcept {
 #if defined(__GLIBCXX__)
     struct EhGlobals { // fixed by the Itanium C++ ABI
@@ -30,14 +31,14 @@ inline void setUncaughtExceptions(int count) noexcept {
 
 } // namespace detail
 
-/// Calls into a plug-in: runs `call`, which should do little else. A plug-in must let no exception out; one
-/// that does so all the same is replaced by this module's own exception of the same type (a failure of this
-/// library's code keeps its code and text; an unknown type becomes std::runtime_error). A plug-in may carry
-/// its own C++ runtime, and then the original must not go further:
-/// - its throw is counted in its own runtime and our catch in ours, so std::uncaught_exceptions() would be
-///   wrong for the rest of the thread's life;
+/// Calls into a plug-in: runs `call`, which should do little else. Returns what `call` returns. A plug-in
+/// must let no exception out. When one gets out, this throws an exception of this module and of the same type
+/// instead: a vyerr::ExceptionBase keeps its code and text, and an unknown type becomes std::runtime_error.
+/// The original must not go further, because a plug-in may carry its own C++ runtime:
+/// - that runtime counts the throw and ours the catch, so std::uncaught_exceptions() would be wrong on this
+///   thread ever after;
 /// - the thrown object's code is in the plug-in, which unwinding may unload before the handler ends.
-/// A call that returns costs only one look at the count: put a whole loop of calls into one `call`.
+/// A call without an exception costs only one query of that count: put a whole loop of calls into one `call`.
 template <class Call>
 decltype(auto) callPlugin(Call&& call) {
     const int before = std::uncaught_exceptions();
@@ -64,7 +65,7 @@ decltype(auto) callPlugin(Call&& call) {
     }
 }
 
-/// The same, but an exception ends here: for calls whose failure nobody can act on.
+/// The same, but it drops the exception: for calls whose failure nobody can act on.
 template <class Call>
 void callPluginQuietly(Call&& call) noexcept {
     const int before = std::uncaught_exceptions();

@@ -74,7 +74,7 @@ void removeNames(vyini::IniDocument* document, const AliasTable& table) {
     for (const AliasRecord& record : table.all())
         if (table.isConsumed(record))
             vyini::deleteIniEntry(document, aliasesSection, record.alias->c_str());
-    if (table.empty()) // what is left in it are names that never counted
+    if (table.empty()) // only entries that never counted are left in it
         vyini::deleteIniSection(document, aliasesSection);
 }
 
@@ -92,7 +92,7 @@ void setEncoded(vyini::IniDocument* document, const std::string& section, const 
     setValue(document, section, key, encoded.get(), '"');
 }
 
-/// Writes the records that are left as new sections at the end of the document, numbered anew.
+/// Writes the records that are left as new sections at the end of the document, numbered from 0.
 void writeRecords(vyini::IniDocument* document, const AliasTable& table) {
     while (vyini::deleteIniSection(document, aliasSectionName(0).c_str()) == iniDone) {
     }
@@ -159,7 +159,7 @@ bool handOverAll(const DeviceTable& devicesPerList, AliasTable& table, AliasLayo
 }
 
 void save(vyini::IniDocument* document, const std::string& path) {
-    document->maxLineLength = -1; // no value is ever split
+    document->maxLineLength = -1; // split no value
     document->splitChar = 0;
     document->writeFlags = vyini::IniSafeSave | vyini::IniFlushToDisk;
     if (vyini::saveIniFile(document, path.c_str()) != 0)

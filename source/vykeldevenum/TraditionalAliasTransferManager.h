@@ -8,8 +8,8 @@
 namespace vykel {
 
 /// Moves the aliases that an older driver generation kept in the legacy file onto the devices that the
-/// plug-ins report, and removes each moved entry from the file, so that every alias is handed over once. It
-/// keeps only its paths from run to run. One thread.
+/// plug-ins report, and removes each moved entry from the file, so that every alias is handed over once. From
+/// run to run it keeps only its paths. One thread uses it.
 class TraditionalAliasTransferManager {
 public:
     /// Throws ResourceNotFound or MemoryFull when the configuration folder cannot be found.
@@ -18,15 +18,16 @@ public:
     /// One whole run. It holds the lock on the lock file from before the load until after the save, and waits
     /// without limit for other runs. A file that is missing or cannot be read ends the run without an error.
     /// Throws ConfigurationFault (no lock file, a malformed entry, a save that fails), OsFault, MemoryFull,
-    /// the negative code that a device leaves when given an alias, or what a plug-in threw; then the file
-    /// keeps its bytes, and the next run finishes what this one began.
+    /// the negative code of a device that refuses its alias, or what a plug-in threw. Then the file keeps its
+    /// bytes, and the next run finishes what this one began.
     void transferAliases(const DeviceTable& devicesPerList);
 
     /// The path of the legacy file, in UTF-8.
     const std::string& iniPath() const noexcept { return iniFilePath; }
 
-    /// The same on a document in memory, without locks and files. Returns whether it must be saved. Throws as
-    /// above.
+    /// The transfer itself, on a document in memory, without locks and files. Returns whether the document
+    /// must be saved. Throws ConfigurationFault (a malformed entry), MemoryFull, a device's negative code, or
+    /// what a plug-in threw.
     static bool transfer(vyini::IniDocument* document, const DeviceTable& devicesPerList);
 
 private:

@@ -1,5 +1,5 @@
-// The export directory, for lld: the one that it makes itself begins with an empty entry. Names in the order
-// of their bytes; ordinals as GNU's linker gives them.
+// The export directory for lld, because the one that lld makes begins with an empty entry. The names are in
+// the order of their bytes, and the ordinals are those that GNU's linker gives.
     .section .edata, "dr"
     .long 0, 0, 0                   // flags, time, version
     .rva name

@@ -1,4 +1,4 @@
-# The exports when lld links: the export directory is our own, so the import library has to be made, too.
+# The exports when lld links: we make the export directory, so we must make the import library, too.
 enable_language(ASM)
 target_sources(vykeldevenum PRIVATE exports.S)
 set_source_files_properties(exports.S PROPERTIES COMPILE_OPTIONS -g0)
