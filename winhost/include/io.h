@@ -6,6 +6,7 @@
 
 extern "C" {
 
+/// The descriptor of a stream, owned by the stream; -1 on failure.
 int _fileno(std::FILE* stream);
 /// The handle of a stream's descriptor, owned by the stream; -1 for an invalid descriptor.
 std::intptr_t _get_osfhandle(int descriptor);

@@ -2,7 +2,7 @@
 #define WINHOST_WINDOWS_H
 
 // The Windows calls that this project makes, by their Windows names, for builds on Linux. Each behaves as on
-// Windows as far as the project depends on it; the comments in these headers say which ones do less.
+// Windows as far as the project depends on it; the comments in these headers say where a call does less.
 // Structures have only the members in use.
 //
 // fopen, fread, fwrite, fseek, fflush, fclose and remove are not declared here: the linker redirects them to

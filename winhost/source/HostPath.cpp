@@ -22,7 +22,8 @@ struct CloseFolder {
     void operator()(DIR* folder) const noexcept { ::closedir(folder); }
 };
 
-/// Overwrites `name` with the entry of `folder` that differs from it only in case.
+/// Finds the entry of `folder` that differs from `name` only in case, and overwrites `name` with it. False
+/// when there is none.
 bool findEntry(const char* folder, char* name) noexcept {
     const std::unique_ptr<DIR, CloseFolder> entries(::opendir(folder));
     while (const dirent* entry = entries ? ::readdir(entries.get()) : nullptr) {
@@ -81,7 +82,7 @@ void HostPath::map(std::string_view path) noexcept {
         matchCase(root.size() + 3);
 }
 
-/// Gives the components from `begin` on the case of the existing files.
+/// Changes the case of the components from `begin` on to that of the existing files.
 void HostPath::matchCase(std::size_t begin) noexcept {
     char* name = text + begin;
     while (*name != '\0') {

@@ -3,7 +3,6 @@
 
 #include "winhost/types.h"
 #include <climits>
-#include <string>
 #include <string_view>
 
 namespace winhost {
@@ -13,9 +12,12 @@ namespace winhost {
 /// becomes the empty path, which no system call finds.
 class HostPath {
 public:
+    /// From a UTF-8 path; null is the empty path.
     explicit HostPath(const char* path) noexcept;
+    /// From a UTF-16 path; null is the empty path.
     explicit HostPath(const WCHAR* path) noexcept;
 
+    /// The path on this machine.
     const char* c_str() const noexcept { return text; }
     /// The path without its last component.
     HostPath folder() const noexcept;
@@ -23,6 +25,7 @@ public:
 private:
     void map(std::string_view path) noexcept;
     void matchCase(std::size_t begin) noexcept;
+
     char text[PATH_MAX] = "";
 };
 

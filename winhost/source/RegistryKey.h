@@ -8,6 +8,7 @@
 
 namespace winhost {
 
+/// A value of a key.
 struct RegistryValue {
     std::u16string name; ///< empty for the key's default value
     DWORD type = 0;
@@ -18,13 +19,15 @@ struct RegistryValue {
 /// backslashes; empty names are skipped. Operations may throw std::bad_alloc.
 class RegistryKey {
 public:
+    /// A key without content.
     explicit RegistryKey(std::u16string_view name = {});
 
+    /// The name as it was given; empty for the root.
     const std::u16string& name() const noexcept { return givenName; }
-    const std::vector<RegistryKey>& subkeys() const noexcept { return children; } ///< sorted
-    const std::vector<RegistryValue>& values() const noexcept {
-        return entries;
-    } ///< in the order they were added
+    /// The direct subkeys, sorted by name.
+    const std::vector<RegistryKey>& subkeys() const noexcept { return children; }
+    /// The values, in the order in which they were added.
+    const std::vector<RegistryValue>& values() const noexcept { return entries; }
 
     /// The key at `path` below this one; this one for an empty path; null when there is none.
     const RegistryKey* find(std::u16string_view path) const;
@@ -34,7 +37,7 @@ public:
     /// when there is no such key.
     bool remove(std::u16string_view path);
 
-    /// Null when there is no such value.
+    /// The value of that name, or null.
     const RegistryValue* findValue(std::u16string_view name) const;
     /// Adds a value, or replaces the one of that name.
     void setValue(RegistryValue value);

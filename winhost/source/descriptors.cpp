@@ -9,9 +9,9 @@ namespace winhost {
 
 namespace {
 
-/// The sharing mode is a lock on one byte beyond the end of every file: an open that denies sharing locks it
-/// exclusively, every other open locks it shared. Such a lock belongs to the open file, as flock's does, but
-/// does not conflict with flock's.
+/// The sharing mode is a lock on one byte far beyond the end of the file. An open that denies sharing takes
+/// an exclusive lock, every other open a shared one. Such a lock belongs to the open file, like a lock by
+/// flock, but does not conflict with one.
 struct flock sharingLock(short type) noexcept {
     struct flock lock = {};
     lock.l_type = type;
@@ -55,6 +55,17 @@ int openFile(const HostPath& path, const OpenRequest& request) noexcept {
         return -1;
     }
     return descriptor;
+}
+
+std::size_t writeAll(int descriptor, const void* bytes, std::size_t size) noexcept {
+    std::size_t done = 0;
+    while (done < size) {
+        const ssize_t count = ::write(descriptor, static_cast<const char*>(bytes) + done, size - done);
+        if (count < 0)
+            break;
+        done += static_cast<std::size_t>(count);
+    }
+    return done;
 }
 
 bool isHeldOpen(const HostPath& path) noexcept {

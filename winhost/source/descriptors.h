@@ -7,7 +7,7 @@
 
 namespace winhost {
 
-/// Owns a file descriptor.
+/// Owns a file descriptor. A negative number means none.
 class Descriptor {
 public:
     explicit Descriptor(int number) noexcept : descriptor(number) {}
@@ -17,32 +17,40 @@ public:
     }
     Descriptor(const Descriptor&) = delete;
     Descriptor& operator=(const Descriptor&) = delete;
+    /// The descriptor, or the negative number that was given instead of one.
     int get() const noexcept { return descriptor; }
 
 private:
     const int descriptor;
 };
 
-// A HANDLE is computed from a descriptor, a multiple of 4 as on Windows. So a stream's handle needs no table.
+/// The HANDLE of a descriptor: computed, so that a stream's handle needs no table, and a multiple of 4 as on
+/// Windows.
 inline HANDLE handleOf(int descriptor) noexcept {
     return reinterpret_cast<HANDLE>((static_cast<LONG_PTR>(descriptor) + 1) * 4);
 }
+/// The descriptor of a HANDLE; negative for null and INVALID_HANDLE_VALUE.
 inline int descriptorOf(HANDLE handle) noexcept {
-    return static_cast<int>(reinterpret_cast<LONG_PTR>(handle) / 4 - 1); // negative for null and -1
+    return static_cast<int>(reinterpret_cast<LONG_PTR>(handle) / 4 - 1);
 }
 
+/// How a file is to be opened. Reading is always allowed.
 struct OpenRequest {
-    bool write = false; ///< reading is always allowed
-    bool create = false;
-    bool mustCreate = false;
+    bool write = false;
+    bool create = false;     ///< create the file when it is missing
+    bool mustCreate = false; ///< fail when the file exists
     bool truncate = false;
     bool append = false;
-    bool denySharing = false;
+    bool denySharing = false; ///< the share mode 0
 };
 
 /// Opens a file under the sharing rules of winhost/files.h. Returns its descriptor; on failure -1, with errno
 /// and the last error set.
 int openFile(const HostPath& path, const OpenRequest& request) noexcept;
+
+/// Writes all bytes, in several calls if need be. Returns the number written: fewer after a failure, with
+/// errno set.
+std::size_t writeAll(int descriptor, const void* bytes, std::size_t size) noexcept;
 
 /// Whether any process holds the file open through openFile.
 bool isHeldOpen(const HostPath& path) noexcept;

@@ -7,7 +7,7 @@ namespace winhost {
 
 namespace {
 
-/// Both directions take the first match.
+/// Pairs of an errno value and a Windows error. Both directions take the first match.
 constexpr struct {
     int number;
     DWORD error;

@@ -11,8 +11,9 @@ DWORD windowsError(int number) noexcept;
 /// The errno value of a Windows error; EIO for an unknown one.
 int errnoOf(DWORD error) noexcept;
 
-/// Sets the last error from errno. With a path, a missing folder gives another error than a missing file.
+/// Sets the last error from errno.
 void setErrorFromErrno() noexcept;
+/// The same for a call on a path: a missing folder gives another error than a missing file.
 void setErrorFromErrno(const HostPath& path) noexcept;
 
 } // namespace winhost

@@ -85,7 +85,7 @@ DWORD FormatMessageA(DWORD flags, LPCVOID, DWORD error, DWORD, LPSTR buffer, DWO
         }
         std::memcpy(message, entry.text, length);
         std::memcpy(message + length, "\r\n", 3);
-        std::memcpy(buffer, &message, sizeof message); // the buffer is a pointer of the caller's
+        std::memcpy(buffer, &message, sizeof message); // `buffer` is the address of a pointer
         winhost::countResources(+1);
         return static_cast<DWORD>(length + 2);
     }

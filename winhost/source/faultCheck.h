@@ -7,14 +7,14 @@
 
 namespace winhost {
 
-/// How many faults are armed. While none is, a call costs one look at it.
+/// How many faults are armed. While none is, a call only reads this number.
 extern std::atomic<int> armedFaults;
 
 /// Counts the call with every armed fault. Returns the error to fail with, or 0. Kills the process for
 /// Effect::Kill.
 DWORD armedFault(Call call) noexcept;
 
-/// Every call begins with this or with fails(). Returns the error to fail with, or 0.
+/// Every call that can fail asks this or fails(). Returns the error to fail with, or 0.
 inline DWORD faultOf(Call call) noexcept {
     return armedFaults.load(std::memory_order_acquire) == 0 ? 0 : armedFault(call);
 }
@@ -30,7 +30,8 @@ inline bool fails(Call call) noexcept {
 /// Adds to openResources().
 void countResources(int change) noexcept;
 
-/// Runs a body that allocates. No C++ exception may leave a Windows call.
+/// Runs a body that allocates, because no C++ exception may leave a Windows call. Returns what it returns, or
+/// `whenExhausted` with the last error set when memory is exhausted.
 template <class Answer, class Body>
 Answer guardMemory(Answer whenExhausted, Body body) noexcept {
     try {

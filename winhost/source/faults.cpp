@@ -64,6 +64,7 @@ void logStrike(const char* name) noexcept {
     ::close(file);
 }
 
+/// The fault that WINHOST_FAULT names, armed for the life of the process.
 struct EnvironmentFault {
     EnvironmentFault() {
         if (const char* text = std::getenv("WINHOST_FAULT"))

@@ -9,8 +9,9 @@ using winhost::Call;
 
 namespace {
 
-/// Uses flock, not record locks: it belongs to the open file, so it also works between the handles of one
-/// process, needs no right to write, and ends with the last close.
+/// Uses flock, not record locks: such a lock belongs to the open file. So it also works between the handles
+/// of one process, needs no right to write, and ends with the last close. On failure false, with the last
+/// error set.
 bool lockWholeFile(HANDLE file, int operation) noexcept {
     int result = 0;
     do {

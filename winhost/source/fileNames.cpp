@@ -20,6 +20,7 @@ std::string winhost::hostPath(const std::string& path) {
 
 namespace {
 
+/// The common part of both MoveFileEx calls.
 BOOL moveFile(const HostPath& from, const HostPath& to) noexcept {
     if (winhost::isHeldOpen(from)) {
         SetLastError(ERROR_SHARING_VIOLATION);
@@ -87,7 +88,7 @@ WIN32_FILE_ATTRIBUTE_DATA attributeData(const struct stat& status) noexcept {
             static_cast<DWORD>(size)};
 }
 
-/// What a find's handle points to: allocated, so that a missing FindClose shows as a memory leak.
+/// What a find's handle points to. It is allocated, so that a missing FindClose shows as a memory leak.
 struct Find {};
 
 } // namespace

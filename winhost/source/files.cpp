@@ -32,16 +32,6 @@ HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, DWOR
     return winhost::handleOf(descriptor);
 }
 
-bool writeAll(int descriptor, const void* buffer, DWORD size, DWORD& done) noexcept {
-    for (done = 0; done < size;) {
-        const ssize_t count = ::write(descriptor, static_cast<const char*>(buffer) + done, size - done);
-        if (count < 0)
-            return false;
-        done += static_cast<DWORD>(count);
-    }
-    return true;
-}
-
 } // namespace
 
 extern "C" {
@@ -73,12 +63,12 @@ BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED
 
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED) {
     const DWORD fault = winhost::faultOf(Call::WriteFile);
-    const bool written = writeAll(descriptorOf(file), buffer, fault != 0 ? size / 2 : size, *done);
+    *done = static_cast<DWORD>(winhost::writeAll(descriptorOf(file), buffer, fault != 0 ? size / 2 : size));
     if (fault != 0) {
         SetLastError(fault);
         return FALSE;
     }
-    return answer(written);
+    return answer(*done == size);
 }
 
 BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER, DWORD) {

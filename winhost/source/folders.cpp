@@ -17,7 +17,7 @@ constexpr HRESULT hresultOf(DWORD error) noexcept {
     return static_cast<HRESULT>(0x80070000U | error);
 }
 
-/// The folder that the registry names instead; empty when it names none.
+/// The common application data folder that the registry names; empty when it names none.
 std::u16string redirectedFolder() {
     const winhost::RegistrySnapshot registry = winhost::registrySnapshot();
     if (registry == nullptr)

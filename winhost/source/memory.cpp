@@ -1,4 +1,5 @@
-// Linked into a program as winhost_memory: its allocations can be made to fail, as calls of the system can.
+// Part of every program that links winhost_memory: its allocations can be made to fail, as calls of the
+// system can.
 
 #include "faultCheck.h"
 #include <cstdlib>
@@ -32,7 +33,7 @@ void* operator new(std::size_t size) {
         return memory;
     throw std::bad_alloc();
 }
-// Not left to a sanitizer, which would not know it for the same memory.
+// Defined here, too: a sanitizer's own would not match the operator delete below.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
     return __wrap_malloc(size);
 }

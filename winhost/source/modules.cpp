@@ -4,7 +4,6 @@
 #include "HostPath.h"
 #include "textConversion.h"
 #include <cstdlib>
-#include <cstring>
 #include <dlfcn.h>
 #include <link.h>
 #include <unistd.h>
@@ -40,7 +39,7 @@ HMODULE LoadLibraryExW(LPCWSTR path, HANDLE, DWORD) {
         SetLastError(ERROR_MOD_NOT_FOUND);
         return nullptr;
     }
-    char absolute[PATH_MAX]; // given a bare name, dlopen would search other folders
+    char absolute[PATH_MAX]; // with a bare name, dlopen would search other folders
     void* const module =
         ::realpath(file.c_str(), absolute) == nullptr ? nullptr : ::dlopen(absolute, RTLD_NOW | RTLD_LOCAL);
     if (module == nullptr)

@@ -41,7 +41,7 @@ long long nanoseconds(const timespec& time) noexcept {
     return time.tv_sec * 1000000000LL + time.tv_nsec;
 }
 
-/// Differs between two states of the file.
+/// What tells one state of the file from another.
 struct Stamp {
     std::string path;
     ino_t inode = 0;
@@ -56,20 +56,14 @@ struct Stamp {
 struct Cache {
     std::mutex mutex;
     Stamp stamp;
-    bool trusted = false;
+    bool trusted = false; ///< false when the file may have changed without another stamp
     RegistrySnapshot root;
 };
 
+/// Replaces the content of a file. On failure false, with errno set.
 bool writeFile(const std::string& path, const std::string& bytes) noexcept {
     const Descriptor file(::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666));
-    std::size_t done = 0;
-    while (file.get() >= 0 && done < bytes.size()) {
-        const ssize_t count = ::write(file.get(), bytes.data() + done, bytes.size() - done);
-        if (count < 0)
-            return false;
-        done += static_cast<std::size_t>(count);
-    }
-    return file.get() >= 0;
+    return file.get() >= 0 && writeAll(file.get(), bytes.data(), bytes.size()) == bytes.size();
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 
 namespace winhost {
 
+/// The registry at one moment, shared by all who read it.
 using RegistrySnapshot = std::shared_ptr<const RegistryKey>;
 
 /// The registry as its file is now: the root above HKEY_LOCAL_MACHINE, which always exists. Null when the
@@ -14,8 +15,8 @@ using RegistrySnapshot = std::shared_ptr<const RegistryKey>;
 RegistrySnapshot registrySnapshot();
 
 /// Changes the registry: `change` works on a copy, which replaces the file in one step when `change` returns
-/// 0. The changes of all processes run one after the other. Returns what `change` returned, or a Windows
-/// error of its own. May throw std::bad_alloc.
+/// 0. The changes of all processes run one after the other. Returns what `change` returned, or the Windows
+/// error of a step that failed. May throw std::bad_alloc.
 LSTATUS changeRegistry(const std::function<LSTATUS(RegistryKey& root)>& change);
 
 } // namespace winhost

@@ -23,7 +23,7 @@ void appendUnit(std::vector<BYTE>& bytes, char16_t unit) {
     bytes.push_back(static_cast<BYTE>(unit >> 8U));
 }
 
-/// Parses in one pass. A step that fails leaves the position unchanged; the caller then skips the line.
+/// Parses in one pass. A take... function moves past what it takes; a line that is not understood is skipped.
 class Parser {
 public:
     Parser(std::u16string_view file, RegistryKey& registry) : text(file), root(registry) {}
@@ -150,7 +150,8 @@ std::u16string quoted(std::u16string_view text) {
     return result + u'"';
 }
 
-/// Whether the value can be written as a quoted text: terminated, valid, without control characters.
+/// Whether the value can be written as a quoted text: terminated, valid, without control characters. Then
+/// `text` is that text.
 bool isPlainText(const RegistryValue& value, std::u16string& text) {
     const std::size_t units = value.bytes.size() / sizeof(char16_t);
     if (value.type != REG_SZ || units == 0 || value.bytes.size() % sizeof(char16_t) != 0)

@@ -37,7 +37,8 @@ void dropUnwritten(std::FILE* stream) noexcept {
         ::__fpurge(stream);
 }
 
-/// Transfers half of the bytes, then fails with the errno set before. Returns the number of whole elements.
+/// Transfers half of the bytes, then fails; errno stays as the caller set it. Returns the number of whole
+/// elements.
 template <class Transfer>
 std::size_t failHalfway(std::FILE* stream, std::size_t size, std::size_t count, Transfer transfer) noexcept {
     const int error = errno;

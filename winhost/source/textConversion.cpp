@@ -14,7 +14,8 @@ bool isSurrogate(char32_t code) noexcept {
     return code >= 0xD800 && code < 0xE000;
 }
 
-/// Removes the first code point of `text` and returns it. Of invalid text it removes one byte.
+/// Removes the first code point of `text` and returns it. Of invalid text it removes one byte and returns
+/// `invalid`.
 char32_t takeUtf8(std::string_view& text) noexcept {
     const auto byteAt = [&](std::size_t at) -> char32_t {
         return at < text.size() ? static_cast<unsigned char>(text[at]) : 0U;
@@ -39,6 +40,7 @@ char32_t takeUtf8(std::string_view& text) noexcept {
     return good ? code : invalid;
 }
 
+/// The same for UTF-16; of invalid text it removes one unit.
 char32_t takeUtf16(std::u16string_view& text) noexcept {
     char32_t code = text[0];
     const bool pair =

@@ -4,10 +4,10 @@
 #include "winhost/errors.h"
 #include <cstddef>
 
-// Faults: tests can make every call of this stand-in fail that can fail on Windows. A test arms a
-// ScopedFault. A child process can get one from the environment, which is read when the program starts:
+// Faults: a test can make fail every call of this stand-in that can fail on Windows. It arms a ScopedFault. A
+// child process can get one from the environment, which is read when the program starts:
 //     WINHOST_FAULT="<call or Any>:<n>:<fail|onward|kill>[:<error>]"     for example  fwrite:2:onward:112
-// WINHOST_FAULT_LOG names a file to which the name of each call that is struck is appended, a line each.
+// WINHOST_FAULT_LOG names a file; the name of each call that a fault strikes is appended to it, one per line.
 // All libraries of a process share the armed faults. Calls are counted over all threads.
 //
 // A call that is made to fail does nothing, sets its error (stream calls: errno, too) and returns what
@@ -86,12 +86,14 @@ enum class Call : unsigned char {
         Any
 };
 
+/// What a fault does to the calls that it strikes.
 enum class Effect : unsigned char {
     Fail,       ///< the n-th call fails
     FailOnward, ///< the n-th and every later call fail
     Kill        ///< the process is killed (SIGKILL) before the n-th call
 };
 
+/// Which calls a fault strikes, and how they fail.
 struct Fault {
     Call call = Call::Any;
     std::size_t nth = 1; ///< counts the matching calls since arming, from 1
@@ -103,6 +105,7 @@ struct Fault {
 /// more than one strikes a call, the one armed last gives the error. May be used by any thread.
 class ScopedFault {
 public:
+    /// Arms a copy of the fault.
     explicit ScopedFault(const Fault& armed) noexcept;
     ~ScopedFault();
     ScopedFault(const ScopedFault&) = delete;
@@ -119,7 +122,7 @@ private:
     ScopedFault* next = nullptr;
 };
 
-/// Stands for a structured exception of Windows; InitializeCriticalSection throws it.
+/// The stand-in for a structured exception of Windows; InitializeCriticalSection and RaiseException throw it.
 struct StructuredException {
     DWORD code; ///< an NTSTATUS, for example STATUS_NO_MEMORY
 };

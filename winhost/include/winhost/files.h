@@ -4,13 +4,12 @@
 #include "winhost/types.h"
 #include <string>
 
-// Paths: `C:\...` is the path below $WINHOST_ROOT/c, looked up without regard to case. A path that begins
-// with
-// `/` and a relative path are used unchanged. Narrow paths are UTF-8.
+// Paths: `C:\...` is the path below $WINHOST_ROOT/c, looked up without regard to case. A relative path and
+// one that begins with `/` are used unchanged. Narrow paths are UTF-8.
 //
-// Sharing: no process can open a file again that is open with share mode 0, and no process can delete, rename
-// or replace an open file. Every other share mode shares everything. Only files opened through this stand-in
-// (streams included) count.
+// Sharing: while a file is open with share mode 0, no process can open it again; while it is open at all, no
+// process can delete, rename or replace it. Every other share mode shares everything. Only files that were
+// opened through this stand-in (streams included) count.
 
 #define GENERIC_READ 0x80000000
 #define GENERIC_WRITE 0x40000000
@@ -99,7 +98,8 @@ BOOL GetOverlappedResult(HANDLE file, LPOVERLAPPED overlapped, LPDWORD transferr
 
 namespace winhost {
 
-/// Where the file of that path is on this machine, for what Windows has no call for; empty when nowhere.
+/// The path on this machine that a Windows path means, for programs that do there what Windows has no call
+/// for; empty when it means none.
 std::string hostPath(const std::string& path);
 
 } // namespace winhost
