@@ -1,5 +1,5 @@
-// The INI engine and its peers on the same files. Names are <operation>/<engine>/<shape>:<count>; ratios.py
-// divides.
+// Times the INI engine and its peers on the same files. Names are <operation>/<engine>/<shape>:<count>;
+// ratios.py makes ratios of them.
 #include "IniPeers.h"
 #include "ThreadTime.h"
 #include <algorithm>
@@ -44,7 +44,7 @@ void write(Sample& sample, std::string text) {
     sample.text = std::move(text);
 }
 
-/// Sections of three keys, as an older generation's file holds its aliases.
+/// A file of sections with three keys each, as the legacy file holds aliases by token.
 Sample manySections(const std::string& shape, std::size_t count) {
     Sample sample;
     sample.shape = shape;
@@ -61,6 +61,7 @@ Sample manySections(const std::string& shape, std::size_t count) {
     return sample;
 }
 
+/// A file of one section with many keys, as the legacy file holds aliases by resource name.
 Sample manyKeys(const std::string& shape, std::size_t count) {
     Sample sample;
     sample.shape = shape;
@@ -147,7 +148,7 @@ void save(benchmark::State& state, const Sample& sample) {
     timeLoaded<Engine>(state, sample, [&](Engine& engine) { return engine.save(target.c_str()); });
 }
 
-/// The least that a safe save can do: a temporary file, written, flushed to the disk, and renamed.
+/// The least that a safe save must do: write a temporary file, flush it to the disk, and rename it.
 bool saveSafelyByHand(const std::string& text, const std::string& target) {
     const std::string temporary = target + ".TMP";
     std::FILE* const file = std::fopen(temporary.c_str(), "wb");
@@ -161,8 +162,8 @@ bool saveSafelyByHand(const std::string& text, const std::string& target) {
            MoveFileExA(temporary.c_str(), target.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE;
 }
 
-/// Times the engine's safe save or that by hand. Both are done in turn, so that the disk is in the same state
-/// before each. The median counts: some flushes take many times as long as others.
+/// Times the engine's safe save or the one by hand. It does both in turn, so that the disk is in the same
+/// state before each. The median counts: some flushes take many times as long as others.
 void saveSafely(benchmark::State& state, const Sample& sample, bool timesEngine) {
     bench::Vykel engine;
     const std::string target = savedPath(sample);
@@ -194,8 +195,8 @@ void saveSafelyFloor(benchmark::State& state, const Sample& sample) {
     saveSafely(state, sample, false);
 }
 
-/// Heap bytes that a loaded model holds, and how many for each byte of the file. Many small models are held
-/// at once, so that what the heap keeps in its caches doesn't count.
+/// Counts the heap bytes that a loaded model holds, also for each byte of the file. It holds many small
+/// models at once, so that what the heap keeps in its caches does not count.
 template <class Engine>
 void memory(benchmark::State& state, const Sample& sample) {
     const auto held = [] {

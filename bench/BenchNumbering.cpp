@@ -1,5 +1,5 @@
-// What it costs to number devices, against what every way of doing it costs at least: the virtual calls of
-// the devices, the last of them in key order, and one sort of the waiting keys.
+// The cost of numbering devices, compared with a floor: what every way of numbering must do. That is the
+// virtual calls of the devices, setNumber in the order of the keys, and one sort of the keys that wait.
 #include "DeviceNumbering.h"
 #include "errors/StatusBlocks.h"
 #include "ThreadTime.h"
@@ -28,7 +28,8 @@ public:
     std::uint32_t number = vykel::noDeviceNumber;
 };
 
-/// Devices in random key order. One in `oneInNumbered` already has a number (0: none has).
+/// Devices with random keys. Of every `oneInNumbered` devices one has a number already; 0 means that none
+/// has.
 struct Machine {
     Machine(std::size_t count, std::size_t oneInNumbered) : table(1) {
         std::mt19937 random(4711);
@@ -55,6 +56,7 @@ struct Machine {
     vykel::DeviceTable table;
 };
 
+/// The floor: only what every way of numbering must do.
 void floorPass(const Machine& machine) {
     std::vector<std::uint32_t> keys;
     keys.reserve(machine.devices.size());

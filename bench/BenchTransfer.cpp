@@ -1,4 +1,4 @@
-// What it costs to move aliases to their devices, compared with only reading and writing the same file.
+// The cost of moving aliases to their devices, compared with only reading and writing the same file.
 #include "ini/IniLoad.h"
 #include "ini/IniSave.h"
 #include "pellumkelddk/user/AutoIniText.h"
@@ -32,7 +32,8 @@ private:
     std::string token;
 };
 
-/// A file with one record for each device, in the opposite order of the devices. Every other one can move.
+/// A file with one record for each device, in the opposite order of the devices. Every second record can
+/// move.
 struct Machine {
     Machine(std::uint32_t count, bool byToken) : table(1) {
         std::ofstream file(path);

@@ -4,7 +4,7 @@
 #include "ini/IniEdit.h"
 #include "ini/IniLoad.h"
 #include "ini/IniSave.h"
-#define SI_NO_CONVERSION // bytes only, as the others
+#define SI_NO_CONVERSION // bytes only, like the others
 #include <glib.h>
 #include <ini.h>
 #include <memory>
@@ -12,8 +12,8 @@
 #include <string>
 #include <unordered_map>
 
-/// The engine and its peers with the same operations: from a file to a model that answers by section and key.
-/// Every operation reports whether it did its work; the benchmarks stop when one did not.
+/// The engine and its peers with the same operations. Each loads a file into a model that finds a value by
+/// section and key. Every operation returns whether it did its work; the benchmarks stop when one did not.
 namespace bench {
 
 class Vykel {
@@ -83,7 +83,7 @@ private:
     std::unique_ptr<::GKeyFile, decltype(&g_key_file_free)> file{g_key_file_new(), &g_key_file_free};
 };
 
-/// inih only parses; its handler must at least build a model that can be asked.
+/// inih only parses, so its handler builds the model.
 class Inih {
 public:
     static constexpr const char* name = "inih";

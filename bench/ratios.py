@@ -2,8 +2,8 @@
 promised ratio is missed or, without --partial, was not measured.
 
 Names are Operation/contender/size. `vykel` is compared with every other contender of the same operation and size:
-the ratio is the other's best time by ours (above 1: we are faster), or, for `floor`, ours by the floor's. Growth is
-the exponent k of n^k between the smallest and the largest size."""
+the ratio is the other's best time divided by ours (above 1: we are faster); for `floor`, ours divided by the floor's.
+Growth is the exponent k of n^k between the smallest and the largest size."""
 import collections
 import json
 import math
@@ -17,7 +17,7 @@ PROMISES = (
     ("Load", r"(sections|keys):\d+", "simpleini", AT_LEAST, 5.0),
     ("Load", r"(sections|keys):\d+", "gkeyfile", AT_LEAST, 3.0),
     ("SafeSave", r"bytes:600", "floor", AT_MOST, 1.3),
-    # A search takes the same time in small and large documents; caches are allowed for.
+    # A search takes the same time in small and large documents, but for the processor's caches.
     ("Lookup", r"sections:n", "growth", AT_MOST, 1.3),
     ("Delete", r"sections:n", "growth", AT_MOST, 1.3),
 )
@@ -33,7 +33,7 @@ def reports(text):
 
 
 def measured(run):
-    """Bytes, or processor time: the benchmarks that time by hand take it themselves."""
+    """Bytes, or processor time. Benchmarks with manual time measure the processor time themselves."""
     by_hand = "/manual_time" in run["name"]
     return run.get("bytes", run.get("median", run["real_time" if by_hand else "cpu_time"]))
 
@@ -47,7 +47,7 @@ class Report:
         self.best = collections.defaultdict(dict)  # (operation, size) -> contender -> best value
         self.per_byte = {}  # size -> bytes of memory per byte of file
         self.failures = []
-        self.kept = collections.Counter()  # promise -> how often it was measured
+        self.measured = collections.Counter()  # promise -> how often it was measured
 
     def read(self, text):
         for report in reports(text):
@@ -70,11 +70,12 @@ class Report:
 
     def judge(self, operation, size, against, ratio):
         for promise in PROMISES:
-            of, sizes, than, limit, bound = promise
-            if (of, than) != (operation, against) or not re.fullmatch(sizes, size):
+            promised_operation, sizes, contender, limit, bound = promise
+            if (promised_operation, contender) != (operation, against) or not re.fullmatch(sizes, size):
                 continue
-            self.kept[promise] += 1
-            if ratio >= bound if limit == AT_LEAST else ratio <= bound:
+            self.measured[promise] += 1
+            kept = ratio >= bound if limit == AT_LEAST else ratio <= bound
+            if kept:
                 return f"   ({limit} {bound})"
             self.failures.append(f"{operation} {size}: {ratio:.2f} against {against} is not {limit} {bound}")
             return f"   (MISSED: {limit} {bound})"
@@ -110,7 +111,7 @@ class Report:
     def finish(self, complete):
         if complete:
             self.failures += [f"{promise[0]} {promise[1]} against {promise[2]}: not measured"
-                              for promise in PROMISES if not self.kept[promise]]
+                              for promise in PROMISES if not self.measured[promise]]
         for failure in self.failures:
             print("missed:", failure, file=sys.stderr)
         return 1 if self.failures else 0

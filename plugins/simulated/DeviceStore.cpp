@@ -10,13 +10,13 @@
 namespace simulated {
 namespace {
 
-/// What a new journal begins with.
+/// The header of a new journal.
 constexpr std::string_view neverEmptied = "folded 0000000000";
 
 std::string readRange(const File& file, std::uint64_t from, std::uint64_t to) {
     std::string text(static_cast<std::size_t>(to - from), '\0');
     if (file.read(from, text.data(), static_cast<std::uint32_t>(text.size())) != text.size())
-        // A part must not be taken for the whole: the rest would be lost at the next folding.
+        // Never use a part as the whole: the next folding would lose the rest.
         throw StoreError(Code::FileMissing, 0, "the file cannot be read to its end");
     return text;
 }
@@ -43,8 +43,7 @@ DeviceStore::DeviceStore(Path devicesFile) : path(std::move(devicesFile)) {}
 std::vector<DeviceEntry> DeviceStore::load() {
     openSideFiles();
     const FileLock lock = lockStore();
-    // The stamp comes before the reading: an edit between the two makes the list stale once more, that is
-    // all.
+    // The stamp is taken before the reading: an edit between the two only makes the list stale once more.
     const FileStamp stamp = fileStamp();
     const std::string text = readFile();
     std::vector<DeviceEntry> devices = parseFile(text);
@@ -55,8 +54,8 @@ std::vector<DeviceEntry> DeviceStore::load() {
     if (journalNow.size > headerSize) {
         applyChanges(devices, std::move(changes));
         const std::string folded = rewriteDevices(text, devices);
-        // The journal keeps the changes when the file cannot be replaced, because a program has it open, or
-        // must not be replaced, because an editor (editors do not lock it) has saved it since it was read.
+        // The journal keeps the changes in two cases: the file cannot be replaced, because a program has it
+        // open; or it must not be, because an editor (editors take no lock) has saved it since it was read.
         if (folded == text || (!isFileChanged() && replaceFile(folded))) {
             loaded = fileStamp();
             emptyJournal(journalNow);
@@ -96,7 +95,7 @@ std::vector<DeviceChange> DeviceStore::readChanges() {
 }
 
 void DeviceStore::append(const DeviceChange& change) {
-    // The line end comes first: it ends a line that a killed process left incomplete.
+    // Begin with a line end: it ends a line that a killed process left incomplete.
     const std::string record = "\n" + formatChange(change);
     openSideFiles();
     const FileLock lock = lockStore();
@@ -204,8 +203,8 @@ bool DeviceStore::replaceFile(const std::string& text) const noexcept {
 }
 
 void DeviceStore::emptyJournal(const JournalStamp& current) noexcept {
-    // The count is written first. When the process is killed between the two steps, the next reader applies
-    // old changes again, which changes nothing.
+    // Write the count first. When the process is killed between the two steps, the next reader applies old
+    // changes again, which changes nothing.
     std::uint32_t folded = 0;
     std::from_chars(current.header.data() + sizeof("folded"), current.header.data() + headerSize, folded);
     std::array<char, headerSize + 1> header = {};

@@ -20,32 +20,33 @@ enum class Code : std::int32_t {
     FileNotUtf8 = -64104    ///< the `.devices` file is in UTF-16 or UTF-32
 };
 
-/// A failure of the store. `line` is the bad line of the `.devices` file, from 1, or 0.
+/// A failure of the store.
 class StoreError : public std::runtime_error {
 public:
     StoreError(Code errorCode, std::size_t errorLine, const std::string& reason)
         : std::runtime_error(reason), code(errorCode), line(errorLine) {}
+
     const Code code;
-    const std::size_t line;
+    const std::size_t line; ///< the bad line of the `.devices` file, from 1; 0: none
 };
 
 /// A `.devices` file and the changes made since it was written: the state that all processes share.
 ///
-/// To set a number or an alias appends one line to `<file>.journal`, so numbering n devices costs n short
-/// writes. When a list is refreshed or released, the changes are folded into the file, which is replaced as a
-/// whole, and the journal is emptied. All this happens under an exclusive lock on `<file>.lck`. A look for
-/// changes needs no lock: the journal begins with the number of times it was emptied, and in between it only
-/// grows.
+/// A change of a number or an alias appends one line to `<file>.journal`, so numbering n devices costs n
+/// short writes. When a list is refreshed or released, the changes are folded into the file: the file is
+/// replaced as a whole, and the journal is emptied. All this happens under an exclusive lock on `<file>.lck`.
+/// To see whether there are changes needs no lock: the journal begins with the number of times it was
+/// emptied, and until it is emptied again it only grows.
 ///
-/// A change survives the end of the process at once. An alias survives a power failure at once, a number from
-/// the next folding on. An object is used by one thread; any number of objects, in any process, may share a
+/// A change survives the end of the process at once. An alias survives a power failure at once, a number only
+/// after the next folding. One thread uses an object; any number of objects, in any process, may share a
 /// file.
 class DeviceStore {
 public:
     /// Opens nothing yet. `devicesFile` is the path of the `.devices` file.
     explicit DeviceStore(Path devicesFile);
 
-    const Path path;
+    const Path path; ///< of the `.devices` file
 
     /// Reads the file and all changes, and folds the changes in. Throws StoreError, std::bad_alloc.
     std::vector<DeviceEntry> load();
@@ -64,12 +65,15 @@ public:
     void fold();
 
 private:
-    static constexpr std::size_t headerSize = 17; // "folded 0000000000"
+    /// The journal's header is "folded " and, in ten digits, how often it was emptied.
+    static constexpr std::size_t headerSize = 17;
 
+    /// What tells one state of the file from another.
     struct FileStamp {
         std::uint64_t size = 0;
         std::uint64_t written = 0;
     };
+    /// The same for the journal.
     struct JournalStamp {
         std::array<char, headerSize> header = {};
         std::uint64_t size = 0;
@@ -87,8 +91,8 @@ private:
 
     File lockFile;
     File journal;
-    FileStamp loaded;
-    JournalStamp seen;
+    FileStamp loaded;  ///< of the file that load() read last
+    JournalStamp seen; ///< the part of the journal whose changes this object has
 };
 
 } // namespace simulated

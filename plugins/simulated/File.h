@@ -25,7 +25,7 @@ inline Path operator+(Path path, const char* suffix) {
 class File {
 public:
     File() noexcept = default;
-    /// Opens as CreateFileW does. When that fails, the file is `false` and GetLastError says why.
+    /// Opens as CreateFileW does. When that fails, the object converts to false and GetLastError says why.
     File(const Path& path, DWORD access, DWORD disposition) noexcept
         : opened(CreateFileW(path.c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                              nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr)) {}
@@ -39,7 +39,9 @@ public:
             CloseHandle(opened);
     }
 
+    /// Whether a file is open.
     explicit operator bool() const noexcept { return opened != INVALID_HANDLE_VALUE; }
+    /// The handle; it stays owned here.
     HANDLE handle() const noexcept { return opened; }
 
     /// The size in bytes; nothing when the system cannot say.
@@ -50,7 +52,7 @@ public:
         return static_cast<std::uint64_t>(size.QuadPart);
     }
 
-    /// Reads up to `length` bytes at `offset`. Returns the number of bytes read.
+    /// Reads up to `length` bytes at `offset`. Returns the number of bytes read, 0 after a failure.
     std::uint32_t read(std::uint64_t offset, char* buffer, std::uint32_t length) const noexcept {
         DWORD done = 0;
         return seek(offset) && ReadFile(opened, buffer, length, &done, nullptr) ? done : 0;
@@ -64,7 +66,7 @@ public:
                done == text.size();
     }
 
-    /// Cuts the file to `size` bytes.
+    /// Cuts the file to `size` bytes. False when that failed.
     bool truncate(std::uint64_t size) const noexcept { return seek(size) && SetEndOfFile(opened) != 0; }
 
 private:
@@ -91,12 +93,13 @@ public:
             UnlockFileEx(file, 0, wholeFile, wholeFile, &region);
     }
 
+    /// False when the system refused the lock.
     bool held() const noexcept { return locked; }
 
 private:
-    static constexpr DWORD wholeFile = 0xFFFFFFFF; // both halves of the length
+    static constexpr DWORD wholeFile = 0xFFFFFFFF; ///< in both halves of the length
     const HANDLE file;
-    OVERLAPPED region = {}; // from offset 0
+    OVERLAPPED region = {}; ///< begins at offset 0
     bool locked = false;
 };
 

@@ -31,8 +31,8 @@ std::string fileName(const Path& path) {
     return text;
 }
 
-/// Stores an error, unless `status` holds one already: the first error wins. Only a block that says it is
-/// large enough has the detail fields; the blocks of the library end after `code`.
+/// Stores an error, unless `status` holds one already: the first error wins. Only a block whose size says so
+/// has the detail fields; the blocks of the library end after `code`.
 void storeError(StatusBlock* status, std::int32_t code, std::string_view file, std::size_t line) noexcept {
     if (status->code < 0)
         return;
@@ -85,7 +85,9 @@ public:
     void setAlias(const char* alias, std::int32_t one, std::int32_t zero,
                   StatusBlock* status) noexcept override;
 
+    /// The persistent token in format 1.
     std::string_view token() const noexcept { return entry.token; }
+    /// Takes over what another list or process has set.
     void apply(DeviceChange change) noexcept {
         if (change.number)
             entry.number = *change.number;
@@ -172,8 +174,8 @@ private:
 
     DeviceStore store;
     std::deque<Device> devices;
-    std::unordered_map<std::string_view, Device*> byToken; // the keys point into the devices
-    bool fresh = false;
+    std::unordered_map<std::string_view, Device*> byToken; ///< the keys point into the devices
+    bool fresh = false;                                    ///< the last refresh succeeded
 };
 
 void Device::setNumber(std::uint32_t number, StatusBlock* status) noexcept {

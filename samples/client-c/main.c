@@ -31,7 +31,7 @@ static bool printDevices(vykel_DeviceList* list) {
         vykel_StatusBlock status = vykel_makeStatusBlock();
         vykel_Device* const device = list->operations->getDevice(list, index, 0, &status);
         if (device != NULL)
-            printDevice(device); // the list's own: valid until it is refreshed again or released
+            printDevice(device); // the list owns it, until its next refresh or its release
         else
             complete = !failed("getting a device", status.code) && complete;
     }
@@ -40,7 +40,7 @@ static bool printDevices(vykel_DeviceList* list) {
 
 static int listDevices(vykel_DeviceList* list) {
     vykel_StatusBlock status = vykel_makeStatusBlock();
-    list->operations->refresh(list, &status); // do it again whenever isStale says so
+    list->operations->refresh(list, &status); // refresh again whenever isStale returns true
     const bool complete = printDevices(list); // a refresh that fails may leave devices readable
     if (failed("refreshing the list", status.code)) {
         if (status.line != 0)
@@ -57,7 +57,7 @@ int main(void) {
     int result = 1;
     if (!failed("making a list", vykeldevenum_getAllKelDevices(0, &list))) {
         result = listDevices(list);
-        list->operations->release(list); // never free: it is the library's memory
+        list->operations->release(list); // never free: the library owns the memory
     }
     vykeldevenum_finalize(); // unloads the plug-ins
     return result;

@@ -4,12 +4,13 @@
 #include "vykel/vykel_c.h"
 #include <stdlib.h>
 
-/// What others see comes first, so that a pointer to it is a pointer to the whole.
+/// A lamp. What others see is its first member, so a pointer to that is a pointer to the whole.
 typedef struct Lamp {
     vykel_Device device;
     uint32_t number;
 } Lamp;
 
+/// A list with one lamp, built the same way.
 typedef struct Lamps {
     vykel_DeviceList list;
     Lamp lamp;
@@ -53,7 +54,7 @@ static void reserved(vykel_Device* device) {
 
 static const char* getAlias(vykel_Device* device) {
     (void)device;
-    return NULL; // takes none
+    return NULL; // the lamp takes no alias
 }
 
 static void setAlias(vykel_Device* device, const char* alias, int32_t one, int32_t zero,

@@ -7,9 +7,9 @@
         for device in devices:
             print(device.number, device.alias, device.token())
 
-Lives are enforced: a device of a list that was refreshed or closed raises ClosedError, and so does whatever
-belongs to a closed library. Any thread may use any object; calls on one list and its devices wait for each
-other, so that a list serves one thread at a time.
+An object that is used after its end raises ClosedError: a device ends when its list is refreshed or closed, and
+a list at the latest when its library is closed. Any thread may use any object; calls on one list and its devices
+wait for each other, so a list serves one thread at a time.
 """
 
 from __future__ import annotations
@@ -50,7 +50,7 @@ _Self = TypeVar("_Self", bound="_Closable")
 
 
 class _Closable:
-    """What ends with close() or with the end of a ``with`` block."""
+    """An object that ends with close() or at the end of a ``with`` block."""
 
     def __enter__(self: _Self) -> _Self:
         return self
@@ -68,12 +68,12 @@ class _Closable:
 class Library(_Closable):
     """The library, initialised: it has loaded the registered plug-ins.
 
-    ``path`` is the library's file. Without it the file beside this module is taken, or else the one that the
-    system's loader finds: on Windows beside the program, in the system's folder or in a folder given to
+    ``path`` is the library's file. Without it, Library() takes the file beside this module, or else the one that
+    the system's loader finds: on Windows beside the program, in the system's folder or in a folder given to
     os.add_dll_directory; on Linux where ld.so looks. Raises LoadError or StatusError.
 
-    Several of them may be open; the plug-ins are unloaded when the last one is closed. Plug-ins that are
-    registered later are seen after that. One that is never closed lives until the process ends.
+    Several of these objects may be open. Closing the last one unloads the plug-ins; the next one loads those that
+    are registered then. One that is never closed lives until the process ends.
     """
 
     def __init__(self, path: Optional[Union[str, "os.PathLike[str]"]] = None) -> None:
@@ -85,6 +85,7 @@ class Library(_Closable):
 
     @property
     def closed(self) -> bool:
+        """Whether close() was called."""
         return self._closed
 
     def devices(self) -> DeviceList:
@@ -123,17 +124,18 @@ class DeviceList(_Closable):
 
     @property
     def closed(self) -> bool:
+        """Whether the list or its library was closed."""
         return self._address is None
 
     def refresh(self) -> None:
-        """Looks for devices, gives numbers to new ones, and ends the lives of the devices handed out before.
+        """Looks for devices, gives numbers to new ones, and ends the devices handed out before.
 
         Waits without limit while another process numbers devices. A refresh that raises StatusError may have
         found devices all the same, some without a number: look at the list. A plug-in that fails is left out
         without an error.
         """
         with self._lock:
-            self._refreshes += 1  # first: whatever becomes of the refresh, the devices are gone
+            self._refreshes += 1  # first: the devices end even when the refresh fails
             self._report("refreshing the list", "refresh")
 
     @property
@@ -148,7 +150,7 @@ class DeviceList(_Closable):
         return self.get(index)
 
     def __iter__(self) -> Iterator[Device]:
-        """The devices of now. Their lives end with the next refresh, also in the middle of a loop."""
+        """The devices after the last refresh. The next refresh ends them, even in the middle of a loop."""
         with self._lock:
             return iter([self.get(index) for index in range(len(self))])
 
@@ -166,8 +168,8 @@ class DeviceList(_Closable):
             return Device(self, address, self._refreshes)
 
     def attach(self, token: int) -> None:
-        """Hands a token of 64 bits, whose meaning is the plug-ins' own, to every plug-in. Raises StatusError
-        when one refuses; then none has it."""
+        """Passes a token of 64 bits, which only the plug-ins understand, on to every plug-in. Raises StatusError
+        when one refuses; then none keeps it."""
         _check_range("token", token, 0, 2**64)
         self._report("attaching", "attach", token)
 
@@ -207,7 +209,7 @@ class Device:
     def __init__(self, owner: DeviceList, address: int, refreshes: int) -> None:
         self._list = owner
         self._address = address
-        self._refreshes = refreshes  # of the list when it handed the device out
+        self._refreshes = refreshes  # how often the list was refreshed when it handed the device out
 
     @property
     def number(self) -> Optional[int]:

@@ -32,7 +32,7 @@ class Site(NamedTuple):
 
 
 class Error(Exception):
-    """The base of all that this module raises for reasons of its own."""
+    """The base of this module's own exceptions."""
 
 
 class LoadError(Error):
@@ -53,8 +53,8 @@ class StatusError(Error):
     def __init__(self, action: str, code: int, site: Optional[Site] = None) -> None:
         self.action = action  #: what failed, for example "refreshing the list"
         self.code = code  #: the code, negative
-        self.name = _name_of(code)  #: the code's name, None when a plug-in made it up
-        self.site = site  #: where it was raised, None when nobody said
+        self.name = _name_of(code)  #: the code's name, None for a plug-in's own code
+        self.site = site  #: where it was raised, None when that is unknown
         text = f"{action} failed with code {code}"
         if self.name is not None:
             text += f" ({self.name})"
