@@ -1,12 +1,13 @@
 # split_debug_symbols(target [-g1]): strips the target and writes its debug symbols to <file>.debug beside it,
 # where debuggers look for them. -g1 keeps only what a stack trace needs. A static library keeps its symbols
-# for the programs that link it. Without -p, objcopy would write the time into each header. clang and lld
-# write the symbols for Windows into NAME.pdb beside the target instead, and what they linked into NAME.map.
+# for the programs that link it. Without -p, objcopy would write the time into each header.
+# With VYKEL_PDB (clang and lld, for Windows) the symbols are in NAME.pdb beside the target instead, and the list
+# of what was linked is in NAME.map.
 set(relative_paths "${CMAKE_CURRENT_LIST_DIR}/relative-paths.sh ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}")
 
 function(split_debug_symbols target)
   if(VYKEL_SANITIZE)
-    return() # the reports of the sanitizers need the symbols in the file
+    return() # the sanitizers' reports need the symbols in the file
   endif()
   target_compile_options(${target} PRIVATE -g ${ARGN} -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
   get_target_property(type ${target} TYPE)

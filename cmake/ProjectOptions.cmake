@@ -19,11 +19,11 @@ endif()
 # Errors contain __FILE__: it must be the path from the project's root, wherever the project is.
 add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=build/)
 if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
-  set(VYKEL_PDB ON) # the symbols are in PDB files, see DebugSymbols.cmake
+  set(VYKEL_PDB ON) # the symbols go into PDB files, see DebugSymbols.cmake
 elseif(WIN32)
   add_link_options(-Wl,--no-insert-timestamp) # a release has the same bytes whenever and wherever it is built
 elseif(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
-  # The system never unloads a library with GNU_UNIQUE symbols, but plug-ins must be unloaded.
+  # The system never unloads a library with GNU_UNIQUE symbols, but it must unload plug-ins.
   add_compile_options($<$<COMPILE_LANGUAGE:CXX>:-fno-gnu-unique>)
 endif()
 

@@ -1,6 +1,6 @@
 # Cross build for 64-bit Windows by clang and lld, with the headers and libraries of mingw-w64 (Debian:
-# clang-14, lld-14 and g++-mingw-w64-x86-64-posix): its binaries have their symbols in PDB files, which
-# Windows' own debuggers read.
+# clang-14, lld-14 and g++-mingw-w64-x86-64-posix). The symbols are in PDB files, which Windows' own debuggers
+# read.
 set(CMAKE_SYSTEM_NAME Windows)
 set(CMAKE_SYSTEM_PROCESSOR x86_64)
 
@@ -19,9 +19,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH) # header-only packages of the host, see cmake/HeaderOnly.cmake
 
-# GCC's C++ library of the posix threads, and no folder of the host: clang itself would find another one. Its
-# thread-local variables are emulated, and so ours must be. The PDB files record the compiler's options: without
-# colours they are the same with a compiler cache and without one.
+# Use GCC's C++ library, the one with posix threads, and no folder of the host: clang itself would find another
+# library. GCC's emulates thread-local variables, so our code must do so, too. The PDB files record the
+# compiler's options: without colours these are the same with a compiler cache and without one.
 execute_process(COMMAND ${_triplet}-g++-posix -print-libgcc-file-name
   OUTPUT_VARIABLE _gcc OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 cmake_path(GET _gcc PARENT_PATH _gcc)
@@ -32,7 +32,7 @@ set(CMAKE_C_FLAGS_INIT "${_headers}")
 set(CMAKE_CXX_FLAGS_INIT
   "--start-no-unused-arguments -femulated-tls -nostdinc++ -isystem ${_gcc}/include/c++ -isystem ${_gcc}/include/c++/${_triplet} --end-no-unused-arguments ${_headers}")
 
-# Only system DLLs beside our own. What the static libraries need of one another decides their order.
+# Link only the system's DLLs. A static library comes before those that it needs.
 foreach(kind EXE SHARED MODULE)
   set(CMAKE_${kind}_LINKER_FLAGS_INIT "-fuse-ld=lld -static -L${_gcc} -L/usr/${_triplet}/lib")
 endforeach()

@@ -1,6 +1,6 @@
 #!/bin/bash
-# relative-paths.sh SOURCE BUILD COMMAND...: runs a compiler or linker in the folder BUILD with paths relative
-# to it in place of absolute ones. clang and lld write their command lines into the symbols, which must be the
+# relative-paths.sh SOURCE BUILD COMMAND...: runs a compiler or linker, and makes its absolute paths relative to
+# the folder BUILD, in which it runs. clang and lld write their command lines into the symbols, which must be the
 # same bytes wherever the project is.
 set -eu
 source=$1 build=$2

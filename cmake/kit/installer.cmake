@@ -1,7 +1,7 @@
 # The installer for machines without developers: an MSI by wixl.
 find_program(WIXL wixl)
 if(NOT WIXL OR NOT papers)
-  message(WARNING "There will be no installer: wixl or what NOTICE needs is missing.")
+  message(WARNING "There will be no installer: wixl (Debian's package wixl) is missing, or a program that NOTICE needs, see above.")
   return()
 endif()
 # A release has the same product code wherever it is built, and replaces every other release.

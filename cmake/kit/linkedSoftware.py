@@ -2,8 +2,8 @@
 """linkedSoftware.py OUTPUT VERSION COMPILER BINARY...
 
 Writes OUTPUT/NOTICE and OUTPUT/vykeldevenum.spdx.json (SPDX 2.3): the software of others that is in the
-binaries, its versions, licences and checksums. The linker's map beside each BINARY (NAME.map) says which objects
-were linked; COMPILER finds the archives that they are from, Debian's package manager the rest.
+binaries, with its versions, licences and checksums. The linker's map beside each BINARY (NAME.map) lists the
+objects that were linked. COMPILER finds the archives that hold them; Debian's package manager names their packages.
 """
 import hashlib
 import json
@@ -34,7 +34,7 @@ def output_of(*command):
 
 
 def linked_files(binaries, compiler):
-    """The archives and start-up objects of others that the linker took something of."""
+    """The archives and start-up objects of others from which the linker took something."""
     archives = {}
     for name in ARCHIVES:
         archive = os.path.realpath(output_of(compiler, f"-print-file-name=lib{name}.a").strip())
@@ -91,7 +91,7 @@ class BillOfMaterials:
             {"spdxElementId": element, "relationshipType": relationship, "relatedSpdxElement": other})
 
     def add_package(self, name, version, supplier, licence, files):
-        """FILES are pairs: the name within the package, and the path here."""
+        """FILES are pairs: the name within the package, and the path on this machine."""
         sums = []
         for shown, path in sorted(files):
             content = Path(path).read_bytes()

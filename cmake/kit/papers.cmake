@@ -1,5 +1,5 @@
-# What the kit says of itself: README, CHANGELOG, NOTICE and bill of materials; and SHA256SUMS over all that
-# is installed before the symbols.
+# The kit's own papers: README, CHANGELOG, NOTICE and bill of materials, and SHA256SUMS of all that is installed
+# before the symbols.
 find_program(DPKG_QUERY dpkg-query)
 find_program(GNU_COMPILER x86_64-w64-mingw32-g++-posix)
 if(NOT DPKG_QUERY OR NOT GNU_COMPILER)

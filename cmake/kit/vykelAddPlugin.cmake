@@ -28,7 +28,7 @@ function(vykel_add_plugin name)
   else()
     target_link_options(${name} PRIVATE -Wl,--version-script=${dir}/plugin.map)
     set_target_properties(${name} PROPERTIES LINK_DEPENDS ${dir}/plugin.map)
-    # The system never unloads a library with GNU_UNIQUE symbols, but plug-ins must be unloaded.
+    # The system never unloads a library with GNU_UNIQUE symbols, but it must unload plug-ins.
     target_compile_options(${name} PRIVATE $<$<COMPILE_LANG_AND_ID:CXX,GNU>:-fno-gnu-unique>)
   endif()
 endfunction()
