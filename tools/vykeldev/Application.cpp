@@ -8,7 +8,7 @@
 #include "platform/Console.h"
 #include "support/DisplayText.h"
 #include "support/Enumerator.h"
-#include "support/Failure.h"
+#include "support/JsonFailure.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <new>
@@ -43,6 +43,20 @@ constexpr const char* exitCodes = R"(Exit codes:
 
 int toInteger(ExitCode code) noexcept {
     return static_cast<int>(code);
+}
+
+/// Runs a command. When it fails, those who read JSON get the failure as an object.
+ExitCode runChosen(const Run& chosen, const Context& context) {
+    try {
+        return chosen.work(context);
+    } catch (const PrintedFailure&) {
+        throw;
+    } catch (...) {
+        const int indentation = chosen.failureOutput == FailureOutput::Line ? -1 : 2;
+        if (chosen.failureOutput != FailureOutput::None)
+            std::cout << textOf({{"schemaVersion", 1}, {"error", currentFailure()}}, indentation) << '\n';
+        throw;
+    }
 }
 
 int runParsed(const std::vector<std::string>& arguments, Context& context) {
@@ -89,7 +103,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     }
     if (context.library.empty())
         context.library = defaultLibraryPath();
-    const int result = toInteger(chosen(context));
+    const int result = toInteger(runChosen(chosen, context));
     if (!std::cout.flush())
         throw Failure("standard output cannot be written", "", "Is the disk full, or has the reader gone?");
     return result;

@@ -6,8 +6,7 @@
 #include "pellumkelddk/user/FileLock.h"
 #include "support/BoundedLock.h"
 #include "support/DisplayText.h"
-#include "support/Failure.h"
-#include "support/Json.h"
+#include "support/JsonFailure.h"
 #include "support/Table.h"
 #include "TraditionalAliasTransferManager.h"
 #include <CLI/CLI.hpp>
@@ -79,7 +78,7 @@ void printTable(const std::string& path, const Preview& preview, bool colour) {
 }
 
 /// `preview` is null when there is no file.
-void printJson(const std::string& path, const Preview* preview) {
+Json toDocument(const std::string& path, const Preview* preview) {
     Json document = {{"schemaVersion", 1}, {"file", path},   {"exists", preview != nullptr},
                      {"layout", nullptr},  {"fails", false}, {"entries", Json::array()}};
     if (preview != nullptr) {
@@ -95,7 +94,7 @@ void printJson(const std::string& path, const Preview* preview) {
                                            {"stays", entry.stays}});
         }
     }
-    std::cout << textOf(document) << '\n';
+    return document;
 }
 
 /// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
@@ -132,23 +131,23 @@ ExitCode showPreview(const Context& context, bool json) {
     const LegacyFile file = readWhilePaused(path);
     if (!isRead(file, path)) {
         if (json)
-            printJson(path, nullptr);
+            std::cout << textOf(toDocument(path, nullptr)) << '\n';
         context.notices() << "vykeldev: no legacy file " << printable(path) << '\n';
         return ExitCode::NothingListed;
     }
     const PreviewDevices devices;
     const Preview preview = previewTransfer(file, devices.table(), devices.all());
+    const auto throwError = [&] {
+        if (preview.fails)
+            throw Failure("every refresh fails with -50209, and moves nothing", "",
+                          "Correct the malformed entries.");
+    };
     if (json)
-        printJson(path, &preview);
+        printDocument(toDocument(path, &preview), throwError);
     else
         printTable(path, preview, context.colour);
-    if (!preview.fails)
-        return ExitCode::Success;
-    std::cout.flush();
-    std::cerr
-        << "vykeldev: every refresh fails with -50209, and moves nothing, until the malformed entries are "
-           "corrected\n";
-    return ExitCode::Error;
+    throwError();
+    return ExitCode::Success;
 }
 
 ExitCode previewAliases(const Context& context, bool json) {
@@ -175,7 +174,8 @@ void addAliasesCommand(CLI::App& app, Run& chosen) {
     command->footer("Exit codes: 0 done, 1 the file is malformed, locked or cannot be read, 3 there is none. "
                     "docs/legacy-aliases.md explains the file.");
     command->callback([json, &chosen] {
-        chosen = [json](const Context& context) { return aliases::previewAliases(context, *json); };
+        chosen = {[json](const Context& context) { return aliases::previewAliases(context, *json); },
+                  documentIf(*json)};
     });
 }
 

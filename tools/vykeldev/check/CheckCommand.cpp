@@ -2,7 +2,7 @@
 #include "check/Runner.h"
 #include "commands/Commands.h"
 #include "support/DisplayText.h"
-#include "support/Failure.h"
+#include "support/JsonFailure.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
 #include "support/Text.h"
@@ -46,14 +46,18 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
         if (!options.json)
             check::printResult(std::cout, result, context.colour);
     });
-    if (options.json)
-        check::printJson(std::cout, run.path, results);
-    else
+    const auto finish = [&, &found = results, isStopped = stopped] {
+        if (!options.junitFile.empty())
+            writeJUnit(options, run.path, found);
+        if (isStopped)
+            throw Failure("stopped before every rule was checked", "", "Check the plug-in again.");
+    };
+    if (options.json) {
+        printDocument(check::toDocument(run.path, results), finish);
+    } else {
         check::printSummary(std::cout, results);
-    if (!options.junitFile.empty())
-        writeJUnit(options, run.path, results);
-    if (stopped)
-        throw Failure("stopped before every rule was checked", "", "Check the plug-in again.");
+        finish();
+    }
     if (check::countOf(results, check::Outcome::Failed) != 0)
         return ExitCode::Broken;
     return check::countOf(results, check::Outcome::Warning) != 0 ? ExitCode::Warnings : ExitCode::Success;
@@ -106,7 +110,8 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         },
         "Lists the rules and checks nothing");
     command->callback([options, &chosen] {
-        chosen = [options](const Context& context) { return checkPlugin(context, *options); };
+        chosen = {[options](const Context& context) { return checkPlugin(context, *options); },
+                  documentIf(options->json)};
     });
     command->footer("Each rule runs in a process of its own. Exit codes: 0 every rule passed or was skipped, "
                     "4 only warnings (also when there was no number or alias to try), 5 a rule is broken.");

@@ -1,7 +1,6 @@
 #include "check/Report.h"
 
 #include "support/DisplayText.h"
-#include "support/Json.h"
 #include <iomanip>
 #include <ostream>
 
@@ -66,12 +65,12 @@ void printSummary(std::ostream& out, const Results& results) {
         << countOf(results, Outcome::Skipped) << " skipped\n";
 }
 
-void printJson(std::ostream& out, const std::string& plugin, const Results& results) {
+Json toDocument(const std::string& plugin, const Results& results) {
     Json document = {{"schemaVersion", 1}, {"plugin", plugin}, {"result", toString(overall(results))}};
     for (const Outcome outcome : {Outcome::Passed, Outcome::Warning, Outcome::Failed, Outcome::Skipped})
         document["summary"][toString(outcome)] = countOf(results, outcome);
     document["rules"] = results;
-    out << textOf(document) << '\n';
+    return document;
 }
 
 } // namespace vykeldev::check

@@ -2,6 +2,7 @@
 #define VYKELDEV_CHECK_REPORT_H
 
 #include "check/Result.h"
+#include "support/Json.h"
 #include <iosfwd>
 
 namespace vykeldev::check {
@@ -14,7 +15,7 @@ void printResult(std::ostream& out, const Result& result, bool colour);
 void printSummary(std::ostream& out, const Results& results);
 
 /// All results as one JSON object; schemas/check.schema.json describes it.
-void printJson(std::ostream& out, const std::string& plugin, const Results& results);
+Json toDocument(const std::string& plugin, const Results& results);
 
 /// All results in JUnit's XML, for build servers. A warning is not a failure there: the case's output has it.
 void printJUnit(std::ostream& out, const std::string& plugin, const Results& results);

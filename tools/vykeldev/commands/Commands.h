@@ -28,8 +28,28 @@ struct Context {
     }
 };
 
-/// The work of a command whose options are known. Ends with an exit code or throws Failure.
-using Run = std::function<ExitCode(const Context&)>;
+/// What a command prints on standard output when it fails, beside the text on standard error.
+enum class FailureOutput {
+    None,
+    Document, ///< The one JSON object that is all its output.
+    Line      ///< A JSON object as its last line.
+};
+
+/// A command whose options are known.
+struct Run {
+    std::function<ExitCode(const Context&)> work; ///< Ends with an exit code or throws Failure.
+    FailureOutput failureOutput = FailureOutput::None;
+};
+
+/// For a command that prints one object with --json.
+constexpr FailureOutput documentIf(bool json) noexcept {
+    return json ? FailureOutput::Document : FailureOutput::None;
+}
+
+/// For a command that prints one object a line with --json.
+constexpr FailureOutput lineIf(bool json) noexcept {
+    return json ? FailureOutput::Line : FailureOutput::None;
+}
 
 // Each command is one file with one of these: it describes the command and its options to `app` and, when the
 // user gave the command, puts its work into `chosen`. `chosen` must outlive the parsing.

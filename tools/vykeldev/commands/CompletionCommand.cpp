@@ -83,10 +83,10 @@ void addCompletionCommand(CLI::App& app, Run& chosen) {
                     "  PowerShell  vykeldev completion powershell | Out-String | Invoke-Expression");
     const auto add = [&](const char* shell, const char* description, void (*print)(const CLI::App&)) {
         command->add_subcommand(shell, description)->callback([print, &app, &chosen] {
-            chosen = [print, &app](const Context&) {
+            chosen = {[print, &app](const Context&) {
                 print(app);
                 return ExitCode::Success;
-            };
+            }};
         });
     };
     add("bash", "For bash", printBash);

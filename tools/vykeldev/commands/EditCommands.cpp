@@ -65,9 +65,8 @@ CLI::App& addCommand(CLI::App& app, Run& chosen, const char* name, const char* d
     command->add_flag("--json", options->json, "Prints one JSON object a line for each device");
     command->callback([options, &chosen] {
         options->edit.number = *numberIn(options->number);
-        chosen = [options](const Context& context) {
-            return withJsonFailure(options->json, -1, [&] { return editNow(context, *options); });
-        };
+        chosen = {[options](const Context& context) { return editNow(context, *options); },
+                  lineIf(options->json)};
     });
     command->footer(
         "Refreshes the devices first, as list does. Exit codes: 0 done, 1 an error, 3 no such device.");

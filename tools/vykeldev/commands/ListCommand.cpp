@@ -61,13 +61,11 @@ Listing readListing(const Context& context, const ListOptions& options) {
     return listing;
 }
 
-void printJson(const Listing& listing, std::uint32_t format) {
+Json toDocument(const Listing& listing, std::uint32_t format) {
     Json document = {{"schemaVersion", 1}, {"tokenFormat", format}, {"devices", listing.reading.devices}};
     if (!listing.reading.failure.is_null())
         document["refresh"] = listing.reading.failure;
-    if (!listing.error.is_null())
-        document["error"] = listing.error;
-    std::cout << textOf(document) << '\n';
+    return document;
 }
 
 /// Names the devices that have no number, though the refresh gave each device one.
@@ -85,16 +83,19 @@ void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& device
 }
 
 ExitCode listDevices(const Context& context, const ListOptions& options) {
-    Listing listing = withJsonFailure(options.json, 2, [&] { return readListing(context, options); });
+    Listing listing = readListing(context, options);
     auto& [count, devices, failure] = listing.reading;
     const bool hadDevices = !devices.empty();
     select(devices, options.selection);
+    const auto throwError = [&] {
+        if (!listing.error.is_null())
+            throw failureFrom(listing.error);
+    };
     if (options.json)
-        printJson(listing, options.format);
+        printDocument(toDocument(listing, options.format), throwError);
     else if (!devices.empty())
         printTable(devices, context.colour);
-    if (!listing.error.is_null())
-        throw failureFrom(listing.error);
+    throwError();
     if (!failure.is_null()) {
         printFailure(context.notices(), "vykeldev: warning: ", failureFrom(failure), context.verbose);
         return devices.empty() ? ExitCode::NothingListed : ExitCode::Warnings;
@@ -123,7 +124,8 @@ void addListCommand(CLI::App& app, Run& chosen) {
         ->check(inRange(0.001, 86400, "0.001 to 86400 seconds"))
         ->type_name("S");
     command->callback([options, &chosen] {
-        chosen = [options](const Context& context) { return listDevices(context, *options); };
+        chosen = {[options](const Context& context) { return listDevices(context, *options); },
+                  documentIf(options->json)};
     });
 }
 

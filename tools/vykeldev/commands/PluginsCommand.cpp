@@ -52,8 +52,9 @@ void addPluginsCommand(CLI::App& app, Run& chosen) {
     CLI::App* const command =
         app.add_subcommand("plugins", "Shows the registered plug-ins, without loading them");
     command->add_flag("--json", *json, "Prints one JSON object");
-    command->callback(
-        [json, &chosen] { chosen = [json](const Context& context) { return showPlugins(context, *json); }; });
+    command->callback([json, &chosen] {
+        chosen = {[json](const Context& context) { return showPlugins(context, *json); }, documentIf(*json)};
+    });
 }
 
 } // namespace vykeldev

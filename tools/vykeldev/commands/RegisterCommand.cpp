@@ -52,7 +52,7 @@ void addRegisterCommand(CLI::App& app, Run& chosen) {
     command->add_flag("--force", options->force,
                       "Registers the path even if there is no file yet, or the file is no plug-in");
     command->callback(
-        [options, &chosen] { chosen = [options](const Context&) { return registerPlugin(*options); }; });
+        [options, &chosen] { chosen = {[options](const Context&) { return registerPlugin(*options); }}; });
 }
 
 } // namespace vykeldev

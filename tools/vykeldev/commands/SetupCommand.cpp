@@ -62,7 +62,9 @@ void addSetupCommand(CLI::App& app, Run& chosen) {
                    "replace the files in it")
         ->excludes(check);
     command->add_flag("--json", options->json, "Prints one JSON object");
-    command->callback([options, &chosen] { chosen = [options](const Context&) { return setUp(*options); }; });
+    command->callback([options, &chosen] {
+        chosen = {[options](const Context&) { return setUp(*options); }, documentIf(options->json)};
+    });
 }
 
 } // namespace vykeldev

@@ -18,11 +18,11 @@ void addUnregisterCommand(CLI::App& app, Run& chosen) {
         ->check(checkName)
         ->type_name("");
     command->callback([name, &chosen] {
-        chosen = [name](const Context&) {
+        chosen = {[name](const Context&) {
             removeRegistration(*name);
             std::cout << "unregistered " << printable(*name) << '\n';
             return ExitCode::Success;
-        };
+        }};
     });
 }
 

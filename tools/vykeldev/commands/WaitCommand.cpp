@@ -68,7 +68,7 @@ void addWaitCommand(CLI::App& app, Run& chosen) {
         ->check(inRange(0, unlimited, "0 seconds or more"))
         ->type_name("S");
     command->callback([options, &chosen] {
-        chosen = [options](const Context& context) { return waitForDevices(context, *options); };
+        chosen = {[options](const Context& context) { return waitForDevices(context, *options); }};
     });
     command->footer("Plug-ins that are registered while it waits are not seen.");
 }

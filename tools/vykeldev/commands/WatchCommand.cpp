@@ -66,9 +66,8 @@ void addWatchCommand(CLI::App& app, Run& chosen) {
         ->type_name("S");
     addFormatOption(*command, options->format);
     command->callback([options, &chosen] {
-        chosen = [options](const Context& context) {
-            return withJsonFailure(options->json, -1, [&] { return watchDevices(context, *options); });
-        };
+        chosen = {[options](const Context& context) { return watchDevices(context, *options); },
+                  lineIf(options->json)};
     });
     command->footer("Ends with Ctrl-C, or when nobody reads its output any more; the exit code is 0 then.\n"
                     "Plug-ins that are registered while it watches are not seen.");

@@ -7,6 +7,7 @@
 #include "platform/System.h"
 #include "support/DisplayText.h"
 #include "support/Files.h"
+#include "support/JsonFailure.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
 #include "support/Text.h"
@@ -81,12 +82,16 @@ ExitCode diagnose(const Context& context, const DoctorOptions& options) {
     }
     suppressCrashDialogs();
     const Report report = makeReport(context, options);
-    if (options.json)
-        std::cout << textOf(report) << '\n';
-    else
+    const auto finish = [&] {
+        if (!options.bundle.empty())
+            writeBundle(options.json ? context.notices() : std::cout, options, report);
+    };
+    if (options.json) {
+        printDocument(report, finish);
+    } else {
         printReport(std::cout, report, context.colour);
-    if (!options.bundle.empty())
-        writeBundle(options.json ? std::cerr : std::cout, options, report);
+        finish();
+    }
     if (report.count(Severity::Error) > 0)
         return ExitCode::Broken;
     return report.count(Severity::Warning) > 0 ? ExitCode::Warnings : ExitCode::Success;
@@ -117,7 +122,8 @@ void addDoctorCommand(CLI::App& app, Run& chosen) {
         "Exit codes: 0 healthy, 4 warnings, 5 something is broken. docs/troubleshooting.md explains "
         "every finding.");
     command->callback([options, &chosen] {
-        chosen = [options](const Context& context) { return doctor::diagnose(context, *options); };
+        chosen = {[options](const Context& context) { return doctor::diagnose(context, *options); },
+                  documentIf(options->json)};
     });
 }
 

@@ -25,16 +25,25 @@ inline Failure failureFrom(const Json& json) {
                                                json.at("name"), json.value("raisedAt", ""));
 }
 
-/// Does `work`. With `json`, a Failure becomes an object on standard output before it leaves.
+/// A failure that the command has printed in its own JSON object, so that nobody prints another one.
+class PrintedFailure : public Failure {
+public:
+    explicit PrintedFailure(const Failure& failure) : Failure(failure) {}
+};
+
+/// Prints the one JSON object of a command after the `last` thing that the command does. What that throws
+/// becomes the member "error" of the object, and leaves as a PrintedFailure.
 template <class Work>
-auto withJsonFailure(bool json, int indentation, const Work& work) {
+void printDocument(Json document, const Work& last) {
     try {
-        return work();
-    } catch (const Failure& failure) {
-        if (json)
-            std::cout << textOf({{"schemaVersion", 1}, {"error", failure}}, indentation) << '\n';
-        throw;
+        last();
+    } catch (...) {
+        const Failure failure = currentFailure();
+        document["error"] = failure;
+        std::cout << textOf(document) << '\n';
+        throw PrintedFailure(failure);
     }
+    std::cout << textOf(document) << '\n';
 }
 
 } // namespace vykeldev
