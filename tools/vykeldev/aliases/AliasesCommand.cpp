@@ -4,6 +4,7 @@
 #include "doctor/Cause.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
+#include "platform/System.h"
 #include "support/BoundedLock.h"
 #include "support/DisplayText.h"
 #include "support/JsonFailure.h"
@@ -78,9 +79,14 @@ void printTable(const std::string& path, const Preview& preview, bool colour) {
 }
 
 /// `preview` is null when there is no file.
-Json toDocument(const std::string& path, const Preview* preview) {
-    Json document = {{"schemaVersion", 1}, {"file", path},   {"exists", preview != nullptr},
-                     {"layout", nullptr},  {"fails", false}, {"entries", Json::array()}};
+Json toDocument(const std::string& path, const std::string& link, const Preview* preview) {
+    Json document = {{"schemaVersion", 1},
+                     {"file", path},
+                     {"exists", preview != nullptr},
+                     {"link", link.empty() ? Json() : Json(link)},
+                     {"layout", nullptr},
+                     {"fails", false},
+                     {"entries", Json::array()}};
     if (preview != nullptr) {
         document["layout"] = layoutText(preview->layout);
         document["fails"] = preview->fails;
@@ -129,9 +135,14 @@ bool isRead(const LegacyFile& file, const std::string& path) {
 ExitCode showPreview(const Context& context, bool json) {
     const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
     const LegacyFile file = readWhilePaused(path);
+    const std::string link = linkText(path); // the refresh reads what it leads to, but writes a new file
+    if (!link.empty())
+        context.notices() << "vykeldev: warning: " << printable(path) << " is " << link
+                          << ": a refresh that moves an alias puts a new file in its place and leaves the "
+                             "other as it is; 'vykeldev doctor' says more\n";
     if (!isRead(file, path)) {
         if (json)
-            std::cout << textOf(toDocument(path, nullptr)) << '\n';
+            std::cout << textOf(toDocument(path, link, nullptr)) << '\n';
         context.notices() << "vykeldev: no legacy file " << printable(path) << '\n';
         return ExitCode::NothingListed;
     }
@@ -143,7 +154,7 @@ ExitCode showPreview(const Context& context, bool json) {
                           "Correct the malformed entries.");
     };
     if (json)
-        printDocument(toDocument(path, &preview), throwError);
+        printDocument(toDocument(path, link, &preview), throwError);
     else
         printTable(path, preview, context.colour);
     throwError();
