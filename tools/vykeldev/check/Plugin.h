@@ -3,6 +3,7 @@
 
 #include "check/Rule.h"
 #include "check/Trace.h"
+#include "support/StatusText.h"
 #include "vykel/PluginEntryPoints.h"
 #include "vytpl/NonCopyable.h"
 #include <cstdint>
@@ -12,7 +13,8 @@
 #include <windows.h>
 
 /// The plug-in under check, its lists and devices. Every call goes through Trace::call. Every status block
-/// has 8 bytes, and the memory after it is watched; writing there is an incident of the rule 'status-guard'.
+/// but that of List::originOfFailure has 8 bytes, and the memory after it is watched; writing there is an
+/// incident of the rule 'status-guard'.
 namespace vykeldev::check {
 
 /// A text of a plug-in, copied; none for null.
@@ -112,6 +114,13 @@ public:
     bool isStale() const { return call("isStale", &Interface::isStale); }
     std::int32_t refresh(std::int32_t preset = 0) const {
         return report("refresh", preset, &Interface::refresh);
+    }
+    /// Refreshes once more, with a block that has room for what the plug-in says beside its code (see
+    /// originText).
+    std::string originOfFailure() const {
+        vykel::StatusBlock block = vykel::makeStatusBlock();
+        call("refresh", &Interface::refresh, &block);
+        return originText(block);
     }
     std::uint32_t getCount() const { return call("getCount", &Interface::getCount); }
     Fetched getDevice(std::uint32_t index, std::int32_t minimumVersion = 0, std::int32_t preset = 0) const;

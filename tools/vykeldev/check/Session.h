@@ -32,7 +32,7 @@ struct InitializedPlugin : Plugin {
 inline void refresh(const List& list) {
     const std::int32_t code = list.refresh();
     if (code < 0)
-        throw Refused("refresh left the code ", code);
+        throw Refused("refresh left the code ", code, list.originOfFailure());
 }
 
 /// The device at an index below the count.

@@ -17,6 +17,7 @@ struct Verdict {
     const FindingKind* kind;
     Step step;
     std::string detail;
+    std::string remedy = {}; ///< Empty: that of the kind.
 };
 
 std::string describe(const LibraryError& error) {
@@ -121,7 +122,8 @@ Verdict judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
     return {refused               ? &finding::pluginRefused
             : probe.deviceRefused ? &finding::deviceRefused
                                   : &finding::refreshFailed,
-            step, describe(*probe.error)};
+            step, describe(*probe.error) + (probe.place.empty() ? "" : "; the plug-in names " + probe.place),
+            probe.remedy};
 }
 
 /// A child that ended before all steps were done, or badly after them.
@@ -190,8 +192,8 @@ void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& f
     plugin.outcome = verdict->kind == &finding::pluginRefused ? Outcome::Refused : Outcome::Failed;
     plugin.failedStep = verdict->step;
     plugin.detail = verdict->detail;
-    findings.push_back(
-        {verdict->kind, plugin.name, verdict->detail + " (at: " + nameOf(verdict->step) + ")"});
+    findings.push_back({verdict->kind, plugin.name, verdict->detail + " (at: " + nameOf(verdict->step) + ")",
+                        0, verdict->remedy});
 }
 
 } // namespace vykeldev::doctor

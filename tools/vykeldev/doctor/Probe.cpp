@@ -6,6 +6,7 @@
 #include "PellumKelPlugin.h"
 #include "PluginCall.h"
 #include "support/DisplayText.h"
+#include "support/StatusText.h"
 #include "support/Text.h"
 #include "vykel/StatusBlock.h"
 #include <algorithm>
@@ -98,6 +99,13 @@ bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*
     });
 }
 
+/// Refreshes once more, because the library's blocks have no room for what a plug-in says beside its code.
+void askForPlace(vykel::IDeviceList& list, Reporter& reporter) {
+    vykel::StatusBlock block = vykel::makeStatusBlock();
+    vykel::callPlugin([&] { list.refresh(&block); });
+    reporter.report({{"place", placeIn(block)}, {"remedy", sampleRemedy(block)}});
+}
+
 void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listDevices, Reporter& reporter) {
     begin(Step::Load, reporter);
     plugin.loadLibrary();
@@ -125,9 +133,12 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listD
     checkTexts(devices, reporter);
     if (code >= 0)
         return;
-    if (isDeviceRefused(*list, devices))
+    const bool isRefused = isDeviceRefused(*list, devices);
+    if (isRefused)
         reporter.report({{"deviceRefused", true}});
     reporter.report({{"error", {{"code", code}, {"document", ""}}}});
+    if (!isRefused && duration < slow)
+        askForPlace(*list, reporter);
 }
 
 void take(const Json& line, ProbeResult& result) {
@@ -148,6 +159,8 @@ void take(const Json& line, ProbeResult& result) {
             result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
     result.listMissing = line.value("listMissing", result.listMissing);
     result.deviceRefused = line.value("deviceRefused", result.deviceRefused);
+    result.place = line.value("place", result.place);
+    result.remedy = line.value("remedy", result.remedy);
     result.done = line.value("done", result.done);
 }
 

@@ -1,8 +1,9 @@
 #include "support/Failure.h"
-#include "support/DisplayText.h"
 
 #include "errors/Exception.h"
 #include "platform/System.h"
+#include "support/DisplayText.h"
+#include "support/StatusText.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <iterator>
@@ -63,12 +64,6 @@ const Explanation& explain(const std::string& action, std::int32_t code) noexcep
     return found == std::end(explanations) ? ofPlugin : *found;
 }
 
-/// A text of a fixed-size field, which a faulty writer may have left without its end.
-template <std::size_t size>
-std::string fieldText(const char (&field)[size]) {
-    return printable(std::string(field, std::find(field, field + size, '\0')));
-}
-
 } // namespace
 
 Failure currentFailure() {
@@ -99,13 +94,13 @@ void printFailure(std::ostream& out, const std::string& label, const Failure& fa
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
     const Explanation& explanation = explain(action, status.code);
-    const std::string file = fieldText(status.file);
+    const std::string remedy = sampleRemedy(status);
     return {action + " failed with " + std::to_string(status.code) + " (" + explanation.name + ")",
             explanation.meaning,
-            explanation.remedy,
+            remedy.empty() ? explanation.remedy : remedy,
             status.code,
             explanation.name,
-            file.empty() ? file : file + ":" + std::to_string(status.line)};
+            placeIn(status)};
 }
 
 Failure statusFailure(const std::string& action, std::int32_t code) {
