@@ -34,6 +34,7 @@ void writeJUnit(const CheckOptions& options, const std::string& plugin, const ch
 ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     check::RunOptions run = options.run;
     run.path = absolutePath(run.path);
+    run.quiet = context.quiet;
     run.limit = std::chrono::milliseconds(static_cast<long long>(1000 * options.timeout));
     run.budget = std::chrono::milliseconds(static_cast<long long>(1000 * options.budget));
     const std::string problem = pathProblem(run.path);

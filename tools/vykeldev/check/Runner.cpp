@@ -73,7 +73,7 @@ std::vector<std::string> findFreeNumbers(const RunOptions& options) {
 /// One run over the rules.
 class Run {
 public:
-    explicit Run(const RunOptions& runOptions) : options(runOptions) {}
+    explicit Run(const RunOptions& runOptions) : options(runOptions), progress(!runOptions.quiet) {}
 
     /// Checks a rule, unless there is a reason to skip it. Throws Failure when that cannot be done.
     const Result& add(const Rule& rule) {

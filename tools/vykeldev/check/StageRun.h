@@ -14,6 +14,7 @@ struct RunOptions {
     std::string path;                    ///< The plug-in, absolute, UTF-8.
     std::chrono::milliseconds limit{0};  ///< A rule must begin another call within this time.
     std::chrono::milliseconds budget{0}; ///< For the loops of one rule.
+    bool quiet = false;                  ///< Shows no progress.
     bool readOnly = false;               ///< Leaves out rules that alter what the plug-in keeps.
     bool numberDevices = false;          ///< Gives some devices without a number one for good.
     std::vector<std::string> rules;      ///< Only these, and those that they need; all when empty.
