@@ -9,6 +9,7 @@
 #include "support/DisplayText.h"
 #include "support/Enumerator.h"
 #include "support/JsonFailure.h"
+#include "support/Text.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <new>
@@ -123,9 +124,10 @@ int runApplication(const std::vector<std::string>& arguments) noexcept {
             printFailure(std::cerr,
                          console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
                          currentFailure(), context.verbose);
-        } catch (const std::bad_alloc&) { // the system cannot convert the texts either
-            std::cerr
-                << "vykeldev: error: memory is exhausted\n  what to do: Close other programs and try again.\n";
+        } catch (const ConversionError& error) { // whatever failed, this keeps its text from being shown
+            std::cerr << "vykeldev: error: " << error.what() << "\n  what to do: " << freeMemory << '\n';
+        } catch (const std::bad_alloc&) {
+            std::cerr << "vykeldev: error: memory is exhausted\n  what to do: " << freeMemory << '\n';
         }
     }
     return toInteger(ExitCode::Error);

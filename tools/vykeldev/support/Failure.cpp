@@ -4,9 +4,11 @@
 #include "platform/System.h"
 #include "support/DisplayText.h"
 #include "support/StatusText.h"
+#include "support/Text.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <iterator>
+#include <new>
 #include <ostream>
 #include <utility>
 
@@ -27,7 +29,7 @@ constexpr Explanation explanations[] = {
      "A lock file could not be made, or the legacy alias file vykel.ini was malformed or could not be saved. "
      "The cause is gone now.",
      "Try again."},
-    {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", "End other programs and try again."},
+    {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", freeMemory},
     {StatusCode::GeneralFault, "GeneralFault",
      "The library is not initialised, or failed in an unforeseen way.",
      "Try again; if it fails again, report the code and what --verbose adds."},
@@ -75,6 +77,10 @@ Failure currentFailure() {
         vykel::StatusBlock status = vykel::makeStatusBlock();
         vyerr::statusToBlock(exception.status(), &status);
         return statusFailure("a step of the library", status);
+    } catch (const ConversionError& error) {
+        return {error.what(), systemErrorText(error.code), freeMemory};
+    } catch (const std::bad_alloc&) { // has no text for people
+        return {"memory is exhausted", "", freeMemory};
     } catch (const std::exception& error) {
         return {error.what(), "", ""};
     } catch (...) {
@@ -83,13 +89,14 @@ Failure currentFailure() {
 }
 
 void printFailure(std::ostream& out, const std::string& label, const Failure& failure, bool verbose) {
-    out << label << printable(failure.what()) << '\n';
+    std::string text = label + printable(failure.what()) + '\n'; // whole, or nothing when that fails
     if (!failure.meaning.empty())
-        out << "  meaning:    " << printable(failure.meaning) << '\n';
+        text += "  meaning:    " + printable(failure.meaning) + '\n';
     if (!failure.remedy.empty())
-        out << "  what to do: " << printable(failure.remedy) << '\n';
+        text += "  what to do: " + printable(failure.remedy) + '\n';
     if (verbose && !failure.raisedAt.empty())
-        out << "  raised at:  " << printable(failure.raisedAt) << '\n';
+        text += "  raised at:  " + printable(failure.raisedAt) + '\n';
+    out << text;
 }
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {

@@ -24,6 +24,9 @@ public:
     const std::string raisedAt; ///< File and line in the library, for its developers; may be empty.
 };
 
+/// What to do when memory is exhausted.
+constexpr const char* freeMemory = "End other programs and try again.";
+
 /// The exception that is being handled, whatever it is.
 Failure currentFailure();
 

@@ -1,8 +1,13 @@
 #include "support/Text.h"
 
-#include <new>
+#include <string>
 
 namespace vykeldev {
+
+ConversionError::ConversionError(DWORD systemError)
+    : std::runtime_error("the system cannot convert a text from UTF-8 to UTF-16: system error " +
+                         std::to_string(systemError)),
+      code(systemError) {}
 
 WideString toWide(std::string_view utf8) {
     if (utf8.empty())
@@ -11,7 +16,7 @@ WideString toWide(std::string_view utf8) {
     const int length = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
     WideString wideText(static_cast<std::size_t>(length), 0);
     if (length == 0 || MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wideText.data(), length) == 0)
-        throw std::bad_alloc();
+        throw ConversionError(GetLastError());
     return wideText;
 }
 

@@ -2,6 +2,7 @@
 #define VYKELDEV_SUPPORT_TEXT_H
 
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,9 +13,16 @@ namespace vykeldev {
 /// Text as the wide-character functions of Windows take it.
 using WideString = std::basic_string<WCHAR>;
 
-/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. toWide throws std::bad_alloc when
-/// the system cannot convert: as a name in the registry, an empty text would mean the parent of what is
-/// meant.
+/// The system cannot convert a text, for want of memory or because the text is too long. Its own text has
+/// only printable characters: printable() would fail, too.
+class ConversionError : public std::runtime_error {
+public:
+    explicit ConversionError(DWORD systemError);
+    const DWORD code; ///< The system's error.
+};
+
+/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. toWide throws ConversionError: as
+/// a name in the registry, an empty text would mean the parent of what is meant.
 WideString toWide(std::string_view utf8);
 std::string toUtf8(const WideString& wide);
 
