@@ -17,7 +17,8 @@ enum class Code : std::int32_t {
     FileMissing = -64101,   ///< the `.devices` file cannot be opened or read
     FileMalformed = -64102, ///< the `.devices` file has a bad line
     NotWritable = -64103,   ///< the files beside it cannot be written (read-only folder? full disk?)
-    FileNotUtf8 = -64104    ///< the `.devices` file is in UTF-16 or UTF-32
+    FileNotUtf8 = -64104,   ///< the `.devices` file is in UTF-16 or UTF-32
+    PathUnknown = -64105    ///< the system does not say where this library is
 };
 
 /// A failure of the store.

@@ -207,13 +207,17 @@ void Device::setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock
     });
 }
 
-/// The path of this library, with the extension `.devices`.
+/// The path of this library, with the extension `.devices`. Throws StoreError: without a folder it would name
+/// a file of the client's working folder.
 Path devicesFile() {
     HMODULE self = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                        reinterpret_cast<LPCWSTR>(&vykel_initializePlugin), &self);
     Path path(32768, 0); // the longest path of Windows
-    path.resize(GetModuleFileNameW(self, path.data(), static_cast<DWORD>(path.size())));
+    const DWORD length = GetModuleFileNameW(self, path.data(), static_cast<DWORD>(path.size()));
+    if (self == nullptr || length == 0 || length >= path.size())
+        throw StoreError(Code::PathUnknown, 0, "the system does not say where this library is");
+    path.resize(length);
     path.resize(std::min(path.find_last_of(static_cast<WCHAR>('.')), path.size()));
     return path + ".devices";
 }
@@ -234,6 +238,9 @@ std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList**
     try {
         *list = new simulated::DeviceList(simulated::devicesFile());
         return 0;
+    } catch (const simulated::StoreError& error) {
+        OutputDebugStringA((std::string("simulated: ") + error.what() + "\n").c_str());
+        return static_cast<std::int32_t>(error.code);
     } catch (const std::bad_alloc&) {
         return vykel::toInteger(vykel::StatusCode::MemoryFull);
     } catch (...) {

@@ -47,8 +47,10 @@ int toInteger(ExitCode code) noexcept {
 }
 
 /// Runs a command. When it fails, those who read JSON get the failure as an object.
-ExitCode runChosen(const Run& chosen, const Context& context) {
+ExitCode runChosen(const Run& chosen, Context& context) {
     try {
+        if (context.library.empty())
+            context.library = defaultLibraryPath();
         return chosen.work(context);
     } catch (const PrintedFailure&) {
         throw;
@@ -102,8 +104,6 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
         std::cerr << printableLines(text.str());
         return good ? 0 : toInteger(ExitCode::WrongUsage);
     }
-    if (context.library.empty())
-        context.library = defaultLibraryPath();
     const int result = toInteger(runChosen(chosen, context));
     if (!std::cout.flush())
         throw Failure("standard output cannot be written", "", "Is the disk full, or has the reader gone?");

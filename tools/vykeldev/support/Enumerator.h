@@ -14,7 +14,7 @@ struct ReleaseList {
 };
 using DeviceListHandle = std::unique_ptr<vykel::IDeviceList, ReleaseList>;
 
-/// The path of the library beside this tool.
+/// The path of the library beside this tool. Throws Failure when the system does not say where that is.
 std::string defaultLibraryPath();
 
 /// The device-enumeration library, loaded and initialised while this object lives. Lists must end before it.
