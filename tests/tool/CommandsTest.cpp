@@ -50,7 +50,7 @@ TEST_F(CommandsTest, LeadFromTheFirstRegistrationToTheLast) {
             {"list --number KEL9", "TOKEN\n    1  KEL9    -            1         0  b\\x0A\n= 0"},
             {"list --alias \"\" --token c", "TOKEN\n    2  KEL0"},
             {"list --alias \"\" --token a", "\nvykeldev: no device matches\n= 3"},
-            {"list --number 9", "as in KEL3\nRun with"},
+            {"list --number 9", "such as KEL3 expected, not '9'\nRun with"},
             {"lits", "\nThere is no command 'lits'; did you mean 'list'?\nRun with"},
             {"lost-and-found", "\nThere is no command 'lost-and-found'\nRun with"},
             {"-V", "\nvykeldev 1."},

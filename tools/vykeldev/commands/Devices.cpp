@@ -2,6 +2,8 @@
 
 #include "support/Failure.h"
 #include "vykel/StatusCodes.h"
+#include <algorithm>
+#include <charconv>
 
 namespace vykeldev {
 namespace {
@@ -50,6 +52,17 @@ std::vector<DeviceInfo> readDevices(vykel::IDeviceList& list, std::int32_t minVe
 
 std::string numberText(std::uint32_t number) {
     return number == vykel::noDeviceNumber ? "-" : "KEL" + std::to_string(number);
+}
+
+std::optional<std::uint32_t> numberIn(const std::string& text) {
+    std::uint32_t number = 0;
+    std::from_chars(text.data() + std::min<std::size_t>(3, text.size()), text.data() + text.size(), number);
+    const bool isWhole = number != vykel::noDeviceNumber && numberText(number) == text;
+    return isWhole ? std::optional(number) : std::nullopt;
+}
+
+std::string numberFlaw(const std::string& text) {
+    return numberIn(text) ? "" : "a number such as KEL3 expected, not '" + text + "'";
 }
 
 } // namespace vykeldev

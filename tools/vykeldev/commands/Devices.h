@@ -31,6 +31,12 @@ std::vector<DeviceInfo> readDevices(vykel::IDeviceList& list, std::int32_t minVe
 /// A device's number as text: "KEL7", or "-" for none.
 std::string numberText(std::uint32_t number);
 
+/// The number in a text such as "KEL7"; none when no device can have it.
+std::optional<std::uint32_t> numberIn(const std::string& text);
+
+/// Why a text names no number, for the user who gave it; empty when it names one.
+std::string numberFlaw(const std::string& text);
+
 } // namespace vykeldev
 
 #endif

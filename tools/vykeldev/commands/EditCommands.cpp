@@ -19,14 +19,6 @@ struct EditOptions {
     bool json = false;
 };
 
-/// The number in "KEL7"; or none.
-std::optional<std::uint32_t> numberIn(const std::string& name) {
-    std::uint32_t number = 0;
-    const bool good = name.size() > 3 && CLI::detail::lexical_cast(name.substr(3), number) &&
-                      number != vykel::noDeviceNumber && numberText(number) == name;
-    return good ? std::optional(number) : std::nullopt;
-}
-
 ExitCode editNow(const Context& context, const EditOptions& options) {
     using Event = DeviceClient::Event;
     DeviceClient client({context.library, 0, 0, 0, 0, options.edit}, context);
@@ -55,12 +47,9 @@ ExitCode editNow(const Context& context, const EditOptions& options) {
 CLI::App& addCommand(CLI::App& app, Run& chosen, const char* name, const char* description,
                      const std::shared_ptr<EditOptions>& options) {
     CLI::App* const command = app.add_subcommand(name, description);
-    const auto checkNumber = [](const std::string& text) {
-        return numberIn(text) ? std::string() : "a number such as KEL3 expected, not '" + text + "'";
-    };
     command->add_option("NUMBER", options->number, "The devices' number, such as KEL3")
         ->required()
-        ->check(checkNumber)
+        ->check(numberFlaw)
         ->type_name("");
     command->add_flag("--json", options->json, "Prints one JSON object a line for each device");
     command->callback([options, &chosen] {

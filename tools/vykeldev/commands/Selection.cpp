@@ -7,12 +7,6 @@
 namespace vykeldev {
 namespace {
 
-std::string numberFlaw(const std::string& text) {
-    const bool valid = text.size() > 3 && text.compare(0, 3, "KEL") == 0 &&
-                       text.find_first_not_of("0123456789", 3) == std::string::npos;
-    return valid ? "" : "a number is given as in KEL3";
-}
-
 bool isWanted(const DeviceInfo& device, const Selection& selection) {
     return (!selection.number || numberText(device.number) == *selection.number) &&
            (!selection.alias || device.alias == selection.alias) &&
