@@ -103,8 +103,11 @@ BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD) {
     return winhost::fails(Call::MoveFileExA) ? FALSE : moveFile(HostPath(from), HostPath(to));
 }
 
-BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD) {
-    return winhost::fails(Call::MoveFileExW) ? FALSE : moveFile(HostPath(from), HostPath(to));
+BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags) {
+    const bool flushes = (flags & MOVEFILE_WRITE_THROUGH) != 0;
+    if (winhost::fails(Call::MoveFileExW) || (flushes && winhost::fails(Call::FlushFileBuffers)))
+        return FALSE;
+    return moveFile(HostPath(from), HostPath(to));
 }
 
 DWORD GetFileAttributesW(LPCWSTR path) {

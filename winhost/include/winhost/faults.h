@@ -14,6 +14,7 @@
 // Windows would return. The exceptions:
 //   - fread, fwrite, ReadFile and WriteFile first transfer half of what was asked.
 //   - fflush and fclose lose what is not written yet.
+//   - MoveFileExW with MOVEFILE_WRITE_THROUGH also fails when FlushFileBuffers does.
 //   - Calls that free something free it, then report the failure.
 //   - LockFileEx with ERROR_IO_PENDING: GetOverlappedResult then gets the lock, or fails.
 //   - InitializeCriticalSection throws StructuredException.
