@@ -8,7 +8,7 @@ from proofs.machines import ROOT
 from proofs.table import Row
 
 
-QUICK = ["-R", "^(unit|transfer|plugin|library)_tests", "-E", "KilledAtAnyMoment"]
+QUICK = ["-R", "^(unit|transfer|plugin|library)_tests"]
 
 
 def run(row: Row, full: bool) -> None:

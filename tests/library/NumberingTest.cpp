@@ -1,4 +1,5 @@
 #include "support/LibraryTest.h"
+#include <numeric>
 
 namespace vykeltest {
 
@@ -6,6 +7,8 @@ using NumberingTest = LibraryTest;
 
 TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
     constexpr std::uint32_t none = vykel::noDeviceNumber;
+    std::vector<std::uint32_t> firstNumbers(64, 64);
+    std::iota(firstNumbers.begin(), firstNumbers.end() - 1, 0);
     const struct {
         std::vector<FakeDevice> a;
         std::vector<FakeDevice> b;
@@ -16,7 +19,8 @@ TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
         {{{none, 5}, {none, 5}}, {{none, 5}, {none, 4}}, {1, 2, 3, 0}}, // equal keys: in the lists' order
         {{{none, 0xFFFFFFFF}, {none, 0}, {none, 0x80000000}}, {}, {2, 0, 1}},
         {{{1000}, {0xFFFFFFFE}, {none}}, {{1}, {none}}, {1000, 0xFFFFFFFE, 0, 1, 2}},
-        {{{3}, {3}}, {{0}}, {3, 3, 0}}, // all have one, if not a different one
+        {{{3}, {3}}, {{0}}, {3, 3, 0}},                      // all have one, if not a different one
+        {std::vector<FakeDevice>(63), {{64}}, firstNumbers}, // one more than there are bits for
         {{}, {}, {}},
     };
     start({"a", "b"});

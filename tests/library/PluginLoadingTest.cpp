@@ -1,5 +1,6 @@
 #include "errors/CatchLadder.h"
 #include "PellumKelPlugin.h"
+#include "PluginRegistrations.h"
 #include "support/LibraryTest.h"
 #include "support/Unwinding.h"
 
@@ -71,12 +72,15 @@ TEST_F(PluginLoadingTest, LeavesOutEachThatFailsAndKeepsTheRegistrysOrder) {
 }
 
 TEST_F(PluginLoadingTest, ReportsItsOwnFailuresAndUnloadsOnce) {
+    vykel::PellumKelPlugin missing("missing"), plugin((machine.folderName() + "\\a") + pluginExtension);
     machine.install("fake_plugin", "a");
-    vykel::PellumKelPlugin plugin((machine.folderName() + "\\a") + pluginExtension);
     const std::function<void()> load = [&] { plugin.load(); };
     const std::function<void()> getList = [&] { EXPECT_NE(plugin.getInterface(), nullptr); };
     const std::tuple<const char*, std::int32_t, std::function<void()>, std::int32_t, std::uint32_t> cases[] =
-        {{"", 0, getList, pluginNotInitialized, 31},
+        {{"", 0, [] { vykel::pluginName(9); }, resourceNotFound, 58},
+         {"", 0, [] { vykel::pluginPath("none"); }, resourceNotFound, 91},
+         {"", 0, [&] { missing.load(); }, invalidParameter, 94},
+         {"", 0, getList, pluginNotInitialized, 31},
          {"a.initialize", -7, load, -7, 54},
          {"", 0, getList, pluginNotInitialized, 31},
          {"a.initialize", Yes, load, success, 0},
@@ -85,7 +89,7 @@ TEST_F(PluginLoadingTest, ReportsItsOwnFailuresAndUnloadsOnce) {
     for (const auto& [call, answer, step, code, line] : cases) {
         plugins.answers = {{call, answer}};
         vykel::StatusBlock status = vykel::makeStatusBlock();
-        vyerr::runGuarded(&status, {"", 0}, step);
+        whileUnwinding([&] { vyerr::runGuarded(&status, {"", 0}, step); });
         EXPECT_EQ(status.code, code) << line;
         EXPECT_EQ(status.line, line);
     }
