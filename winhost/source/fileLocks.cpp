@@ -40,9 +40,13 @@ BOOL UnlockFileEx(HANDLE file, DWORD, DWORD, DWORD, LPOVERLAPPED) {
     return !winhost::fails(Call::UnlockFileEx) && lockWholeFile(file, LOCK_UN) ? TRUE : FALSE;
 }
 
-BOOL GetOverlappedResult(HANDLE file, LPOVERLAPPED overlapped, LPDWORD transferred, BOOL) {
+BOOL GetOverlappedResult(HANDLE file, LPOVERLAPPED overlapped, LPDWORD transferred, BOOL wait) {
     if (winhost::fails(Call::GetOverlappedResult))
         return FALSE;
+    if (overlapped->Internal == STATUS_PENDING && wait == FALSE) {
+        SetLastError(ERROR_IO_INCOMPLETE);
+        return FALSE;
+    }
     if (overlapped->Internal == STATUS_PENDING && !lockWholeFile(file, LOCK_EX))
         return FALSE;
     overlapped->Internal = 0;

@@ -92,7 +92,7 @@ BOOL FindClose(HANDLE find);
 BOOL LockFileEx(HANDLE file, DWORD flags, DWORD reserved, DWORD low, DWORD high, LPOVERLAPPED overlapped);
 BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD low, DWORD high, LPOVERLAPPED overlapped);
 /// Waits for the lock of a LockFileEx that was made to fail with ERROR_IO_PENDING (winhost/faults.h),
-/// whatever `wait` says; after any other LockFileEx it returns at once.
+/// or fails with ERROR_IO_INCOMPLETE when it is not to wait; after any other LockFileEx it returns at once.
 BOOL GetOverlappedResult(HANDLE file, LPOVERLAPPED overlapped, LPDWORD transferred, BOOL wait);
 }
 
