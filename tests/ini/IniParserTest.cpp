@@ -101,11 +101,7 @@ TEST(IniLoad, ByteOrderMarksAndFailures) {
     } rows[] = {
         {"UTF-8", "\xEF\xBB\xBF[a]", 0, "[a]1{}", -1},
         {"nothing after the mark", "\xEF\xBB\xBF", 0, "", -1},
-        {"not a whole mark is text", "\xEF\xBB[a]\n[b]", 0, "[b]2{}"},
-        {"UTF-16 little-endian", "\xFF\xFE[\0"s, IniWideText, "[old]2{}"},
         {"UTF-16 of two bytes", "\xFE\xFF", IniWideText, "[old]2{}"},
-        {"UTF-32 little-endian", "\xFF\xFE\0\0"s, IniWideText, "[old]2{}"},
-        {"UTF-32 big-endian", "\0\0\xFE\xFF[a]"s, IniWideText, "[old]2{}"},
         {"three zeros are lines", "\0\0\xFE[a]\n[b]"s, 0, "[b]4{}"},
     };
     IniFolder folder;

@@ -10,12 +10,7 @@
 
 namespace vykeltest {
 
-namespace {
-
-using winhost::Call;
-using winhost::Effect;
-using winhost::Fault;
-using winhost::ScopedFault;
+using namespace winhost;
 
 struct Outcome {
     std::int32_t code = success; ///< of the first call that failed
@@ -64,25 +59,17 @@ protected:
     }
 };
 
-} // namespace
-
 TEST_F(FaultTest, EveryCallAndAllocationMayFail) {
     const std::set<std::int32_t> documented = {success, configurationFault, memoryFull, resourceNotFound,
                                                osFault};
-    const std::ptrdiff_t resources = winhost::openResources();
+    const std::ptrdiff_t resources = openResources();
     Outcome outcome;
-    const auto check = [&](const Fault&) {
+    const auto life = [&] { return (outcome = run()).code; };
+    withEachFault(40, 20, life, [&](const Fault&) {
         EXPECT_EQ(documented.count(outcome.code), 1u) << outcome.code;
-        EXPECT_EQ(winhost::openResources(), resources);
+        EXPECT_EQ(openResources(), resources);
         expectSuccess();
-    };
-    withEachFault(
-        40, 20,
-        [&] {
-            outcome = run();
-            return outcome.code;
-        },
-        check);
+    });
 }
 
 TEST_F(FaultTest, ReportsWhatFailed) {

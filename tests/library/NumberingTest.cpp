@@ -17,7 +17,9 @@ TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
         {{{0}, {2}, {none, 7}, {none, 3}, {none, 7}}, {}, {0, 2, 3, 1, 4}},
         {{{0}, {1}, {2}}, {{none, 1}, {none, 0}}, {0, 1, 2, 4, 3}},
         {{{none, 5}, {none, 5}}, {{none, 5}, {none, 4}}, {1, 2, 3, 0}}, // equal keys: in the lists' order
-        {{{none, 0xFFFFFFFF}, {none, 0}, {none, 0x80000000}}, {}, {2, 0, 1}},
+        {{{none, 0x81000002}, {none, 0x10003}, {none, 0x104}, {none, 5}},
+         {},
+         {3, 2, 1, 0}}, // each byte counts
         {{{1000}, {0xFFFFFFFE}, {none}}, {{1}, {none}}, {1000, 0xFFFFFFFE, 0, 1, 2}},
         {{{3}, {3}}, {{0}}, {3, 3, 0}},                      // all have one, if not a different one
         {std::vector<FakeDevice>(63), {{64}}, firstNumbers}, // one more than there are bits for

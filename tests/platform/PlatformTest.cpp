@@ -7,6 +7,7 @@
 #include "vyplat/quarks/memoryFault.h"
 #include "vyplat/quarks/synchronization.h"
 #include "vysys/stdpath.h"
+#include "vysys/textConversion.h"
 #include "vysys/windowsRegistry.h"
 #include <atomic>
 #include <gtest/gtest.h>
@@ -104,7 +105,13 @@ TEST_F(PlatformTest, LoadsLibraries) {
 }
 
 TEST_F(PlatformTest, DoesNothingAfterAnError) {
+    vysys::Utf16String units;
+    vysys::utf8ToUtf16("abc", units, status);
+    EXPECT_TRUE(units.resize(1, status));
+    EXPECT_EQ(units.c_str()[1], 0); // what is cut off stays terminated
     status.code = -1;
+    EXPECT_FALSE(units.resize(300, status));
+    EXPECT_EQ(units.end() - units.begin(), 1);
     machine.registerPlugin("a", nullptr, nullptr, 0);
     EXPECT_EQ(vysys::countSubkeys(key, status), 0u);
     vysys::Utf8Vector text;

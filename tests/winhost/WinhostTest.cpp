@@ -10,15 +10,13 @@
 
 namespace vykeltest {
 
-using winhost::Call;
-using winhost::Effect;
-using winhost::ScopedFault;
+using namespace winhost;
 
 TEST(Winhost, FaultsStrikeByCount) {
-    const std::ptrdiff_t resources = winhost::openResources();
+    const std::ptrdiff_t resources = openResources();
     const Machine machine;
     const std::string path = (machine.folder() / "f").string();
-    const auto pattern = [&](const winhost::Fault& fault) {
+    const auto pattern = [&](const Fault& fault) {
         const ScopedFault armed(fault);
         std::string result;
         for (int i = 0; i < 4; ++i) {
@@ -50,8 +48,8 @@ TEST(Winhost, FaultsStrikeByCount) {
 
     CRITICAL_SECTION section;
     const ScopedFault armed({Call::InitializeCriticalSection, 1});
-    EXPECT_THROW(InitializeCriticalSection(&section), winhost::StructuredException);
-    EXPECT_EQ(winhost::openResources(), resources);
+    EXPECT_THROW(InitializeCriticalSection(&section), StructuredException);
+    EXPECT_EQ(openResources(), resources);
 }
 
 } // namespace vykeltest
