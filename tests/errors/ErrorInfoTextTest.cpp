@@ -54,6 +54,7 @@ TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
     EXPECT_EQ(layStatusText(buffer, 6, nullptr), nullptr);
     EXPECT_EQ(layStatusText(buffer, 5, "{}"), buffer + 1);
     EXPECT_EQ(std::string(buffer, 6), std::string("{}\0\0Jx", 6));
+    EXPECT_NE(layStatusText(buffer, 4, "{}"), nullptr);
 }
 
 TEST(ErrorInfoText, GrowsByDoublingAndKeepsTheOffset) {

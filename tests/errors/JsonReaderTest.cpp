@@ -27,6 +27,10 @@ TEST(JsonReader, FindsFieldsOfTheTopLevelOnly) {
     EXPECT_EQ(rest("{\"a\":1,\"ab\":2}", "ab"), "2}");
     for (const char* const text : {"{\"a\":1}", "{\"a\":x,\"b\":1}", "{\"a\" 1,\"b\":1}", "[\"b\"]", "{}"})
         EXPECT_EQ(rest(text, "b"), "nothing") << text;
+    for (const std::size_t depth : {256u, 257u}) {
+        const std::string nested = std::string(depth, '[') + std::string(depth, ']');
+        EXPECT_EQ(parseJsonValue(nested.c_str(), nullptr) != nullptr, depth == 256);
+    }
 }
 
 TEST(JsonReader, DecodesEscapes) {

@@ -170,7 +170,7 @@ TEST(IniSave, FailsWithoutAFolderAndWithoutAName) {
         writeFile(folder.path(("ini$$" + std::to_string(n) + ".TMP").c_str()), "");
     EXPECT_EQ(save(document, folder.file()), IniTempNamesTaken);
     EXPECT_FALSE(fs::exists(folder.file()));
-    fs::remove(folder.path("ini$$998.TMP"));
+    fs::remove(folder.path("ini$$999.TMP"));
     EXPECT_EQ(save(document, folder.file()), 0);
 }
 
