@@ -73,8 +73,7 @@ TEST(IniEscape, EncodesAndDecodes) {
         const char* encoded;
         const char* decoded;
         bool bothWays = false;
-    } rows[] = {{"", "", true},
-                {"plain text \xC3\xA4\xFF", "plain text \xC3\xA4\xFF", true},
+    } rows[] = {{"plain text \xC3\xA4\xFF", "plain text \xC3\xA4\xFF", true},
                 {"\\t\\n\\x0d\\\"\\\\\\x01\\x1f\\x7f'", "\t\n\r\"\\\x01\x1F\x7F'", true},
                 {"\\xAf\\x4", "\xAFx4"},
                 {"\\xg1\\x1g\\x", "xg1x1gx"},

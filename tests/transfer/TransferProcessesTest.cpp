@@ -51,7 +51,6 @@ struct SharedMachine : TransferMachine {
 
     void reset() const {
         fs::remove(aliases);
-        fs::remove(temporaryFile);
         writeFile(iniFile, before);
     }
 

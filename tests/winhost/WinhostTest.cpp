@@ -46,9 +46,6 @@ TEST(Winhost, FaultsStrikeByCount) {
         EXPECT_EQ(fs::file_size(path), kept);
     }
 
-    CRITICAL_SECTION section;
-    const ScopedFault armed({Call::InitializeCriticalSection, 1});
-    EXPECT_THROW(InitializeCriticalSection(&section), StructuredException);
     EXPECT_EQ(openResources(), resources);
 }
 
