@@ -32,7 +32,6 @@ TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
         {"{ }", 2, field, R"({ "k":"v"|})"},
         {"{ }", 0, field, R"({"k":"v"| })"},
         {R"({"a":1})", 0, field, R"({"k":"v"|,"a":1})"},
-        {R"({"a":{}})", 6, field, R"({"a":{"k":"v"|}})"},
         {"[1]", 2, addString(nullptr, "v"), R"([1,"v"|])"},
         {"{}", 1, addString("\"", "\t\b\n\f\r\\\"\x01\x7f\xC3\xA9"),
          "{\"\\\"\":\"\\t\\b\\n\\f\\r\\\\\\\"\\u0001\\u007f\xC3\xA9\"|}"},

@@ -1,6 +1,9 @@
 #include "support/LibraryTest.h"
 #include "support/Unwinding.h"
 
+#include <algorithm>
+#include <thread>
+
 namespace vykeltest {
 
 using LifecycleTest = LibraryTest;
@@ -41,6 +44,16 @@ TEST_F(LifecycleTest, RetriesAfterAFailure) {
     EXPECT_EQ(list, nullptr);
     machine.setFolderName(machine.folderName());
     EXPECT_NE(library.newList(), library.newList());
+}
+
+/// A call from two threads at once would be a race in the log of the calls.
+TEST_F(LifecycleTest, AsksPluginsForListsFromOneThreadAtATime) {
+    start({"a"});
+    std::vector<ListPtr> mine(300), others(300); // their release, which is not locked, comes after both
+    const auto make = [&] { return library.newList(); };
+    std::thread other([&] { std::generate(others.begin(), others.end(), make); });
+    std::generate(mine.begin(), mine.end(), make);
+    other.join();
 }
 
 TEST_F(LifecycleTest, UnloadingWithoutFinalizeCallsNoPlugin) {

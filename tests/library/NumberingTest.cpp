@@ -23,7 +23,6 @@ TEST_F(NumberingTest, GivesTheLowestFreeNumbersInKeyOrder) {
         {{{1000}, {0xFFFFFFFE}, {none}}, {{1}, {none}}, {1000, 0xFFFFFFFE, 0, 1, 2}},
         {{{3}, {3}}, {{0}}, {3, 3, 0}},                      // all have one, if not a different one
         {std::vector<FakeDevice>(63), {{64}}, firstNumbers}, // one more than there are bits for
-        {{}, {}, {}},
     };
     start({"a", "b"});
     for (const auto& each : cases) {

@@ -55,8 +55,6 @@ const std::vector<Row>& rows() {
     static const std::vector<Row> table = {
         // A file without sections asks no device.
         {"; nothing\n", {{0, "", "T", "", ""}}, "="},
-        // No entry left.
-        {"[Aliases]\n", {{0, "", "T", "", ""}}, "="},
         // Wide text is never read.
         {std::string("\xFF\xFE[\0A\0", 6), {{0, "", "T", "", ""}}, "="},
         // A free device receives, a named one keeps, both entries go.

@@ -27,7 +27,6 @@ TEST(Winhost, FaultsStrikeByCount) {
     };
     EXPECT_EQ(pattern({Call::fopen, 2}), "+-++1");
     EXPECT_EQ(pattern({Call::fopen, 2, Effect::FailOnward}), "+---3");
-    EXPECT_EQ(pattern({Call::fclose, 1}), "-+++1");
     EXPECT_EQ(pattern({Call::Any, 4}), "+-++1");
     EXPECT_EXIT(pattern({Call::fopen, 3, Effect::Kill}), testing::KilledBySignal(SIGKILL), "");
 
