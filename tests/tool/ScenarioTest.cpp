@@ -1,7 +1,14 @@
 // Runs the scenarios of the folder scenarios/. Its README.md explains how they are written.
 
+#include "pellumkelddk/user/FileLock.h"
 #include "tool/Tool.h"
+#include "vyfile/internal/FileLockImpl.h"
+#include <algorithm>
+#include <chrono>
+#include <future>
+#include <map>
 #include <sstream>
+#include <thread>
 
 namespace vykeltest {
 namespace {
@@ -15,6 +22,7 @@ struct Step {
     std::vector<std::string> parts; ///< the lines "~"
     bool whole = false;             ///< there is a line "|"
     int exitCode = 0;               ///< the line "="
+    bool isSoon = false;
 };
 
 struct Scenario {
@@ -42,17 +50,19 @@ std::string expanded(std::string text, const std::string& folder) {
     return text;
 }
 
-/// Takes "host " or "windows " off a line; false when the line is for the other build.
-bool isForThisBuild(std::string& line) {
-    for (const std::string& build : {std::string("host "), std::string("windows ")})
-        if (line.rfind(build, 0) == 0) {
-            line.erase(0, build.size());
-            return (build == "windows ") == isWindows;
-        }
-    return true;
+/// Takes a word and a blank off the line's beginning; false when it begins with something else.
+bool takeOff(std::string& line, const std::string& word) {
+    const bool found = line.rfind(word + ' ', 0) == 0;
+    line.erase(0, found ? word.size() + 1 : 0);
+    return found;
 }
 
-void addLine(Scenario& scenario, const std::string& line, const std::string& place) {
+bool isForThisBuild(std::string& line) {
+    return takeOff(line, "host") ? !isWindows : takeOff(line, "windows") ? isWindows : true;
+}
+
+void addLine(Scenario& scenario, std::string line, const std::string& place) {
+    const bool isSoon = takeOff(line, "soon");
     const std::string rest = line.size() > 2 ? line.substr(2) : "";
     if (line[0] == '|' || line[0] == '~' || line[0] == '=') {
         Step& step = scenario.steps.back();
@@ -67,6 +77,7 @@ void addLine(Scenario& scenario, const std::string& line, const std::string& pla
         const std::size_t blank = line.find(' ');
         const std::string after = blank == std::string::npos ? "" : line.substr(blank + 1);
         scenario.steps.push_back({place, line.substr(0, blank), after, "", {}});
+        scenario.steps.back().isSoon = isSoon;
     }
 }
 
@@ -87,8 +98,23 @@ std::vector<Scenario> readScenarios() {
     return scenarios;
 }
 
+/// Nothing that a command writes may colour, ring or turn the text of a terminal.
+bool hasControls(const std::string& text) {
+    for (const char* const control : {"\x7F", "\xC2\x9B", "\xE2\x80\xAE", "\xE2\x81"})
+        if (text.find(control) != std::string::npos)
+            return true;
+    return std::any_of(text.begin(), text.end(), [](char c) { return c >= 0 && c < ' ' && c != '\n'; });
+}
+
 class ScenarioTest : public ToolTest, public testing::WithParamInterface<Scenario> {
 protected:
+    ScenarioTest() { fs::current_path(folder); }
+    ~ScenarioTest() override {
+        fs::current_path(programFolder());
+        for (const std::string& name : variables)
+            setEnvironment(name.c_str(), "");
+    }
+
     void take(const Step& step) {
         std::istringstream words(step.rest);
         std::string name;
@@ -97,7 +123,11 @@ protected:
         const fs::path path = folder / fs::u8path(name);
         const std::string text = expanded(step.text, folder.string());
         if (step.action == "$")
-            runCommand(step, text);
+            runCommand("vykeldev", step, text);
+        else if (step.action == "sh")
+            runCommand("/bin/sh", step, text);
+        else if (step.action == "unchanged")
+            EXPECT_EQ(files(), before);
         else if (step.action == "install")
             machine.install(name, other);
         else if (step.action == "copy")
@@ -118,14 +148,33 @@ protected:
             EXPECT_GT(fs::remove_all(path), 0u);
         else if (step.action == "key")
             machine.setPluginsKey(name == "there");
-        else if (step.action == "set")
-            setEnvironment(name.c_str(), expanded(other, folder.string()));
+        else if (step.action == "data")
+            machine.setFolderName(machine.folderName() + '\\' + name);
+        else if (step.action == "lock") {
+            locked = vykel::openLockFile(path.string().c_str());
+            vyfile::FileLockImpl(locked.get()).lock(); // until the stream ends
+        } else if (step.action == "set")
+            setEnvironment(variables.emplace_back(name).c_str(), expanded(other, folder.string()));
         else
             ADD_FAILURE() << "there is no step '" << step.action << "'";
     }
 
-    void runCommand(const Step& step, const std::string& text) const {
-        const std::string output = run(expanded(step.rest, folder.string()) + " 2>&1");
+    /// When each file of the machine was written last, and its size.
+    std::map<fs::path, std::pair<fs::file_time_type, std::uintmax_t>> files() const {
+        std::map<fs::path, std::pair<fs::file_time_type, std::uintmax_t>> found;
+        for (const auto& entry : fs::recursive_directory_iterator(folder))
+            if (entry.is_regular_file())
+                found[entry.path()] = {entry.last_write_time(), entry.file_size()};
+        return found;
+    }
+
+    void runCommand(const char* program, const Step& step, const std::string& text) {
+        before = files();
+        const auto begin = std::chrono::steady_clock::now();
+        const std::string output = run(expanded(step.rest, folder.string()) + " 2>&1", program);
+        EXPECT_LT(std::chrono::steady_clock::now() - begin,
+                  std::chrono::seconds(50)); // whatever a plug-in does
+        EXPECT_FALSE(hasControls(output)) << output;
         const std::string end = "= " + std::to_string(step.exitCode);
         if (step.whole)
             EXPECT_EQ(output, text + end);
@@ -134,13 +183,23 @@ protected:
         for (const std::string& part : step.parts)
             expectPart(output, expanded(part, folder.string()));
     }
+
+    std::map<fs::path, std::pair<fs::file_time_type, std::uintmax_t>> before; ///< the last command
+    vykel::FileStream locked;
+    std::vector<std::string> variables; ///< that the scenario set
 };
 
 TEST_P(ScenarioTest, Runs) {
-    fs::current_path(folder);
+    std::future<void> later;
     for (const Step& step : GetParam().steps) {
         SCOPED_TRACE(step.place + ": " + step.action + ' ' + step.rest);
-        take(step);
+        if (step.isSoon)
+            later = std::async(std::launch::async, [this, &step] {
+                std::this_thread::sleep_for(std::chrono::milliseconds(500));
+                take(step);
+            });
+        else
+            take(step);
     }
 }
 

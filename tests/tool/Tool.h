@@ -49,9 +49,11 @@ protected:
 
     /// What the tool writes to standard output, without the machine's folder in it, and "= " with its exit
     /// code.
-    std::string run(const std::string& arguments) const {
-        const ProgramResult result = runProgram("vykeldev", arguments);
-        const std::string text = replaced(replaced(result.output, "\r", ""), (folder / "").string(), "");
+    std::string run(const std::string& arguments, const char* program = "vykeldev") const {
+        const ProgramResult result = runProgram(program, arguments);
+        std::string text = replaced(result.output, "\r", "");
+        for (const std::string& name : {(folder / "").string(), machine.folderName() + '\\'})
+            text = replaced(replaced(text, name, ""), replaced(name, "\\", "\\\\"), "");
         return text + "= " + std::to_string(result.exitCode);
     }
 
