@@ -56,7 +56,10 @@ static int exitCodeOf(int status) {
 #else
 
 void setEnvironment(const char* name, const std::string& value) {
-    ::setenv(name, value.c_str(), 1);
+    if (value.empty()) // as Windows has it
+        ::unsetenv(name);
+    else
+        ::setenv(name, value.c_str(), 1);
 }
 
 MachineRoot enterMachine(const std::string& id) {
