@@ -8,6 +8,7 @@
 #include <chrono>
 #include <future>
 #include <map>
+#include <optional>
 #include <sstream>
 #include <thread>
 
@@ -35,18 +36,32 @@ void PrintTo(const Scenario& scenario, std::ostream* out) {
     *out << scenario.name;
 }
 
-/// Puts what {NAME} stands for in place of it: a byte in hexadecimal digits, or what depends on the build.
+/// What {NAME} stands for: a byte in hexadecimal digits, what depends on the build, or a text so many times.
+std::optional<std::string> meaningOf(const std::string& name, const std::string& folder) {
+    const auto isOnly = [](const std::string& text, const char* characters) {
+        return !text.empty() && text.find_first_not_of(characters) == std::string::npos;
+    };
+    if (name == "folder" || name == "built" || name == ".so")
+        return name == ".so" ? pluginExtension : name == "built" ? programFolder().string() : folder;
+    if (name.size() == 2 && isOnly(name, "0123456789ABCDEF"))
+        return std::string(1, static_cast<char>(std::stoi(name, nullptr, 16)));
+    const std::string word = name.substr(0, name.find(' '));
+    const std::string text = name.substr(std::min(word.size() + 1, name.size()));
+    if (word == "host" || word == "windows")
+        return (word == "windows") == isWindows ? text : "";
+    if (!isOnly(word, "0123456789"))
+        return std::nullopt;
+    std::string all;
+    for (int times = std::stoi(word); times > 0; --times)
+        all += text;
+    return all;
+}
+
 std::string expanded(std::string text, const std::string& folder) {
     for (std::size_t at = text.find('{'); at != std::string::npos; at = text.find('{', at + 1)) {
         const std::string name = text.substr(at + 1, text.find('}', at) - at - 1);
-        const bool isByte =
-            name.size() == 2 && name.find_first_not_of("0123456789ABCDEF") == std::string::npos;
-        if (isByte || name == "folder" || name == "built" || name == ".so")
-            text.replace(at, name.size() + 2,
-                         isByte            ? std::string(1, static_cast<char>(std::stoi(name, nullptr, 16)))
-                         : name == ".so"   ? pluginExtension
-                         : name == "built" ? programFolder().string()
-                                           : folder);
+        if (const auto meaning = meaningOf(name, folder))
+            text.replace(at, name.size() + 2, *meaning);
     }
     return text;
 }
@@ -85,23 +100,25 @@ Step makeStep(std::string line, const std::string& place) {
 
 void readScenarios(const fs::path& file, std::vector<Scenario>& scenarios) {
     std::istringstream lines(readText(file));
-    bool takesScenario = false;
+    Scenario first; // what each of the file begins with
+    Scenario* scenario = &first;
     bool takesStep = false;
     int number = 0;
     for (std::string line; std::getline(lines, line);) {
         ++number;
         const bool isHere = isForThisBuild(line);
         if (line.rfind("## ", 0) == 0) {
-            takesScenario = isHere;
+            scenario = nullptr;
             if (isHere)
-                scenarios.push_back({file.stem().string() + '_' + line.substr(3), {}});
-        } else if (!takesScenario || line.empty() || line[0] == '#')
+                scenario = &scenarios.emplace_back(
+                    Scenario{file.stem().string() + '_' + line.substr(3), first.steps});
+        } else if (scenario == nullptr || line.empty() || line[0] == '#')
             continue;
         else if (line.find_first_of("|~=") == 0) {
             if (takesStep && isHere)
-                addTo(scenarios.back().steps.back(), line);
+                addTo(scenario->steps.back(), line);
         } else if ((takesStep = isHere))
-            scenarios.back().steps.push_back(
+            scenario->steps.push_back(
                 makeStep(line, file.filename().string() + ':' + std::to_string(number)));
     }
 }
@@ -159,22 +176,33 @@ protected:
     }
 
     void take(const Step& step) {
-        std::istringstream words(step.rest);
+        std::istringstream words(expanded(step.rest, folder.string()));
         std::string name;
         std::string other;
-        words >> name >> other;
+        std::string third;
+        words >> name >> other >> third;
         const fs::path path = folder / fs::u8path(name);
         const std::string text = expanded(step.text, folder.string());
         if (step.action == "$")
             runCommand("vykeldev", step, text);
         else if (step.action == "sh")
             runCommand("/bin/sh", step, text);
+        else if (step.action == "json")
+            expectJson(step, text);
         else if (step.action == "unchanged")
             EXPECT_EQ(within(path, files()), within(path, before));
         else if (step.action == "install")
             machine.install(name, other);
         else if (step.action == "copy")
             machine.copyLibrary(name, other);
+        else if (step.action == "registry")
+            setValue(name, other, third == "cut", text.substr(0, text.size() - 1));
+        else if (step.action == "patch")
+            writeFile(path, replaced(readFile(path), other, third));
+        else if (step.action == "resize")
+            fs::resize_file(path, std::stoul(other));
+        else if (step.action == "link")
+            fs::create_hard_link(path, folder / other);
         else if (step.action == "devices")
             setDevices(name, text);
         else if (step.action == "zoo")
@@ -199,7 +227,7 @@ protected:
             locked = vykel::openLockFile(path.string().c_str());
             vyfile::FileLockImpl(locked.get()).lock(); // until the stream ends
         } else if (step.action == "set")
-            setEnvironment(variables.emplace_back(name).c_str(), expanded(other, folder.string()));
+            setEnvironment(variables.emplace_back(name).c_str(), other);
         else
             ADD_FAILURE() << "there is no step '" << step.action << "'";
     }
@@ -215,7 +243,8 @@ protected:
     void runCommand(const char* program, const Step& step, const std::string& text) {
         before = files();
         const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(50);
-        const std::string output = run(expanded(step.rest, folder.string()) + " 2>&1", program);
+        const std::string arguments = expanded(step.rest, folder.string());
+        output = run(arguments + (arguments.find("2>") == std::string::npos ? " 2>&1" : ""), program);
         EXPECT_LT(std::chrono::steady_clock::now(), deadline);
         EXPECT_FALSE(hasControls(output)) << output;
         const std::string end = "= " + std::to_string(step.exitCode);
@@ -227,7 +256,44 @@ protected:
             expectPart(output, expanded(part, folder.string()));
     }
 
-    Files before; ///< the last command
+    /// Compares fields of the JSON that the last command wrote: a line for each element of a list.
+    void expectJson(const Step& step, const std::string& text) const {
+        const auto plain = [](const Json& value) {
+            return value.is_string() ? value.get<std::string>() : value.is_null() ? "-" : value.dump();
+        };
+        std::istringstream words(step.rest);
+        std::string field;
+        words >> field;
+        const Json document = Json::parse(output.substr(0, output.rfind("= ")));
+        const Json& chosen = document.at(Json::json_pointer(field == "/" ? "" : field));
+        std::vector<std::string> lines(chosen.is_array() ? chosen.size() : 1);
+        if (step.rest == field)
+            lines = {plain(chosen)};
+        while (words >> field)
+            for (std::size_t i = 0; i < lines.size(); ++i)
+                lines[i] +=
+                    (lines[i].empty() ? "" : " ") +
+                    plain((chosen.is_array() ? chosen[i] : chosen).at(Json::json_pointer('/' + field)));
+        std::string found;
+        for (const std::string& line : lines)
+            found += line + '\n';
+        EXPECT_TRUE(found == text || !step.parts.empty()) << found;
+        for (const std::string& part : step.parts)
+            expectPart(found, expanded(part, folder.string()));
+    }
+
+    /// Registers a plug-in by a value of any type; without a type, by none.
+    void setValue(const std::string& name, const std::string& type, bool isCut, const std::string& text) {
+        if (type.empty())
+            return machine.registerPlugin(name, nullptr, nullptr, 0);
+        const auto number = static_cast<DWORD>(std::stoul(type));
+        // No 0 may follow what is cut: the system would store it, too.
+        const WideString value = wide(text) + (isCut ? WCHAR{'x'} : WCHAR{0});
+        machine.registerPlugin(name, &number, value.c_str(), (value.size() - isCut) * sizeof(WCHAR));
+    }
+
+    Files before;       ///< the last command
+    std::string output; ///< of the last command
     vykel::FileStream locked;
     std::vector<std::string> variables; ///< that the scenario set
 };
