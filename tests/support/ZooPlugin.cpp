@@ -57,9 +57,10 @@ std::nullptr_t fail(StatusBlock* status, StatusCode code) {
     return nullptr;
 }
 
-const struct AtUnload {
-    ~AtUnload() { crashIf(has("crashes_unloading")); }
-} atUnload;
+const struct Module {
+    Module() { crashIf(has("crashes_loading")); }
+    ~Module() { crashIf(has("crashes_unloading")); }
+} module;
 
 /// What outlives the process: number and alias of the first device.
 struct State {
