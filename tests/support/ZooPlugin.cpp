@@ -149,15 +149,15 @@ struct List final : vykel::IDeviceList {
         crashIf(has("crashes_refreshing"));
         shellIf("starts_process", "sleep 100 >&- & echo $! >\"$VYKEL_ZOO_STATE\"");
         shellIf("tells_its_process", "echo $PPID >\"$VYKEL_ZOO_STATE\"");
-        if (has("slow_refresh"))
-            std::this_thread::sleep_for(std::chrono::milliseconds(2100));
+        if (has("slow_refresh") || has("steady_refresh"))
+            std::this_thread::sleep_for(std::chrono::milliseconds(has("slow_refresh") ? 2100 : 50));
         if (has("hangs"))
             std::this_thread::sleep_for(std::chrono::minutes(1));
         while (has("floods"))
             std::puts("a line of no end of lines");
         if (has("exits")) {
             for (std::size_t length = 0; length < 40; ++length) // it may print what it likes
-                std::puts((std::string(length, 'x') + R"({"outcome":"passed"})").c_str());
+                std::puts((std::string(length, 'x') + R"({"outcome":0,"done":true})").c_str());
             std::fflush(stdout);
             std::_Exit(0);
         }
