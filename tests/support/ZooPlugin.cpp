@@ -120,6 +120,8 @@ struct Device final : vykel::IDevice {
         return index == 0 ? own.alias.c_str() : nullptr;
     }
     void setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock*) override {
+        if (has("never_the_same_alias") && alias == std::string("Pump"))
+            return;
         own = State();
         own.alias = std::string(alias).substr(0, has("cuts_aliases") ? 3 : std::string::npos);
         own.save();
