@@ -12,8 +12,6 @@ constexpr vyerr::RaiseSite symbolSite{__FILE__, 177};
 
 void recordLoadError(vyerr::Status& status, vyerr::RaiseSite site, const char* subjectKey,
                      const char* subject, DWORD error) noexcept {
-    if (status.code < 0)
-        return;
     vyerr::ErrorInfo info(status, vykel::toInteger(vykel::StatusCode::InvalidParameter),
                           vyerr::constant::invalidParameter, site);
     info.openObject("vydynlib_debug")

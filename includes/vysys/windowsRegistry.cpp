@@ -14,11 +14,9 @@ constexpr vyerr::RaiseSite valueSite{"includes/vysys/stdpath.cpp", 246};
 constexpr DWORD nameUnits = 256; // the longest name the system allows, and its terminator
 constexpr DWORD firstValueBytes = 512;
 
-/// Records the failure of a registry call, unless an error is recorded already.
+/// Records the failure of a registry call.
 void recordRegistryError(vyerr::Status& status, vyerr::RaiseSite site, LSTATUS error,
                          const char* description) noexcept {
-    if (status.code < 0)
-        return;
     vyerr::ErrorInfo info(status, vykel::toInteger(vykel::StatusCode::ResourceNotFound),
                           vyerr::constant::resourceNotFound, site);
     addWin32Error(info, static_cast<DWORD>(error));

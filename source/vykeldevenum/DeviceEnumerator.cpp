@@ -35,8 +35,6 @@ void createGlobalLock(StatusBlock* status) {
 }
 
 void destroyGlobalLock() {
-    if (globalLock == nullptr)
-        return;
     globalLock->destroy();
     delete globalLock;
     globalLock = nullptr;
