@@ -33,6 +33,8 @@ TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
         {"{ }", 0, field, R"({"k":"v"| })"},
         {R"({"a":1})", 0, field, R"({"k":"v"|,"a":1})"},
         {"[1]", 2, addString(nullptr, "v"), R"([1,"v"|])"},
+        {"{", 0, field, R"({"k":"v"|)"}, // damaged documents stay no better
+        {"[}", 1, addString(nullptr, "v"), R"([,"v"|})"},
         {"{}", 1, addString("\"", "\t\b\n\f\r\\\"\x01\x7f\xC3\xA9"),
          "{\"\\\"\":\"\\t\\b\\n\\f\\r\\\\\\\"\\u0001\\u007f\xC3\xA9\"|}"},
     };
@@ -82,9 +84,11 @@ TEST(ErrorInfoText, AGrowthThatFailsLeavesTheDocument) {
         status.capacity = refused;
         EXPECT_EQ(growStatusText(status.json, &status), nullptr) << refused;
     }
-    status.capacity = 512;
     status.json[0] = 'x'; // no document any more
-    EXPECT_EQ(growStatusText(status.json, &status), nullptr);
+    for (const std::uint32_t noDocument : {2u, 512u}) {
+        status.capacity = noDocument;
+        EXPECT_EQ(growStatusText(status.json, &status), nullptr);
+    }
 }
 
 } // namespace

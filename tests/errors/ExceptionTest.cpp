@@ -44,6 +44,16 @@ TEST(Exception, BecomesACodeAtTheBoundary) {
     EXPECT_EQ(outcome([] { raiseError(3, "", site); }), generalFault); // a warning
 }
 
+TEST(Exception, SaysWhatFailed) {
+    const Exception none;
+    EXPECT_STREQ(none.what(), "");
+    recordError(none.status(), -7, constant::osFault, site.file, site.line);
+    const Exception copy(none); // takes the text over
+    EXPECT_STREQ(none.what(), "");
+    EXPECT_NE(std::string(copy.what()).find(site.file), std::string::npos);
+    EXPECT_EQ(copy.errorInfoJson(), copy.what());
+}
+
 TEST(ScopedStatus, ThrowsErrorsButItsEndNotIntoAnotherException) {
     for (const bool checks : {true, false}) {
         EXPECT_EQ(outcome([=] { record<ScopedStatus>(8, checks); }), "0  0"); // a warning

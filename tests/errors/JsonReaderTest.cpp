@@ -47,7 +47,7 @@ TEST(JsonReader, DecodesEscapes) {
     EXPECT_EQ(decode("\\ud800\\udc00\\ud83d\\ude00"), "\xF0\x90\x80\x80\xF0\x9F\x98\x80");
     EXPECT_EQ(decode(std::string("a\0b", 3)), "a|");
     for (const char* const bad : {"\\u0000b", "\\", "\\x", "\\u00f", "\\ud83d", "\\ud83dx", "\\ud83d\\n",
-                                  "\\udc00x", "\\udfff\\udc00"})
+                                  "\\udc00x", "\\udfff\\udc00", "\\ud83d\\udg00"})
         EXPECT_EQ(decode(std::string("a") + bad), "a|") << bad;
 }
 

@@ -4,6 +4,7 @@
 #include "errors/ErrorInfoText.h"
 #include "errors/StatusBlocks.h"
 #include "support/OwnedStatus.h"
+#include <cstdlib>
 #include <cstring>
 #include <gtest/gtest.h>
 #include <numeric>
@@ -48,8 +49,9 @@ TEST(Status, DoublesItsBuffer) {
     for (const std::uint32_t wanted : {4u, 512u, 513u, 1024u, 1025u}) {
         OwnedStatus status;
         EXPECT_TRUE(status.reallocate(&status, wanted));
-        EXPECT_EQ(status.capacity, wanted <= 512 ? 512u : wanted <= 1024 ? 1024u : 2048u) << wanted;
         EXPECT_FALSE(status.reallocate(&status, 0x80000000u));
+        EXPECT_TRUE(status.reallocate(&status, 4)); // there is enough
+        EXPECT_EQ(status.capacity, wanted <= 512 ? 512u : wanted <= 1024 ? 1024u : 2048u) << wanted;
     }
 }
 
@@ -57,6 +59,7 @@ TEST(Status, MergingMovesTheText) {
     OwnedStatus into(1);
     OwnedStatus from(4); // a warning gives way
     setText(into, "{\"old\":1}");
+    setText(from, "{\"warning\":1}");
     for (const char* const constantName : {"c", "second"}) // the first error wins
         recordError(&from, -7, constantName, "dir/f", -32);
     const char* const text = from.json;
@@ -72,6 +75,21 @@ TEST(Status, MergingMovesTheText) {
     EXPECT_TRUE(mergeStatus(&other, &into));
     EXPECT_STREQ(other.json, into.json);
     EXPECT_NE(other.json, into.json);
+}
+
+TEST(Status, AnErrorIsKeptAlsoWhereItsTextFindsNoRoom) {
+    for (const bool refuses : {true, false}) {
+        OwnedStatus status, from(-7);
+        status.json = static_cast<char*>(std::calloc(status.capacity = 3, 1)); // of a plug-in's own record
+        if (refuses)
+            status.reallocate = [](Status*, std::uint32_t) { return false; };
+        else
+            status.reallocate = [](Status* own, std::uint32_t n) { return defaultStatusReallocate(own, n); };
+        EXPECT_TRUE(mergeStatus(&status, &from)); // which has no text
+        EXPECT_EQ(status.code, -7);
+        EXPECT_STREQ(status.json, refuses ? "" : "{}");
+        status.reallocate = defaultStatusReallocate;
+    }
 }
 
 TEST(StatusBlock, TakesWhatItHasRoomForAndKeepsBothEndsOfALongPath) {

@@ -65,6 +65,8 @@ TEST(IniEdit, RefusesEmptyNamesOnly) {
     }
     EXPECT_EQ(findIniSection(&document, nullptr), nullptr);
     EXPECT_EQ(findIniEntry(nullptr, 0, "x"), nullptr);
+    EXPECT_EQ(findIniEntry(document.currentSection, 0, nullptr), nullptr);
+    EXPECT_EQ(deleteIniSection(&document, nullptr), 0);
     EXPECT_EQ(countIniEntries(nullptr), 0U);
 }
 
@@ -81,6 +83,10 @@ TEST(IniEscape, EncodesAndDecodes) {
                 {"\\q\\X41ntx\"", "qX41ntx\""},
                 {"\\x\\n", "x\n"}};
     IniString out;
+    for (const auto convert : {encodeIniValue, decodeIniValue}) {
+        EXPECT_EQ(convert(nullptr, out), 0);
+        EXPECT_STREQ(out.get(), "");
+    }
     for (const auto& row : rows) {
         EXPECT_EQ(decodeIniValue(row.encoded, out), 0);
         EXPECT_STREQ(out.get(), row.decoded);

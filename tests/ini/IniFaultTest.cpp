@@ -14,7 +14,9 @@ namespace {
 using namespace vykeltest;
 using namespace winhost;
 
-enum class How { Load, SafeSave, SaveInPlace };
+enum class How { Load, SafeSave, PatternSave, NewSave, SaveInPlace };
+constexpr std::int32_t writeFlags[] = {0, IniSafeSave | IniFlushToDisk,
+                                       IniSafeSave | IniTempByPattern | IniWriteBom, IniSafeSave, 0};
 
 TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
     const std::string key(100000, 'k'); // longer than any buffer between here and the file
@@ -33,6 +35,12 @@ TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
                 {How::SafeSave, Call::fclose, {IniTargetRefused, IniWriteFailed}},
                 {How::SafeSave, Call::remove, {IniCreateFailed}}, // what is in the way of the temporary file
                 {How::SafeSave, Call::MoveFileExA, {IniTargetRefused}},
+                {How::PatternSave, Call::CreateFileA, {IniTempFailed}},
+                {How::PatternSave, Call::fopen, {IniTargetRefused, IniCreateFailed}},
+                {How::PatternSave, Call::fwrite, {IniWriteFailed}},
+                {How::PatternSave, Call::malloc, {IniMemoryFull, 0, IniMemoryFull, 0}}, // 0: a search failed
+                {How::NewSave, Call::remove, {IniTargetRefused, IniCreateFailed}},      // what the probe made
+                {How::SaveInPlace, Call::malloc, {IniMemoryFull, IniMemoryFull, 0}},
                 {How::SaveInPlace, Call::fwrite, {IniWriteFailed}},
                 {How::SaveInPlace, Call::fflush, {IniWriteFailed}},
                 {How::SaveInPlace, Call::fclose, {IniWriteFailed}}};
@@ -43,32 +51,40 @@ TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
             IniDocument document;
             ASSERT_EQ(folder.load(document, before), 0);
             writeFile(folder.path("other.ini"), before);
-            document.writeFlags = row.how == How::SafeSave ? IniSafeSave | IniFlushToDisk : 0;
+            document.writeFlags = writeFlags[static_cast<int>(row.how)];
             document.maxLineLength = -1;
+            const std::string target = folder.file().string(), other = folder.path("other.ini").string();
+            if (row.how == How::NewSave)
+                fs::remove(target);
             const ScopedFault flush({Call::FlushFileBuffers, 1}); // a save ignores that it fails
-            const ScopedFault fault({row.call, nth});
-            const int result = row.how == How::Load
-                                   ? loadIniFile(&document, folder.path("other.ini").string().c_str())
-                                   : saveIniFile(&document, folder.file().string().c_str());
-            struck = fault.struck();
+            int result = 0;
+            {
+                const ScopedFault fault({row.call, nth});
+                result = row.how == How::Load ? loadIniFile(&document, other.c_str())
+                                              : saveIniFile(&document, target.c_str());
+                struck = fault.struck();
+            }
             if (struck == 0) {
                 EXPECT_EQ(result, 0);
                 EXPECT_GT(nth, row.results.size());
             } else {
                 EXPECT_EQ(result, row.results[std::min(nth, row.results.size()) - 1]);
-                EXPECT_EQ(document.path.get(), folder.file().string());
+                EXPECT_EQ(document.path.get(), target);
                 EXPECT_TRUE(row.call != Call::MoveFileExA || flush.struck() != 0) << "before the replace";
             }
-            const std::string kept = row.how == How::SaveInPlace ? "" : before; // in place nothing is left
-            EXPECT_TRUE(readFile(folder.file()) == (result == 0 && row.how != How::Load ? after : kept));
-            EXPECT_FALSE(fs::exists(folder.path("vykel.TMP")));
+            // In place nothing is left once the file is open.
+            const bool keeps = row.how < How::NewSave || row.call == Call::malloc;
+            const bool saves = result == 0 && row.how != How::Load;
+            const std::string mark = (document.writeFlags & IniWriteBom) != 0 ? "\xEF\xBB\xBF" : "";
+            EXPECT_TRUE(readFile(target) == (saves ? mark + after : keeps ? before : ""));
+            EXPECT_FALSE(fs::exists(folder.path("vykel.TMP")) || fs::exists(folder.path("ini$$0.TMP")));
         }
     }
 }
 
 TEST(IniFault, NothingIsLostWhateverFails) {
-    std::string text = "[s]\n";
-    for (int i = 0; i < 20; ++i) // enough for the indexes
+    std::string text = "x=1\n[s]\nv Line0001=1\nv Line0002=2\n"; // with all that the options allow
+    for (int i = 0; i < 20; ++i)                                 // enough for the indexes
         text += "k" + std::to_string(i) + "=v\n";
     for (int i = 0; i < 20; ++i)
         text += "[s" + std::to_string(i) + "]\nk=v\n";
@@ -78,6 +94,7 @@ TEST(IniFault, NothingIsLostWhateverFails) {
     const auto run = [&] {
         IniDocument document;
         document.writeFlags = IniSafeSave | IniFlushToDisk;
+        document.parseFlags |= IniColonSeparator;
         result = loadIniFile(&document, path.c_str());
         if (result != 0)
             return result;

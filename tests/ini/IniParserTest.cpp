@@ -72,6 +72,16 @@ TEST(IniParser, ReadsEveryCornerOfTheFormat) {
     }
 }
 
+TEST(IniParser, KeepsNamesOfEqualHashesApart) {
+    std::string text = "[a]\nN71KG=1\n";
+    for (char key = 'b'; key < 'v'; ++key) // enough for an index
+        text += key + "=v\n"s;
+    IniFolder folder;
+    IniDocument document;
+    ASSERT_EQ(folder.load(document, text + "0F4GO=2\n"), 0);
+    EXPECT_EQ(document.sections.first()->entries.count(), 22U);
+}
+
 /// The beginnings and ends of the blocks that are read fall everywhere around a line's end.
 TEST(IniParser, ReadsLinesOfAnyLengthInBlocksOfAnySize) {
     for (const std::string& end : {"\r\n"s, "\n"s, "\n\0"s}) {

@@ -3,6 +3,7 @@
 #include "ini/IniEdit.h"
 #include "ini/IniSave.h"
 #include "support/IniTestKit.h"
+#include "vybase/owners.h"
 #include <algorithm>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -92,7 +93,8 @@ TEST(IniSave, NamesTemporaryFiles) {
                                    {"C:vykel.ini", "C:vykel.ini.TMP", "C:ini$$7.TMP"},
                                    {"C:\\dir\\x.TMP", "C:\\dir\\x.TMP.TMP", "C:\\dir\\ini$$7.TMP"},
                                    {"C:\\dir\\x.tmp", "C:\\dir\\x.TMP", "C:\\dir\\ini$$7.TMP"},
-                                   {"/x.y.", "/x.y.TMP", "/ini$$7.TMP"}};
+                                   {"/x.y.", "/x.y.TMP", "/ini$$7.TMP"},
+                                   {"", ".TMP", "ini$$7.TMP"}};
     for (const auto& [target, byExtension, byPattern] : rows) {
         EXPECT_STREQ(nameTempByExtension(target).get(), byExtension);
         EXPECT_STREQ(nameTempByPattern(target, 7).get(), byPattern);
@@ -166,6 +168,10 @@ TEST(IniSave, FailsWithoutAFolderAndWithoutAName) {
     EXPECT_FALSE(fs::exists(folder.file()));
     fs::remove(folder.path("ini$$999.TMP"));
     EXPECT_EQ(save(document, folder.file()), 0);
+    // Of a key that is too long and a write that fails, the failure is reported.
+    ASSERT_EQ(setIniValue(&document, "a", std::string(80, 'k').c_str(), "v", 0), 1);
+    const vybase::FileStream readOnly(std::fopen(folder.file().string().c_str(), "rb"));
+    EXPECT_EQ(writeIni(&document, readOnly.get()), IniWriteFailed);
 }
 
 } // namespace

@@ -1,4 +1,5 @@
 #include "errors/Exception.h"
+#include "pellumkelddk/shared/Common.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "support/Machine.h"
 #include "support/OwnedStatus.h"
@@ -160,6 +161,42 @@ TEST(OnceInitializer, RunsOnceWhicheverThreadComesFirst) {
     once.run(&status[1]);
     other.join();
     EXPECT_EQ(runs, 1);
+}
+
+TEST(CriticalSection, IsLeftOnceAndIsNotSetUpAfterAnError) {
+    static int runs = 0;
+    vykel::StatusBlock status = vykel::makeStatusBlock();
+    vyplat::CriticalSection section;
+    section.initialize(&status);
+    {
+        vyplat::CriticalSectionGuard guard(&section);
+        guard.leave();
+        std::thread([&] { const vyplat::CriticalSectionGuard other(&section); }).join();
+    }
+    section.destroy();
+    section.destroy(); // ends it only once
+    status.code = -1;
+    vyplat::OnceInitializer once([](vykel::StatusBlock*) { ++runs; }, [] { ++runs; });
+    once.run(&status);
+    section.initialize(&status);
+    section.destroy();
+    EXPECT_EQ(status.code, -1);
+    EXPECT_EQ(runs, 0);
+}
+
+TEST(Buffers, RefuseMoreThanThereCanBe) {
+    const volatile std::size_t all = SIZE_MAX; // the compiler must not know it: it would warn
+    OwnedStatus refused[2];
+    vysys::Utf16String text;
+    vysys::Utf8Vector bytes;
+    EXPECT_FALSE(text.resize(all / 2, refused[0]));
+    bytes.append("abc", 3, refused[1]);
+    bytes.append("", all - 1, refused[1]);
+    EXPECT_EQ(bytes.end() - bytes.begin(), 3);
+    for (const OwnedStatus& status : refused)
+        EXPECT_EQ(status.code, toInteger(StatusCode::MemoryFull));
+    EXPECT_EQ(vykel::toCount32(UINT32_MAX), UINT32_MAX);
+    EXPECT_THROW(vykel::toCount32(std::size_t{1} << 32), std::invalid_argument);
 }
 
 } // namespace

@@ -5,10 +5,12 @@
 #include "vykel/IDevice.h"
 #include <list>
 #include <string>
+#include <utility>
 
 namespace vykeltest {
 
-/// A device in memory that writes down what it is asked.
+/// A device in memory that writes down what it is asked. One with the token "null" has none; one with the
+/// token "fades" takes no alias after it was asked for its alias once.
 class LegacyDevice : public vykel::IDevice {
 public:
     LegacyDevice(std::uint32_t deviceNumber, const char* deviceAlias, std::string deviceToken = "")
@@ -19,7 +21,7 @@ public:
     std::int32_t getVersion() override { return 0; }
     const char* getPersistentToken(std::uint32_t format) override {
         calls += 't' + std::to_string(format);
-        return token.c_str();
+        return token != "null" ? token.c_str() : nullptr;
     }
     std::uint32_t getSortKey() override { return 0; }
     void setNumber(std::uint32_t given, vykel::StatusBlock*) override { number = given; }
@@ -29,7 +31,8 @@ public:
     }
     const char* getAlias() override {
         calls += 'a';
-        return takesAlias ? alias.c_str() : nullptr;
+        const bool answers = std::exchange(takesAlias, takesAlias && token != "fades"); // after one answer
+        return answers ? alias.c_str() : nullptr;
     }
     void setAlias(const char* text, std::int32_t one, std::int32_t zero,
                   vykel::StatusBlock* status) override {

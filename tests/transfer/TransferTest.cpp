@@ -71,6 +71,8 @@ const std::vector<Row>& rows() {
         {"[Aliases]\nOne=KEL0\nTwo=KEL0\nOld=KEL9\n",
          {{0, "", "", "Two", "nanaS"}},
          "[Aliases]\nOne=KEL0\nOld=KEL9\n"},
+        // A device that takes none any more when its turn comes costs the entry.
+        {"[Aliases]\nA=KEL0\nB=KEL1\n", {{0, "", "fades", "", "nana"}}, "[Aliases]\nB=KEL1\n"},
         // Resource names are exact.
         {"[Aliases]\nA=kel0\nB=KEL00\nC=\"KEL0 \"\n", {{0, "", "", "", "nan"}}, "="},
         // An alias is taken as it stands, not decoded; comments and bad lines are not kept.
@@ -87,6 +89,7 @@ const std::vector<Row>& rows() {
         version("14", "7", "nat1aS"),
         version("14", "6", "nanaS"),
         version("14", "8", "nanaS"),
+        version("13", "7", "nanaS"),
         version("+16", "9", "nat2aS"),
         version("-15", "0", "nanaS"),
         version("4294967296", "0", "nanaS"),
@@ -101,6 +104,8 @@ const std::vector<Row>& rows() {
          v15 + "[Tail]\nx=1\n" + record(0, "Red", "T1") + record(1, "Green", "T2", "False")},
         // Nothing consumed: nothing written, though reading took the records out.
         {v15 + record(0, "Green", "T2", "False"), {{6, "", "T2", "", "nat2"}}, "="},
+        // A device without a token finds nothing.
+        {v15 + record(0, "A", "null"), {{0, "", "null", "", "nat2"}}, "="},
         // Reading ends at the first gap.
         {v15 + record(0, "A", "T0") + record(2, "B", "T2"),
          {{0, "", "T0", "A", "nat2aS"}, {1, "", "T2", "", "nat2"}},
