@@ -23,15 +23,6 @@ inline std::string readText(const fs::path& path) {
     return replaced(readFile(path), "\r", "");
 }
 
-/// A path as an argument of the tool, and a blank.
-inline std::string argument(const fs::path& path) {
-    return '"' + path.string() + "\" ";
-}
-
-inline fs::path builtLibrary(const std::string& name) {
-    return programFolder() / (name + pluginExtension);
-}
-
 inline void expectPart(const std::string& text, const std::string& part) {
     EXPECT_NE(text.find(part), std::string::npos) << part << "\n--- is not in:\n" << text;
 }
@@ -40,7 +31,7 @@ inline void expectPart(const std::string& text, const std::string& part) {
 class ToolTest : public testing::Test {
 protected:
     ToolTest() {
-        setEnvironment("VYKEL_ZOO_STATE", state.string());
+        setEnvironment("VYKEL_ZOO_STATE", (folder / "state").string());
         breakRule("none");
     }
 
@@ -57,12 +48,6 @@ protected:
         return text + "= " + std::to_string(result.exitCode);
     }
 
-    static Json runJson(const std::string& arguments, int exitCode) {
-        const ProgramResult result = runProgram("vykeldev", arguments + " --json");
-        EXPECT_EQ(result.exitCode, exitCode) << result.output;
-        return Json::parse(result.output, nullptr, false);
-    }
-
     /// The devices that a copy of the sample plug-in lists, changed in one step.
     void setDevices(const std::string& plugin, const std::string& devices) const {
         writeFile(folder / "next", devices);
@@ -71,8 +56,6 @@ protected:
 
     Machine machine;
     const fs::path folder = machine.folder();
-    const fs::path configuration = machine.configurationFolder();
-    const fs::path state = folder / "state"; ///< of the zoo
 };
 
 } // namespace vykeltest
