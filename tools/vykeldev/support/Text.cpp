@@ -5,7 +5,7 @@
 namespace vykeldev {
 
 ConversionError::ConversionError(DWORD systemError)
-    : std::runtime_error("the system cannot convert a text from UTF-8 to UTF-16: system error " +
+    : std::runtime_error("the system cannot convert a text between UTF-8 and UTF-16: system error " +
                          std::to_string(systemError)),
       code(systemError) {}
 
@@ -26,9 +26,9 @@ std::string toUtf8(const WideString& wideText) {
     const int size = static_cast<int>(wideText.size());
     const int length = WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, nullptr, 0, nullptr, nullptr);
     std::string utf8(static_cast<std::size_t>(length), '\0');
-    if (WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, utf8.data(), length, nullptr, nullptr) !=
-        length)
-        utf8.clear(); // the system cannot convert: no text rather than one of zeros
+    if (length == 0 ||
+        WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, utf8.data(), length, nullptr, nullptr) == 0)
+        throw ConversionError(GetLastError());
     return utf8;
 }
 

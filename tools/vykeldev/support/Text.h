@@ -21,8 +21,8 @@ public:
     const DWORD code; ///< The system's error.
 };
 
-/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. toWide throws ConversionError: as
-/// a name in the registry, an empty text would mean the parent of what is meant.
+/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. Both throw ConversionError: as a
+/// name in the registry, an empty text would mean the parent of what is meant.
 WideString toWide(std::string_view utf8);
 std::string toUtf8(const WideString& wide);
 
