@@ -89,7 +89,7 @@ TEST_F(PluginLoadingTest, ReportsItsOwnFailuresAndUnloadsOnce) {
     for (const auto& [call, answer, step, code, line] : cases) {
         plugins.answers = {{call, answer}};
         vykel::StatusBlock status = vykel::makeStatusBlock();
-        whileUnwinding([&] { vyerr::runGuarded(&status, {"", 0}, step); });
+        whileUnwinding([&, &work = step] { vyerr::runGuarded(&status, {"", 0}, work); });
         EXPECT_EQ(status.code, code) << line;
         EXPECT_EQ(status.line, line);
     }
