@@ -9,7 +9,7 @@ COMMANDS = (("vykeldev", "aliases", "--json"), ("proof_client", "life"), ("vykel
             ("vykeldev", "aliases", "--json"))
 
 
-def _outcome(machine: Machine, scenario: dict[str, str]) -> list[object]:
+def _outcome(machine: Machine, scenario: dict[str, str]) -> list[tuple[object, ...]]:
     """The exit codes and outputs of the commands, and the files after them."""
     machine.reset(0, "number")
     machine.ini.unlink()
@@ -17,7 +17,7 @@ def _outcome(machine: Machine, scenario: dict[str, str]) -> list[object]:
         machine.library(plugin).with_suffix(".devices").write_bytes(scenario[plugin].encode())
     if "legacy" in scenario:
         machine.ini.write_bytes(scenario["legacy"].encode())
-    outcome: list[object] = []
+    outcome: list[tuple[object, ...]] = []
     for command in COMMANDS:
         ended = machine.run(*command)
         outcome.append((" ".join(command), ended.returncode, ended.stdout))

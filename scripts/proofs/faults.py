@@ -106,7 +106,9 @@ def tool(row: Row, full: bool) -> None:
                 ("register", "left", "PATH"))
     made = [_Command(arguments, LAYOUTS[i % 2]) for i, arguments in enumerate(commands)]
     with ThreadPoolExecutor(2) as pool:
-        list(pool.map(lambda command: command.walk(ERRORS if full else (0,), 1 if full else 7), made))
+        walks = [pool.submit(command.walk, ERRORS if full else (0,), 1 if full else 7) for command in made]
+    for walk in walks:
+        walk.result()
     row.failures += [failure for command in made for failure in command.failures]
     row.ran = f"{sum(command.points for command in made)} runs in which a call failed: " + ", ".join(
         f"{command.points} of {command.name}" for command in made)

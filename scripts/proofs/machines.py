@@ -15,6 +15,7 @@ class Machine:
     """A machine with the plug-ins left and right. Each build has another kind of machine."""
 
     build: Path
+    root: Path
     suffix: str
     drive: Path
     plugins = ("left", "right")
@@ -29,17 +30,18 @@ class Machine:
     def environment(self) -> dict[str, str]:
         return {}
 
-    def run(self, program: str, *arguments: str, timeout: float = 600, **variables: str) -> subprocess.CompletedProcess:
+    def run(self, program: str, *arguments: str, timeout: float = 600,
+            **variables: str) -> "subprocess.CompletedProcess[str]":
         """Runs a built program to its end; its output is text without carriage returns."""
+        command = self.command(program) + list(arguments)
         ended = subprocess.run(
-            self.command(program) + list(arguments), capture_output=True, timeout=timeout, stdin=subprocess.DEVNULL,
-            cwd=WORK, env={**os.environ, **self.environment(), **variables})
-        ended.stdout = ended.stdout.decode().replace("\r", "")
-        ended.stderr = ended.stderr.decode().replace("\r", "")
-        return ended
+            command, capture_output=True, timeout=timeout, stdin=subprocess.DEVNULL, cwd=WORK, check=False,
+            env={**os.environ, **self.environment(), **variables})
+        out, error = (text.decode().replace("\r", "") for text in (ended.stdout, ended.stderr))
+        return subprocess.CompletedProcess(command, ended.returncode, out, error)
 
     def must(self, program: str, *arguments: str, **variables: str) -> str:
-        ended = self.run(program, *arguments, **variables)
+        ended = self.run(program, *arguments, timeout=600, **variables)
         if ended.returncode != 0:
             raise RuntimeError(f"{program} {' '.join(arguments)}: {ended.returncode} {ended.stdout}{ended.stderr}")
         return ended.stdout
