@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cctype>
 #include <chrono>
+#include <functional>
 #include <future>
 #include <map>
 #include <optional>
@@ -166,6 +167,14 @@ DWORD rightsSize([[maybe_unused]] const fs::path& folder) {
     return size;
 }
 
+/// A file that this process has locked.
+struct LockedFile {
+    explicit LockedFile(const fs::path& path) : stream(vykel::openLockFile(path.string().c_str())) {
+        vyfile::FileLockImpl(stream.get()).lock(); // until the stream ends
+    }
+    vykel::FileStream stream;
+};
+
 class ScenarioTest : public ToolTest, public testing::WithParamInterface<Scenario> {
 protected:
     ScenarioTest() { fs::current_path(folder); }
@@ -183,53 +192,34 @@ protected:
         words >> name >> other >> third;
         const fs::path path = folder / fs::u8path(name);
         const std::string text = expanded(step.text, folder.string());
-        if (step.action == "$")
-            runCommand("vykeldev", step, text);
-        else if (step.action == "sh")
-            runCommand("/bin/sh", step, text);
-        else if (step.action == "json")
-            expectJson(step, text);
-        else if (step.action == "unchanged")
-            EXPECT_EQ(within(path, files()), within(path, before));
-        else if (step.action == "install")
-            machine.install(name, other);
-        else if (step.action == "copy")
-            machine.copyLibrary(name, other);
-        else if (step.action == "registry")
-            setValue(name, other, third == "cut", text.substr(0, text.size() - 1));
-        else if (step.action == "patch")
-            writeFile(path, replaced(readFile(path), other, third));
-        else if (step.action == "resize")
-            fs::resize_file(path, std::stoul(other));
-        else if (step.action == "link")
-            fs::create_hard_link(path, folder / other);
-        else if (step.action == "devices")
-            setDevices(name, text);
-        else if (step.action == "zoo")
-            breakRule(name);
-        else if (step.action == "write")
-            writeFile(path, other == "cut" ? text.substr(0, text.size() - 1) : text);
-        else if (step.action == "holds")
-            EXPECT_EQ(readText(path), text);
-        else if (step.action == "absent")
-            EXPECT_FALSE(fs::exists(path));
-        else if (step.action == "mkdir")
-            fs::create_directories(path);
-        else if (step.action == "remove")
-            EXPECT_GT(fs::remove_all(path), 0u);
-        else if (step.action == "restricted")
-            EXPECT_LT(rightsSize(path), rightsSize(path.parent_path())); // Wine keeps no more of them
-        else if (step.action == "key")
-            machine.setPluginsKey(name == "there");
-        else if (step.action == "data")
-            machine.setFolderName(machine.folderName() + '\\' + name);
-        else if (step.action == "lock") {
-            locked = vykel::openLockFile(path.string().c_str());
-            vyfile::FileLockImpl(locked.get()).lock(); // until the stream ends
-        } else if (step.action == "set")
-            setEnvironment(variables.emplace_back(name).c_str(), other);
-        else
-            ADD_FAILURE() << "there is no step '" << step.action << "'";
+        const std::string cut = text.substr(0, text.size() - (text.empty() ? 0 : 1));
+        const std::map<std::string, std::function<void()>> actions = {
+            {"$", [&] { runCommand("vykeldev", step, text); }},
+            {"sh", [&] { runCommand("/bin/sh", step, text); }},
+            {"json", [&] { expectJson(step, text); }},
+            {"unchanged", [&] { EXPECT_EQ(within(path, files()), within(path, before)); }},
+            {"install", [&] { machine.install(name, other); }},
+            {"copy", [&] { machine.copyLibrary(name, other); }},
+            {"registry", [&] { setValue(name, other, third == "cut", cut); }},
+            {"patch", [&] { writeFile(path, replaced(readFile(path), other, third)); }},
+            {"resize", [&] { fs::resize_file(path, std::stoul(other)); }},
+            {"link", [&] { fs::create_hard_link(path, folder / other); }},
+            {"devices", [&] { setDevices(name, text); }},
+            {"zoo", [&] { breakRule(name); }},
+            {"write", [&] { writeFile(path, other == "cut" ? cut : text); }},
+            {"holds", [&] { EXPECT_EQ(readText(path), text); }},
+            {"absent", [&] { EXPECT_FALSE(fs::exists(path)); }},
+            {"mkdir", [&] { fs::create_directories(path); }},
+            {"remove", [&] { EXPECT_GT(fs::remove_all(path), 0u); }},
+            // Wine keeps of the rights only that they are fewer than those of the folder above.
+            {"restricted", [&] { EXPECT_LT(rightsSize(path), rightsSize(path.parent_path())); }},
+            {"key", [&] { machine.setPluginsKey(name == "there"); }},
+            {"data", [&] { machine.setFolderName(machine.folderName() + '\\' + name); }},
+            {"lock", [&] { locked.emplace(path); }},
+            {"set", [&] { setEnvironment(variables.emplace_back(name).c_str(), other); }}};
+        const auto found = actions.find(step.action);
+        ASSERT_TRUE(found != actions.end()) << "there is no such step";
+        found->second();
     }
 
     Files files() const {
@@ -294,7 +284,7 @@ protected:
 
     Files before;       ///< the last command
     std::string output; ///< of the last command
-    vykel::FileStream locked;
+    std::optional<LockedFile> locked;
     std::vector<std::string> variables; ///< that the scenario set
 };
 
