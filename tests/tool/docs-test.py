@@ -8,9 +8,11 @@
 # - finds in these blocks what only one of cmd and PowerShell 5 understands, and every block that does not say its kind;
 # - finds every block after a comment <!-- from FILE --> word for word in that file; compiles every other ```cpp block,
 #   and checks those that are plug-ins;
+# - reads every ```json block;
 # - asks the tool for the help of every `vykeldev COMMAND` and for each of its `--option`s.
 # ctest sets CXX.
 
+import json
 import os
 import re
 import shutil
@@ -77,12 +79,14 @@ def try_document(name, text):
     if re.search(r"```|\n\n    ", block.sub("", text)):
         yield "has a block without fences around it"
     for note, kind, code in block.findall(text):
-        if kind not in ("cmd", "cmake", "cpp", "ini", "python", "text"):
+        if kind not in ("cmd", "cmake", "cpp", "ini", "json", "python", "text"):
             yield f"has a block of no known kind: {code}"
         if note.startswith("from ") and code not in (source / note[5:]).read_text():
             yield f"shows another {note[5:]}"
         if kind == "cpp":
             yield from try_program(code)
+        elif kind == "json":
+            json.loads(code)
         elif kind == "cmd":
             yield from (f"has '{found}': {why}" for form, why in differences.items()
                         for found in filter(re.compile(form).search, code.splitlines()))
