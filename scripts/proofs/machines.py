@@ -112,15 +112,17 @@ class HostMachine(Machine):
     """The host build over winhost: the machine is a folder."""
 
     suffix = ".so"
+    preset = "host"  # of the build to prove
 
-    def __init__(self, name: str, build: str = "host"):
-        self.build = ROOT / "build" / build
+    def __init__(self, name: str, build: str = ""):
+        self.build = ROOT / "build" / (build or self.preset)
         self.root = WORK / name
         shutil.rmtree(self.root, ignore_errors=True)
         self.drive = self.root / "c"
 
     def command(self, program: str) -> list[str]:
-        return [str(self.build / program)]
+        # A machine of another build needs the tool only to be prepared.
+        return [str((ROOT / "build" / self.preset if program == "vykeldev" else self.build) / program)]
 
     def environment(self) -> dict[str, str]:
         return {"WINHOST_ROOT": str(self.root)}

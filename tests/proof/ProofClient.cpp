@@ -17,6 +17,9 @@
 #ifndef _WIN32
 #include <csignal>
 #include <malloc.h>
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/allocator_interface.h>
+#endif
 #endif
 
 namespace {
@@ -88,7 +91,11 @@ void printUse() {
 #else
     const std::filesystem::directory_iterator open("/proc/self/fd");
     const auto handles = std::distance(begin(open), end(open));
+#ifdef __SANITIZE_ADDRESS__
+    const std::size_t bytes = __sanitizer_get_current_allocated_bytes();
+#else
     const std::size_t bytes = mallinfo2().uordblks;
+#endif
 #endif
     std::printf("%zu %ld\n", bytes, static_cast<long>(handles));
 }
