@@ -18,7 +18,7 @@
 #include <csignal>
 #include <malloc.h>
 #ifdef __SANITIZE_ADDRESS__
-#include <sanitizer/allocator_interface.h>
+extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // the compiler may lack its header
 #endif
 #endif
 

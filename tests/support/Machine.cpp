@@ -48,6 +48,7 @@ Machine::Machine() : id(machineId(owned)), root(enterMachine(id)) {
     if (!owned)
         return;
     setEnvironment(machineVariable, id);
+    fs::remove_all(fs::temp_directory_path() / id); // of a test that was killed and had this process number
     fs::create_directories(root.folder);
     setFolderName(root.name);
     setPluginsKey(true);
