@@ -78,7 +78,7 @@ def kills(row: Row, machine: Machine, count: int) -> None:
         duration = statistics.median(durations)
         moments: dict[str, list[float]] = {window: [] for window in WINDOWS}
         rounds = 0
-        while rounds < share or (rounds < 4 * share and min(map(len, moments.values())) < wanted):
+        while rounds < share or (rounds < 3 * share and min(map(len, moments.values())) < wanted):
             rounds += 1
             reset()
             moment = _moment(chance, duration, moments)
