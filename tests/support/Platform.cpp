@@ -93,15 +93,21 @@ std::filesystem::path programFolder() {
     return std::filesystem::path(path).parent_path();
 }
 
-ProgramResult runProgram(const std::string& name, const std::string& arguments) {
+std::future<ProgramResult> startProgram(const std::string& name, const std::string& arguments) {
     const std::string command = '"' + (programFolder() / (name + programExtension)).string() + "\" ";
-    ProgramResult result{-1, {}};
-    if (std::FILE* const pipe = popen(shellCommand(command + arguments).c_str(), PIPE_MODE)) {
-        for (int byte = std::getc(pipe); byte != EOF; byte = std::getc(pipe))
+    std::FILE* const pipe = popen(shellCommand(command + arguments).c_str(), PIPE_MODE);
+    return std::async(std::launch::async, [pipe] {
+        ProgramResult result{-1, {}};
+        for (int byte = 0; pipe != nullptr && (byte = std::getc(pipe)) != EOF;)
             result.output += static_cast<char>(byte);
-        result.exitCode = exitCodeOf(pclose(pipe));
-    }
-    return result;
+        if (pipe != nullptr)
+            result.exitCode = exitCodeOf(pclose(pipe));
+        return result;
+    });
+}
+
+ProgramResult runProgram(const std::string& name, const std::string& arguments) {
+    return startProgram(name, arguments).get();
 }
 
 } // namespace vykeltest

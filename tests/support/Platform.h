@@ -2,6 +2,7 @@
 #define TESTS_PLATFORM_H
 
 #include <filesystem>
+#include <future>
 #include <string>
 
 /// What the tests need of the system.
@@ -35,8 +36,10 @@ struct ProgramResult {
     int exitCode;       ///< -1: it could not be started, or was killed
     std::string output; ///< its standard output
 };
-/// Runs a built program to its end. `arguments` are quoted as for a shell; standard error is that of this
-/// program.
+/// Starts a built program. `arguments` are quoted as for a shell; standard error is that of this program. On
+/// Windows the program inherits the files that this one has open just then.
+std::future<ProgramResult> startProgram(const std::string& name, const std::string& arguments);
+/// Runs a built program to its end.
 ProgramResult runProgram(const std::string& name, const std::string& arguments);
 
 } // namespace vykeltest

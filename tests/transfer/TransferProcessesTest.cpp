@@ -146,25 +146,27 @@ const std::map<std::string, int (*)()> roles = {
                                                          return SharedMachine().transfer() == success ? 0 : 1;
                                                      }}};
 
-/// Starts children in that role; each result is the exit code.
-std::vector<std::future<int>> startRoles(const std::string& name, std::size_t count = slices) {
-    std::vector<std::future<int>> children(count);
-    for (std::future<int>& child : children)
-        child = std::async(std::launch::async, [=] { return runProgram("transfer_tests", name).exitCode; });
+using Children = std::vector<std::future<ProgramResult>>;
+
+/// Starts children in that role, before this process opens a file that they would keep open.
+Children startRoles(const std::string& name, std::size_t count = slices) {
+    Children children(count);
+    for (auto& child : children)
+        child = startProgram("transfer_tests", name);
     return children;
 }
 
 TEST(TransferProcesses, RivalsGiveEachAliasOnceAndReadersSeeWholeFiles) {
     const SharedMachine shared;
     shared.reset();
-    auto rivals = startRoles("rival");
-    for (std::future<int>& child : rivals) {
+    Children rivals = startRoles("rival");
+    for (auto& child : rivals) {
         while (child.wait_for(milliseconds(3)) != std::future_status::ready) {
             const std::string text = readFile(shared.iniFile); // empty: it could not be opened just then
             EXPECT_EQ(text.compare(0, 9, text.empty() ? "" : "[General]"), 0) << text;
             EXPECT_EQ(text.empty(), text.find("whole=1") == std::string::npos) << text;
         }
-        EXPECT_EQ(child.get(), 0);
+        EXPECT_EQ(child.get().exitCode, 0);
     }
     EXPECT_EQ(readFile(shared.iniFile), shared.after);
     EXPECT_EQ(linesOf(shared.aliases), shared.eachOnce);
@@ -172,9 +174,9 @@ TEST(TransferProcesses, RivalsGiveEachAliasOnceAndReadersSeeWholeFiles) {
 
 TEST(TransferProcesses, RivalsGiveEachNumberOnce) {
     const SharedMachine shared;
-    auto numberers = startRoles("numberer", shared.proof ? 2 * slices : slices);
+    Children numberers = startRoles("numberer", shared.proof ? 2 * slices : slices);
     const auto killed = std::count_if(numberers.begin(), numberers.end(),
-                                      [](std::future<int>& child) { return child.get() != 0; });
+                                      [](auto& child) { return child.get().exitCode != 0; });
     EXPECT_TRUE(killed == 0 || shared.proof);
     std::printf("killed: %d\n", static_cast<int>(killed));
     const Lines numbers = linesOf(shared.numbers);
@@ -192,7 +194,7 @@ TEST(TransferProcesses, KilledAtEveryStepLosesNothing) {
         SCOPED_TRACE(++step);
         shared.reset();
         setEnvironment("WINHOST_FAULT", "Any:" + std::to_string(step) + ":kill");
-        exitCode = startRoles("transferOnce", 1).front().get();
+        exitCode = startRoles("transferOnce", 1).front().get().exitCode;
         setEnvironment("WINHOST_FAULT", "");
         const std::string text = readFile(shared.iniFile);
         ASSERT_TRUE(text == shared.before || text == shared.after) << text;
