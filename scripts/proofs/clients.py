@@ -24,88 +24,122 @@ def lives(row: Row, machine: Machine, count: int) -> None:
     row.expect(handles - floor_handles < 10, "handles grow")
 
 
-def _window(machine: Machine, before: bytes, devices: int, given: int) -> str:
-    """What the killed process was doing, by what it left."""
-    numbers, aliases = machine.kept()
-    if machine.ini.read_bytes() != before:
-        return "afterwards"
-    if len(aliases) == given:
-        return "saving"
-    if aliases:
-        return "handing over"
-    if len(numbers) == devices:
-        return "between"
-    return "numbering" if numbers else "before"
-
-
 WINDOWS = ("numbering", "handing over", "saving")
+STAGES = ("before", "numbering", "between", "handing over", "saving", "afterwards", "not killed")  # of a life, in order
 
 
-def _moment(chance: random.Random, duration: float, moments: dict[str, list[float]]) -> float:
-    """When to kill next: at any moment, or every other time about when a kill met the window that was met least."""
-    rarest = moments[min(WINDOWS, key=lambda window: len(moments[window]))]
-    if chance.random() < 0.5:
-        return duration * chance.uniform(0, 1.2)
-    if not rarest:
-        return duration * chance.random() ** 3  # the numbering is short and early
-    return chance.choice(rarest) * chance.uniform(0.9, 1.1)
+class _Victims:
+    """Clients on a machine with one layout of the legacy file, which are killed."""
+
+    each, every = 100, 20  # giving an alias takes longest: the plug-in flushes it to the disk
+
+    def __init__(self, row: Row, machine: Machine, layout: str):
+        self.row = row
+        self.machine = machine
+        self.layout = layout
+        self.moments: dict[str, list[float]] = {stage: [] for stage in STAGES}  # of the kills, by what they met
+        self.half_files = 0
+        self.durations: list[float] = []
+        for _ in range(9):
+            self.live()
+        self.before = self.reset()
+        self.expected = machine.run("proof_client", "life").stdout
+        self.after = machine.ini.read_bytes()
+        self.numbers, self.aliases = machine.kept()
+        row.expect(self.expected.endswith("code 0\n") and self.before != self.after,
+                   "the life that is not killed: " + self.expected)
+        row.expect(sorted(self.numbers.values()) == list(range(2 * self.each)) and
+                   len(self.aliases) == 2 * self.each // self.every, "not all was done")
+
+    def reset(self) -> bytes:
+        self.machine.reset(self.each, self.layout, every=self.every)
+        return self.machine.ini.read_bytes()
+
+    def live(self) -> None:
+        """A life that is not killed, to see how long one takes now: the machine may do other work in between."""
+        self.reset()
+        self.durations.append(float(self.machine.run("proof_client", "life").stderr))
+
+    def least(self) -> int:
+        """The number of kills in the window that was met least."""
+        return min(len(self.moments[window]) for window in WINDOWS)
+
+    def moment(self, chance: random.Random) -> float:
+        """When to kill next: at any moment, or every other time about when the window that was met least must be."""
+        duration = statistics.median(self.durations[-5:])
+        rarest = min(WINDOWS, key=lambda window: len(self.moments[window]))
+        if chance.random() < 0.5:
+            return duration * chance.uniform(0, 1.2)
+        if self.moments[rarest]:
+            return chance.choice(self.moments[rarest]) * chance.uniform(0.9, 1.1)
+        # No kill met it yet. It lies after nearly all that came too early and before nearly all that came too late.
+        place = STAGES.index(rarest)
+        early = sorted(moment for stage in STAGES[:place] for moment in self.moments[stage]) or [0]
+        late = sorted(moment for stage in STAGES[place + 1:] for moment in self.moments[stage]) or [duration]
+        return chance.uniform(early[len(early) * 19 // 20], late[len(late) // 20])
+
+    def window(self) -> str:
+        """What the killed process was doing, by what it left."""
+        numbers, aliases = self.machine.kept()
+        if self.machine.ini.read_bytes() != self.before:
+            return "afterwards"
+        if len(aliases) == len(self.aliases):
+            return "saving"
+        if aliases:
+            return "handing over"
+        if len(numbers) == len(self.numbers):
+            return "between"
+        return "numbering" if numbers else "before"
+
+    def kill(self, moment: float) -> None:
+        """Kills a client so many microseconds after its start. Nothing is lost, and the next one finishes."""
+        self.reset()
+        ended = self.machine.run("proof_client", "life", str(int(moment)))
+        if ended.returncode == 0:
+            self.moments["not killed"].append(moment)
+            return
+        expect, machine = self.row.expect, self.machine
+        expect(ended.returncode in (-9, 9), f"ended with {ended.returncode}: {ended.stderr}")
+        window = self.window()
+        self.moments[window].append(moment)
+        temporary = machine.folder / "vykel.TMP"
+        self.half_files += temporary.exists()
+        left, given = machine.kept()
+        text = machine.ini.read_bytes()
+        expect(text in (self.before, self.after), f"half a file after {window}")
+        expect(text == self.before or given == self.aliases, "aliases are neither in the file nor with the devices")
+        expect(left.items() <= self.numbers.items(), f"other numbers: {left}")
+        next_one = machine.run("proof_client", "life")
+        expect(next_one.stdout == self.expected, f"after a kill while {window}: {next_one.stdout}")
+        expect(machine.ini.read_bytes() == self.after, f"the file after a kill while {window}")
+        expect(machine.kept() == (self.numbers, self.aliases), f"what is kept after a kill while {window}")
+        expect(not temporary.exists(), "vykel.TMP stays")
 
 
 def kills(row: Row, machine: Machine, count: int) -> None:
     """A client that is killed at any moment loses nothing, and the next one finishes."""
-    each, every = 100, 20  # giving an alias takes longest: the plug-in flushes it to the disk
-    devices, entries = 2 * each, 2 * each // every
     machine.prepare()
-    hits: dict[str, int] = {}
-    half_files = 0
     share = count // len(LAYOUTS)
     wanted = max(1, share // 100)  # kills in each window, if need be by more rounds
     chance = random.Random(1)
+    made = []
     for layout in LAYOUTS:
-        def reset() -> bytes:
-            machine.reset(each, layout, every=every)
-            return machine.ini.read_bytes()
-
-        durations = []
-        for _ in range(9):
-            before = reset()
-            whole = machine.run("proof_client", "life")
-            durations.append(float(whole.stderr))
-        expected, after = whole.stdout, machine.ini.read_bytes()
-        row.expect(expected.endswith("code 0\n") and before != after, "the life that is not killed: " + expected)
-        numbers, aliases = machine.kept()
-        row.expect(sorted(numbers.values()) == list(range(devices)) and len(aliases) == entries, "not all was done")
-        duration = statistics.median(durations)
-        moments: dict[str, list[float]] = {window: [] for window in WINDOWS}
+        victims = _Victims(row, machine, layout)
+        made.append(victims)
         rounds = 0
-        while rounds < share or (rounds < 3 * share and min(map(len, moments.values())) < wanted):
+        while rounds < share or (rounds < 10 * share and victims.least() < wanted):
             rounds += 1
-            reset()
-            moment = _moment(chance, duration, moments)
-            ended = machine.run("proof_client", "life", str(int(moment)))
-            if ended.returncode == 0:
-                hits["not killed"] = hits.get("not killed", 0) + 1
-                continue
-            row.expect(ended.returncode in (-9, 9), f"ended with {ended.returncode}: {ended.stderr}")
-            window = _window(machine, before, devices, entries)
-            hits[window] = hits.get(window, 0) + 1
-            moments.get(window, []).append(moment)
-            half_files += machine.folder.joinpath("vykel.TMP").exists()
-            left, given = machine.kept()
-            text = machine.ini.read_bytes()
-            row.expect(text in (before, after), f"half a file after {window}")
-            row.expect(text == before or given == aliases, "aliases are neither in the file nor with the devices")
-            row.expect(left.items() <= numbers.items(), f"other numbers: {left}")
-            next_one = machine.run("proof_client", "life")
-            row.expect(next_one.stdout == expected, f"after a kill while {window}: {next_one.stdout}")
-            row.expect(machine.ini.read_bytes() == after, f"the file after a kill while {window}")
-            row.expect(machine.kept() == (numbers, aliases), f"what is kept after a kill while {window}")
-            row.expect(not machine.folder.joinpath("vykel.TMP").exists(), "vykel.TMP stays")
-    killed = sum(hits.values()) - hits.get("not killed", 0)
+            if rounds % 10 == 0:
+                victims.live()
+            victims.kill(victims.moment(chance))
+        for window in WINDOWS:
+            met = len(victims.moments[window])
+            row.expect(met >= wanted, f"only {met} kills while {window}, with aliases by {layout}")
+    hits = {stage: sum(len(each.moments[stage]) for each in made) for stage in STAGES}
+    killed = sum(hits.values()) - hits["not killed"]
     row.ran = f"{killed} of {sum(hits.values())} killed: " + ", ".join(
-        f"{hits.get(name, 0)} {name}" for name in (*WINDOWS, "afterwards")) + f"; {half_files} left a vykel.TMP"
-    for window in WINDOWS:
-        row.expect(hits.get(window, 0) >= len(LAYOUTS) * wanted, f"only {hits.get(window, 0)} kills while {window}")
+        f"{hits[name]} {name}" for name in (*WINDOWS, "afterwards")) + (
+        f"; {sum(each.half_files for each in made)} left a vykel.TMP")
     row.expect(killed >= count // 2, "too few were killed")
 
 
