@@ -4,6 +4,7 @@
 
 #include "vykel/PluginEntryPoints.h"
 #include "vykel/StatusCodes.h"
+#include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
@@ -72,7 +73,7 @@ struct State {
 };
 
 State remembered; // by this process
-std::uint32_t listsMade = 0;
+std::atomic<std::uint32_t> listsMade{0};
 std::thread::id firstThread;
 
 struct Device final : vykel::IDevice {
@@ -80,10 +81,10 @@ struct Device final : vykel::IDevice {
 
     std::int32_t getVersion() override { return 2; }
     const char* getPersistentToken(std::uint32_t format) override {
-        static unsigned calls = 0;
+        static std::atomic<unsigned> calls{0};
         static const unsigned process = std::random_device()();
         static std::string shared;
-        static int reads = 0;
+        static std::atomic<int> reads{0};
         if (has("throws_controls") && (format == 1 || ++reads > 2)) // in format 2 after one reading
             throw std::runtime_error(controls);
         std::string& text = has("one_buffer") ? shared : token;
@@ -95,7 +96,7 @@ struct Device final : vykel::IDevice {
                std::to_string(part) + "/device " + std::to_string(has("one_token") ? 0 : index);
         return has("null_token") && format == 2 ? nullptr : text.c_str();
     }
-    std::uint32_t getSortKey() override { return has("counts_lists") ? listsMade : 0; }
+    std::uint32_t getSortKey() override { return has("counts_lists") ? listsMade.load() : 0; }
     void setNumber(std::uint32_t number, StatusBlock* status) override {
         if (has("refuses_numbers"))
             fail(status, StatusCode::GeneralFault);
@@ -145,7 +146,7 @@ struct List final : vykel::IDeviceList {
         return shown == 0 || has("always_stale");
     }
     void refresh(StatusBlock* status) override {
-        static int refreshes = 0;
+        static std::atomic<int> refreshes{0};
         if (has("prints"))
             std::puts("{");
         crashIf(has("crashes_refreshing"));
@@ -194,7 +195,7 @@ struct List final : vykel::IDeviceList {
         return &devices[0];
     }
     void release() override {
-        static int releases = 0;
+        static std::atomic<int> releases{0};
         crashIf(has("crashes_releasing") || (has("crashes_attached") && !attached.empty()));
         crashIf(has("leaks_handles") && ++releases % 8 == 0 &&
                 dup(1) < 0); // a process may have 1,024 of them
