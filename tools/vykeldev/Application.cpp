@@ -1,5 +1,6 @@
 #include "Application.h"
 
+#include "aliases/PreviewTask.h"
 #include "check/StageRun.h"
 #include "commands/Commands.h"
 #include "commands/DeviceTask.h"
@@ -116,7 +117,8 @@ int runApplication(const std::vector<std::string>& arguments) noexcept {
     const Console console;
     Context context{"", console.colourOnOutput};
     try {
-        if (runRequestedTask(arguments, {&check::checkRuleTask, &deviceTask, &doctor::probeTask}))
+        if (runRequestedTask(arguments,
+                             {&aliases::previewTask, &check::checkRuleTask, &deviceTask, &doctor::probeTask}))
             return toInteger(ExitCode::Success);
         return runParsed(arguments, context);
     } catch (...) {

@@ -1,174 +1,124 @@
-#include "aliases/Preview.h"
+#include "aliases/PreviewTask.h"
+#include "AliasRecords.h"
 #include "commands/Commands.h"
-#include "ConfigurationFolder.h"
 #include "doctor/Cause.h"
-#include "errors/Exception.h"
-#include "pellumkelddk/user/FileLock.h"
-#include "platform/System.h"
-#include "support/BoundedLock.h"
 #include "support/DisplayText.h"
 #include "support/JsonFailure.h"
 #include "support/Table.h"
-#include "TraditionalAliasTransferManager.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
+#include <optional>
+#include <vector>
 
 namespace vykeldev::aliases {
 namespace {
 
 using vykel::AliasLayout;
 
-const char* nameOf(Outcome outcome) noexcept {
-    static constexpr const char* names[] = {"moves",     "dropped",   "no-device", "not-local",
-                                            "unreached", "malformed", "blocked"};
-    return names[static_cast<std::size_t>(outcome)];
-}
-
 const char* layoutText(AliasLayout layout) noexcept {
     static constexpr const char* texts[] = {"resource names", "tokens of format 1", "tokens of format 2"};
     return texts[static_cast<std::size_t>(layout)];
 }
 
-std::string unreachedText(const EntryPreview& entry) {
-    if (!entry.stays)
-        return "never used; removed with its section: " + entry.detail;
-    const bool later = entry.flaw == Flaw::Duplicate; // it counts once the other is gone
-    return (later ? "not used this time; stays: " : "never used; stays: ") + entry.detail;
-}
+/// What the child reported.
+struct Result {
+    std::string file;                  ///< Its path.
+    std::string link;                  ///< What sort of link it is, or empty.
+    std::optional<AliasLayout> layout; ///< None: there is no file.
+    bool fails = false;
+    Json entries = Json::array();
+    std::vector<std::string> texts; ///< What becomes of each entry.
+    Json failed;                    ///< Why there is no preview, or null.
+};
 
-std::string outcomeText(const EntryPreview& entry) {
-    const std::string device = "device KEL" + std::to_string(entry.device);
-    switch (entry.outcome) {
-    case Outcome::Moves:
-        return "moves to " + device +
-               (entry.stays ? "; stays because an entry of the same name is removed in its place" : "");
-    case Outcome::Dropped:
-        return device + " has an alias; dropped";
-    case Outcome::NoDevice:
-        return entry.stays ? "no matching device; stays"
-                           : "no matching device; removed because another entry of the same name was moved";
-    case Outcome::NotLocal:
-        return "not local; stays";
-    case Outcome::Unreached:
-        return unreachedText(entry);
-    case Outcome::Malformed:
-        return "malformed: " + entry.detail;
-    case Outcome::Blocked:
-        break;
+void take(const Json& report, Result& result) {
+    if (report.contains("file")) {
+        report["file"].get_to(result.file);
+        report["link"].get_to(result.link);
     }
-    return "waits until the malformed entries are corrected";
+    if (report.contains("entry")) {
+        result.entries.push_back(report["entry"]);
+        result.texts.push_back(report["text"]);
+    }
+    if (report.contains("layout")) {
+        result.layout = report["layout"].get<AliasLayout>();
+        report["fails"].get_to(result.fails);
+        if (report["sent"] != result.texts.size())
+            result.failed =
+                Failure("an entry of the preview got lost", "A plug-in prints, or a text is too long.",
+                        "Run 'vykeldev doctor': it tries each plug-in by itself.");
+    }
+    if (report.contains("failed"))
+        result.failed = doctor::withCause(failureFrom(report["failed"]));
 }
 
-void printTable(const std::string& path, const Preview& preview, bool colour) {
-    std::cout << printable(path) << ": aliases by " << layoutText(preview.layout) << '\n';
-    if (preview.entries.empty()) {
+Result runPreview() {
+    Result result;
+    bool isDone = false;
+    TaskRun child(previewTask, {}, [&](const Json& report) {
+        take(report, result);
+        isDone = isDone || report.contains("done") || report.contains("failed");
+    });
+    while (!isDone && child.listen(std::chrono::minutes(1))) {
+    }
+    if (!isDone)
+        result.failed = child.endFailure();
+    return result;
+}
+
+void printTable(const Result& result, bool colour) {
+    std::cout << printable(result.file) << ": aliases by " << layoutText(*result.layout) << '\n';
+    if (result.entries.empty()) {
         std::cout << "No entries are left.\n";
         return;
     }
     using Align = Table::Align;
     Table table({{"LINE", Align::Right},
                  {"ALIAS", Align::Left},
-                 {preview.layout == AliasLayout::ByResourceName ? "DEVICE" : "TOKEN", Align::Left},
+                 {result.layout == AliasLayout::ByResourceName ? "DEVICE" : "TOKEN", Align::Left},
                  {"NEXT REFRESH", Align::Left}});
-    for (const EntryPreview& entry : preview.entries) {
-        table.addRow({std::to_string(entry.line), entry.alias.value_or("-"), entry.target.value_or("-"),
-                      outcomeText(entry)});
+    const auto textOrDash = [](const Json& text) { return text.is_null() ? "-" : text.get<std::string>(); };
+    for (std::size_t i = 0; i < result.texts.size(); ++i) {
+        const Json& entry = result.entries[i];
+        table.addRow({std::to_string(entry["line"].get<int>()), textOrDash(entry["alias"]),
+                      textOrDash(entry["target"]), result.texts[i]});
     }
     table.print(std::cout, colour);
 }
 
-/// `preview` is null when there is no file.
-Json toDocument(const std::string& path, const std::string& link, const Preview* preview) {
-    Json document = {{"schemaVersion", 1},
-                     {"file", path},
-                     {"exists", preview != nullptr},
-                     {"link", link.empty() ? Json() : Json(link)},
-                     {"layout", nullptr},
-                     {"fails", false},
-                     {"entries", Json::array()}};
-    if (preview != nullptr) {
-        document["layout"] = layoutText(preview->layout);
-        document["fails"] = preview->fails;
-        for (const EntryPreview& entry : preview->entries) {
-            document["entries"].push_back({{"line", entry.line},
-                                           {"alias", orNull(entry.alias)},
-                                           {"target", orNull(entry.target)},
-                                           {"outcome", nameOf(entry.outcome)},
-                                           {"device", numberOrNull(entry.device)},
-                                           {"detail", entry.detail.empty() ? Json() : Json(entry.detail)},
-                                           {"stays", entry.stays}});
-        }
-    }
-    return document;
+Json toDocument(const Result& result) {
+    return {{"schemaVersion", 1},
+            {"file", result.file},
+            {"exists", result.layout.has_value()},
+            {"link", result.link.empty() ? Json() : Json(result.link)},
+            {"layout", result.layout ? Json(layoutText(*result.layout)) : Json()},
+            {"fails", result.fails},
+            {"entries", result.entries}};
 }
 
-/// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
-/// transferred yet. Throws Failure when a transfer does not end, vyerr::Exception when the folder is unknown.
-vykel::FileStream pauseTransfers() {
-    const std::string path = vykel::getConfigurationFolder() + "vykel.lck";
-    vykel::FileStream stream(std::fopen(path.c_str(), "rb"));
-    const DWORD error = stream ? lockInTime(stream.get(), [](auto) {}) : ERROR_SUCCESS;
-    if (error != ERROR_SUCCESS)
-        throw systemFailure("locking '" + printable(path) + "'", error,
-                            "Most likely a client hangs in a refresh; 'vykeldev doctor' says more.");
-    return stream;
-}
-
-LegacyFile readWhilePaused(const std::string& path) {
-    const vykel::FileStream pause = pauseTransfers();
-    return LegacyFile(path);
-}
-
-/// Whether there is a file. Throws Failure when it cannot be read.
-bool isRead(const LegacyFile& file, const std::string& path) {
-    const int result = file.result;
-    if (result == 0 || result == vyini::IniNoFile)
-        return result == 0;
-    const std::string what = "reading '" + printable(path) + "' failed with " + std::to_string(result);
-    const std::string meaning = "Every refresh leaves the file as it is and moves no alias.";
-    if (result == vyini::IniWideText)
-        throw Failure(what + ": it is UTF-16 or UTF-32", meaning, "Save it as UTF-8.");
-    throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
-}
-
-ExitCode showPreview(const Context& context, bool json) {
-    const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
-    const LegacyFile file = readWhilePaused(path);
-    const std::string link = linkText(path); // the refresh reads what it leads to, but writes a new file
-    if (!link.empty())
-        context.notices() << "vykeldev: warning: " << printable(path) << " is " << link
+ExitCode previewAliases(const Context& context, bool json) {
+    const Result result = runPreview();
+    if (!result.link.empty()) // the refresh reads what it leads to, but writes a new file
+        context.notices() << "vykeldev: warning: " << printable(result.file) << " is " << result.link
                           << ": a refresh that moves an alias puts a new file in its place and leaves the "
                              "other as it is; 'vykeldev doctor' says more\n";
-    if (!isRead(file, path)) {
-        if (json)
-            std::cout << textOf(toDocument(path, link, nullptr)) << '\n';
-        context.notices() << "vykeldev: no legacy file " << printable(path) << '\n';
-        return ExitCode::NothingListed;
-    }
-    const PreviewDevices devices;
-    const Preview preview = previewTransfer(file, devices.table(), devices.all());
+    if (!result.failed.is_null())
+        throw failureFrom(result.failed);
     const auto throwError = [&] {
-        if (preview.fails)
+        if (result.fails)
             throw Failure("every refresh fails with -50209, and moves nothing", "",
                           "Correct the malformed entries.");
     };
     if (json)
-        printDocument(toDocument(path, link, &preview), throwError);
-    else
-        printTable(path, preview, context.colour);
+        printDocument(toDocument(result), throwError);
+    else if (result.layout)
+        printTable(result, context.colour);
     throwError();
-    return ExitCode::Success;
-}
-
-ExitCode previewAliases(const Context& context, bool json) {
-    try {
-        return showPreview(context, json);
-    } catch (const vyerr::ExceptionBase& exception) {
-        vykel::StatusBlock status = vykel::makeStatusBlock();
-        vyerr::statusToBlock(exception.status(), &status);
-        throw doctor::withCause(statusFailure("previewing the transfer of aliases", status));
-    }
+    if (result.layout)
+        return ExitCode::Success;
+    context.notices() << "vykeldev: no legacy file " << printable(result.file) << '\n';
+    return ExitCode::NothingListed;
 }
 
 } // namespace

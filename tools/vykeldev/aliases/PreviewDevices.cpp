@@ -5,8 +5,8 @@
 
 namespace vykeldev::aliases {
 
-PreviewDevices::PreviewDevices() {
-    plugins.manager.getDeviceLists(lists);
+PreviewDevices::PreviewDevices(vykel::IPellumKelPluginManager& plugins) {
+    plugins.getDeviceLists(lists);
     for (const auto& list : lists) {
         std::vector<vykel::IDevice*> found;
         vykel::collectDevices(*list, found);

@@ -46,27 +46,27 @@ private:
     vykel::IDevice& real;
 };
 
-/// All devices of this machine, with the numbers that the next refresh gives the new ones. The plug-ins stay
-/// loaded, in this process, while this object lives. One thread.
+/// The registered plug-ins, loaded in this process while this object lives.
+struct LoadedPlugins : private vytpl::NonCopyableT<LoadedPlugins> {
+    /// Leaves out plug-ins that fail. Throws vyerr::Exception when the plug-ins' key cannot be read.
+    LoadedPlugins() { manager.loadAll(); }
+    ~LoadedPlugins() { manager.unloadAll(); }
+
+    vykel::PellumKelPluginManager manager;
+};
+
+/// All devices of this machine, with the numbers that the next refresh gives the new ones. One thread.
 class PreviewDevices {
 public:
-    /// Loads the plug-ins and refreshes their lists. Throws vyerr::Exception when the plug-ins' key cannot be
-    /// read, std::bad_alloc, and what a plug-in threw; plug-ins and lists that fail are left out.
-    PreviewDevices();
+    /// Refreshes the plug-ins' lists; those that fail are left out. The plug-ins must outlive this object.
+    /// Throws std::bad_alloc, and what a plug-in threw.
+    explicit PreviewDevices(vykel::IPellumKelPluginManager& plugins);
 
     /// Both are valid as long as this object.
     const vykel::DeviceTable& table() const noexcept { return devicesPerList; }
     const std::deque<PreviewDevice>& all() const noexcept { return devices; }
 
 private:
-    struct LoadedPlugins : private vytpl::NonCopyableT<LoadedPlugins> {
-        LoadedPlugins() { manager.loadAll(); }
-        ~LoadedPlugins() { manager.unloadAll(); }
-
-        vykel::PellumKelPluginManager manager;
-    };
-
-    LoadedPlugins plugins; // first, so that they are unloaded after their lists are released
     std::vector<vykel::DeviceListPtr> lists;
     std::deque<PreviewDevice> devices;
     vykel::DeviceTable devicesPerList;

@@ -1,5 +1,6 @@
 #include "child/ChildTask.h"
 
+#include "support/Text.h"
 #include <cstdio>
 #include <random>
 
@@ -69,6 +70,15 @@ ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
     }
     const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
     return {running ? std::nullopt : std::optional(child.end()), duration};
+}
+
+Failure TaskRun::endFailure() const {
+    const ChildProcess::End end = child.end();
+    const std::string how =
+        end.crashed ? "crashed with " + crashText(end.code) : concat("ended with exit code ", end.code);
+    return {"the client process " + how + (lastStep.empty() ? "" : " while " + lastStep),
+            "Most likely a plug-in did it, and does it to every client.",
+            "Run 'vykeldev doctor': it names the plug-in."};
 }
 
 void TaskRun::take(const std::string& line) {

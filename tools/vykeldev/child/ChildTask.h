@@ -3,6 +3,7 @@
 
 #include "child/LineSplitter.h"
 #include "platform/Process.h"
+#include "support/Failure.h"
 #include "support/Json.h"
 #include <chrono>
 #include <functional>
@@ -66,8 +67,9 @@ public:
     /// ended. Throws Failure. A task without a time limit calls it until then, or until it asks to end.
     bool listen(std::chrono::milliseconds time);
 
-    /// How the child ended, after listen() returned false.
-    ChildProcess::End end() const noexcept { return child.end(); }
+    /// The failure of a client of the library that ended before its task was done. Call it after listen()
+    /// returned false.
+    Failure endFailure() const;
 
     /// What the time limit of finish() is for.
     enum class Limit { WholeTask, BetweenReports };

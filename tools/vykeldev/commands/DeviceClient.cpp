@@ -20,14 +20,6 @@ constexpr milliseconds betweenLooks(50); // at Ctrl-C and at obstacles
 constexpr milliseconds shortWork(250);
 constexpr std::chrono::seconds patience(2);
 
-Failure endFailure(const ChildProcess::End& end, const std::string& step) {
-    const std::string how =
-        end.crashed ? "crashed with " + crashText(end.code) : concat("ended with exit code ", end.code);
-    return {"the client process " + how + (step.empty() ? "" : " while " + step),
-            "Most likely a plug-in did it, and does it to every client.",
-            "Run 'vykeldev doctor': it names the plug-in."};
-}
-
 /// A failure with its cause on this machine, or null.
 Json explained(const Json& failure) {
     return failure.is_null() ? failure : Json(doctor::withCause(failureFrom(failure)));
@@ -64,7 +56,7 @@ DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
         if (isDone)
             return Event::Done;
         if (!isRunning)
-            throw endFailure(child.end(), child.step());
+            throw child.endFailure();
         if (stop.waitFor(milliseconds(0)))
             return Event::Stopped;
         const Clock::time_point now = Clock::now();

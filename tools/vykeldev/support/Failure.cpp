@@ -68,7 +68,7 @@ const Explanation& explain(const std::string& action, std::int32_t code) noexcep
 
 } // namespace
 
-Failure currentFailure() {
+Failure currentFailure(const std::string& action) {
     try {
         throw;
     } catch (const Failure& failure) {
@@ -76,7 +76,7 @@ Failure currentFailure() {
     } catch (const vyerr::ExceptionBase& exception) { // its text is a JSON document
         vykel::StatusBlock status = vykel::makeStatusBlock();
         vyerr::statusToBlock(exception.status(), &status);
-        return statusFailure("a step of the library", status);
+        return statusFailure(action, status);
     } catch (const ConversionError& error) {
         return {error.what(), systemErrorText(error.code), freeMemory};
     } catch (const std::bad_alloc&) { // has no text for people

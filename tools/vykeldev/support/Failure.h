@@ -27,8 +27,8 @@ public:
 /// What to do when memory is exhausted.
 constexpr const char* freeMemory = "End other programs and try again.";
 
-/// The exception that is being handled, whatever it is.
-Failure currentFailure();
+/// The exception that is being handled, whatever it is. `action` says what failed when it is the library's.
+Failure currentFailure(const std::string& action = "a step of the library");
 
 /// Prints a failure, printable, after `label`, as in "vykeldev: error: "; when `verbose`, also where it was
 /// raised.
