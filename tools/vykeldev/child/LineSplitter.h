@@ -8,10 +8,11 @@
 namespace vykeldev {
 
 /// Cuts a stream of bytes into lines without their ends (LF or CR LF). Keeps only the beginning of a line
-/// that is longer than any reader expects, so that a flood without line ends costs no memory.
+/// that is longer than any reader expects, so that a flood without line ends costs little memory.
 class LineSplitter {
 public:
-    static constexpr std::size_t maxLineBytes = 65536;
+    /// Holds two aliases, with JSON's escapes, of the length of a whole command line.
+    static constexpr std::size_t maxLineBytes = 1 << 20;
 
     explicit LineSplitter(std::function<void(const std::string&)> lineHandler)
         : onLine(std::move(lineHandler)) {}
