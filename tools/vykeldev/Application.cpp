@@ -63,6 +63,13 @@ ExitCode runChosen(const Run& chosen, Context& context) {
     }
 }
 
+/// `result`, once all output is written. Throws Failure.
+int flushed(int result) {
+    if (!std::cout.flush())
+        throw Failure("standard output cannot be written", "", "Is the disk full, or has the reader gone?");
+    return result;
+}
+
 int runParsed(const std::vector<std::string>& arguments, Context& context) {
     CLI::App app("Lists the devices that the VY-KEL enumerator plug-ins of this machine see.", "vykeldev");
     app.footer(exitCodes);                  // of the commands, too
@@ -103,12 +110,9 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
         std::ostringstream text;
         const bool good = app.exit(error, std::cout, text) == 0; // --help and --version end here, too
         std::cerr << printableLines(text.str());
-        return good ? 0 : toInteger(ExitCode::WrongUsage);
+        return good ? flushed(0) : toInteger(ExitCode::WrongUsage);
     }
-    const int result = toInteger(runChosen(chosen, context));
-    if (!std::cout.flush())
-        throw Failure("standard output cannot be written", "", "Is the disk full, or has the reader gone?");
-    return result;
+    return flushed(toInteger(runChosen(chosen, context)));
 }
 
 } // namespace
