@@ -85,7 +85,6 @@ void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& device
 ExitCode listDevices(const Context& context, const ListOptions& options) {
     Listing listing = readListing(context, options);
     auto& [count, devices, failure] = listing.reading;
-    const bool hadDevices = !devices.empty();
     select(devices, options.selection);
     const auto throwError = [&] {
         if (!listing.error.is_null())
@@ -103,7 +102,7 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
     warnOfNumbers(context, devices);
     if (!devices.empty())
         return ExitCode::Success;
-    context.notices() << (hadDevices ? "vykeldev: no device matches\n"
+    context.notices() << (count != 0 ? "vykeldev: no device matches\n"
                                      : "vykeldev: no devices; 'vykeldev doctor' says why\n");
     return ExitCode::NothingListed;
 }
