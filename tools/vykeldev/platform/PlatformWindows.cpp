@@ -57,7 +57,8 @@ WideString quoted(const WideString& argument) {
 
 WideString commandLine(const std::vector<std::string>& arguments) {
     WCHAR program[32768];
-    GetModuleFileNameW(nullptr, program, static_cast<DWORD>(std::size(program)));
+    if (GetModuleFileNameW(nullptr, program, static_cast<DWORD>(std::size(program))) == 0)
+        cannotStart(GetLastError());
     WideString line = quoted(program);
     for (const auto& argument : arguments)
         line += L' ' + quoted(toWide(argument));
@@ -96,12 +97,11 @@ Handle start(WideString line, HANDLE output, HANDLE job) {
         cannotStart(GetLastError());
     const Handle thread(process.hThread);
     Handle owner(process.hProcess);
-    if (!AssignProcessToJobObject(job, process.hProcess)) {
+    if (!AssignProcessToJobObject(job, process.hProcess) || ResumeThread(process.hThread) == DWORD(-1)) {
         const DWORD error = GetLastError();
         TerminateProcess(process.hProcess, 1);
         cannotStart(error);
     }
-    ResumeThread(process.hThread);
     return owner;
 }
 
