@@ -35,6 +35,9 @@ Colour is shown on a terminal, unless the environment variable NO_COLOR is set.
 
 )";
 
+constexpr const char* commonOptions =
+    "\n\nEvery command also takes --library, --quiet and --verbose; 'vykeldev --help' explains them.";
+
 constexpr const char* exitCodes = R"(Exit codes:
   0  done; devices (or plug-ins) were listed
   1  an error, explained on standard error
@@ -100,6 +103,8 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     addUnregisterCommand(app, chosen);
     addWaitCommand(app, chosen);
     addWatchCommand(app, chosen);
+    for (CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; }))
+        command->footer(command->get_footer() + commonOptions);
     app.footer(std::string(examples) + exitCodes);
     try {
         app.parse(

@@ -70,7 +70,8 @@ void addWaitCommand(CLI::App& app, Run& chosen) {
     command->callback([options, &chosen] {
         chosen = {[options](const Context& context) { return waitForDevices(context, *options); }};
     });
-    command->footer("Plug-ins that are registered while it waits are not seen.");
+    command->footer("Plug-ins that are registered while it waits are not seen.\n"
+                    "Exit codes: 0 done, 1 an error, 3 time is over, 4 done, but the refresh failed.");
 }
 
 } // namespace vykeldev
