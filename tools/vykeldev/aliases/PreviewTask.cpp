@@ -71,10 +71,8 @@ void report(const Preview& preview, Reporter& reporter) {
 vykel::FileStream pauseTransfers() {
     const std::string path = vykel::getConfigurationFolder() + "vykel.lck";
     vykel::FileStream stream(std::fopen(path.c_str(), "rb"));
-    const DWORD error = stream ? lockInTime(stream.get(), [](auto) {}) : ERROR_SUCCESS;
-    if (error != ERROR_SUCCESS)
-        throw systemFailure("locking '" + printable(path) + "'", error,
-                            "Most likely a client hangs in a refresh; 'vykeldev doctor' says more.");
+    if (stream)
+        lockOrThrow(stream.get(), path);
     return stream;
 }
 

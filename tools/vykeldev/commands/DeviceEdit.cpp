@@ -17,9 +17,7 @@ using Kind = DeviceChange::Kind;
 vykel::FileStream lockNumbers() {
     const std::string path = vykel::getConfigurationFolder() + "DeviceList.lck";
     vykel::FileStream stream = vykel::openLockFile(path.c_str());
-    if (const DWORD error = lockInTime(stream.get(), [](auto) {}); error != ERROR_SUCCESS)
-        throw systemFailure("locking '" + printable(path) + "'", error,
-                            "Most likely a client hangs in a refresh; 'vykeldev doctor' says more.");
+    lockOrThrow(stream.get(), path);
     return stream;
 }
 

@@ -1,6 +1,8 @@
 #ifndef VYKELDEV_SUPPORT_BOUNDEDLOCK_H
 #define VYKELDEV_SUPPORT_BOUNDEDLOCK_H
 
+#include "support/DisplayText.h"
+#include "support/Failure.h"
 #include "support/Files.h"
 #include <chrono>
 #include <cstdio>
@@ -44,6 +46,14 @@ DWORD lockInTime(std::FILE* stream, OnWait onWait) {
         onWait(waited);
         Sleep(millisecondsBetweenTries);
     }
+}
+
+/// Takes the lock of the lock file at `path`, which `stream` has open. Throws Failure when that is not
+/// possible in time.
+inline void lockOrThrow(std::FILE* stream, const std::string& path) {
+    if (const DWORD error = lockInTime(stream, [](auto) {}); error != ERROR_SUCCESS)
+        throw systemFailure("locking '" + printable(path) + "'", error,
+                            "Most likely a client hangs in a refresh; 'vykeldev doctor' says more.");
 }
 
 } // namespace vykeldev
