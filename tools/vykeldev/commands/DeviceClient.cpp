@@ -6,7 +6,6 @@
 #include "support/BoundedLock.h"
 #include "support/DisplayText.h"
 #include "support/JsonFailure.h"
-#include "support/Text.h"
 #include <algorithm>
 #include <iostream>
 #include <utility>

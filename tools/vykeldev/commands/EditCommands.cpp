@@ -2,7 +2,6 @@
 #include "commands/Commands.h"
 #include "commands/DeviceClient.h"
 #include "support/JsonFailure.h"
-#include "support/NumberRange.h"
 #include "vykel/IDevice.h"
 #include <CLI/CLI.hpp>
 #include <iostream>

@@ -27,7 +27,7 @@ Kinds causesOf(std::int32_t code) {
 Findings look(const Failure& failure) {
     Report report;
     Progress progress(false);
-    if (!isInitialisation(failure))
+    if (!isInitialization(failure))
         checkFolder(report, progress);
     if (failure.code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
         countPlugins(report.findings);

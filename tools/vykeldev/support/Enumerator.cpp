@@ -41,7 +41,7 @@ Enumerator::Enumerator(const std::string& library) : path(absolutePath(library))
     finalize = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
     const std::int32_t code = initialize();
     if (code < 0)
-        throw statusFailure(initialisation, code);
+        throw statusFailure(initialization, code);
 }
 
 Enumerator::~Enumerator() {

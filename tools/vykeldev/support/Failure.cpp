@@ -57,7 +57,7 @@ constexpr Explanation noKey = {StatusCode::ResourceNotFound, "ResourceNotFound",
                                "Run 'vykeldev setup' as administrator: it makes the key."};
 
 const Explanation& explain(const std::string& action, std::int32_t code) noexcept {
-    if (action == initialisation && code == vykel::toInteger(noKey.code))
+    if (action == initialization && code == vykel::toInteger(noKey.code))
         return noKey;
     const auto* const found =
         std::find_if(std::begin(explanations), std::end(explanations), [code](const Explanation& candidate) {

@@ -41,9 +41,9 @@ Failure statusFailure(const std::string& action, std::int32_t code);
 
 /// The action that reads the registry key of the plug-ins: other actions of the library that do not find what
 /// they need miss a folder.
-constexpr const char* initialisation = "initialising the library";
-inline bool isInitialisation(const Failure& failure) {
-    return std::string(failure.what()).rfind(initialisation, 0) == 0;
+constexpr const char* initialization = "initialising the library";
+inline bool isInitialization(const Failure& failure) {
+    return std::string(failure.what()).rfind(initialization, 0) == 0;
 }
 
 /// The failure of a call of the operating system.
