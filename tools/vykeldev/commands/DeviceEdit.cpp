@@ -38,7 +38,7 @@ DeviceInfo change(vykel::IDeviceList& list, const DeviceInfo& device, const std:
 
 void expectKept(bool isKept, const std::string& what) {
     if (!isKept)
-        throw Failure(what + " had no effect", "The plug-in did not keep what it was given.",
+        throw Failure(what + " did not work", "The plug-in did not keep what it was given.",
                       "See the plug-in's documentation, or run 'vykeldev check PLUGIN'.");
 }
 
