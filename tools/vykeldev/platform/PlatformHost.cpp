@@ -234,7 +234,8 @@ std::string fileVersion(const std::string&) {
 
 bool isOrdinaryFile(const std::string& path) {
     struct stat status = {};
-    return stat(path.c_str(), &status) != 0 || S_ISREG(status.st_mode); // a missing one keeps nobody waiting
+    return stat(winhost::hostPath(path).c_str(), &status) != 0 ||
+           S_ISREG(status.st_mode); // a missing one keeps nobody waiting
 }
 
 std::string fileIdentity(const std::string&) {
