@@ -132,8 +132,9 @@ void addAliasesCommand(CLI::App& app, Run& chosen) {
         "aliases",
         "Shows what the next refresh does with the aliases of an older release, and changes nothing");
     command->add_flag("--json", *json, "Prints one JSON object (schemas/aliases.schema.json)");
-    command->footer("Exit codes: 0 done, 1 the file is malformed, locked or cannot be read, 3 there is none. "
-                    "docs/legacy-aliases.md explains the file.");
+    command->footer(
+        "Exit codes: 0 done, 1 an error, also a file that is malformed or locked, 3 there is none. "
+        "docs/legacy-aliases.md explains the file.");
     command->callback([json, &chosen] {
         chosen = {[json](const Context& context) { return aliases::previewAliases(context, *json); },
                   documentIf(*json)};
