@@ -64,7 +64,7 @@ public:
     TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport);
 
     /// Takes the reports that come within `time`; returns after the first ones. False when the child has
-    /// ended. Throws Failure. A task without a time limit calls it until then, or until it asks to end.
+    /// ended. Throws Failure.
     bool listen(std::chrono::milliseconds time);
 
     /// The failure of a client of the library that ended before its task was done. Call it after listen()

@@ -13,16 +13,16 @@
 
 namespace vykeldev {
 
-/// What a client of the library saw at once.
+/// What a client of the library saw when it last looked.
 struct Reading {
     std::uint32_t count = 0;         ///< Of all devices, those of lower versions, too.
     std::vector<DeviceInfo> devices; ///< As the request asks.
     Json failure;                    ///< Why the devices may not be up to date (JsonFailure.h), or null.
 };
 
-/// A client of the library at work in a child process, so that no plug-in can harm this one. The client is
-/// killed when this object ends before it; the library allows that at any time. While it lives, Ctrl-C only
-/// asks to end. One thread.
+/// A client of the library at work in a child process, so that no plug-in can harm this process. The client
+/// is killed when this object ends before it; the library allows that at any time. While it lives, Ctrl-C
+/// only asks to end. One thread.
 class DeviceClient {
 public:
     using Clock = std::chrono::steady_clock;
@@ -49,8 +49,7 @@ public:
     /// What an edit has done.
     const std::vector<DeviceChange>& changes() const noexcept { return edited; }
 
-    /// What has kept the client from going on for a while, as far as that can be told; empty when nothing
-    /// has.
+    /// What has blocked the client for a while, as far as this process can see; empty when nothing has.
     std::string obstacle() const;
 
 private:

@@ -39,8 +39,8 @@ void printFailure(std::ostream& out, const std::string& label, const Failure& fa
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status);
 Failure statusFailure(const std::string& action, std::int32_t code);
 
-/// The action that reads the registry key of the plug-ins: other actions of the library that do not find what
-/// they need miss a folder.
+/// The action of the library that reads the registry key of the plug-ins. When it does not find a resource,
+/// the key is missing; for every other action, a folder is.
 constexpr const char* initialization = "initialising the library";
 inline bool isInitialization(const Failure& failure) {
     return std::string(failure.what()).rfind(initialization, 0) == 0;

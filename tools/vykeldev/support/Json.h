@@ -24,8 +24,8 @@ inline Json numberOrNull(std::uint32_t number) {
     return number == vykel::noDeviceNumber ? Json(nullptr) : Json(number);
 }
 
-/// The text of a document; an indentation of -1 makes it one line. Text that is not UTF-8, as a plug-in may
-/// give it, must not cost the user the rest: it is marked by U+FFFD. Control characters become escapes.
+/// The text of a document; an indentation of -1 makes it one line. Bytes that are not UTF-8, which a plug-in
+/// may give, become U+FFFD, so that the user still gets the rest. Control characters become escapes.
 inline std::string textOf(const Json& json, int indentation = 2) {
     return printableJson(json.dump(indentation, ' ', false, Json::error_handler_t::replace));
 }

@@ -13,20 +13,20 @@ namespace vykeldev {
 /// Text as the wide-character functions of Windows take it.
 using WideString = std::basic_string<WCHAR>;
 
-/// The system cannot convert a text, for want of memory or because the text is too long. Its own text has
-/// only printable characters: printable() would fail, too.
+/// The system cannot convert a text, because memory is short or the text is too long. Its own text has only
+/// printable characters: printable() would fail, too.
 class ConversionError : public std::runtime_error {
 public:
     explicit ConversionError(DWORD systemError);
     const DWORD code; ///< The system's error.
 };
 
-/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. Both throw ConversionError: as a
-/// name in the registry, an empty text would mean the parent of what is meant.
+/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. Both throw ConversionError and
+/// never return an empty text instead: as the name of a registry key, that would mean the key above.
 WideString toWide(std::string_view utf8);
 std::string toUtf8(const WideString& wide);
 
-/// True of valid UTF-8.
+/// Whether a text is valid UTF-8.
 bool isUtf8(std::string_view text) noexcept;
 
 /// The texts, one after the other, with `separator` between them.
