@@ -42,12 +42,11 @@ void take(const Json& report, Result& result) {
         result.texts.push_back(report["text"]);
     }
     if (report.contains("layout")) {
-        result.layout = report["layout"].get<AliasLayout>();
+        if (!report["layout"].is_null())
+            result.layout = report["layout"].get<AliasLayout>();
         report["fails"].get_to(result.fails);
-        if (report["sent"] != result.texts.size())
-            result.failed =
-                Failure("an entry of the preview got lost", "A plug-in prints, or a text is too long.",
-                        "Run 'vykeldev doctor': it tries each plug-in by itself.");
+        if (result.file.empty() || report["sent"] != result.texts.size())
+            result.failed = TaskRun::lostReport("a part of the preview");
     }
     if (report.contains("failed"))
         result.failed = doctor::withCause(failureFrom(report["failed"]));
@@ -58,7 +57,7 @@ Result runPreview() {
     bool isDone = false;
     TaskRun child(previewTask, {}, [&](const Json& report) {
         take(report, result);
-        isDone = isDone || report.contains("done") || report.contains("failed");
+        isDone = isDone || report.contains("layout") || report.contains("failed");
     });
     while (!isDone && child.listen(std::chrono::minutes(1))) {
     }

@@ -60,10 +60,11 @@ Json toJson(const EntryPreview& entry) {
             {"stays", entry.stays}};
 }
 
-void report(const Preview& preview, Reporter& reporter) {
+/// Reports the entries, and returns the last report.
+Json report(const Preview& preview, Reporter& reporter) {
     for (const EntryPreview& entry : preview.entries)
         reporter.report({{"entry", toJson(entry)}, {"text", outcomeText(entry)}});
-    reporter.report({{"layout", preview.layout}, {"fails", preview.fails}, {"sent", preview.entries.size()}});
+    return {{"layout", preview.layout}, {"fails", preview.fails}, {"sent", preview.entries.size()}};
 }
 
 /// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
@@ -93,19 +94,21 @@ bool isRead(const LegacyFile& file, const std::string& path) {
     throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
 }
 
-void showPreview(Reporter& reporter) {
+/// Returns the last report.
+Json showPreview(Reporter& reporter) {
     const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
     reporter.report({{"file", path}, {"link", linkText(path)}});
     const LegacyFile file = readWhilePaused(path);
     if (!isRead(file, path))
-        return;
+        return {{"layout", nullptr}, {"fails", false}, {"sent", 0}};
     reporter.beginStep("loading the plug-ins");
     LoadedPlugins plugins;
     try {
         reporter.beginStep("refreshing the devices");
         const PreviewDevices devices(plugins.manager);
-        report(previewTransfer(file, devices.table(), devices.all()), reporter);
+        Json last = report(previewTransfer(file, devices.table(), devices.all()), reporter);
         reporter.beginStep("unloading the plug-ins");
+        return last;
     } catch (...) {
         throw currentFailure(action); // a plug-in's exception must not outlive its plug-in's code
     }
@@ -114,8 +117,7 @@ void showPreview(Reporter& reporter) {
 /// The child's side.
 void run(const std::vector<std::string>&, Reporter& reporter) {
     try {
-        showPreview(reporter);
-        reporter.report({{"done", true}});
+        reporter.report(showPreview(reporter)); // when the plug-ins are unloaded
     } catch (...) {
         reporter.report({{"failed", currentFailure(action)}});
     }

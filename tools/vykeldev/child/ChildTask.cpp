@@ -81,6 +81,11 @@ Failure TaskRun::endFailure() const {
             "Run 'vykeldev doctor': it names the plug-in."};
 }
 
+Failure TaskRun::lostReport(const std::string& what) {
+    return {what + " got lost", "A plug-in prints, or a text is too long.",
+            "Run 'vykeldev doctor': it tries each plug-in by itself."};
+}
+
 void TaskRun::take(const std::string& line) {
     if (line.compare(0, mark.size(), mark) != 0)
         return; // the plug-in prints, too

@@ -71,6 +71,9 @@ public:
     /// returned false.
     Failure endFailure() const;
 
+    /// The failure of a task that is done, though a report that it sent did not come; `what` names it.
+    static Failure lostReport(const std::string& what);
+
     /// What the time limit of finish() is for.
     enum class Limit { WholeTask, BetweenReports };
 

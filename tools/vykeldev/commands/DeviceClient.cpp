@@ -18,6 +18,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds betweenLooks(50); // at Ctrl-C and at obstacles
 constexpr milliseconds shortWork(250);
 constexpr std::chrono::seconds patience(2);
+constexpr const char* lostReading = "a reading of the devices";
 
 /// A failure with its cause on this machine, or null.
 Json explained(const Json& failure) {
@@ -71,6 +72,8 @@ void DeviceClient::await(Event wanted, Clock::time_point deadline) {
     const Event event = next(deadline);
     if (event == Event::Stopped)
         throw Failure("asked to end before there was a result", "", "");
+    if (event == Event::Done && wanted != Event::Done)
+        throw TaskRun::lostReport(lostReading);
     if (event != wanted) {
         const std::string cause = obstacle();
         throw Failure("time is over" + (cause.empty() ? cause : ": " + cause), "",
@@ -93,8 +96,7 @@ void DeviceClient::take(const Json& report) {
         pending.push_back(report["device"].get<DeviceInfo>());
     if (report.contains("count")) {
         if (report["sent"] != pending.size())
-            failed = Failure("a reading of the devices got lost", "A plug-in prints, or a text is too long.",
-                             "Run 'vykeldev doctor': it tries each plug-in by itself.");
+            failed = TaskRun::lostReport(lostReading);
         lastReading = {report["count"], std::exchange(pending, {}), explained(report["failure"])};
         isNew = failed.is_null();
     }
@@ -102,7 +104,11 @@ void DeviceClient::take(const Json& report) {
         edited.push_back({report["change"], report["before"], report["now"]});
     if (report.contains("failed"))
         failed = explained(report["failed"]);
-    isDone = isDone || report.contains("done");
+    if (report.contains("done")) {
+        isDone = true;
+        if (report["done"] != edited.size())
+            failed = TaskRun::lostReport("the report of a change, which 'vykeldev list' shows,");
+    }
 }
 
 void DeviceClient::showObstacle() {

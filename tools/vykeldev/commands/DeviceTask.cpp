@@ -56,26 +56,32 @@ Json readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Rep
     }
 }
 
-void useList(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
+/// Returns how many changes it has reported.
+std::size_t useList(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
     const Json failure = readUntilEnough(list, request, reporter);
     if (request.edit && !failure.is_null())
         throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
+    std::size_t changes = 0;
     if (request.edit)
         editDevices(list, *request.edit, [&](const DeviceChange& change) {
             reporter.report({{"change", change.kind}, {"before", change.before}, {"now", change.now}});
+            ++changes;
         });
+    return changes;
 }
 
-void serve(const DeviceRequest& request, Reporter& reporter) {
+/// As useList.
+std::size_t serve(const DeviceRequest& request, Reporter& reporter) {
     reporter.beginStep("loading the plug-ins");
     const Enumerator enumerator(request.library);
     const DeviceListHandle list = enumerator.makeList();
     try {
-        useList(*list, request, reporter);
+        const std::size_t changes = useList(*list, request, reporter);
+        reporter.beginStep("unloading the plug-ins");
+        return changes;
     } catch (...) {
         throw currentFailure(); // a plug-in's exception must not outlive its plug-in's code
     }
-    reporter.beginStep("unloading the plug-ins");
 }
 
 /// The child's side.
@@ -85,10 +91,11 @@ void run(const std::vector<std::string>& arguments, Reporter& reporter) {
             return static_cast<std::uint32_t>(std::stoul(arguments.at(i)));
         };
         const Json edit = Json::parse(arguments.at(5));
-        serve({arguments.at(0), std::stoi(arguments.at(1)), number(2), number(3), std::stod(arguments.at(4)),
-               edit.is_null() ? std::nullopt : std::optional(edit.get<DeviceEdit>())},
-              reporter);
-        reporter.report({{"done", true}});
+        const std::size_t changes = serve(
+            {arguments.at(0), std::stoi(arguments.at(1)), number(2), number(3), std::stod(arguments.at(4)),
+             edit.is_null() ? std::nullopt : std::optional(edit.get<DeviceEdit>())},
+            reporter);
+        reporter.report({{"done", changes}});
     } catch (...) {
         reporter.report({{"failed", currentFailure()}});
     }

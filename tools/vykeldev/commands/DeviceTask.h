@@ -22,8 +22,8 @@ struct DeviceRequest {
 /// Its arguments are the members of a DeviceRequest. Reports each "device" of a reading and then its "count"
 /// of all devices, how many it "sent", and the "failure" of the refresh or null; a reading that is like the
 /// last one is not reported. Then it reports each "change" of an edit, with the device "before" and "now".
-/// Its steps are texts for people; the empty one means that it sleeps. At the end it reports that it is
-/// "done", or why it "failed".
+/// Its steps are texts for people; the empty one means that it sleeps. At the end it reports how many changes
+/// it has "done", or why it "failed".
 extern const ChildTask deviceTask;
 
 } // namespace vykeldev
