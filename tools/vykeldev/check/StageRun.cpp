@@ -33,7 +33,7 @@ void runInChild(const std::vector<std::string>& arguments, Reporter& reporter) {
     const auto stage = static_cast<Stage>(std::stoi(arguments.at(2)));
     Trace trace(reporter, std::chrono::milliseconds(std::stoll(arguments.at(3))));
     if (rule != nullptr)
-        reporter.report(
+        reporter.reportCut(
             checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 4, arguments.end()}}));
     exitImmediately(); // everything is reported; what the plug-in left behind must not spoil the end
 }

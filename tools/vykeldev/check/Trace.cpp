@@ -37,7 +37,7 @@ void Trace::incident(const char* rule, const std::string& observed) {
         if (!incidents.insert(rule + observed).second)
             return;
     }
-    reporter.report({{"incident", rule}, {"observed", observed}});
+    reporter.reportCut({{"incident", rule}, {"observed", observed}});
 }
 
 void Trace::exceptionLeft(const char* operation, const std::string& what) {

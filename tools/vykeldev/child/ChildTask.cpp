@@ -20,7 +20,21 @@ std::vector<std::string> taskArguments(const char* task, const std::string& mark
     return arguments;
 }
 
+void cutTexts(Json& json) {
+    constexpr std::size_t maxTextBytes = 5000; // two fit into a line, also as escapes of six bytes each
+    if (json.is_string() && json.get_ref<const std::string&>().size() > maxTextBytes)
+        json = json.get<std::string>().substr(0, maxTextBytes) + "...";
+    else if (json.is_structured())
+        for (Json& each : json)
+            cutTexts(each);
+}
+
 } // namespace
+
+void Reporter::reportCut(Json object) {
+    cutTexts(object);
+    report(object);
+}
 
 void Reporter::report(const Json& object) {
     // A line end before it, too: the plug-in may have printed half a line.

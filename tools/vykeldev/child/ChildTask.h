@@ -26,6 +26,10 @@ public:
     /// Writes one object, of less than LineSplitter::maxLineBytes, before anything else can happen.
     void report(const Json& object);
 
+    /// The same for one with texts of a plug-in, which may be of any length: cuts those that would make the
+    /// line too long.
+    void reportCut(Json object);
+
     /// Names what the child does next.
     void beginStep(const std::string& name) { report({{"step", name}}); }
 

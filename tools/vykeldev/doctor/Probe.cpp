@@ -51,7 +51,7 @@ void reportDevices(const std::vector<vykel::IDevice*>& devices, Reporter& report
             Json account = {{"token", textOrNull(device->getPersistentToken(1))}};
             account["number"] = numberOrNull(device->getNumber());
             account["alias"] = textOrNull(device->getAlias());
-            reporter.report({{"device", account}});
+            reporter.reportCut({{"device", account}});
         }
     });
 }
@@ -64,7 +64,7 @@ void checkTexts(const std::vector<vykel::IDevice*>& devices, Reporter& reporter)
     std::set<std::string> reported;
     const auto report = [&](const FindingKind& kind, const std::string& detail) {
         if (reported.insert(kind.id).second)
-            reporter.report({{"oddity", kind.id}, {"detail", detail}});
+            reporter.reportCut({{"oddity", kind.id}, {"detail", detail}});
     };
     const Clock::time_point end = Clock::now() + std::chrono::seconds(1);
     const auto checkText = [&](const char* text, const std::string& place) {
@@ -171,10 +171,10 @@ void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
     try {
         walk(plugin, list, arguments.size() > 1, reporter);
     } catch (const vyerr::Exception& exception) {
-        reporter.report(
+        reporter.reportCut(
             {{"error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}}}});
     } catch (const std::exception& exception) {
-        reporter.report({{"thrown", exception.what()}});
+        reporter.reportCut({{"thrown", exception.what()}});
     }
     begin(Step::Unload, reporter);
     list.reset();
