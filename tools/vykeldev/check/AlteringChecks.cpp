@@ -142,8 +142,8 @@ std::string unusedNumber(const List& list) {
 void checkNumberKept(const Subject& subject) {
     static constexpr Property property = {
         "the number",
-        "not tried: no device with a token of its own has a number. 'vykeldev check --number-devices' gives some "
-        "devices free numbers, for good, and tries it",
+        "not tried: no device with a token of its own has a number. 'vykeldev check PLUGIN --number-devices' gives "
+        "some devices free numbers, for good, and tries it",
         unusedNumber,
         [](const Device& device) -> PluginText {
             const std::uint32_t number = device.getNumber();

@@ -58,7 +58,8 @@ std::vector<std::string> findFreeNumbers(const RunOptions& options) {
     std::set<std::optional<std::uint32_t>> used;
     for (const std::string& path : paths) {
         const auto probe = doctor::probePlugin(path, std::max(options.limit, options.budget));
-        if (!probe.done)
+        // A plug-in whose refresh fails may have devices that it does not list now.
+        if (!probe.done || probe.failedStep == doctor::Step::Refresh)
             throw Questionable("no number is known to be free: '", path,
                                "' does not work; 'vykeldev doctor' says why");
         used.insert(probe.deviceNumbers.begin(), probe.deviceNumbers.end());
@@ -120,15 +121,13 @@ private:
 
     Result check(const Rule& rule) {
         try {
-            vykel::FileStream lock;
-            std::optional<StopRequest> stopRequest;
-            if (rule.alters()) {
-                lock = lockMachine(rule.lock);
-                stopRequest.emplace();
-            }
+            const vykel::FileStream lock = rule.alters() ? lockMachine(rule.lock) : nullptr;
             std::vector<std::string> freeNumbers;
             if (options.numberDevices && rule.check == checkNumberKept)
                 freeNumbers = findFreeNumbers(options);
+            std::optional<StopRequest> stopRequest;
+            if (rule.alters())
+                stopRequest.emplace();
             Account account = runOnce(rule, Stage::First, freeNumbers);
             if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
                 runSecond(rule, account);
