@@ -38,9 +38,9 @@ void checkValue(PluginAccount& plugin, Findings& findings) {
         findings.push_back({&finding::valueUnterminated, plugin.name, ""});
 }
 
-/// Looks for things of a plug-in, or of all, that any user could change.
+/// Checks whether any user could change a thing of a plug-in, or of all plug-ins.
 void checkWriters(const std::string& subject, const std::string& path, Guarded kind, Findings& findings) {
-    static constexpr const char* things[] = {"file", "folder", "key"};
+    static constexpr const char* things[] = {"file", "folder", "folder", "key"};
     const std::string writers = ordinaryWriters(path, kind);
     if (!writers.empty())
         findings.push_back({kind == Guarded::RegistryKey ? &finding::keyWritable : &finding::fileWritable,
@@ -54,8 +54,10 @@ void checkWriters(const PluginAccount& plugin, Findings& findings) {
     if (!isAbsolutePath(*plugin.path) || isFolder(*plugin.path))
         return;
     checkWriters(plugin.name, *plugin.path, Guarded::File, findings);
-    checkWriters(plugin.name, plugin.path->substr(0, plugin.path->find_last_of("\\/")), Guarded::Folder,
-                 findings);
+    // With its separator: without it, a drive would mean the current folder there.
+    const std::string folder = plugin.path->substr(0, plugin.path->find_last_of("\\/") + 1);
+    const bool exists = GetFileAttributesW(toWide(*plugin.path).c_str()) != INVALID_FILE_ATTRIBUTES;
+    checkWriters(plugin.name, folder, exists ? Guarded::Folder : Guarded::FolderOfMissing, findings);
 }
 
 /// Reads a registration as the library does. False, with the outcome, when there is no path.

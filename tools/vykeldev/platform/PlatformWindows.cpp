@@ -369,10 +369,11 @@ std::string ordinaryWriters(const std::string& path, Guarded kind) {
     const vybase::LocalMemory<void> owner(descriptor);
     if (list == nullptr)
         return "everybody (there is no access-control list)";
-    const DWORD ofKind =
-        kind == Guarded::Folder ? FILE_DELETE_CHILD : FILE_APPEND_DATA; // or KEY_CREATE_SUB_KEY
-    const DWORD writing =
-        FILE_WRITE_DATA | ofKind | DELETE | WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
+    // For a key, the last two are KEY_SET_VALUE and KEY_CREATE_SUB_KEY.
+    const DWORD ofKind = kind == Guarded::Folder            ? FILE_DELETE_CHILD
+                         : kind == Guarded::FolderOfMissing ? FILE_ADD_FILE
+                                                            : FILE_WRITE_DATA | FILE_APPEND_DATA;
+    const DWORD writing = ofKind | DELETE | WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
     DWORD denied = 0;
     std::vector<std::string> writers;
     for (DWORD i = 0; i < list->AceCount; ++i) {
