@@ -54,7 +54,7 @@ Report makeReport(const Context& context, const DoctorOptions& options) {
 
 /// Writes only what support needs into one ZIP file, and prints what that is.
 void writeBundle(std::ostream& out, const DoctorOptions& options, Report report) {
-    const LegacyExcerpt legacy(report.legacy.bytes.value_or(""));
+    const LegacyExcerpt legacy(report.legacy.bytes);
     for (Finding& finding : report.findings)
         if (finding.kind == &finding::legacyLineIgnored && legacy.leftOut.count(finding.line) != 0)
             finding.detail = "(left out)";

@@ -4,6 +4,7 @@
 #include "ini/IniSave.h"
 #include "platform/System.h"
 #include "support/Files.h"
+#include "support/Paths.h"
 #include "support/Text.h"
 #include <algorithm>
 #include <map>
@@ -43,7 +44,7 @@ private:
 };
 
 /// Whether the bytes look like UTF-16, which may lack its byte-order mark.
-bool isHalfZeros(const std::string& bytes) {
+bool hasManyZeros(const std::string& bytes) {
     return std::count(bytes.begin(), bytes.end(), '\0') > static_cast<std::ptrdiff_t>(bytes.size() / 4);
 }
 
@@ -65,26 +66,31 @@ struct Trouble {
     std::string remedy;
 };
 
-/// Why a transfer could not save the file. It replaces the file, so it needs the right to delete it.
+bool isReadOnly(const std::string& path) {
+    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
+/// Why a transfer could not save the file. It replaces the file, so it needs the right to delete it. It
+/// writes a new file beside it, after it has removed what has the name of that.
 Trouble savingTrouble(const std::string& path, bool folderWritable) {
     if (!openFile(path, GENERIC_READ | GENERIC_WRITE | DELETE, OPEN_EXISTING)) {
         const DWORD error = GetLastError();
+        if (isReadOnly(path))
+            return {"it is read-only", "Run 'attrib -r \"" + path + "\"'."};
         return {"it cannot be replaced: " + systemErrorText(error), remedyOfOpening(error)};
     }
     const vyini::IniString name = vyini::nameTempByExtension(path.c_str());
     if (name == nullptr)
         throw std::bad_alloc();
     const std::string temporary = name.get();
-    const DWORD attributes = GetFileAttributesW(toWide(temporary).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return folderWritable
-                   ? Trouble()
-                   : Trouble{"no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED)};
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) != 0)
+    if (isFolder(temporary))
         return {"'" + temporary + "', where the new file is to be written, is a folder",
                 "Remove that folder."};
-    if ((attributes & FILE_ATTRIBUTE_READONLY) != 0)
+    if (isReadOnly(temporary))
         return {"'" + temporary + "' is in the way and read-only", "Delete that file."};
+    if (!folderWritable)
+        return {"no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED)};
     return {};
 }
 
@@ -109,16 +115,18 @@ void checkLegacyFile(Report& report, bool folderWritable) {
     state.state = "none";
     if (file.result == vyini::IniNoFile)
         return;
-    if (std::string bytes; readFile(state.path, bytes) == ERROR_SUCCESS)
-        state.bytes = std::move(bytes);
+    std::string bytes;
+    if (readFile(state.path, bytes) != ERROR_SUCCESS)
+        bytes.clear();
     LegacyFindings findings(state.path, report.findings);
     state.state = "unreadable";
-    if (file.result == vyini::IniWideText || (state.bytes && isHalfZeros(*state.bytes))) {
+    if (file.result == vyini::IniWideText || hasManyZeros(bytes)) {
         findings.add(&finding::legacyEncoding, 0, "");
     } else if (file.result != 0) {
         findings.add(&finding::legacyUnreadable, 0, "reading it gives " + std::to_string(file.result));
     } else {
         state.state = "read";
+        state.bytes = std::move(bytes);
         const bool byName = vykel::aliasLayoutOf(&file.document()) == vykel::AliasLayout::ByResourceName;
         state.layout = byName ? "resource names" : "tokens";
         checkContent(file, findings, savingTrouble(state.path, folderWritable));

@@ -69,7 +69,7 @@ struct LegacyState {
     std::string state =
         "none"; ///< "none", "read", "unreadable", or "not read": its lock was not free, or it is a link.
     std::string layout; ///< "resource names" or "tokens"; empty when it was not read.
-    std::optional<std::string> bytes;
+    std::string bytes;  ///< Its content, when it was read.
 };
 
 struct Versions {
