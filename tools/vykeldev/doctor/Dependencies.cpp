@@ -44,9 +44,14 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
 
 std::string describeBadDependencies(const std::string& path) {
     std::string bytes;
-    readFile(path, bytes);
+    if (readFile(path, bytes) != ERROR_SUCCESS)
+        return "";
     std::optional<LibraryImage> image = readNativeImage(bytes);
-    return image ? joined(findBadDependencies(*image, path.substr(0, path.find_last_of("\\/"))), "; ") : "";
+    if (!image)
+        return "";
+    if (image->kind != LibraryImage::Kind::Library)
+        return image->detail;
+    return joined(findBadDependencies(*image, path.substr(0, path.find_last_of("\\/"))), "; ");
 }
 
 } // namespace vykeldev::doctor

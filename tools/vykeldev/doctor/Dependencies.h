@@ -12,7 +12,8 @@ namespace vykeldev::doctor {
 /// those that the plug-in itself imports first. Fills `plugin.missingImports`. `folder` is the plug-in's own.
 std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::string& folder);
 
-/// The same of the library at an absolute path, as one text. Empty when there is nothing to say.
+/// The same of the library at an absolute path, as one text; or why the file is no library for this machine.
+/// Empty when there is nothing to say.
 std::string describeBadDependencies(const std::string& path);
 
 } // namespace vykeldev::doctor

@@ -219,7 +219,7 @@ std::string systemErrorText(DWORD error) {
                                             FORMAT_MESSAGE_IGNORE_INSERTS,
                                         nullptr, error, 0, reinterpret_cast<char*>(&text), 0, nullptr);
     const vybase::LocalMemory<char> owner(text);
-    return length == 0 ? std::string() : trimmed(std::string(text, length));
+    return length == 0 ? std::string() : withoutInserts(trimmed(std::string(text, length)));
 }
 
 std::string systemVersion() {

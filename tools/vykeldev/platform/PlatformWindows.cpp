@@ -295,7 +295,7 @@ std::string systemErrorText(DWORD error) {
                                             FORMAT_MESSAGE_IGNORE_INSERTS,
                                         nullptr, error, 0, reinterpret_cast<LPWSTR>(&text), 0, nullptr);
     const vybase::LocalMemory<WCHAR> owner(text);
-    return length == 0 ? std::string() : trimmed(toUtf8(WideString(text, length)));
+    return length == 0 ? std::string() : withoutInserts(trimmed(toUtf8(WideString(text, length))));
 }
 
 std::string systemVersion() {

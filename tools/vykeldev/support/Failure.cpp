@@ -117,10 +117,7 @@ Failure statusFailure(const std::string& action, std::int32_t code) {
 }
 
 Failure systemFailure(const std::string& action, DWORD error, const std::string& remedy) {
-    std::string meaning = systemErrorText(error);
-    if (meaning.rfind("%1", 0) == 0) // the system's place for a file name
-        meaning.replace(0, 2, "The file");
-    return {action + " failed with system error " + std::to_string(error), std::move(meaning),
+    return {action + " failed with system error " + std::to_string(error), systemErrorText(error),
             error == ERROR_ACCESS_DENIED ? "Run the tool as administrator." : remedy};
 }
 

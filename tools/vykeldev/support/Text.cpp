@@ -49,4 +49,10 @@ std::string trimmed(std::string text) {
     return text;
 }
 
+std::string withoutInserts(std::string text) {
+    if (const std::size_t at = text.find("%1"); at != std::string::npos)
+        text.replace(at, 2, at == 0 ? "The file" : "the file");
+    return text;
+}
+
 } // namespace vykeldev

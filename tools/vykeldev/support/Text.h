@@ -43,6 +43,9 @@ std::string concat(const Parts&... parts) {
 /// `text` without white space at its end.
 std::string trimmed(std::string text);
 
+/// A text of the system in which words replace "%1", its place for a file name.
+std::string withoutInserts(std::string text);
+
 } // namespace vykeldev
 
 #endif
