@@ -88,9 +88,9 @@ Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
     if (look &&
         (!lacksLibrary || error.system == ERROR_MOD_NOT_FOUND || error.system == ERROR_BAD_EXE_FORMAT))
         return {look->kind, look->step, look->detail + system};
-    if (!isAbsolutePath(*plugin.path))
-        return {&finding::fileMissing, Step::Path,
-                "the relative path leads to no file" + system + pathOddity(*plugin.path)};
+    const std::string oddity = pathOddity(*plugin.path);
+    if (!isAbsolutePath(*plugin.path) && (error.system == ERROR_MOD_NOT_FOUND || !oddity.empty()))
+        return {&finding::fileMissing, Step::Path, "the relative path leads to no file" + system + oddity};
     if (error.system == ERROR_MOD_NOT_FOUND)
         return {&finding::dependencyMissing, Step::Dependency,
                 "a library that it needs cannot be loaded" + system};
