@@ -28,7 +28,7 @@ struct Result {
     Outcome outcome = Outcome::Passed;
     std::string observed; ///< What broke the rule, or why it was skipped.
     std::chrono::milliseconds duration{0};
-    /// The rule because of which alone it was skipped. Null otherwise.
+    /// The rule because of whose result it was skipped; null when it was not, or for another reason.
     const Rule* cause = nullptr;
     bool lookedLess = false; ///< Its budget was used up before it had looked as often as usual.
 };

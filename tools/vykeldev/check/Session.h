@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-/// Steps that many rules start with. All throw Broken when the plug-in does not come that far, but for the
-/// first: there are rules about being initialised.
+/// Steps that many rules start with. They throw Broken when the plug-in does not come that far; only
+/// InitializedPlugin throws Skipped, because other rules are about being initialised.
 namespace vykeldev::check {
 
 /// Makes a step in which the plug-in may have a reason to refuse.

@@ -53,7 +53,7 @@ bool checkRights(const std::string& folder, Findings& findings) {
     return false;
 }
 
-/// Looks for links among the files of the folder. Whether the legacy alias file is none.
+/// Looks for links among the files of the folder. Returns whether the legacy alias file itself is no link.
 bool checkLinks(const std::string& folder, Findings& findings) {
     std::string link;
     for (const char* const name : {"DeviceList.lck", "vykel.lck", "vykel.TMP", "vykel.ini"})
