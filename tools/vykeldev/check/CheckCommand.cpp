@@ -2,15 +2,14 @@
 #include "check/Runner.h"
 #include "commands/Commands.h"
 #include "support/DisplayText.h"
+#include "support/Files.h"
 #include "support/JsonFailure.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
-#include "support/Text.h"
 #include <CLI/CLI.hpp>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
 #include <memory>
+#include <sstream>
 
 namespace vykeldev {
 namespace {
@@ -24,11 +23,9 @@ struct CheckOptions {
 };
 
 void writeJUnit(const CheckOptions& options, const std::string& plugin, const check::Results& results) {
-    std::ofstream file(std::filesystem::path(toWide(options.junitFile)), std::ios::binary);
-    check::printJUnit(file, plugin, results);
-    if (!file.flush())
-        throw Failure("'" + printable(options.junitFile) + "' cannot be written", "",
-                      "Give another file with --junit.");
+    std::ostringstream text;
+    check::printJUnit(text, plugin, results);
+    writeFile(options.junitFile, text.str(), true);
 }
 
 ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
@@ -43,14 +40,15 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
                       "Give the path of the plug-in's DLL.");
     if (!options.json)
         std::cout << "Checking " << printable(run.path) << std::endl;
-    const auto [results, stopped] = check::runRules(run, [&](const check::Result& result) {
+    const check::RunResults all = check::runRules(run, [&](const check::Result& result) {
         if (!options.json)
             check::printResult(std::cout, result, context.colour);
     });
-    const auto finish = [&, &found = results, isStopped = stopped] {
+    const check::Results& results = all.results;
+    const auto finish = [&] {
         if (!options.junitFile.empty())
-            writeJUnit(options, run.path, found);
-        if (isStopped)
+            writeJUnit(options, run.path, results);
+        if (all.stopped)
             throw Failure("stopped before every rule was checked", "", "Check the plug-in again.");
     };
     if (options.json) {
@@ -98,7 +96,8 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         ->add_option("--rule", options->run.rules,
                      "Checks only this rule and those that it needs; may be given more than once")
         ->check([](const std::string& id) {
-            return check::findRule(id) != nullptr ? std::string() : "there is no rule '" + id + "'";
+            return check::findRule(id) != nullptr ? std::string()
+                                                  : "there is no rule '" + id + "'; --list-rules shows them";
         })
         ->allow_extra_args(false) // the path may follow
         ->type_name("ID");
