@@ -9,6 +9,7 @@
 
 namespace vykeldev::check {
 
+/// What came out of a rule. A warning: it is broken, but the library copes with that, or it may be intended.
 enum class Outcome { Passed, Warning, Failed, Skipped };
 
 /// The names in reports.

@@ -6,6 +6,7 @@
 
 namespace vykeldev::check {
 
+/// What came out of all rules.
 struct RunResults {
     Results results;
     bool stopped = false; ///< By Ctrl-C, before all rules were checked.

@@ -10,7 +10,8 @@
 
 namespace vykeldev::doctor {
 
-std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::string& folder) {
+std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::string& path) {
+    const std::string folder = path.substr(0, path.find_last_of("\\/") + 1);
     std::vector<std::string> bad;
     std::set<std::string> seen; // libraries may import each other
     std::deque<std::pair<std::string, LibraryImage>> importers{{"", plugin}};
@@ -20,9 +21,9 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
         for (const std::string& name : importerImage.imports) {
             if (!seen.insert(name).second)
                 continue;
-            const std::optional<std::string> path = findImport(name);
-            if (!path) {
-                const DWORD beside = GetFileAttributesW(toWide(concat(folder, "\\", name)).c_str());
+            const std::optional<std::string> found = findImport(name);
+            if (!found) {
+                const DWORD beside = GetFileAttributesW(toWide(folder + name).c_str());
                 plugin.missingImports.push_back(name);
                 bad.push_back(concat("not found: ", name, importedBy,
                                      beside == INVALID_FILE_ATTRIBUTES
@@ -30,13 +31,14 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
                                          : ", which is beside the plug-in, where the system does not look"));
             }
             std::string bytes;
-            if (!path || path->empty() || !isOrdinaryFile(*path) || readFile(*path, bytes) != ERROR_SUCCESS)
+            if (!found || found->empty() || !isOrdinaryFile(*found) ||
+                readFile(*found, bytes) != ERROR_SUCCESS)
                 continue; // what cannot be read is left to the loader
             const std::optional<LibraryImage> image = readNativeImage(bytes);
             if (image && image->kind == LibraryImage::Kind::Library)
                 importers.emplace_back(name, *image);
             else if (image)
-                bad.push_back(concat(name, importedBy, " cannot be used: '", *path, "': ", image->detail));
+                bad.push_back(concat(name, importedBy, " cannot be used: '", *found, "': ", image->detail));
         }
     }
     return bad;
@@ -51,7 +53,7 @@ std::string describeBadDependencies(const std::string& path) {
         return "";
     if (image->kind != LibraryImage::Kind::Library)
         return image->detail;
-    return joined(findBadDependencies(*image, path.substr(0, path.find_last_of("\\/"))), "; ");
+    return joined(findBadDependencies(*image, path), "; ");
 }
 
 } // namespace vykeldev::doctor

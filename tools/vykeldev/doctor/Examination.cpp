@@ -68,10 +68,9 @@ std::optional<Verdict> lookAtHeaders(PluginAccount& plugin) {
 
 /// Looks also for the libraries that it imports.
 std::optional<Verdict> lookAtFile(PluginAccount& plugin) {
-    const std::string& path = *plugin.path;
     if (std::optional<Verdict> verdict = lookAtHeaders(plugin); verdict || !plugin.image)
         return verdict;
-    const auto bad = findBadDependencies(*plugin.image, path.substr(0, path.find_last_of("\\/")));
+    const auto bad = findBadDependencies(*plugin.image, *plugin.path);
     if (bad.empty())
         return std::nullopt;
     return Verdict{&finding::dependencyMissing, Step::Dependency, joined(bad, "; ")};

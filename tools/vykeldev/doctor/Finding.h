@@ -8,6 +8,8 @@
 
 namespace vykeldev::doctor {
 
+/// An error makes plug-ins, devices or whole lists missing; a warning may soon, or hurts otherwise; an info
+/// helps only to understand the rest.
 enum class Severity { Info, Warning, Error };
 constexpr const char* severityNames[] = {"info", "warning", "error"};
 constexpr const char* nameOf(Severity severity) noexcept {

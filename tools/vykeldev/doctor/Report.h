@@ -36,6 +36,7 @@ constexpr const char* nameOf(Step step) noexcept {
     return stepNames[static_cast<std::size_t>(step)];
 }
 
+/// What became of a plug-in: refused is what it reported itself, before it had a list.
 enum class Outcome { Loaded, Refused, Failed };
 constexpr const char* outcomeNames[] = {"loaded", "refused", "failed"};
 constexpr const char* nameOf(Outcome outcome) noexcept {
@@ -58,20 +59,23 @@ struct PluginAccount {
     Json deviceList; ///< Token, number and alias of each device, as in the schema; null when nobody asked.
 };
 
+/// One lock file, after the attempt to lock it.
 struct LockState {
     std::string path;
     const char* state = "free"; ///< Or "held" or "unusable".
     double secondsWaited = 0;
 };
 
+/// The legacy alias file.
 struct LegacyState {
     std::string path;
-    std::string state =
-        "none"; ///< "none", "read", "unreadable", or "not read": its lock was not free, or it is a link.
+    /// "none", "read", "unreadable", or "not read": its lock was not free, or it is a link.
+    std::string state = "none";
     std::string layout; ///< "resource names" or "tokens"; empty when it was not read.
     std::string bytes;  ///< Its content, when it was read.
 };
 
+/// Which releases are at work here.
 struct Versions {
     std::string tool;
     std::string libraryPath;
@@ -79,6 +83,7 @@ struct Versions {
     std::string system;
 };
 
+/// All that the doctor saw.
 struct Report {
     bool listsDevices = false; ///< The user wants to see them.
     Versions versions;
