@@ -116,14 +116,17 @@ void checkLegacyFile(Report& report, bool folderWritable) {
     if (file.result == vyini::IniNoFile)
         return;
     std::string bytes;
-    if (readFile(state.path, bytes) != ERROR_SUCCESS)
-        bytes.clear();
+    const DWORD error = readFile(state.path, bytes);
     LegacyFindings findings(state.path, report.findings);
     state.state = "unreadable";
     if (file.result == vyini::IniWideText || hasManyZeros(bytes)) {
         findings.add(&finding::legacyEncoding, 0, "");
+    } else if (file.result != 0 && isFolder(state.path)) {
+        findings.add(&finding::legacyUnreadable, 0, "a folder has its name", "Remove the folder.");
     } else if (file.result != 0) {
-        findings.add(&finding::legacyUnreadable, 0, "reading it gives " + std::to_string(file.result));
+        findings.add(&finding::legacyUnreadable, 0,
+                     error != ERROR_SUCCESS ? systemErrorText(error)
+                                            : "reading it gives " + std::to_string(file.result));
     } else {
         state.state = "read";
         state.bytes = std::move(bytes);

@@ -27,10 +27,11 @@ DWORD readFile(const std::string& path, std::string& bytes) {
         return ERROR_NOT_ENOUGH_MEMORY;
     bytes.resize(static_cast<std::size_t>(size.QuadPart));
     DWORD done = 0;
-    if (!ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr))
-        return GetLastError();
-    bytes.resize(done);
-    return ERROR_SUCCESS;
+    const bool isRead =
+        ReadFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr) != FALSE;
+    const DWORD error = isRead ? ERROR_SUCCESS : GetLastError();
+    bytes.resize(isRead ? done : 0);
+    return error;
 }
 
 void writeFile(const std::string& path, std::string_view bytes, bool replace) {

@@ -15,7 +15,8 @@ using FileHandle = vybase::Handle;
 /// As CreateFileW, sharing everything; null with the system's last error set.
 FileHandle openFile(const std::string& path, DWORD access, DWORD disposition);
 
-/// Reads a file of at most 256 MB. Returns the system's error; 0 is success.
+/// Reads a file of at most 256 MB into `bytes`, which is empty before and stays so when that fails. Returns
+/// the system's error; 0 is success.
 DWORD readFile(const std::string& path, std::string& bytes);
 
 /// Writes a new file, or with `replace` also over an existing one. Throws Failure, also when the file exists
