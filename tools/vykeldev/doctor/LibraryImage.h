@@ -16,11 +16,11 @@ constexpr std::array<const char*, 3> entryPointNames = {"vykel_initializePlugin"
 struct LibraryImage {
     enum class Kind { NotALibrary, OtherMachine, Library };
     Kind kind = Kind::NotALibrary;
-    std::string detail;                      ///< What it is when it is not a library for this machine.
-    std::vector<std::string> missingExports; ///< Of entryPointNames.
-    std::vector<std::string> imports;        ///< The libraries that it imports.
+    std::string detail = {};                      ///< What it is when it is not a library for this machine.
+    std::vector<std::string> missingExports = {}; ///< Of entryPointNames.
+    std::vector<std::string> imports = {};        ///< The libraries that it imports.
     /// Of these and theirs, those that are not found. Callers fill it.
-    std::vector<std::string> missingImports;
+    std::vector<std::string> missingImports = {};
 };
 
 /// Reads the headers of a Windows library (PE32+ for x64). The bytes may be anything: nothing outside them is

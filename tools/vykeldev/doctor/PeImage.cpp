@@ -7,6 +7,8 @@ namespace vykeldev::doctor {
 namespace {
 
 constexpr std::uint16_t machineX64 = 0x8664;
+constexpr std::uint16_t machineX86 = 0x14C;
+constexpr std::uint16_t machineArm64 = 0xAA64;
 constexpr std::uint16_t isDll = 0x2000;
 constexpr std::uint16_t optionalHeader64 = 0x20B;
 constexpr std::uint32_t exportDirectory = 0;
@@ -49,10 +51,11 @@ private:
     std::string_view bytes;
 };
 
+/// Where the headers begin in the file.
 struct Headers {
-    std::uint64_t coff;     // offset of the COFF header
-    std::uint64_t optional; // of the optional header
-    std::uint64_t sections; // of the section table
+    std::uint64_t coff;     ///< The COFF header.
+    std::uint64_t optional; ///< The optional header.
+    std::uint64_t sections; ///< The section table.
     std::uint16_t sectionCount;
 };
 
@@ -112,20 +115,16 @@ std::vector<std::string> readImports(const ByteView& file, const Headers& header
 LibraryImage readHeaders(const ByteView& file) {
     using Kind = LibraryImage::Kind;
     if (!file.startsWith(0, "MZ") || !file.startsWith(file.u32(0x3C), std::string_view("PE\0\0", 4)))
-        return {Kind::NotALibrary, "the file is not a Windows library", {}, {}, {}};
+        return {Kind::NotALibrary, "the file is not a Windows library"};
     const Headers headers = findHeaders(file);
     if ((file.u16(headers.coff + 18) & isDll) == 0)
-        return {Kind::NotALibrary, "the file is a program, not a library", {}, {}, {}};
-    if (file.u16(headers.coff) != machineX64 || file.u16(headers.optional) != optionalHeader64) {
-        return {Kind::OtherMachine,
-                file.u16(headers.coff) == 0x14C    ? "the library is for 32-bit x86"
-                : file.u16(headers.coff) == 0xAA64 ? "the library is for ARM64"
-                                                   : "the library is not for x64",
-                {},
-                {},
-                {}};
-    }
-    return {Kind::Library, "", findMissingExports(file, headers), readImports(file, headers), {}};
+        return {Kind::NotALibrary, "the file is a program, not a library"};
+    const std::uint16_t machine = file.u16(headers.coff);
+    if (machine != machineX64 || file.u16(headers.optional) != optionalHeader64)
+        return {Kind::OtherMachine, machine == machineX86     ? "the library is for 32-bit x86"
+                                    : machine == machineArm64 ? "the library is for ARM64"
+                                                              : "the library is not for x64"};
+    return {Kind::Library, "", findMissingExports(file, headers), readImports(file, headers)};
 }
 
 } // namespace
@@ -134,7 +133,7 @@ LibraryImage readPeImage(std::string_view bytes) {
     try {
         return readHeaders(ByteView(bytes));
     } catch (const std::out_of_range&) {
-        return {LibraryImage::Kind::NotALibrary, "the file is cut off or damaged", {}, {}, {}};
+        return {LibraryImage::Kind::NotALibrary, "the file is cut off or damaged"};
     }
 }
 
