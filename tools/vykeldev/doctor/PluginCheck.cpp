@@ -12,6 +12,7 @@
 namespace vykeldev::doctor {
 namespace {
 
+constexpr const char* keyOf32Bit = "SOFTWARE\\WOW6432Node\\Morvance\\VY-KEL\\Plugins\\";
 const std::string keyName = std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey;
 
 /// Checks what the library does not look at: the value's type, its size, and how it ends.
@@ -122,19 +123,44 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
             findings.push_back({&finding::numberDuplicate, concat("number ", number), joined(devices, ", ")});
 }
 
+/// How many plug-ins are registered where Windows puts the keys of 32-bit programs, such as installers. No
+/// client looks there.
+std::uint32_t countMisplaced() {
+    vyerr::Status status;
+    vyerr::initStatus(&status);
+    const std::uint32_t count = vysys::countSubkeys(keyOf32Bit, status);
+    vyerr::releaseStatus(&status);
+    return count;
+}
+
+/// Reports that the registry key names no plug-in.
+void addNone(const FindingKind& kind, const std::string& detail, Findings& findings) {
+    const std::uint32_t misplaced = countMisplaced();
+    if (misplaced == 0)
+        return findings.push_back({&kind, keyName, detail});
+    findings.push_back(
+        {&kind, keyName,
+         concat(detail, detail.empty() ? "" : " ", "A 32-bit installer registered ", misplaced,
+                " below HKEY_LOCAL_MACHINE\\", keyOf32Bit, ", where no client looks."),
+         0,
+         "Run 'vykeldev register NAME PATH' as administrator with the path of each plug-in, and "
+         "report it to the vendor."});
+}
+
 } // namespace
 
 std::optional<std::uint32_t> countPlugins(Findings& findings) {
     try {
         const std::uint32_t count = vykel::countPlugins();
         if (count == 0)
-            findings.push_back({&finding::pluginsNone, keyName, ""});
+            addNone(finding::pluginsNone, "", findings);
         return count;
     } catch (const vyerr::Exception& exception) {
         const LibraryError error = makeLibraryError(exception);
-        const bool denied = error.system == ERROR_ACCESS_DENIED;
-        findings.push_back(
-            {denied ? &finding::pluginsKeyDenied : &finding::pluginsKeyMissing, keyName, error.systemText});
+        if (error.system == ERROR_ACCESS_DENIED)
+            findings.push_back({&finding::pluginsKeyDenied, keyName, error.systemText});
+        else
+            addNone(finding::pluginsKeyMissing, error.systemText, findings);
         return std::nullopt;
     }
 }
