@@ -29,8 +29,8 @@ std::string fileIdentity(const std::string& path);
 /// it is neither, or cannot be looked at.
 std::string linkText(const std::string& path);
 
-/// A thing that only administrators should change. Of a folder, one file in it counts, which exists or is
-/// missing: new files beside it do no harm.
+/// A thing that only administrators should change: a folder because of one file in it, which exists or is
+/// missing. Whoever may only add other files to the folder does no harm.
 enum class Guarded { File, Folder, FolderOfMissing, RegistryKey };
 
 /// Which of all ordinary users' groups may change it, for people; empty when none may, or when that cannot be
