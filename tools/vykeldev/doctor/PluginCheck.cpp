@@ -52,7 +52,7 @@ void checkWriters(const std::string& subject, const std::string& path, Guarded k
 
 void checkWriters(const PluginAccount& plugin, Findings& findings) {
     checkWriters(plugin.name, vykel::pluginsKey + plugin.name, Guarded::RegistryKey, findings);
-    if (!isAbsolutePath(*plugin.path) || isFolder(*plugin.path))
+    if (!isAbsolutePath(*plugin.path) || isFolder(*plugin.path) || !isOrdinaryFile(*plugin.path))
         return;
     checkWriters(plugin.name, *plugin.path, Guarded::File, findings);
     // With its separator: without it, a drive would mean the current folder there.
