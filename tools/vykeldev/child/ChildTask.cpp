@@ -21,7 +21,7 @@ std::vector<std::string> taskArguments(const char* task, const std::string& mark
 }
 
 void cutTexts(Json& json) {
-    constexpr std::size_t maxTextBytes = 5000; // two fit into a line, also as escapes of six bytes each
+    constexpr std::size_t maxTextBytes = 5000; // enough for people; far below what fits into a line
     if (json.is_string() && json.get_ref<const std::string&>().size() > maxTextBytes)
         json = json.get<std::string>().substr(0, maxTextBytes) + "...";
     else if (json.is_structured())
