@@ -3,7 +3,7 @@
 # for the programs that link it. Without -p, objcopy would write the time into each header.
 # With VYKEL_PDB (clang and lld, for Windows) the symbols are in NAME.pdb beside the target instead, and the list
 # of what was linked is in NAME.map.
-set(relative_paths "${CMAKE_CURRENT_LIST_DIR}/relative-paths.sh ${CMAKE_SOURCE_DIR} ${CMAKE_BINARY_DIR}")
+set(relative_paths "\"${CMAKE_CURRENT_LIST_DIR}/relative-paths.sh\" \"${CMAKE_SOURCE_DIR}\" \"${CMAKE_BINARY_DIR}\"")
 
 function(split_debug_symbols target)
   if(VYKEL_SANITIZE)
