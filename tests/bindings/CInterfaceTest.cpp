@@ -121,7 +121,7 @@ TEST(CInterface, TakesAPluginInC) {
     EXPECT_EQ(client.output.find("KEL0  takes no alias  lamp-1"), 0u) << client.output;
     const ProgramResult check =
         runProgram("vykeldev", "check \"" + (programFolder() / "lamp").string() + pluginExtension + "\"");
-    EXPECT_NE(check.exitCode, 1) << check.output;
+    EXPECT_EQ(check.exitCode, 4) << check.output; // it warns only
 }
 #endif
 

@@ -6,9 +6,9 @@ import shutil
 import subprocess
 import sys
 import tempfile
-import threading
 import unittest
 import zipfile
+from concurrent.futures import ThreadPoolExecutor
 from pathlib import Path
 from typing import Callable, List, Optional, Union
 
@@ -133,13 +133,14 @@ class Binding(unittest.TestCase):
                 (self.root / "simulated.devices").write_text("token=a alias=A")
                 devices.refresh()
 
-        worker = threading.Thread(target=refresh)
-        worker.start()
-        while worker.is_alive():
-            try:
-                self.assertIn([device.alias for device in devices], ([], ["A"]))
-            except ClosedError:
-                pass
+        with ThreadPoolExecutor() as pool:
+            worker = pool.submit(refresh)
+            while not worker.done():
+                try:
+                    self.assertIn([device.alias for device in devices], ([], ["A"]))
+                except ClosedError:
+                    pass
+            worker.result()
 
     def test_makes_a_wheel(self) -> None:
         package = Path(vykeldevenum.__file__).parent

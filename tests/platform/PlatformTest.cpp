@@ -150,7 +150,8 @@ TEST_F(PlatformTest, CatchesOnlyTheMemoryFault) {
 }
 
 TEST(OnceInitializer, RunsOnceWhicheverThreadComesFirst) {
-    static std::atomic<int> runs{0};
+    static std::atomic<int> runs;
+    runs = 0; // also when the tests are repeated
     const auto initialize = [](vykel::StatusBlock*) {
         std::this_thread::sleep_for(std::chrono::milliseconds(runs++ + 20));
     };

@@ -183,9 +183,10 @@ TEST_F(SimulatedPlugin, LosesNothingWhenManyWriteAndFoldAtOnce) {
 #ifndef _WIN32
 
 TEST_F(SimulatedPlugin, NeitherLosesNorHalfKeepsWhenACallFails) {
-    bool struck = true;
+    std::size_t nth = 0;
     const std::ptrdiff_t resources = winhost::openResources();
-    for (std::size_t nth = 1; struck; ++nth) {
+    for (bool struck = true; struck;) {
+        ++nth;
         status.code = success;
         {
             const ListPtr list = makeList("token=a alias=\"\"\ntoken=b\n");
@@ -200,6 +201,7 @@ TEST_F(SimulatedPlugin, NeitherLosesNorHalfKeepsWhenACallFails) {
         EXPECT_EQ(readFile(devicesFile), "token=a alias=\"" + alias + "\"\ntoken=b\n") << nth;
     }
     EXPECT_EQ(winhost::openResources(), resources);
+    EXPECT_GT(nth, 20u);
 }
 
 TEST_F(SimulatedPlugin, KeepsTheJournalUntilTheFileIsSafe) {

@@ -201,7 +201,7 @@ protected:
             {"install", [&] { machine.install(name, other); }},
             {"copy", [&] { machine.copyLibrary(name, other); }},
             {"registry", [&] { setValue(name, other, third == "cut", cut); }},
-            {"patch", [&] { writeFile(path, replaced(readFile(path), other, third)); }},
+            {"patch", [&] { patch(path, other, third); }},
             {"resize", [&] { fs::resize_file(path, std::stoul(other)); }},
             {"link", [&] { fs::create_hard_link(path, folder / other); }},
             {"devices", [&] { setDevices(name, text); }},
@@ -270,6 +270,12 @@ protected:
         EXPECT_TRUE(found == text || !step.parts.empty()) << found;
         for (const std::string& part : step.parts)
             expectPart(found, expanded(part, folder.string()));
+    }
+
+    static void patch(const fs::path& path, const std::string& from, const std::string& to) {
+        const std::string before = readFile(path);
+        EXPECT_NE(before.find(from), std::string::npos) << "there is nothing to patch";
+        writeFile(path, replaced(before, from, to));
     }
 
     /// Registers a plug-in by a value of any type; without a type, by none.

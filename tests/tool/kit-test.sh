@@ -41,7 +41,7 @@ await_lines() {
 
 # Gives the sample plug-in these devices, in one step.
 see() {
-  printf "$1\n" >devices
+  printf '%b\n' "$1" >devices
   mv devices plugin/simulated.devices
 }
 
@@ -90,7 +90,7 @@ for file in "$library" "vykeldev$exe"; do
     "$OBJDUMP" -h "$kit/bin/$symbols" | grep debug_info >/dev/null || fail "$symbols has no symbols"
     [ -z "$windows" ] || "$OBJDUMP" -p "$kit/bin/$file" | grep '^Time/Date.*1970' >/dev/null || fail "$file holds the time of its build"
   fi
-  ! grep -aqE "$source_dir|$build" "$kit/bin/$file" "$kit/bin/$symbols" || fail "$file names this machine's folders"
+  ! grep -aqF -e "$source_dir" -e "$build" "$kit/bin/$file" "$kit/bin/$symbols" || fail "$file names this machine's folders"
 done
 
 echo "== samples, from the kit alone"
@@ -102,7 +102,7 @@ done
 export PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig
 [ "$(pkg-config --modversion vykeldevenum)" = "$version" ] || fail "pkg-config has another version"
 "$CXX" -std=c++11 -pedantic-errors -Wall -Wextra -Werror "$kit/share/vykeldevenum/samples/client/main.cpp" $(pkg-config --cflags --libs vykeldevenum) \
-  -o "$kit/bin/client$exe" ${rpath:+-Wl,-rpath,$kit/bin}
+  -o "$kit/bin/client$exe" ${rpath:+"-Wl,-rpath,$kit/bin"}
 
 echo "== what they show"
 [ "$(vykeldev --version | tr -d '\r')" = "vykeldev $version" ] || fail "vykeldev has another version"
@@ -125,6 +125,7 @@ done
 echo "== watch"
 "${runner[@]}" "$kit/bin/vykeldev$exe" watch --json --format 2 --interval 0.05 >watch.json &
 watch=$!
+trap 'kill $watch 2>/dev/null || true; stop_environment' EXIT
 await_lines watch.json 2
 see 'token=c number=9\ntoken=b token2=same number=7\ntoken=a token2=same number=8 alias=A'
 await_lines watch.json 5
@@ -142,7 +143,7 @@ tr -d '\r' <watch.json | sed 's/"schemaVersion":1,//;s/"tokenFormat":2,//' | dif
 {"event":"removed","token":"c","number":9,"alias":null}
 {"event":"removed","token":"same","number":8,"alias":"A"}
 JSON
-) || fail "watch told something else"
+) || fail "watch reported something else"
 
 echo "== ZIP"
 (cd "$build" && cpack --config CPackConfig.cmake) >cpack.log || { cat cpack.log; exit 1; }

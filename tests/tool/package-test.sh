@@ -29,7 +29,7 @@ expect_devices() {
 "$source_dir/scripts/package" >"$work/package.log" || { cat "$work/package.log"; exit 1; }
 cd "$source_dir/build/package"
 sha256sum --quiet -c SHA256SUMS
-[ "$(wc -l <SHA256SUMS)" -eq 3 ]
+[ "$(wc -l <SHA256SUMS)" -eq 3 ] || { echo "FAILED: there are not three files:"; cat SHA256SUMS; exit 1; }
 msi=$(windows_path "$PWD/$(echo *.msi)")
 cd "$work"
 for zip in "$source_dir"/build/package/*.zip; do cmake -E tar xf "$zip"; done
