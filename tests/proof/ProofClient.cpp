@@ -1,13 +1,11 @@
 // A client that calls the library only through its exports. scripts/prove runs it, and says what must come
 // out.
+#include "support/TestFiles.h"
 #include "vykel/vykeldevenum.h"
 #include <atomic>
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <mutex>
 #include <random>
 #include <string>
@@ -24,6 +22,7 @@ extern "C" std::size_t __sanitizer_get_current_allocated_bytes(); // the compile
 
 namespace {
 
+using namespace vykeltest;
 using std::chrono::microseconds;
 using Arguments = std::vector<std::string>;
 
@@ -89,7 +88,7 @@ void printUse() {
     DWORD handles = 0;
     GetProcessHandleCount(GetCurrentProcess(), &handles);
 #else
-    const std::filesystem::directory_iterator open("/proc/self/fd");
+    const fs::directory_iterator open("/proc/self/fd");
     const auto handles = std::distance(begin(open), end(open));
 #ifdef __SANITIZE_ADDRESS__
     const std::size_t bytes = __sanitizer_get_current_allocated_bytes();
@@ -108,7 +107,7 @@ int lives(const Arguments& arguments) {
     long devices = 0;
     for (int i = 1; i <= count; ++i) {
         for (std::size_t each = 1; each < arguments.size(); ++each) {
-            const auto path = std::filesystem::u8path(arguments[each]).string<WCHAR>();
+            const auto path = fs::u8path(arguments[each]).string<WCHAR>();
             if (FreeLibrary(LoadLibraryExW(path.c_str(), nullptr, 0)) == 0)
                 return 1;
         }
@@ -140,11 +139,6 @@ int threads(const Arguments& arguments) {
     return 0;
 }
 
-std::string readFile(const std::string& path) {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
-}
-
 /// saves COUNT FILE OLD NEW: so many refreshes, each of which makes a new legacy file of an old one, while a
 /// reader holds the file open now and then. Prints how many refreshes were refused and then finished, how
 /// often the reader saw the old and the new file, and how often anything else was there.
@@ -169,7 +163,7 @@ int saves(const Arguments& arguments) {
     for (long left = std::stol(arguments[0]); left > 0; --left) {
         {
             const std::lock_guard<std::mutex> guard(renewing);
-            std::ofstream(path, std::ios::binary) << before;
+            writeFile(path, before);
         }
         int tries = 0;
         while (live([](vykel::IDeviceList&, vykel::StatusBlock&) {}) < 0 && ++tries < 1000) {
