@@ -67,7 +67,7 @@ class _Command:
             wrong.append("fails without a word")
         if "\0" in ended.stdout + ended.stderr:
             wrong.append("prints zero bytes")
-        if "--json" in self.arguments and ended.stdout:
+        if "--json" in self.arguments and (ended.stdout or ended.returncode == 0):
             try:
                 json.loads(ended.stdout)
             except ValueError:
