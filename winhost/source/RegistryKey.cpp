@@ -59,13 +59,9 @@ bool RegistryKey::remove(std::u16string_view path) {
         parent = key;
         key = &key->children[static_cast<std::size_t>(found - key->children.data())];
     }
-    if (parent == nullptr) {
-        children.clear();
-        entries.clear();
-    } else {
+    if (parent != nullptr)
         parent->children.erase(parent->children.begin() + (key - parent->children.data()));
-    }
-    return true;
+    return parent != nullptr;
 }
 
 const RegistryValue* RegistryKey::findValue(std::u16string_view name) const {

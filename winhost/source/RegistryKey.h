@@ -33,8 +33,8 @@ public:
     const RegistryKey* find(std::u16string_view path) const;
     /// The same, but creates the keys that are missing. Valid until the next create or remove.
     RegistryKey& create(std::u16string_view path);
-    /// Removes the key at `path` and everything below it; for an empty path, all content of this key. False
-    /// when there is no such key.
+    /// Removes the key at `path` and everything below it. False when there is no such key, and for an empty
+    /// path.
     bool remove(std::u16string_view path);
 
     /// The value of that name, or null.

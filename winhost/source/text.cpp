@@ -48,11 +48,10 @@ int MultiByteToWideChar(UINT codePage, DWORD flags, LPCSTR text, int length, LPW
                        buffer, size);
 }
 
-int WideCharToMultiByte(UINT codePage, DWORD flags, LPCWSTR text, int length, LPSTR buffer, int size, LPCSTR,
+int WideCharToMultiByte(UINT codePage, DWORD, LPCWSTR text, int length, LPSTR buffer, int size, LPCSTR,
                         LPBOOL) {
     if (winhost::fails(Call::WideCharToMultiByte) || rejects(codePage, text, length))
         return 0;
-    return convertInto(viewOf(text, length), winhost::utf8FromUtf16, (flags & WC_ERR_INVALID_CHARS) != 0,
-                       buffer, size);
+    return convertInto(viewOf(text, length), winhost::utf8FromUtf16, false, buffer, size);
 }
 }

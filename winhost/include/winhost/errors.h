@@ -52,8 +52,10 @@
 
 extern "C" {
 
-/// The last error of the calling thread. All libraries of the process share it.
+/// The last error of the calling thread. All libraries of the process share it. A call that succeeds need not
+/// reset it.
 DWORD GetLastError();
+/// Sets the last error of the calling thread.
 void SetLastError(DWORD error);
 
 /// The English text of a system error, with CR LF at its end. `flags` must be allocate-buffer, from-system
@@ -61,6 +63,7 @@ void SetLastError(DWORD error);
 /// LocalFree. Returns the length, or 0 with ERROR_MR_MID_NOT_FOUND for a code that has no text here.
 DWORD FormatMessageA(DWORD flags, LPCVOID source, DWORD error, DWORD language, LPSTR buffer, DWORD size,
                      void* arguments);
+/// Frees a message, or nothing for null. Returns null, or the handle on failure.
 HLOCAL LocalFree(HLOCAL memory);
 }
 

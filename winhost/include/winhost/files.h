@@ -50,7 +50,8 @@ enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 
 extern "C" {
 
-/// `attributes`, `security` and `like` have no effect. A directory cannot be opened (ERROR_ACCESS_DENIED).
+/// Both open a file, which CloseHandle closes; INVALID_HANDLE_VALUE on failure. `attributes`, `security` and
+/// `like` have no effect. A directory cannot be opened (ERROR_ACCESS_DENIED).
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
                    DWORD attributes, HANDLE like);
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
@@ -58,38 +59,49 @@ HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTE
 /// Both read or write at the file's position. `overlapped` must be null.
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED overlapped);
 BOOL WriteFile(HANDLE file, LPCVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED overlapped);
-/// `position` must be null and `method` FILE_BEGIN.
+/// Sets the file's position. `position` must be null and `method` FILE_BEGIN.
 BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER position, DWORD method);
+/// Ends the file at its position: cuts or extends it.
 BOOL SetEndOfFile(HANDLE file);
+/// Gives the file's size in bytes.
 BOOL GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
+/// Writes to the disk what the system still holds in memory of the file.
 BOOL FlushFileBuffers(HANDLE file);
 /// Closes a file or an event.
 BOOL CloseHandle(HANDLE handle);
 
+/// Deletes a file. Fails with ERROR_SHARING_VIOLATION while it is open, with ERROR_ACCESS_DENIED for a
+/// folder.
 BOOL DeleteFileW(LPCWSTR path);
 /// Both rename within one volume and replace what is there, whatever `flags` says. They fail with
 /// ERROR_ACCESS_DENIED when `to` is an open file or a directory, with ERROR_SHARING_VIOLATION when `from` is
 /// open.
 BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags);
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
-/// `security` has no effect.
+/// Makes a folder in an existing one. `security` has no effect.
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
 /// Removes an empty folder.
 BOOL RemoveDirectoryW(LPCWSTR path);
+/// FILE_ATTRIBUTE_DIRECTORY or _ARCHIVE, and _READONLY when the owner may not write; INVALID_FILE_ATTRIBUTES
+/// on failure.
 DWORD GetFileAttributesW(LPCWSTR path);
+/// Gives a WIN32_FILE_ATTRIBUTE_DATA.
 BOOL GetFileAttributesExW(LPCWSTR path, GET_FILEEX_INFO_LEVELS level, LPVOID data);
-/// A relative path starts at the working directory. `.` and `..` are resolved without a look at the disk.
-/// `name` must be null.
+/// Gives the absolute path. A relative path starts at the working directory. `.` and `..` are resolved
+/// without a look at the disk. Returns the length; the size needed, with the terminator, when `size` is too
+/// small; 0 on failure. `name` must be null.
 DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR* name);
 
 /// Finds the one file of that name. Wildcards have no meaning, so there is no FindNextFile.
 HANDLE FindFirstFileA(LPCSTR path, WIN32_FIND_DATAA* data);
+/// Frees what FindFirstFileA returned.
 BOOL FindClose(HANDLE find);
 
 /// Locks the whole file, whatever the range, against all other handles and processes; a read-only file, too.
 /// Every lock is exclusive. Closing the handle or its stream ends the lock. The call itself waits for the
 /// lock; see GetOverlappedResult.
 BOOL LockFileEx(HANDLE file, DWORD flags, DWORD reserved, DWORD low, DWORD high, LPOVERLAPPED overlapped);
+/// Ends the lock of the handle; no error when it has none.
 BOOL UnlockFileEx(HANDLE file, DWORD reserved, DWORD low, DWORD high, LPOVERLAPPED overlapped);
 /// Waits for the lock of a LockFileEx that was made to fail with ERROR_IO_PENDING (winhost/faults.h),
 /// or fails with ERROR_IO_INCOMPLETE when it is not to wait; after any other LockFileEx it returns at once.
