@@ -42,7 +42,8 @@ Fault parseFault(const std::string& text) {
     char name[64] = "", effect[16] = "";
     unsigned long nth = 0;
     unsigned error = 0;
-    if (std::sscanf(text.c_str(), "%63[^:]:%lu:%15[^:]:%u", name, &nth, effect, &error) < 3)
+    const int fields = std::sscanf(text.c_str(), "%63[^:]:%lu:%15[^:]:%u", name, &nth, effect, &error);
+    if (fields < 3 || nth == 0 || fields - 1 != std::count(text.begin(), text.end(), ':'))
         rejectEnvironment(text);
     const auto* const call =
         std::find_if(std::begin(callTraits), std::end(callTraits),

@@ -15,8 +15,10 @@ namespace winhost {
 
 namespace {
 
+/// Empty without WINHOST_ROOT.
 std::string registryFile() {
-    return std::string(hostRoot()) + "/registry.reg";
+    const std::string root(hostRoot());
+    return root.empty() ? root : root + "/registry.reg";
 }
 
 std::string readAll(int descriptor) {
@@ -94,6 +96,8 @@ RegistrySnapshot registrySnapshot() {
 
 LSTATUS changeRegistry(const std::function<LSTATUS(RegistryKey& root)>& change) {
     const std::string path = registryFile();
+    if (path.empty())
+        return ERROR_PATH_NOT_FOUND;
     const Descriptor lock(::open((path + ".lck").c_str(), O_RDONLY | O_CREAT | O_CLOEXEC, 0666));
     if (lock.get() < 0 || ::flock(lock.get(), LOCK_EX) != 0)
         return static_cast<LSTATUS>(windowsError(errno));
