@@ -133,6 +133,7 @@ see 'token=b token2=same number=7'
 await_lines watch.json 7
 kill -INT $watch # Wine makes it a Ctrl-C
 wait $watch || fail "watch ended with $?"
+trap stop_environment EXIT
 validate watch
 tr -d '\r' <watch.json | sed 's/"schemaVersion":1,//;s/"tokenFormat":2,//' | diff -u - <(cat <<'JSON'
 {"event":"added","token":"same","number":9,"alias":null}
