@@ -104,7 +104,7 @@ void printUse() {
 int lives(const Arguments& arguments) {
     const int count = std::stoi(arguments[0]);
     std::setvbuf(stdout, nullptr, _IONBF, 0); // its buffer would count
-    long devices = 0;
+    unsigned long devices = 0;
     for (int i = 1; i <= count; ++i) {
         for (std::size_t each = 1; each < arguments.size(); ++each) {
             const auto path = fs::u8path(arguments[each]).string<WCHAR>();
@@ -117,7 +117,7 @@ int lives(const Arguments& arguments) {
         if (i == count / 10 || i == count)
             printUse();
     }
-    std::printf("%ld\n", devices);
+    std::printf("%lu\n", devices);
     return 0;
 }
 
