@@ -70,7 +70,7 @@ class Machine:
 
     def reset(self, count: int, layout: str, padding: str = "", every: int = 1, numbered: bool = False) -> None:
         """Gives each plug-in so many devices without alias, with or without number, and the legacy file an alias
-        for the first, and for `every` further one."""
+        for each device, or only for the first and each `every`-th after it."""
         for place, plugin in enumerate(self.plugins):
             for old in self.library(plugin).parent.glob(plugin + ".devices*"):
                 old.unlink()

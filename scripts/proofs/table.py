@@ -1,4 +1,4 @@
-"""The sheet: a row for each proof."""
+"""The table that scripts/prove prints: a row for each proof."""
 
 import time
 from collections.abc import Callable

@@ -11,7 +11,7 @@
 
 namespace vykeltest {
 
-/// What stands in the header for C where the C++ headers have T: InC<T>. Declared only.
+/// InC<T> is the type that the header for C has in place of T. These functions are only declared.
 template <class T>
 T inC(T*);
 vykel_StatusBlock* inC(vykel::StatusBlock**);

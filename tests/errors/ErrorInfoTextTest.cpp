@@ -33,7 +33,7 @@ TEST(ErrorInfoText, InsertsAtTheCursorWhereThereIsRoom) {
         {"{ }", 0, field, R"({"k":"v"| })"},
         {R"({"a":1})", 0, field, R"({"k":"v"|,"a":1})"},
         {"[1]", 2, addString(nullptr, "v"), R"([1,"v"|])"},
-        {"{", 0, field, R"({"k":"v"|)"}, // damaged documents stay no better
+        {"{", 0, field, R"({"k":"v"|)"}, // a damaged document stays damaged
         {"[}", 1, addString(nullptr, "v"), R"([,"v"|})"},
         {"{}", 1, addString("\"", "\t\b\n\f\r\\\"\x01\x7f\xC3\xA9"),
          "{\"\\\"\":\"\\t\\b\\n\\f\\r\\\\\\\"\\u0001\\u007f\xC3\xA9\"|}"},

@@ -14,7 +14,7 @@ namespace {
 using namespace vyerr;
 using vykeltest::OwnedStatus;
 
-/// A record with a document of our making.
+/// Gives a record this document.
 void setText(Status& status, const std::string& text) {
     ASSERT_TRUE(status.reallocate(&status, static_cast<std::uint32_t>(text.size() + 2)));
     ASSERT_NE(layStatusText(status.json, status.capacity, text.c_str()), nullptr);

@@ -26,7 +26,7 @@ TEST_F(AggregatedListTest, JoinsTheListsAndRefusesByIndexAndVersion) {
         EXPECT_EQ(status.code, code);
         ASSERT_EQ(device != nullptr, code == success);
         EXPECT_TRUE(device == nullptr || device->getNumber() == index);
-        status.code = -1; // an earlier error stays, and hinders nothing
+        status.code = -1; // an earlier error stays, and the call still works
         EXPECT_EQ(list->getDevice(index, minimumVersion, &status), device);
         EXPECT_EQ(status.code, -1);
     }

@@ -76,7 +76,7 @@ TEST_F(SimulatedPlugin, ReadsEveryField) {
     EXPECT_EQ(list->getDevice(0, 2, &status), nullptr);
     EXPECT_EQ(status.code, invalidParameter); // the first error stays
     EXPECT_NE(list->getDevice(0, 1, &status), nullptr);
-    EXPECT_TRUE(fs::remove(journal)); // a list that is open hinders nobody
+    EXPECT_TRUE(fs::remove(journal)); // also while a list is open
 }
 
 TEST_F(SimulatedPlugin, NamesTheBadLineAndKeepsTheGoodDevices) {

@@ -56,7 +56,7 @@ static int exitCodeOf(int status) {
 #else
 
 void setEnvironment(const char* name, const std::string& value) {
-    if (value.empty()) // as Windows has it
+    if (value.empty()) // as on Windows
         ::unsetenv(name);
     else
         ::setenv(name, value.c_str(), 1);

@@ -36,7 +36,8 @@ struct Scenario : TransferMachine {
     vykel::DeviceTable table;
 };
 
-/// Expects the old file or this new one, and that the last line that memory can end in is `expectedLine`.
+/// Expects the old file or this new one, and that `expectedLine` is the highest line that reports exhausted
+/// memory.
 void expectNothingLost(const std::string& before, const std::string& after, std::uint32_t expectedLine) {
     Scenario legacy(before);
     const std::ptrdiff_t resources = openResources();
