@@ -32,7 +32,7 @@ compare() {
 # Waits until a file has so many lines.
 await_lines() {
   for _ in $(seq 300); do
-    [ "$(wc -l <"$1")" -lt "$2" ] || return 0
+    if [ "$(wc -l <"$1")" -ge "$2" ]; then return 0; fi
     sleep 0.1
   done
   cat "$1" >&2
@@ -123,6 +123,7 @@ for command in setup list plugins aliases doctor check; do
 done
 
 echo "== watch"
+touch watch.json # the program in the background may begin late
 "${runner[@]}" "$kit/bin/vykeldev$exe" watch --json --format 2 --interval 0.05 >watch.json &
 watch=$!
 trap 'kill $watch 2>/dev/null || true; stop_environment' EXIT
