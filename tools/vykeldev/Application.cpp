@@ -110,7 +110,8 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
         app.parse(
             std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it takes them from the end
     } catch (const CLI::ParseError& error) {
-        if (explainUnknownCommand(app))
+        const bool isUnexpected = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
+        if (explainUnknownCommand(app) || (isUnexpected && explainUnexpectedWords(app)))
             return toInteger(ExitCode::WrongUsage);
         std::ostringstream text;
         const bool good = app.exit(error, std::cout, text) == 0; // --help and --version end here, too

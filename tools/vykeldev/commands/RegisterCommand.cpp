@@ -30,8 +30,9 @@ ExitCode registerPlugin(const RegisterOptions& options) {
     for (const SetupItem& item : completeSetup(false))
         if (!item.present)
             std::cout << "made: " << describe(item) << '\n';
-    writeRegistration(options.name, path);
-    std::cout << "registered " << printable(options.name) << ": " << printable(path) << '\n';
+    const std::string before = writeRegistration(options.name, path);
+    std::cout << "registered " << printable(options.name) << ": " << printable(path)
+              << (before.empty() || before == path ? "" : ", was " + printable(before)) << '\n';
     return ExitCode::Success;
 }
 

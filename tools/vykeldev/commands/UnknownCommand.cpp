@@ -1,6 +1,7 @@
 #include "commands/UnknownCommand.h"
 
 #include "support/DisplayText.h"
+#include "support/Text.h"
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <iostream>
@@ -42,18 +43,34 @@ std::string nearestCommand(const CLI::App& app, const std::string& word) {
     return nearest;
 }
 
+/// Whether a command that has commands of its own was given without one of them.
+bool lacksCommand(const CLI::App& app) {
+    const auto chosen = app.get_subcommands();
+    const auto all = app.get_subcommands([](const CLI::App*) { return true; });
+    return chosen.empty() ? !all.empty() : lacksCommand(*chosen.front());
+}
+
 } // namespace
 
 bool explainUnknownCommand(const CLI::App& app) {
-    const std::vector<std::string> words = app.remaining();
+    const std::vector<std::string> words = app.remaining(true);
     const auto word = std::find_if(words.begin(), words.end(),
                                    [](const std::string& text) { return !text.empty() && text[0] != '-'; });
-    if (!app.get_subcommands().empty() || word == words.end())
+    if (word == words.end() || !lacksCommand(app))
         return false;
-    const std::string nearest = nearestCommand(app, *word);
+    const std::string nearest = app.get_subcommands().empty() ? nearestCommand(app, *word) : "";
     std::cerr << "There is no command '" << printable(*word) << "'"
               << (nearest.empty() ? "" : "; did you mean '" + nearest + "'?")
               << "\nRun with --help for more information.\n";
+    return true;
+}
+
+bool explainUnexpectedWords(const CLI::App& app) {
+    const std::vector<std::string> words = app.remaining(true);
+    if (words.size() < 2)
+        return false;
+    std::cerr << "The following arguments were not expected: " << printable(joined(words, " "))
+              << "\nPut quotes around a text with blanks. Run with --help for more information.\n";
     return true;
 }
 

@@ -11,6 +11,10 @@ namespace vykeldev {
 /// with the command that looks most like it. False when that was not the mistake.
 bool explainUnknownCommand(const CLI::App& app);
 
+/// The same for several arguments that no command takes, in the order in which the user gave them: the
+/// parser's own message turns it round.
+bool explainUnexpectedWords(const CLI::App& app);
+
 } // namespace vykeldev
 
 #endif

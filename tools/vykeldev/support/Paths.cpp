@@ -29,6 +29,8 @@ bool isFolder(const std::string& path) {
 }
 
 std::string pathProblem(const std::string& path) {
+    if (path.empty())
+        return "the path is empty";
     if (!isAbsolutePath(path))
         return "the path is not absolute"; // which file it means depends on the client
     if (isFolder(path))

@@ -31,6 +31,15 @@ Registration readRegistration(std::uint32_t index) {
     return result;
 }
 
+/// The path of a plug-in, or an empty text when none can be read.
+std::string registeredPath(const std::string& name) {
+    try {
+        return vykel::pluginPath(name);
+    } catch (const vyerr::Exception&) {
+        return {};
+    }
+}
+
 } // namespace
 
 bool isRegistrationName(const std::string& name) {
@@ -53,7 +62,8 @@ std::vector<Registration> readRegistrations() {
     return registrations;
 }
 
-void writeRegistration(const std::string& name, const std::string& path) {
+std::string writeRegistration(const std::string& name, const std::string& path) {
+    const std::string before = registeredPath(name);
     vysys::RegistryKey key;
     const WideString keyPath = toWide(vykel::pluginsKey + name);
     LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
@@ -67,6 +77,7 @@ void writeRegistration(const std::string& name, const std::string& path) {
     }
     if (error != ERROR_SUCCESS)
         throw registryFailure("registering '" + printable(name) + "'", static_cast<DWORD>(error));
+    return before;
 }
 
 void removeRegistration(const std::string& name) {

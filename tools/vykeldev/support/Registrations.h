@@ -22,8 +22,9 @@ bool isRegistrationName(const std::string& name);
 /// All registrations in the order in which the library loads them. Throws Failure.
 std::vector<Registration> readRegistrations();
 
-/// Makes or replaces a registration; `path` is stored as it is. Throws Failure.
-void writeRegistration(const std::string& name, const std::string& path);
+/// Makes or replaces a registration; `path` is stored as it is. Returns the path that it replaced, or an
+/// empty text. Throws Failure.
+std::string writeRegistration(const std::string& name, const std::string& path);
 
 /// Removes a registration. Throws Failure, also when no plug-in has that name.
 void removeRegistration(const std::string& name);
