@@ -79,7 +79,7 @@ std::thread::id firstThread;
 struct Device final : vykel::IDevice {
     explicit Device(std::uint32_t itsIndex) : index(itsIndex) {}
 
-    std::int32_t getVersion() override { return 2; }
+    std::int32_t getVersion() override { return has("throws_version") ? throw std::logic_error("zoo") : 2; }
     const char* getPersistentToken(std::uint32_t format) override {
         static std::atomic<unsigned> calls{0};
         static const unsigned process = std::random_device()();
@@ -96,7 +96,9 @@ struct Device final : vykel::IDevice {
                std::to_string(part) + "/device " + std::to_string(has("one_token") ? 0 : index);
         return has("null_token") && format == 2 ? nullptr : text.c_str();
     }
-    std::uint32_t getSortKey() override { return has("counts_lists") ? listsMade.load() : 0; }
+    std::uint32_t getSortKey() override {
+        return has("throws_key") ? throw 1 : has("counts_lists") ? listsMade.load() : 0;
+    }
     void setNumber(std::uint32_t number, StatusBlock* status) override {
         if (has("refuses_numbers"))
             fail(status, StatusCode::GeneralFault);
@@ -143,7 +145,7 @@ struct List final : vykel::IDeviceList {
     bool isStale() override {
         if (has("slow_stale"))
             std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        return shown == 0 || has("always_stale");
+        return has("throws_stale") ? throw State() : shown == 0 || has("always_stale");
     }
     void refresh(StatusBlock* status) override {
         static std::atomic<int> refreshes{0};

@@ -7,6 +7,7 @@
 #include "support/BoundedLock.h"
 #include "support/DisplayText.h"
 #include "support/JsonFailure.h"
+#include "support/Paths.h"
 #include "TraditionalAliasTransferManager.h"
 
 namespace vykeldev::aliases {
@@ -91,6 +92,8 @@ bool isRead(const LegacyFile& file, const std::string& path) {
     const std::string meaning = "Every refresh leaves the file as it is and moves no alias.";
     if (result == vyini::IniWideText)
         throw Failure(what + ": it is UTF-16 or UTF-32", meaning, "Save it as UTF-8.");
+    if (isFolder(path))
+        throw Failure(what + ": it is a folder", meaning, "Move the folder away.");
     throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
 }
 

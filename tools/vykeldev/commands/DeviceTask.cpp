@@ -8,6 +8,22 @@
 namespace vykeldev {
 namespace {
 
+/// The exception that is being handled, which a list let out: when it explains nothing, it is a plug-in's.
+Failure listFailure() {
+    try {
+        throw;
+    } catch (const Failure& failure) {
+        return failure;
+    } catch (...) {
+        const Failure failure = currentFailure();
+        if (!failure.remedy.empty())
+            return failure;
+        return {std::string("a plug-in let an exception out: ") + failure.what(),
+                "It does so in every client, and ends those that do not catch it.",
+                "Run 'vykeldev doctor': it names the plug-in."};
+    }
+}
+
 /// Refreshes a list that is stale and reads it, also when the refresh failed; other processes change numbers
 /// and aliases also of a list that is not stale. Throws what plug-ins throw, and Failure.
 Json look(vykel::IDeviceList& list, const DeviceRequest& request) {
@@ -44,7 +60,7 @@ Json readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Rep
             if (last.is_null())
                 throw;
             now = last; // the trouble may pass
-            now["failure"] = currentFailure();
+            now["failure"] = listFailure();
         }
         if (now != last)
             report(now, reporter);
@@ -80,7 +96,7 @@ std::size_t serve(const DeviceRequest& request, Reporter& reporter) {
         reporter.beginStep("unloading the plug-ins");
         return changes;
     } catch (...) {
-        throw currentFailure(); // a plug-in's exception must not outlive its plug-in's code
+        throw listFailure(); // a plug-in's exception must not outlive its plug-in's code
     }
 }
 

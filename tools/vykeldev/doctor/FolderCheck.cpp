@@ -7,6 +7,7 @@
 #include "support/BoundedLock.h"
 #include "support/Files.h"
 #include "support/Paths.h"
+#include "support/Text.h"
 #include <cmath>
 
 namespace vykeldev::doctor {
@@ -62,6 +63,14 @@ bool checkLinks(const std::string& folder, Findings& findings) {
     return link.empty();
 }
 
+Finding missingFolder(const std::string& folder) {
+    const std::string path = folder.substr(0, folder.size() - 1); // without the backslash
+    if (GetFileAttributesW(toWide(path).c_str()) == INVALID_FILE_ATTRIBUTES)
+        return {&finding::folderMissing, folder, ""};
+    return {&finding::folderMissing, folder, "a file has its name", 0,
+            "Move the file away, then run 'vykeldev setup' as administrator: it makes the folder."};
+}
+
 } // namespace
 
 std::string remedyOfOpening(DWORD error) {
@@ -82,7 +91,7 @@ void checkFolder(Report& report, Progress& progress) {
     }
     report.legacy.path = report.folder + "vykel.ini";
     if (!isFolder(report.folder)) {
-        report.findings.push_back({&finding::folderMissing, report.folder, ""});
+        report.findings.push_back(missingFolder(report.folder));
         return;
     }
     const bool writable = checkRights(report.folder, report.findings);

@@ -122,7 +122,7 @@ void checkLegacyFile(Report& report, bool folderWritable) {
     if (file.result == vyini::IniWideText || hasManyZeros(bytes)) {
         findings.add(&finding::legacyEncoding, 0, "");
     } else if (file.result != 0 && isFolder(state.path)) {
-        findings.add(&finding::legacyUnreadable, 0, "a folder has its name", "Remove the folder.");
+        findings.add(&finding::legacyUnreadable, 0, "a folder has its name", "Move the folder away.");
     } else if (file.result != 0) {
         findings.add(&finding::legacyUnreadable, 0,
                      error != ERROR_SUCCESS ? systemErrorText(error)

@@ -27,6 +27,16 @@ void begin(Step step, Reporter& reporter) {
     reporter.report({{"begun", step}});
 }
 
+/// Asks what clients and the library ask, and nobody here needs: a plug-in may fail at it.
+void askTheRest(const std::vector<vykel::IDevice*>& devices) {
+    vykel::callPlugin([&] {
+        for (vykel::IDevice* const device : devices) {
+            device->getVersion();
+            device->getSortKey();
+        }
+    });
+}
+
 /// Reports the numbers in several lines, because long lines are cut off.
 void reportNumbers(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
     constexpr std::size_t numbersPerLine = 1000;
@@ -122,9 +132,11 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listD
     begin(Step::Refresh, reporter);
     std::vector<vykel::IDevice*> devices;
     const auto start = Clock::now();
+    vykel::callPlugin([&] { list->isStale(); }); // as the library does before every refresh
     const std::int32_t code = vykel::collectDevices(*list, devices);
     const std::chrono::duration<double> duration = Clock::now() - start;
     reportNumbers(devices, reporter);
+    askTheRest(devices);
     if (listDevices)
         reportDevices(devices, reporter);
     if (duration > slow)

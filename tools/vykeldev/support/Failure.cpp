@@ -31,8 +31,8 @@ constexpr Explanation explanations[] = {
      "Try again."},
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", freeMemory},
     {StatusCode::GeneralFault, "GeneralFault",
-     "The library is not initialised, or failed in an unforeseen way.",
-     "Try again; if it fails again, report the code and what --verbose adds."},
+     "Most likely a plug-in let an exception out. If not, the library failed in an unforeseen way.",
+     "Run 'vykeldev doctor': it names the plug-in. If it names none, report the code and what --verbose adds."},
     {StatusCode::BadCast, "BadCast", "A plug-in is faulty.",
      "'vykeldev doctor' tries each plug-in by itself and names it."},
     {StatusCode::InvalidParameter, "InvalidParameter", "The library refuses an argument of this tool.",
@@ -84,7 +84,7 @@ Failure currentFailure(const std::string& action) {
     } catch (const std::exception& error) {
         return {error.what(), "", ""};
     } catch (...) {
-        return {"a plug-in let an unknown exception out", "", ""};
+        return {"an exception of an unknown type", "", ""};
     }
 }
 
