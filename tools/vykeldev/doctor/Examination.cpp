@@ -54,7 +54,8 @@ std::optional<Verdict> lookAtHeaders(PluginAccount& plugin) {
     if (const DWORD error = readFile(path, bytes); error != ERROR_SUCCESS) {
         const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
         return Verdict{missing ? &finding::fileMissing : &finding::fileUnreadable, Step::File,
-                       systemErrorText(error) + pathOddity(path)};
+                       systemErrorText(error) + pathOddity(path),
+                       missing && !pathOddity(path).empty() ? finding::pathRelative.remedy : ""};
     }
     plugin.image = readNativeImage(bytes);
     if (!plugin.image)
@@ -86,10 +87,11 @@ Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
     // A library of another architecture is a bad format, too.
     if (look &&
         (!lacksLibrary || error.system == ERROR_MOD_NOT_FOUND || error.system == ERROR_BAD_EXE_FORMAT))
-        return {look->kind, look->step, look->detail + system};
+        return {look->kind, look->step, look->detail + system, look->remedy};
     const std::string oddity = pathOddity(*plugin.path);
     if (!isAbsolutePath(*plugin.path) && (error.system == ERROR_MOD_NOT_FOUND || !oddity.empty()))
-        return {&finding::fileMissing, Step::Path, "the relative path leads to no file" + system + oddity};
+        return {&finding::fileMissing, Step::Path, "the relative path leads to no file" + system + oddity,
+                finding::pathRelative.remedy};
     if (error.system == ERROR_MOD_NOT_FOUND)
         return {&finding::dependencyMissing, Step::Dependency,
                 "a library that it needs cannot be loaded" + system};
@@ -181,7 +183,8 @@ std::string describeFlaw(const std::string& path) {
 }
 
 void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
-    if (!plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
+    const bool isText = plugin.valueType == REG_SZ; // otherwise that is the cause, and was reported
+    if (isText && !plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
         findings.push_back({&finding::pathRelative, plugin.name, *plugin.path});
     const std::optional<Verdict> verdict = judge(plugin, limit, findings);
     if (!verdict) {

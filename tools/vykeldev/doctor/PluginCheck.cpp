@@ -8,12 +8,21 @@
 #include "support/Text.h"
 #include "vysys/windowsRegistry.h"
 #include <map>
+#include <set>
 
 namespace vykeldev::doctor {
 namespace {
 
 constexpr const char* keyOf32Bit = "SOFTWARE\\WOW6432Node\\Morvance\\VY-KEL\\Plugins\\";
 const std::string keyName = std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey;
+
+/// The name of a value's type in the registry's tools, in brackets; empty when it has none.
+std::string typeName(DWORD type) {
+    static constexpr const char* names[] = {"REG_NONE",   "REG_SZ",      "REG_EXPAND_SZ",
+                                            "REG_BINARY", "REG_DWORD",   "REG_DWORD_BIG_ENDIAN",
+                                            "REG_LINK",   "REG_MULTI_SZ"};
+    return type < std::size(names) ? concat(" (", names[type], ')') : std::string();
+}
 
 /// Checks what the library does not look at: the value's type, its size, and how it ends.
 void checkValue(PluginAccount& plugin, Findings& findings) {
@@ -33,7 +42,8 @@ void checkValue(PluginAccount& plugin, Findings& findings) {
     plugin.valueType = type;
     plugin.valueBytes = bytes;
     if (type != REG_SZ)
-        findings.push_back({&finding::valueType, plugin.name, "the value's type is " + std::to_string(type)});
+        findings.push_back(
+            {&finding::valueType, plugin.name, concat("the value's type is ", type, typeName(type))});
     data.resize(std::min<std::size_t>(data.size(), bytes / sizeof(WCHAR)));
     if (bytes > 0 && data.find(WCHAR{0}) == WideString::npos)
         findings.push_back({&finding::valueUnterminated, plugin.name, ""});
@@ -95,20 +105,29 @@ std::string identityOf(const std::string& path) {
     }
 }
 
-void checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& findings) {
+/// Returns the names of the plug-ins whose file an earlier one has, too.
+std::set<std::string> checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& findings) {
+    std::set<std::string> repeated;
     std::map<std::string, std::string> firstOf; // by path
     for (const PluginAccount& plugin : plugins) {
         if (!plugin.path || plugin.path->empty() || plugin.path->size() > maxPathBytes)
             continue;
         const auto [first, isNew] = firstOf.emplace(identityOf(*plugin.path), plugin.name);
-        if (!isNew)
-            findings.push_back({&finding::pathDuplicate, plugin.name, "the same file as " + first->second});
+        if (isNew)
+            continue;
+        findings.push_back({&finding::pathDuplicate, plugin.name, "the same file as " + first->second});
+        repeated.insert(plugin.name);
     }
+    return repeated;
 }
 
-void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings) {
+/// Leaves out the plug-ins in `repeated`: their devices are those of another one, not others.
+void checkNumbers(const std::vector<PluginAccount>& plugins, const std::set<std::string>& repeated,
+                  Findings& findings) {
     std::map<std::uint32_t, std::vector<std::string>> holders;
     for (const PluginAccount& plugin : plugins) {
+        if (repeated.count(plugin.name) != 0)
+            continue;
         const auto& numbers = plugin.deviceNumbers;
         for (std::size_t i = 0; i < numbers.size(); ++i)
             if (numbers[i])
@@ -120,7 +139,11 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings)
     }
     for (const auto& [number, devices] : holders)
         if (devices.size() > 1)
-            findings.push_back({&finding::numberDuplicate, concat("number ", number), joined(devices, ", ")});
+            findings.push_back(
+                {&finding::numberDuplicate, concat("number ", number), joined(devices, ", "), 0,
+                 concat("Look for plug-ins that report the same device, or that were copied with their "
+                        "stored numbers. When they are different devices, run 'vykeldev renumber KEL",
+                        number, "': all but the first get numbers of their own.")});
 }
 
 /// How many plug-ins are registered where Windows puts the keys of 32-bit programs, such as installers. No
@@ -182,8 +205,8 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
         }
         report.plugins.push_back(std::move(plugin));
     }
-    checkSameFiles(report.plugins, report.findings);
-    checkNumbers(report.plugins, report.findings);
+    const std::set<std::string> repeated = checkSameFiles(report.plugins, report.findings);
+    checkNumbers(report.plugins, repeated, report.findings);
 }
 
 } // namespace vykeldev::doctor
