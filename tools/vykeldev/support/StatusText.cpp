@@ -20,7 +20,8 @@ struct SampleError {
 
 // The codes are in the plug-in's README.md.
 constexpr SampleError sampleErrors[] = {
-    {-64101, "Make this file in the folder of the plug-in, and let this user read it."},
+    {-64101,
+     "Make this file in the folder of the plug-in, let this user read it, and close the program that holds it open."},
     {-64102, "Correct this line of the file."},
     {-64103, "Let this user write in the folder of the plug-in."},
     {-64104, "Save the file as UTF-8: it is in UTF-16, which Notepad calls Unicode."},
