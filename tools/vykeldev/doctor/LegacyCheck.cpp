@@ -61,6 +61,12 @@ void addEntry(const LegacyEntry& entry, LegacyFindings& findings) {
                  entry.detail.empty() ? text : entry.detail + " (" + text + ")");
 }
 
+/// Whether the file has the mark that keeps everybody from writing it, whatever the rights are.
+bool isReadOnly(const std::string& path) {
+    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
+    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
+}
+
 struct Trouble {
     std::string detail; ///< Empty: there is none.
     std::string remedy;
