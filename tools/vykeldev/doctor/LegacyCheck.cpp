@@ -61,17 +61,12 @@ void addEntry(const LegacyEntry& entry, LegacyFindings& findings) {
                  entry.detail.empty() ? text : entry.detail + " (" + text + ")");
 }
 
-/// Whether the file has the mark that keeps everybody from writing it, whatever the rights are.
-bool isReadOnly(const std::string& path) {
-    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-}
-
 struct Trouble {
     std::string detail; ///< Empty: there is none.
     std::string remedy;
 };
 
+/// Whether the file has the mark that keeps everybody from writing it, whatever the rights are.
 bool isReadOnly(const std::string& path) {
     const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
     return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
@@ -129,6 +124,8 @@ void checkLegacyFile(Report& report, bool folderWritable) {
         findings.add(&finding::legacyEncoding, 0, "");
     } else if (file.result != 0 && isFolder(state.path)) {
         findings.add(&finding::legacyUnreadable, 0, "a folder has its name", "Move the folder away.");
+    } else if (file.result != 0 && (error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION)) {
+        findings.add(&finding::legacyUnreadable, 0, systemErrorText(error), remedyOfOpening(error));
     } else if (file.result != 0) {
         findings.add(&finding::legacyUnreadable, 0,
                      error != ERROR_SUCCESS ? systemErrorText(error)

@@ -23,7 +23,8 @@ constexpr SampleError sampleErrors[] = {
     {-64101,
      "Make this file in the folder of the plug-in, let this user read it, and close the program that holds it open."},
     {-64102, "Correct this line of the file."},
-    {-64103, "Let this user write in the folder of the plug-in."},
+    {-64103,
+     "Let this user write in the folder of the plug-in and change its files there; none may be read-only."},
     {-64104, "Save the file as UTF-8: it is in UTF-16, which Notepad calls Unicode."},
 };
 
