@@ -38,7 +38,7 @@ void mustRead(const Property& property, const Device& device, const std::string&
     const PluginText found = property.read(device);
     if (found != expected)
         throw Broken(property.name, " was set to ", quotedText(expected), ", and ", when, " it is ",
-                     quotedText(found));
+                     found == std::string() ? "not set" : quotedText(found));
 }
 
 /// Sets the property of devices, and reads it back from them and from a list that existed before.
