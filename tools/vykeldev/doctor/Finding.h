@@ -47,7 +47,8 @@ struct Finding {
     int line = 0;            ///< In the file `subject`, from 1; 0: it is about no line.
     std::string remedy = {}; ///< What helps here, when that is less than the kind's remedy; or empty.
 
-    std::string whatToDo() const { return remedy.empty() ? kind->remedy : remedy; }
+    /// The remedy, with the plug-in's name in place of NAME where the finding is about a plug-in.
+    std::string whatToDo() const;
 };
 
 using Findings = std::vector<Finding>;
