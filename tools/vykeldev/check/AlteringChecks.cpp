@@ -34,11 +34,16 @@ Device find(const List& list, const std::string& token) {
     throw Skipped("the device ", token, " is no longer there");
 }
 
+[[noreturn]] void reportLost(const Property& property, const std::string& expected, const char* when,
+                             const PluginText& found) {
+    throw Broken(property.name, " was set to ", quotedText(expected), ", and ", when, " it is ",
+                 found == std::string() ? "not set" : quotedText(found));
+}
+
 void mustRead(const Property& property, const Device& device, const std::string& expected, const char* when) {
     const PluginText found = property.read(device);
     if (found != expected)
-        throw Broken(property.name, " was set to ", quotedText(expected), ", and ", when, " it is ",
-                     found == std::string() ? "not set" : quotedText(found));
+        reportLost(property, expected, when, found);
 }
 
 /// Sets the property of devices, and reads it back from them and from a list that existed before.
@@ -75,8 +80,7 @@ void putBack(const Subject& subject, const Property& property) {
                 subject.trace.putBack();
         }
         if (subject.stage == Stage::Second && kept != each.value)
-            throw Broken(property.name, " was set to ", quotedText(each.value),
-                         ", and in a new process it is ", quotedText(kept));
+            reportLost(property, each.value, "in a new process", kept);
     }
 }
 
