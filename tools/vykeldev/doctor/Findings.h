@@ -169,8 +169,8 @@ inline const FindingKind numberDuplicate{
 inline const FindingKind numberMissing{
     "number-missing", Severity::Info,
     "Devices have no number yet. They get one when a client next refreshes its list.",
-    "Run 'vykeldev list'. If that crashes or hangs, or the numbers do not stay, the plug-in cannot store them: "
-    "see its documentation, or run 'vykeldev check --number-devices PATH' with the path of its DLL."};
+    "Run 'vykeldev list'. If that crashes or hangs, or the numbers do not stay, the plug-in cannot store "
+    "them: see its documentation, or run 'vykeldev check --number-devices PATH' with the path of its DLL."};
 
 // Folder and locks
 inline const FindingKind folderUnknown{

@@ -32,7 +32,8 @@ constexpr Explanation explanations[] = {
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", freeMemory},
     {StatusCode::GeneralFault, "GeneralFault",
      "Most likely a plug-in let an exception out. If not, the library failed in an unforeseen way.",
-     "Run 'vykeldev doctor': it names the plug-in. If it names none, report the code and what --verbose adds."},
+     "Run 'vykeldev doctor': it names the plug-in. If it names none, report the code and what "
+     "--verbose adds."},
     {StatusCode::BadCast, "BadCast", "A plug-in is faulty.",
      "'vykeldev doctor' tries each plug-in by itself and names it."},
     {StatusCode::InvalidParameter, "InvalidParameter", "The library refuses an argument of this tool.",

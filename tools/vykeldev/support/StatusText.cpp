@@ -21,7 +21,8 @@ struct SampleError {
 // The codes are in the plug-in's README.md.
 constexpr SampleError sampleErrors[] = {
     {-64101,
-     "Make this file in the folder of the plug-in, let this user read it, and close the program that holds it open."},
+     "Make this file in the folder of the plug-in, let this user read it, and close the program that holds "
+     "it open."},
     {-64102, "Correct this line of the file."},
     {-64103,
      "Let this user write in the folder of the plug-in and change its files there; none may be read-only."},
