@@ -28,7 +28,7 @@ vykel::FileStream takeLock(const std::string& name, Report& report, Progress& pr
         stream = vykel::openLockFile(lock.path.c_str());
     } catch (const vyerr::Exception&) {
         if (isFolder(lock.path))
-            return fail("unusable", finding::lockUnusable, "a folder has its name", "Remove the folder.");
+            return fail("unusable", finding::lockUnusable, "a folder has its name", "Move the folder away.");
         const DWORD error = openFile(lock.path, GENERIC_READ, OPEN_EXISTING) ? 0 : GetLastError();
         return fail("unusable", finding::lockUnusable, "it cannot be opened or made", remedyOfOpening(error));
     }

@@ -87,7 +87,7 @@ Trouble savingTrouble(const std::string& path, bool folderWritable) {
     const std::string temporary = name.get();
     if (isFolder(temporary))
         return {"'" + temporary + "', where the new file is to be written, is a folder",
-                "Remove that folder."};
+                "Move that folder away."};
     if (isReadOnly(temporary))
         return {"'" + temporary + "' is in the way and read-only", "Delete that file."};
     if (!folderWritable)
