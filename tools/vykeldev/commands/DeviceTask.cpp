@@ -15,7 +15,7 @@ Failure listFailure() {
     } catch (const Failure& failure) {
         return failure;
     } catch (...) {
-        const Failure failure = currentFailure();
+        Failure failure = currentFailure();
         if (!failure.remedy.empty())
             return failure;
         return {std::string("a plug-in let an exception out: ") + failure.what(),

@@ -63,7 +63,7 @@ std::vector<Registration> readRegistrations() {
 }
 
 std::string writeRegistration(const std::string& name, const std::string& path) {
-    const std::string before = registeredPath(name);
+    std::string before = registeredPath(name);
     vysys::RegistryKey key;
     const WideString keyPath = toWide(vykel::pluginsKey + name);
     LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
