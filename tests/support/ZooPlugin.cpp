@@ -83,11 +83,10 @@ struct Device final : vykel::IDevice {
     const char* getPersistentToken(std::uint32_t format) override {
         static std::atomic<unsigned> calls{0};
         static const unsigned process = std::random_device()();
-        static std::string shared;
         static std::atomic<int> reads{0};
         if (has("throws_controls") && (format == 1 || ++reads > 2)) // in format 2 after one reading
             throw std::runtime_error(controls);
-        std::string& text = has("one_buffer") ? shared : token;
+        std::string& text = has("one_buffer") ? (this - index)->token : token; // the first device's
         const unsigned part = has("token_by_call")      ? ++calls
                               : has("token_by_refresh") ? refreshes
                               : has("token_by_process") ? process
