@@ -1,6 +1,6 @@
 // The cost of moving aliases to their devices, compared with only reading and writing the same file.
-#include "ini/IniLoad.h"
-#include "ini/IniSave.h"
+#include "ini/IniReader.h"
+#include "ini/IniWriter.h"
 #include "pellumkelddk/user/AutoIniText.h"
 #include "TraditionalAliasTransferManager.h"
 #include <benchmark/benchmark.h>

@@ -2,8 +2,8 @@
 #define BENCH_INIPEERS_H
 
 #include "ini/IniEdit.h"
-#include "ini/IniLoad.h"
-#include "ini/IniSave.h"
+#include "ini/IniReader.h"
+#include "ini/IniWriter.h"
 #define SI_NO_CONVERSION // bytes only, like the others
 #include <glib.h>
 #include <ini.h>

@@ -2,9 +2,9 @@
 // saved must read back as the same document. The first four bytes choose the options, the next one how many
 // pairs of bytes after it are edits; the rest is the file.
 #include "Fuzz.h"
-#include "ini/IniEscape.h"
-#include "ini/IniLoad.h"
-#include "ini/IniSave.h"
+#include "ini/IniReader.h"
+#include "ini/IniText.h"
+#include "ini/IniWriter.h"
 #include "support/IniModel.h"
 #include "support/TestFiles.h"
 #include "vybase/owners.h"

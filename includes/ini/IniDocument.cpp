@@ -1,5 +1,6 @@
 #include "ini/IniDocument.h"
 
+#include <cstdint>
 #include <new>
 #include <utility>
 
@@ -49,6 +50,20 @@ void clearIniSections(IniDocument* document) noexcept {
     document->sectionPool.clear();
     document->entryPool.clear();
     document->text.clear();
+}
+
+bool findFile(const char* path, IniFileFacts* facts) noexcept {
+    WIN32_FIND_DATAA found;
+    const HANDLE search = FindFirstFileA(path, &found);
+    if (search == INVALID_HANDLE_VALUE)
+        return false;
+    FindClose(search);
+    if (facts != nullptr) {
+        facts->lastWriteTime = found.ftLastWriteTime;
+        facts->size = static_cast<std::size_t>(std::uint64_t{found.nFileSizeHigh} << 32 |
+                                               std::uint64_t{found.nFileSizeLow});
+    }
+    return true;
 }
 
 } // namespace vyini

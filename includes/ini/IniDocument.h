@@ -1,37 +1,19 @@
 #ifndef INI_INIDOCUMENT_H
 #define INI_INIDOCUMENT_H
 
+#include "ini/IniCode.h"
 #include "ini/IniList.h"
 #include "ini/IniMemory.h"
+#include <cstddef>
 #include <cstdint>
 #include <windows.h>
 
-/// The INI engine: a text configuration file as an editable document. IniParser.h and IniLoad.h read one,
-/// IniEdit.h looks up and changes it, IniEscape.h stores arbitrary text in values, IniWriter.h and IniSave.h
-/// write it.
+/// The INI engine: a text configuration file as an editable document. IniReader.h reads one, IniEdit.h looks
+/// up and changes it, IniWriter.h writes it; IniText.h puts arbitrary text into values.
 ///
 /// The engine is procedural: plain structures and integer results. No function throws; a failed one leaves
 /// the document usable. A document is used by one thread at a time, different documents by any.
 namespace vyini {
-
-/// The failures that the engine's operations return. 0 and positive results are successes; each function says
-/// what they mean.
-enum IniCode : int {
-    IniSeekFailed = -1,        ///< the file cannot be positioned after its byte-order mark
-    IniKeyTooLong = -2,        ///< a key leaves no room for a piece of its value within maxLineLength
-    IniWideText = -3,          ///< the file is UTF-16 or UTF-32
-    IniTempFailed = -5,        ///< the temporary file cannot be created
-    IniEmptyName = -6,         ///< the name of a section or key is empty
-    IniMemoryFull = -12,       ///< memory is exhausted
-    IniTargetRefused = -13,    ///< the target is not writable, or cannot be replaced
-    IniNoFile = -22,           ///< the file does not exist, or no path was given
-    IniWriteFailed = -28,      ///< a write, flush or close failed
-    IniOpenFailed = -5001,     ///< the file exists but cannot be opened for reading
-    IniReadFailed = -5002,     ///< a read error
-    IniTempNamesTaken = -5003, ///< all 1000 names of the pattern exist
-    IniCreateFailed = -5004,   ///< a file cannot be opened for writing
-    IniNotANumber = -5022      ///< the value is not an unsigned decimal number of 32 bits
-};
 
 /// Bits of IniDocument::parseFlags.
 enum IniParseFlag : std::int32_t {
@@ -143,6 +125,16 @@ void clearIniSections(IniDocument* document) noexcept;
 
 /// Frees a section that is in no list, with its entries.
 void freeIniSection(IniDocument* document, IniSection* section) noexcept;
+
+/// What a directory search reports about a file.
+struct IniFileFacts {
+    FILETIME lastWriteTime = {};
+    std::size_t size = 0;
+};
+
+/// Searches the directory for a file or folder. False, with `facts` unchanged, when it finds none; the
+/// system's last error then says why. `facts` may be null.
+bool findFile(const char* path, IniFileFacts* facts) noexcept;
 
 } // namespace vyini
 

@@ -1,13 +1,96 @@
 #ifndef INI_INILIST_H
 #define INI_INILIST_H
 
-#include "ini/IniIndex.h"
+#include "ini/IniMemory.h"
 #include "ini/IniText.h"
 #include <cstdint>
 #include <memory>
 #include <new>
 
 namespace vyini {
+
+/// Finds the items of an ordered list by name in constant time. One thread uses it; nothing throws.
+///
+/// Every item has a slot. The slots whose names share a bucket form a ring in list order. The bucket knows
+/// the last slot of its ring, and after the last follows the first. So a search meets equal names in list
+/// order, and an append costs the same however many there are. The slot of a removed item is not used again:
+/// when all slots are used, the owner makes a new index.
+///
+/// `nameOf(const T&)` gives the name of an item.
+template <class T>
+class IniIndex {
+public:
+    /// An empty index for at least `count` items, whose names are compared with this `caseSensitive`.
+    IniIndex(std::uint32_t count, int caseSensitivity) noexcept : caseSensitive(caseSensitivity) {
+        while (capacity <= count && capacity != 0)
+            capacity *= 2;
+        slots = makeIniArray<Slot>(capacity);
+        buckets = makeIniArray<std::uint32_t>(capacity);
+        if (slots == nullptr || buckets == nullptr)
+            capacity = 0;
+    }
+
+    /// Adds an item after all others. False when no slot is left, or the index had no memory for any.
+    bool append(T* item) noexcept {
+        if (used == capacity)
+            return false;
+        const std::uint32_t hash = hashIniName(nameOf(*item), caseSensitive);
+        std::uint32_t& last = bucketOf(hash);
+        const std::uint32_t first = last == 0 ? used : slots[last - 1].following;
+        if (last != 0)
+            slots[last - 1].following = used;
+        slots[used] = {item, hash, first};
+        last = ++used;
+        return true;
+    }
+
+    /// The first item in list order whose name compares equal, or null.
+    T* find(const char* name) const noexcept {
+        const std::uint32_t hash = hashIniName(name, caseSensitive);
+        const std::uint32_t last = bucketOf(hash);
+        if (last == 0)
+            return nullptr;
+        std::uint32_t slot = last - 1;
+        do {
+            slot = slots[slot].following;
+            if (slots[slot].hash == hash && equalIniNames(name, nameOf(*slots[slot].item), caseSensitive))
+                return slots[slot].item;
+        } while (slot != last - 1);
+        return nullptr;
+    }
+
+    /// Removes an item that was appended; its name must be the same as then.
+    void remove(const T* item) noexcept {
+        std::uint32_t& last = bucketOf(hashIniName(nameOf(*item), caseSensitive));
+        std::uint32_t before = last - 1;
+        std::uint32_t slot = slots[before].following;
+        while (slots[slot].item != item) {
+            before = slot;
+            slot = slots[slot].following;
+        }
+        slots[before].following = slots[slot].following;
+        if (before == slot)
+            last = 0;
+        else if (last - 1 == slot)
+            last = before + 1;
+    }
+
+    const int caseSensitive; ///< how names compare, see compareIniNames
+
+private:
+    struct Slot {
+        T* item;
+        std::uint32_t hash;
+        std::uint32_t following; ///< next slot of the same bucket
+    };
+
+    std::uint32_t& bucketOf(std::uint32_t hash) const noexcept { return buckets[hash & (capacity - 1)]; }
+
+    IniArray<Slot> slots;
+    IniArray<std::uint32_t> buckets; ///< last slot of each ring plus 1; 0: empty
+    std::uint32_t capacity = 32;     ///< of slots and of buckets, a power of two
+    std::uint32_t used = 0;          ///< slots, those of removed items included
+};
 
 /// An ordered list of named items, linked through their `next` and `previous`. It does not own them. Walk it
 /// with first() and `next`. Names may repeat; `nameOf(const T&)` gives them. The first search in a list of

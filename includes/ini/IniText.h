@@ -1,6 +1,7 @@
 #ifndef INI_INITEXT_H
 #define INI_INITEXT_H
 
+#include "ini/IniMemory.h"
 #include <cstdint>
 #include <cstring>
 
@@ -58,6 +59,17 @@ std::uint32_t hashIniName(const char* name, int caseSensitive) noexcept;
 /// Reads the decimal digits at the start of `text` and moves `text` after them. False when there are none or
 /// the number is above 4294967295.
 bool readDigits(const char*& text, std::uint32_t& number) noexcept;
+
+/// Writes a text so that it fits into one line within double quotes: \t, \n, \" and \\, other control
+/// characters as \x and two hex digits, the rest unchanged. Returns 0 with the new text in `out`, or
+/// IniMemoryFull with `out` unchanged. A null text is an empty one. Any thread may call.
+int encodeIniValue(const char* text, IniString& out) noexcept;
+
+/// Reads such a text back. A backslash before any other character is dropped, and so is one at the end; \x
+/// without two hex digits is the letter x. \x00 gives a NUL, which ends the text for most readers. Returns 0
+/// with the new text in `out`, or IniMemoryFull with `out` unchanged. A null text is an empty one. Any thread
+/// may call.
+int decodeIniValue(const char* text, IniString& out) noexcept;
 
 } // namespace vyini
 

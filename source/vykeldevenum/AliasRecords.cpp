@@ -1,7 +1,7 @@
 #include "AliasRecords.h"
 
 #include "ini/IniEdit.h"
-#include "ini/IniEscape.h"
+#include "ini/IniText.h"
 
 namespace vykel {
 

@@ -1,6 +1,6 @@
 // Lookups, edits and escapes; the fuzz target ini compares them with a plain model.
 #include "ini/IniEdit.h"
-#include "ini/IniEscape.h"
+#include "ini/IniText.h"
 #include "support/IniTestKit.h"
 #include <gtest/gtest.h>
 #include <vector>

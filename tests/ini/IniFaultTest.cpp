@@ -1,7 +1,7 @@
 // Host build only: calls of the system and allocations made to fail while a document is read, changed,
 // searched and written. Nothing is lost, and what is reported is true.
 #include "ini/IniEdit.h"
-#include "ini/IniSave.h"
+#include "ini/IniWriter.h"
 #include "support/Faults.h"
 #include "support/IniTestKit.h"
 #include <algorithm>

@@ -1,5 +1,5 @@
 // What is read from bytes.
-#include "ini/IniParser.h"
+#include "ini/IniReader.h"
 #include "support/IniTestKit.h"
 #include "vybase/owners.h"
 #include <gtest/gtest.h>

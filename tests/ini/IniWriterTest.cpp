@@ -1,7 +1,6 @@
 // The bytes that are written, and what saving does to other files.
 #include "ini/IniWriter.h"
 #include "ini/IniEdit.h"
-#include "ini/IniSave.h"
 #include "support/IniTestKit.h"
 #include "vybase/owners.h"
 #include <algorithm>

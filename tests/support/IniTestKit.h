@@ -1,7 +1,7 @@
 #ifndef TESTS_INITESTKIT_H
 #define TESTS_INITESTKIT_H
 
-#include "ini/IniLoad.h"
+#include "ini/IniReader.h"
 #include "support/IniDescription.h"
 #include "support/Machine.h"
 #include "support/TestFiles.h"

@@ -1,7 +1,7 @@
 #include "aliases/LegacyFile.h"
 
 #include "ini/IniEdit.h"
-#include "ini/IniLoad.h"
+#include "ini/IniReader.h"
 #include "support/Text.h"
 #include <algorithm>
 

@@ -1,7 +1,7 @@
 #include "aliases/LegacyFile.h"
 #include "doctor/Checks.h"
 #include "doctor/Findings.h"
-#include "ini/IniSave.h"
+#include "ini/IniWriter.h"
 #include "platform/System.h"
 #include "support/Files.h"
 #include "support/Paths.h"
