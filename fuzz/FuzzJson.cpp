@@ -1,9 +1,8 @@
 // The JSON text of a Status: any text may be read, and a plain reader finds the same in it. One that is a
 // closed container also takes fields and elements, which read back.
 #include "errors/ErrorInfoText.h"
-#include "errors/JsonEscape.h"
-#include "errors/JsonNumber.h"
 #include "errors/JsonReader.h"
+#include "errors/JsonString.h"
 #include "errors/StatusBlocks.h"
 #include "Fuzz.h"
 #include "support/OwnedStatus.h"

@@ -1,7 +1,7 @@
 #include "errors/ErrorInfoText.h"
 
 #include "errors/JsonReader.h"
-#include "vybase/hex.h"
+#include "errors/JsonString.h"
 #include <cstdio>
 #include <cstring>
 
@@ -11,28 +11,6 @@ namespace {
 
 constexpr char endMarker = 'J';
 constexpr std::size_t numberBufferSize = 64;
-
-/// The letter after the backslash; 0 when the byte needs no escape, 'u' when it needs four hex digits.
-char escapeLetter(unsigned char byte) noexcept {
-    switch (byte) {
-    case '\b':
-        return 'b';
-    case '\t':
-        return 't';
-    case '\n':
-        return 'n';
-    case '\f':
-        return 'f';
-    case '\r':
-        return 'r';
-    case '"':
-        return '"';
-    case '\\':
-        return '\\';
-    default:
-        return byte < 32 || byte == 127 ? 'u' : '\0';
-    }
-}
 
 bool isOpening(char character) noexcept {
     return character == '{' || character == '[';
@@ -81,42 +59,11 @@ char* openFieldGap(char* cursor, std::size_t count) noexcept {
     return insertion + 1;
 }
 
-/// Number of bytes that escapeJsonString writes for a string.
-std::size_t escapedLength(const char* string) noexcept {
-    std::size_t length = 0;
-    for (; *string != '\0'; ++string) {
-        const char letter = escapeLetter(static_cast<unsigned char>(*string));
-        length += letter == '\0' ? 1 : letter == 'u' ? 6 : 2;
-    }
-    return length;
-}
-
-/// Writes a string in escaped form, without quotes or NUL. Returns the end of it.
-char* escapeJsonString(char* destination, const char* string) noexcept {
-    for (; *string != '\0'; ++string) {
-        const auto byte = static_cast<unsigned char>(*string);
-        const char letter = escapeLetter(byte);
-        if (letter == '\0') {
-            *destination++ = *string;
-            continue;
-        }
-        *destination++ = '\\';
-        *destination++ = letter;
-        if (letter == 'u') {
-            *destination++ = '0';
-            *destination++ = '0';
-            *destination++ = vybase::hexDigits[byte >> 4];
-            *destination++ = vybase::hexDigits[byte & 15];
-        }
-    }
-    return destination;
-}
-
 /// Writes the key, then the value: `writeValue(position)` returns the end of what it wrote.
 template <class WriteValue>
 char* addField(char* cursor, const char* key, std::size_t valueLength, StatusTextGrowth growth,
                WriteValue writeValue) noexcept {
-    const std::size_t room = valueLength + (key != nullptr ? escapedLength(key) + 3 : 0);
+    const std::size_t room = valueLength + (key != nullptr ? escapedJsonLength(key) + 3 : 0);
     while (cursor != nullptr) {
         if (char* at = openFieldGap(cursor, room)) {
             if (key != nullptr) {
@@ -163,7 +110,7 @@ char* errorInfoEnd(char* text) noexcept {
 char* addStringField(char* cursor, const char* key, const char* value, StatusTextGrowth growth) noexcept {
     if (cursor == nullptr)
         return nullptr;
-    return addField(cursor, key, escapedLength(value) + 2, growth, [=](char* at) noexcept {
+    return addField(cursor, key, escapedJsonLength(value) + 2, growth, [=](char* at) noexcept {
         *at++ = '"';
         at = escapeJsonString(at, value);
         *at++ = '"';

@@ -1,8 +1,7 @@
 #include "errors/StatusBlocks.h"
 
-#include "errors/JsonEscape.h"
-#include "errors/JsonNumber.h"
 #include "errors/JsonReader.h"
+#include "errors/JsonString.h"
 #include <algorithm>
 #include <cstring>
 

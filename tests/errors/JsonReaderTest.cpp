@@ -1,8 +1,7 @@
 // Fields, escapes and numbers; the fuzz target json compares the reading of any text with a plain grammar.
 #include "errors/JsonReader.h"
 
-#include "errors/JsonEscape.h"
-#include "errors/JsonNumber.h"
+#include "errors/JsonString.h"
 #include <clocale>
 #include <cstring>
 #include <gtest/gtest.h>

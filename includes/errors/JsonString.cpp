@@ -1,4 +1,4 @@
-#include "errors/JsonEscape.h"
+#include "errors/JsonString.h"
 
 #include "vybase/hex.h"
 #include "vybase/utf8.h"
@@ -29,6 +29,28 @@ const char* decodeUnicode(const char* digits, const char* end, char* out, std::s
     }
     outLength = vybase::encodeUtf8(codePoint, out);
     return next;
+}
+
+/// The letter after the backslash; 0 when the byte needs no escape, 'u' when it needs four hex digits.
+char escapeLetter(unsigned char byte) noexcept {
+    switch (byte) {
+    case '\b':
+        return 'b';
+    case '\t':
+        return 't';
+    case '\n':
+        return 'n';
+    case '\f':
+        return 'f';
+    case '\r':
+        return 'r';
+    case '"':
+        return '"';
+    case '\\':
+        return '\\';
+    default:
+        return byte < 32 || byte == 127 ? 'u' : '\0';
+    }
 }
 
 } // namespace
@@ -96,6 +118,35 @@ char* unescapeJsonString(const char* body, std::int64_t length, char* destinatio
         destination += decodedLength;
     }
     *destination = '\0';
+    return destination;
+}
+
+std::size_t escapedJsonLength(const char* text) noexcept {
+    std::size_t length = 0;
+    for (; *text != '\0'; ++text) {
+        const char letter = escapeLetter(static_cast<unsigned char>(*text));
+        length += letter == '\0' ? 1 : letter == 'u' ? 6 : 2;
+    }
+    return length;
+}
+
+char* escapeJsonString(char* destination, const char* text) noexcept {
+    for (; *text != '\0'; ++text) {
+        const auto byte = static_cast<unsigned char>(*text);
+        const char letter = escapeLetter(byte);
+        if (letter == '\0') {
+            *destination++ = *text;
+            continue;
+        }
+        *destination++ = '\\';
+        *destination++ = letter;
+        if (letter == 'u') {
+            *destination++ = '0';
+            *destination++ = '0';
+            *destination++ = vybase::hexDigits[byte >> 4];
+            *destination++ = vybase::hexDigits[byte & 15];
+        }
+    }
     return destination;
 }
 
