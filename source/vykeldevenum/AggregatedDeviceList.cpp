@@ -1,6 +1,6 @@
 #include "AggregatedDeviceList.h"
 
-#include "DeviceCollection.h"
+#include "DeviceLists.h"
 #include "DeviceNumbering.h"
 #include "errors/CatchLadder.h"
 #include "errors/Exception.h"

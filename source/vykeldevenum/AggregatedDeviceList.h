@@ -1,7 +1,7 @@
 #ifndef VYKELDEVENUM_AGGREGATEDDEVICELIST_H
 #define VYKELDEVENUM_AGGREGATEDDEVICELIST_H
 
-#include "DeviceTable.h"
+#include "DeviceLists.h"
 #include "IPellumKelPluginManager.h"
 #include "TraditionalAliasTransferManager.h"
 #include "vykel/IDeviceList.h"

@@ -1,7 +1,7 @@
 #ifndef VYKELDEVENUM_DEVICENUMBERING_H
 #define VYKELDEVENUM_DEVICENUMBERING_H
 
-#include "DeviceTable.h"
+#include "DeviceLists.h"
 
 namespace vykel {
 

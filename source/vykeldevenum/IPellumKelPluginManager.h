@@ -1,7 +1,7 @@
 #ifndef VYKELDEVENUM_IPELLUMKELPLUGINMANAGER_H
 #define VYKELDEVENUM_IPELLUMKELPLUGINMANAGER_H
 
-#include "DeviceListPtr.h"
+#include "DeviceLists.h"
 #include <vector>
 
 namespace vykel {

@@ -1,7 +1,7 @@
 #ifndef VYKELDEVENUM_PELLUMKELPLUGIN_H
 #define VYKELDEVENUM_PELLUMKELPLUGIN_H
 
-#include "DeviceListPtr.h"
+#include "DeviceLists.h"
 #include "vydynlib/dynload.h"
 #include "vytpl/NonCopyable.h"
 #include <cstdint>

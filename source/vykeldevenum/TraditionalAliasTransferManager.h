@@ -1,7 +1,7 @@
 #ifndef VYKELDEVENUM_TRADITIONALALIASTRANSFERMANAGER_H
 #define VYKELDEVENUM_TRADITIONALALIASTRANSFERMANAGER_H
 
-#include "DeviceTable.h"
+#include "DeviceLists.h"
 #include "ini/IniDocument.h"
 #include <string>
 

@@ -1,7 +1,7 @@
 #ifndef TESTS_LEGACYDEVICE_H
 #define TESTS_LEGACYDEVICE_H
 
-#include "DeviceTable.h"
+#include "DeviceLists.h"
 #include "vykel/IDevice.h"
 #include <list>
 #include <string>

@@ -1,6 +1,6 @@
 #include "aliases/PreviewDevices.h"
 
-#include "DeviceCollection.h"
+#include "DeviceLists.h"
 #include "DeviceNumbering.h"
 
 namespace vykeldev::aliases {

@@ -1,8 +1,7 @@
 #ifndef VYKELDEV_ALIASES_PREVIEWDEVICES_H
 #define VYKELDEV_ALIASES_PREVIEWDEVICES_H
 
-#include "DeviceListPtr.h"
-#include "DeviceTable.h"
+#include "DeviceLists.h"
 #include "PellumKelPluginManager.h"
 #include "vytpl/NonCopyable.h"
 #include <deque>

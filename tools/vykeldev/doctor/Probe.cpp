@@ -1,6 +1,6 @@
 #include "doctor/Probe.h"
 
-#include "DeviceCollection.h"
+#include "DeviceLists.h"
 #include "doctor/Findings.h"
 #include "errors/Exception.h"
 #include "PellumKelPlugin.h"

@@ -1,7 +1,6 @@
-#include "DeviceCollection.h"
+#include "DeviceLists.h"
 
 #include "errors/StatusBlocks.h"
-#include "PluginCall.h"
 
 namespace vykel {
 
