@@ -1,6 +1,5 @@
 #include "TraditionalAliasTransferManager.h"
 
-#include "AliasRecords.h"
 #include "ConfigurationFolder.h"
 #include "errors/ScopedStatus.h"
 #include "ini/IniEdit.h"
@@ -11,7 +10,10 @@
 #include "pellumkelddk/user/FileLock.h"
 #include "PluginCall.h"
 #include "vyfile/internal/FileLockImpl.h"
-#include <utility>
+#include <algorithm>
+#include <cstring>
+#include <map>
+#include <string_view>
 #include <vector>
 
 namespace vykel {
@@ -34,48 +36,41 @@ constexpr int iniDone = 1;
 }
 
 /// Raises the fault of a malformed record.
-void check(const AliasRecord& record, AliasLayout layout) {
-    const bool byName = layout == AliasLayout::ByResourceName;
-    switch (record.flaw) {
+void checkFlaw(AliasFlaw flaw) {
+    switch (flaw) {
     case AliasFlaw::None:
         return;
     case AliasFlaw::NoAlias:
-        raiseFault(byName ? resourceAliasSite : recordAliasSite);
-    case AliasFlaw::NoTarget:
-        raiseFault(byName ? resourceNameSite : recordTokenSite);
+        raiseFault(recordAliasSite);
+    case AliasFlaw::NoToken:
+        raiseFault(recordTokenSite);
     case AliasFlaw::NoLocal:
     case AliasFlaw::UnknownLocal:
         raiseFault(recordLocalSite);
     }
 }
 
-std::vector<AliasRecord> readNames(vyini::IniDocument* document) {
-    std::vector<AliasRecord> records = readNamedAliases(document);
-    for (const AliasRecord& record : records)
-        check(record, AliasLayout::ByResourceName);
-    return records;
-}
-
-/// Moves the records of the layout by token out of the document.
-std::vector<AliasRecord> takeRecords(vyini::IniDocument* document, AliasLayout layout) {
-    std::vector<AliasRecord> records;
-    while (vyini::IniSection* const section = findAliasSection(document, records.size())) {
-        AliasRecord record = readTokenAlias(*document, *section);
-        check(record, layout);
-        if (vyini::deleteIniSection(document, aliasSectionName(records.size()).c_str()) != iniDone)
-            raiseFault(recordDeleteSite);
-        records.push_back(std::move(record));
+/// The aliases of the layout by resource name. Of several aliases for one device the last is kept.
+std::map<std::string, std::string> readAliasesByName(vyini::IniDocument* document) {
+    std::vector<const vyini::IniEntry*> entries;
+    const std::uint32_t count = vyini::countIniEntries(vyini::findIniSection(document, aliasesSection));
+    for (std::uint32_t n = 1; n <= count; ++n) {
+        const vyini::IniEntry* const entry =
+            vyini::getIniEntry(vyini::findIniSection(document, aliasesSection), n);
+        if (entry == nullptr)
+            raiseFault(resourceAliasSite);
+        if (entry->value == nullptr)
+            raiseFault(resourceNameSite);
+        entries.push_back(entry);
     }
-    return records;
-}
-
-/// Takes the consumed entries of the layout by resource name out of the document.
-void removeNames(vyini::IniDocument* document, const AliasTable& table) {
-    for (const AliasRecord& record : table.all())
-        if (table.isConsumed(record))
-            vyini::deleteIniEntry(document, aliasesSection, record.alias->c_str());
-    if (table.empty()) // only entries that never counted are left in it
-        vyini::deleteIniSection(document, aliasesSection);
+    // A large map is filled and searched faster when it is filled in its order.
+    std::stable_sort(entries.begin(), entries.end(), [](const auto* left, const auto* right) {
+        return std::strcmp(left->value, right->value) < 0;
+    });
+    std::map<std::string, std::string> aliases;
+    for (const vyini::IniEntry* const entry : entries)
+        aliases.insert_or_assign(aliases.end(), entry->value, entry->key);
+    return aliases;
 }
 
 void setValue(vyini::IniDocument* document, const std::string& section, const char* key, const char* value,
@@ -92,70 +87,24 @@ void setEncoded(vyini::IniDocument* document, const std::string& section, const 
     setValue(document, section, key, encoded.get(), '"');
 }
 
-/// Writes the records that are left as new sections at the end of the document, numbered from 0.
-void writeRecords(vyini::IniDocument* document, const AliasTable& table) {
-    while (vyini::deleteIniSection(document, aliasSectionName(0).c_str()) == iniDone) {
-    }
-    std::size_t index = 0;
-    for (const AliasRecord& record : table.all()) {
-        if (table.isConsumed(record))
-            continue;
-        const std::string section = aliasSectionName(index++);
-        setEncoded(document, section, "Alias", *record.alias);
-        setEncoded(document, section, "PersistentToken", *record.target);
-        setValue(document, section, "Local", record.local ? "True" : "False", 0);
-    }
-}
-
-// Calls of a device. The texts are the device's own, and valid until its next call.
-
-std::uint32_t numberOf(IDevice& device) {
-    return callPlugin([&] { return device.getNumber(); });
-}
-
-const char* aliasOf(IDevice& device) {
-    return callPlugin([&] { return device.getAlias(); });
-}
-
-/// Whether a device takes part: it has a number and takes aliases.
-bool takesPart(IDevice& device) {
-    return numberOf(device) != noDeviceNumber && aliasOf(device) != nullptr;
-}
-
-/// The record that counts for a device, or null.
-const AliasRecord* recordFor(IDevice& device, const AliasTable& table, AliasLayout layout) {
-    if (layout == AliasLayout::ByResourceName)
-        return table.find(resourceName(numberOf(device)));
-    const std::uint32_t format = layout == AliasLayout::ByTokenFormat1 ? 1 : 2;
-    const char* const token = callPlugin([&] { return device.getPersistentToken(format); });
-    return token != nullptr ? table.find(token) : nullptr;
+/// Calls `visit` for every device that takes part: it has a number and takes aliases.
+template <class Visit>
+void visitDevices(const DeviceTable& devicesPerList, Visit visit) {
+    for (const auto& devices : devicesPerList)
+        for (IDevice* const device : devices)
+            if (callPlugin(
+                    [=] { return device->getNumber() != noDeviceNumber && device->getAlias() != nullptr; }))
+                visit(*device);
 }
 
 /// Gives a device the alias, unless it has one already. Throws the device's code when it refuses.
 void handOver(IDevice& device, const std::string& alias) {
-    const char* const current = aliasOf(device);
+    const char* const current = callPlugin([&] { return device.getAlias(); });
     if (current == nullptr || *current != '\0')
         return;
     vyerr::ScopedStatusBlock status;
     callPlugin([&] { device.setAlias(alias.c_str(), 1, 0, status.get()); });
     status.check();
-}
-
-/// Hands the records over to their devices and consumes them. Returns whether there was one.
-bool handOverAll(const DeviceTable& devicesPerList, AliasTable& table, AliasLayout layout) {
-    bool changed = false;
-    for (const auto& devices : devicesPerList) {
-        for (IDevice* const device : devices) {
-            const AliasRecord* const record =
-                takesPart(*device) ? recordFor(*device, table, layout) : nullptr;
-            if (record == nullptr || !record->local)
-                continue;
-            handOver(*device, *record->alias);
-            table.consume(*record);
-            changed = true;
-        }
-    }
-    return changed;
 }
 
 void save(vyini::IniDocument* document, const std::string& path) {
@@ -187,17 +136,89 @@ void TraditionalAliasTransferManager::transferAliases(const DeviceTable& devices
 
 bool TraditionalAliasTransferManager::transfer(vyini::IniDocument* document,
                                                const DeviceTable& devicesPerList) {
-    const AliasLayout layout = aliasLayoutOf(document);
-    const bool byName = layout == AliasLayout::ByResourceName;
-    AliasTable table(byName ? readNames(document) : takeRecords(document, layout), layout);
-    if (table.empty())
+    switch (aliasLayoutOf(document)) {
+    case AliasLayout::ByResourceName:
+        break;
+    case AliasLayout::ByTokenFormat1:
+        return transferByPersistentToken(document, devicesPerList, 1);
+    case AliasLayout::ByTokenFormat2:
+        return transferByPersistentToken(document, devicesPerList, 2);
+    }
+    return transferByResourceName(document, devicesPerList);
+}
+
+bool TraditionalAliasTransferManager::transferByResourceName(vyini::IniDocument* document,
+                                                             const DeviceTable& devicesPerList) {
+    std::map<std::string, std::string> aliases = readAliasesByName(document);
+    if (aliases.empty())
         return false;
-    const bool changed = handOverAll(devicesPerList, table, layout);
-    if (changed && byName)
-        removeNames(document, table);
-    else if (changed)
-        writeRecords(document, table);
+    bool changed = false;
+    visitDevices(devicesPerList, [&](IDevice& device) {
+        const std::uint32_t number = callPlugin([&] { return device.getNumber(); });
+        const auto found = aliases.find(resourceName(number));
+        if (found == aliases.end())
+            return;
+        handOver(device, found->second);
+        vyini::deleteIniEntry(document, aliasesSection, found->second.c_str());
+        aliases.erase(found);
+        changed = true;
+    });
+    if (aliases.empty()) // only entries that were never used are left
+        vyini::deleteIniSection(document, aliasesSection);
     return changed;
+}
+
+bool TraditionalAliasTransferManager::transferByPersistentToken(vyini::IniDocument* document,
+                                                                const DeviceTable& devicesPerList,
+                                                                std::uint32_t tokenFormat) {
+    AliasRecords records;
+    readAliasRecords(document, records);
+    if (records.empty())
+        return false;
+    // Records of one token keep the order of the file: the first is used, and after its removal the next.
+    std::multimap<std::string_view, AliasRecords::iterator> byToken;
+    for (auto record = records.begin(); record != records.end(); ++record)
+        byToken.emplace(record->persistentToken, record);
+    bool changed = false;
+    visitDevices(devicesPerList, [&](IDevice& device) {
+        const char* const token = callPlugin([&] { return device.getPersistentToken(tokenFormat); });
+        if (token == nullptr)
+            return;
+        const auto found = byToken.lower_bound(token);
+        if (found == byToken.end() || found->first != token || !found->second->local)
+            return;
+        handOver(device, found->second->alias);
+        const auto record = found->second;
+        byToken.erase(found);
+        records.erase(record);
+        changed = true;
+    });
+    if (changed)
+        writeAliasRecords(document, records);
+    return changed;
+}
+
+void TraditionalAliasTransferManager::readAliasRecords(vyini::IniDocument* document, AliasRecords& records) {
+    records.clear();
+    while (vyini::IniSection* const section = findAliasSection(document, records.size())) {
+        const std::string name = aliasSectionName(records.size());
+        checkFlaw(readAliasRecord(*document, *section, records.emplace_back()));
+        if (vyini::deleteIniSection(document, name.c_str()) != iniDone)
+            raiseFault(recordDeleteSite);
+    }
+}
+
+void TraditionalAliasTransferManager::writeAliasRecords(vyini::IniDocument* document,
+                                                        const AliasRecords& records) {
+    while (vyini::deleteIniSection(document, aliasSectionName(0).c_str()) == iniDone) {
+    }
+    std::size_t index = 0;
+    for (const TraditionalAliasRecord& record : records) {
+        const std::string section = aliasSectionName(index++);
+        setEncoded(document, section, "Alias", record.alias);
+        setEncoded(document, section, "PersistentToken", record.persistentToken);
+        setValue(document, section, "Local", record.local ? "True" : "False", 0);
+    }
 }
 
 } // namespace vykel

@@ -1,8 +1,11 @@
 #ifndef VYKELDEVENUM_TRADITIONALALIASTRANSFERMANAGER_H
 #define VYKELDEVENUM_TRADITIONALALIASTRANSFERMANAGER_H
 
+#include "AliasRecords.h"
 #include "DeviceLists.h"
 #include "ini/IniDocument.h"
+#include <cstdint>
+#include <list>
 #include <string>
 
 namespace vykel {
@@ -31,6 +34,19 @@ public:
     static bool transfer(vyini::IniDocument* document, const DeviceTable& devicesPerList);
 
 private:
+    using AliasRecords = std::list<TraditionalAliasRecord>; ///< in the order of the file
+
+    /// The passes of transfer, one for each layout. Each returns whether it changed the document.
+    static bool transferByResourceName(vyini::IniDocument* document, const DeviceTable& devicesPerList);
+    static bool transferByPersistentToken(vyini::IniDocument* document, const DeviceTable& devicesPerList,
+                                          std::uint32_t tokenFormat);
+
+    /// Moves the records of the layouts by token out of the document, up to the first index that is missing.
+    static void readAliasRecords(vyini::IniDocument* document, AliasRecords& records);
+
+    /// Writes records as new sections at the end of the document, numbered from 0.
+    static void writeAliasRecords(vyini::IniDocument* document, const AliasRecords& records);
+
     std::string iniFilePath;
     std::string lockFilePath;
 };

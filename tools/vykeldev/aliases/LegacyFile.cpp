@@ -4,13 +4,13 @@
 #include "ini/IniReader.h"
 #include "support/Text.h"
 #include <algorithm>
+#include <map>
 
 namespace vykeldev::aliases {
 namespace {
 
 using vykel::AliasFlaw;
 using vykel::AliasLayout;
-using vykel::AliasRecord;
 
 /// The number in a section name "Alias<number>", however it is written; or none.
 std::optional<std::uint32_t> numberInName(const std::string& name) {
@@ -33,70 +33,94 @@ bool isResourceName(const std::string& name) {
 class EntryReader {
 public:
     explicit EntryReader(vyini::IniDocument& file)
-        : document(file), layout(vykel::aliasLayoutOf(&file)), byName(layout == AliasLayout::ByResourceName) {
-    }
+        : document(file), byName(vykel::aliasLayoutOf(&file) == AliasLayout::ByResourceName) {}
 
     std::vector<LegacyEntry> run() {
-        std::vector<AliasRecord> names = vykel::readNamedAliases(&document);
-        std::vector<AliasRecord> records;
-        if (byName) {
-            addRead(std::move(names));
-        } else {
-            for (const AliasRecord& name : names)
-                add(name, Flaw::OtherLayout, "the file's version asks for tokens");
-            while (auto* const section = vykel::findAliasSection(&document, records.size()))
-                records.push_back(vykel::readTokenAlias(document, *section));
-            addRead(records);
-        }
+        addNames();
+        const std::size_t count = byName ? 0 : addRecords();
         for (auto* section = document.sections.first(); section != nullptr; section = section->next)
-            addUnread(*section, records.size());
+            addUnread(*section, count);
         std::stable_sort(entries.begin(), entries.end(),
                          [](const auto& a, const auto& b) { return a.line < b.line; });
         return std::move(entries);
     }
 
 private:
-    LegacyEntry& add(const AliasRecord& record, Flaw flaw, std::string detail = "") {
-        return entries.emplace_back(
-            LegacyEntry{record.alias, record.target, record.line, flaw, std::move(detail), std::nullopt});
-    }
-
-    /// Adds the records that a transfer reads.
-    void addRead(std::vector<AliasRecord> records) {
-        const vykel::AliasTable table(std::move(records), layout);
-        for (const AliasRecord& record : table.all()) {
-            const auto index = static_cast<std::size_t>(&record - table.all().data());
-            LegacyEntry& entry = addJudged(record, table, index);
+    /// Adds the aliases by resource name. Of several for one device a transfer uses the last.
+    void addNames() {
+        const vyini::IniSection* const section = vyini::findIniSection(&document, vykel::aliasesSection);
+        const vyini::IniEntry* const first = section != nullptr ? section->entries.first() : nullptr;
+        std::map<std::string, std::int32_t> usedLine; // by resource name
+        for (const auto* entry = first; entry != nullptr; entry = entry->next)
+            usedLine[entry->value] = entry->line;
+        for (const auto* name = first; name != nullptr; name = name->next) {
+            LegacyEntry& entry = entries.emplace_back();
+            entry.alias = name->key;
+            entry.target = name->value;
+            entry.line = name->line;
             if (!byName)
-                entry.record = index;
+                judge(entry, Flaw::OtherLayout, "the file's version asks for tokens");
+            else if (!isResourceName(*entry.target))
+                judge(entry, Flaw::ResourceName,
+                      "not a resource name: expected KEL and a number, such as KEL3");
+            else if (usedLine[*entry.target] != entry.line)
+                judge(entry, Flaw::Duplicate,
+                      concat("line ", usedLine[*entry.target], " names the same device"));
         }
     }
 
-    LegacyEntry& addJudged(const AliasRecord& record, const vykel::AliasTable& table, std::size_t index) {
-        if (record.flaw != AliasFlaw::None)
-            return add(record, Flaw::Malformed, flawText(record.flaw, index));
-        if (byName && !isResourceName(*record.target))
-            return add(record, Flaw::ResourceName,
-                       "not a resource name: expected KEL and a number, such as KEL3");
-        if (!record.local)
-            return add(record, Flaw::NotLocal);
-        const AliasRecord* const counting = table.find(*record.target);
-        if (counting == &record)
-            return add(record, Flaw::None);
-        const char* const shared = byName ? " names the same device" : " has the same token";
-        return add(record, Flaw::Duplicate, concat("line ", counting->line, shared));
+    /// Adds the records by token that a transfer reads, and returns how many there are. Of several for one
+    /// device the first decides.
+    std::size_t addRecords() {
+        std::map<std::string, std::int32_t> firstLine; // by token
+        std::size_t count = 0;
+        for (; auto* const section = vykel::findAliasSection(&document, count); ++count) {
+            vykel::TraditionalAliasRecord record;
+            const AliasFlaw flaw = vykel::readAliasRecord(document, *section, record);
+            LegacyEntry& entry = addRecord(*section, record);
+            entry.record = count;
+            if (flaw != AliasFlaw::None) {
+                judgeMalformed(entry, flaw, *section);
+                continue;
+            }
+            const auto [first, isFirst] = firstLine.try_emplace(record.persistentToken, section->line);
+            if (!record.local)
+                entry.flaw = Flaw::NotLocal;
+            else if (!isFirst)
+                judge(entry, Flaw::Duplicate, concat("line ", first->second, " has the same token"));
+        }
+        return count;
     }
 
-    std::string flawText(AliasFlaw flaw, std::size_t index) const {
+    LegacyEntry& addRecord(vyini::IniSection& section, const vykel::TraditionalAliasRecord& record) {
+        LegacyEntry& entry = entries.emplace_back();
+        if (find(section, "Alias") != nullptr)
+            entry.alias = record.alias;
+        if (find(section, "PersistentToken") != nullptr)
+            entry.target = record.persistentToken;
+        entry.line = section.line;
+        return entry;
+    }
+
+    const vyini::IniEntry* find(vyini::IniSection& section, const char* key) const {
+        return vyini::findIniEntry(&section, document.caseSensitive, key);
+    }
+
+    static void judge(LegacyEntry& entry, Flaw flaw, std::string detail) {
+        entry.flaw = flaw;
+        entry.detail = std::move(detail);
+    }
+
+    void judgeMalformed(LegacyEntry& entry, AliasFlaw flaw, vyini::IniSection& section) const {
         if (flaw == AliasFlaw::NoAlias)
-            return "Alias is missing or empty";
-        if (flaw == AliasFlaw::NoTarget)
-            return "PersistentToken is missing or empty";
+            return judge(entry, Flaw::Malformed, "Alias is missing or empty");
+        if (flaw == AliasFlaw::NoToken)
+            return judge(entry, Flaw::Malformed, "PersistentToken is missing or empty");
         if (flaw == AliasFlaw::NoLocal)
-            return "Local is missing or empty";
-        vyini::IniSection* const section = vykel::findAliasSection(&document, index);
-        const char* const local = vyini::findIniEntry(section, document.caseSensitive, "Local")->value;
-        return "Local is '" + std::string(local) + "', neither True nor False";
+            return judge(entry, Flaw::Malformed, "Local is missing or empty");
+        const vyini::IniEntry* const local = find(section, "Local");
+        entry.line = local->line;
+        judge(entry, Flaw::Malformed, concat("Local is '", local->value, "', neither True nor False"));
     }
 
     /// Adds the record of a section, if it holds one that no transfer reads. `count`: those before are read.
@@ -105,18 +129,21 @@ private:
         if (!number)
             return;
         const std::string name = vykel::aliasSectionName(*number);
-        AliasRecord record = vykel::readTokenAlias(document, section);
-        record.line = section.line; // its Local may be unknown: that is no flaw here
+        const bool isMisspelt = vyini::compareIniNames(section.name, name.c_str(), 0) != 0;
+        if (!byName && !isMisspelt && *number < count)
+            return;
+        vykel::TraditionalAliasRecord record;
+        vykel::readAliasRecord(document, section, record); // its Local may be unknown: that is no flaw here
+        LegacyEntry& entry = addRecord(section, record);
         if (byName)
-            add(record, Flaw::OtherLayout, "the file's version asks for resource names");
-        else if (vyini::compareIniNames(section.name, name.c_str(), 0) != 0)
-            add(record, Flaw::BehindGap, "it is not written " + name);
-        else if (*number >= count)
-            add(record, Flaw::BehindGap, "there is no " + vykel::aliasSectionName(count));
+            judge(entry, Flaw::OtherLayout, "the file's version asks for resource names");
+        else if (isMisspelt)
+            judge(entry, Flaw::BehindGap, "it is not written " + name);
+        else
+            judge(entry, Flaw::BehindGap, "there is no " + vykel::aliasSectionName(count));
     }
 
     vyini::IniDocument& document;
-    AliasLayout layout;
     bool byName;
     std::vector<LegacyEntry> entries;
 };
