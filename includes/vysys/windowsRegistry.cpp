@@ -23,40 +23,6 @@ void recordRegistryError(vyerr::Status& status, vyerr::RaiseSite site, LSTATUS e
     info.openObject("vysys_debug").addString("desc", description).closeObject();
 }
 
-/// Opens a key for reading.
-void openKey(const Utf16String& keyPath, RegistryKey& key, vyerr::Status& status) noexcept {
-    const LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle);
-    key.opened = error == ERROR_SUCCESS;
-    if (!key.opened)
-        recordRegistryError(status, openSite, error, "RegOpenKeyEx failed");
-}
-
-/// Replaces `data` by the bytes of a value as UTF-16 units.
-void readValue(const Utf16String& keyPath, const Utf16String& valueName, Utf16String& data,
-               vyerr::Status& status) noexcept {
-    if (status.code < 0)
-        return;
-    RegistryKey key;
-    openKey(keyPath, key, status);
-    if (!key.opened)
-        return;
-    DWORD bytes = firstValueBytes;
-    DWORD offered = 0;
-    LSTATUS error = ERROR_SUCCESS;
-    do {
-        offered = bytes;
-        // Rounded up, so that the buffer is not smaller than the size that the call is given.
-        if (!data.resize(bytes / 2 + bytes % 2, status))
-            return;
-        error = RegQueryValueExW(key.handle, valueName.c_str(), nullptr, nullptr,
-                                 reinterpret_cast<BYTE*>(data.data()), &bytes);
-    } while (error == ERROR_MORE_DATA && bytes > offered); // a size that does not grow would repeat for ever
-    if (error == ERROR_SUCCESS)
-        data.resize(bytes / 2, status);
-    else
-        recordRegistryError(status, valueSite, error, "RegQueryValue failed");
-}
-
 } // namespace
 
 RegistryKey::~RegistryKey() {
@@ -64,13 +30,20 @@ RegistryKey::~RegistryKey() {
         RegCloseKey(handle);
 }
 
+RegistryKey openKey(const Utf16String& keyPath, vyerr::Status& status) noexcept {
+    HKEY handle = nullptr;
+    const LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &handle);
+    if (error != ERROR_SUCCESS)
+        recordRegistryError(status, openSite, error, "RegOpenKeyEx failed");
+    return {handle, error == ERROR_SUCCESS};
+}
+
 std::uint32_t countSubkeys(const char* keyPath, vyerr::Status& status) noexcept {
     Utf16String path;
     utf8ToUtf16(keyPath, path, status);
     if (status.code < 0)
         return 0;
-    RegistryKey key;
-    openKey(path, key, status);
+    const RegistryKey key = openKey(path, status);
     if (!key.opened)
         return 0;
     DWORD count = 0;
@@ -90,8 +63,7 @@ void getSubkeyName(const char* keyPath, std::uint32_t index, Utf8Vector& name,
     utf8ToUtf16(keyPath, path, status);
     if (!buffer.resize(nameUnits, status))
         return;
-    RegistryKey key;
-    openKey(path, key, status);
+    const RegistryKey key = openKey(path, status);
     if (!key.opened)
         return;
     DWORD length = nameUnits;
@@ -111,8 +83,32 @@ void readStringValue(const char* keyPath, const char* valueName, Utf8Vector& val
     Utf16String data;
     utf8ToUtf16(keyPath, path, status);
     utf8ToUtf16(valueName, name, status);
-    readValue(path, name, data, status);
+    readStringValue(path, name, data, status);
     utf16ToUtf8(data.begin(), data.end(), value, status); // does nothing after an error
+}
+
+void readStringValue(const Utf16String& keyPath, const Utf16String& valueName, Utf16String& value,
+                     vyerr::Status& status) noexcept {
+    if (status.code < 0)
+        return;
+    const RegistryKey key = openKey(keyPath, status);
+    if (!key.opened)
+        return;
+    DWORD bytes = firstValueBytes;
+    DWORD offered = 0;
+    LSTATUS error = ERROR_SUCCESS;
+    do {
+        offered = bytes;
+        // Rounded up, so that the buffer is not smaller than the size that the call is given.
+        if (!value.resize(bytes / 2 + bytes % 2, status))
+            return;
+        error = RegQueryValueExW(key.handle, valueName.c_str(), nullptr, nullptr,
+                                 reinterpret_cast<BYTE*>(value.data()), &bytes);
+    } while (error == ERROR_MORE_DATA && bytes > offered); // a size that does not grow would repeat for ever
+    if (error == ERROR_SUCCESS)
+        value.resize(bytes / 2, status);
+    else
+        recordRegistryError(status, valueSite, error, "RegQueryValue failed");
 }
 
 } // namespace vysys

@@ -28,11 +28,19 @@ void readStringValue(const char* keyPath, const char* valueName, Utf8Vector& val
 /// An open key; closed at the end of the scope when the open succeeded.
 struct RegistryKey : private vytpl::NonCopyableT<RegistryKey> {
     RegistryKey() noexcept = default;
+    RegistryKey(HKEY key, bool isOpen) noexcept : handle(key), opened(isOpen) {}
     ~RegistryKey();
 
     HKEY handle = nullptr;
     bool opened = false; ///< whether `handle` is to be closed
 };
+
+/// Opens a key for reading; the result says whether it is open.
+RegistryKey openKey(const Utf16String& keyPath, vyerr::Status& status) noexcept;
+
+/// The same as readStringValue above, but it replaces `value`, without a conversion of the units.
+void readStringValue(const Utf16String& keyPath, const Utf16String& valueName, Utf16String& value,
+                     vyerr::Status& status) noexcept;
 
 } // namespace vysys
 

@@ -4,10 +4,9 @@
 #include "DeviceNumbering.h"
 #include "errors/CatchLadder.h"
 #include "errors/Exception.h"
+#include "pellumkelddk/shared/Common.h"
 #include "PluginCall.h"
 #include "vykel/StatusCodes.h"
-#include <limits>
-#include <stdexcept>
 
 namespace vykel {
 
@@ -21,13 +20,6 @@ constexpr vyerr::RaiseSite attachSite{__FILE__, 93};
 IDevice* refuse(StatusBlock* status, StatusCode code, vyerr::RaiseSite site) noexcept {
     vyerr::storeError(status, code, site);
     return nullptr;
-}
-
-/// A number of devices in the 32 bits of the interface.
-std::uint32_t toCount32(std::size_t count) {
-    if (count > std::numeric_limits<std::uint32_t>::max())
-        throw std::invalid_argument("element count exceeds 32 bits");
-    return static_cast<std::uint32_t>(count);
 }
 
 } // namespace

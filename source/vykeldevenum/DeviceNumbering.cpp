@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <string>
 #include <vector>
 
 namespace vykel {
@@ -45,9 +44,12 @@ struct Waiting {
 
 } // namespace
 
+std::string deviceListLockPath() {
+    return getConfigurationFolder() + "DeviceList.lck";
+}
+
 void assignDeviceNumbers(const DeviceTable& devicesPerList) {
-    const std::string path = getConfigurationFolder() + "DeviceList.lck";
-    const FileStream stream = openLockFile(path.c_str());
+    const FileStream stream = openLockFile(deviceListLockPath().c_str());
     vyfile::FileLockImpl fileLock(stream.get());
     fileLock.lock();
     numberDevices(devicesPerList);

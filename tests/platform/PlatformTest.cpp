@@ -1,4 +1,5 @@
 #include "errors/Exception.h"
+#include "pellumkelddk/shared/Common.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "support/Machine.h"
 #include "support/OwnedStatus.h"
@@ -170,6 +171,7 @@ TEST(CriticalSection, IsLeftAndIsNotSetUpAfterAnError) {
     section.initialize(&status);
     { const vyplat::CriticalSectionGuard guard(&section); }
     std::thread([&] { const vyplat::CriticalSectionGuard other(&section); }).join();
+    { const vyplat::CriticalSectionGuard nothing(nullptr); }
     section.destroy();
     section.destroy(); // ends it only once
     status.code = -1;
@@ -190,6 +192,7 @@ TEST(Buffers, RefuseMoreThanThereCanBe) {
     bytes.append("abc", 3, refused[1]);
     bytes.append("", all - 1, refused[1]);
     EXPECT_EQ(bytes.end() - bytes.begin(), 3);
+    EXPECT_THROW(vykel::toCount32(all), std::invalid_argument);
     for (const OwnedStatus& status : refused)
         EXPECT_EQ(status.code, toInteger(StatusCode::MemoryFull));
 }

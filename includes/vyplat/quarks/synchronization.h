@@ -4,6 +4,7 @@
 #include "errors/RaiseSite.h"
 #include "vykel/StatusBlock.h"
 #include "vytpl/NonCopyable.h"
+#include <utility>
 #include <windows.h>
 
 namespace vyplat {
@@ -31,14 +32,20 @@ private:
     bool initialized = false;
 };
 
-/// Holds a critical section for one scope.
+/// Holds a critical section for one scope; with a null pointer it holds nothing.
 class CriticalSectionGuard : private vytpl::NonCopyableT<CriticalSectionGuard> {
 public:
-    explicit CriticalSectionGuard(CriticalSection* section) noexcept : entered(section) { entered->enter(); }
-    ~CriticalSectionGuard() { entered->leave(); }
+    explicit CriticalSectionGuard(CriticalSection* section) noexcept : entered(section) {
+        if (entered != nullptr)
+            entered->enter();
+    }
+    ~CriticalSectionGuard() {
+        if (entered != nullptr)
+            std::exchange(entered, nullptr)->leave();
+    }
 
 private:
-    CriticalSection* const entered;
+    CriticalSection* entered; ///< null after it was left
 };
 
 /// Runs an initialiser until it has succeeded once, in the thread that asks first. A failed one runs again at
