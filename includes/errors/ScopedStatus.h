@@ -8,10 +8,9 @@
 
 namespace vyerr {
 
-/// A Status for the calls of one scope. The end of the scope throws what they recorded, unless an exception
-/// already propagates on this thread, and always releases the record. A client may call the library while its
-/// own exception propagates; then the end of the scope throws nothing. So call check() before every step that
-/// needs the earlier ones.
+/// A Status for the calls of one scope. The destructor throws a recorded error, except during unwinding: so
+/// call check() before every step that needs the earlier ones. A client may call the library while its own
+/// exception propagates, and that is unwinding, too. The destructor always releases the record.
 class ScopedStatus {
 public:
     ScopedStatus() noexcept { initStatus(&record); }

@@ -4,9 +4,9 @@
 #include "ini/IniDocument.h"
 #include <cstdint>
 
-/// Lookups and edits. Names compare as compareIniNames says. Of several equal names the first counts, but the
-/// current section counts before all others. A null name is never found. Nothing touches a file. Searches
-/// take the same time in small and large documents.
+/// Lookups and edits. Names compare as compareIniNames says. A search returns the first match; a search for a
+/// section tries currentSection first. A null name is never found. Nothing touches a file. Searches take the
+/// same time in small and large documents.
 namespace vyini {
 
 /// The section of that name, which becomes the current one; or null, and the current section stays.

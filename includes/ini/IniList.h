@@ -11,10 +11,16 @@ namespace vyini {
 
 /// Finds the items of an ordered list by name in constant time. One thread uses it; nothing throws.
 ///
-/// Every item has a slot. The slots whose names share a bucket form a ring in list order. The bucket knows
-/// the last slot of its ring, and after the last follows the first. So a search meets equal names in list
-/// order, and an append costs the same however many there are. The slot of a removed item is not used again:
-/// when all slots are used, the owner makes a new index.
+/// Every item has a slot. The slots of one bucket form a ring in list order, and the bucket holds the last:
+///
+///     bucket ----------------.
+///                            v
+///     .-> slot 1 -> slot 4 -> slot 7 -.
+///     '-------------------------------'
+///
+/// A search begins after the last slot, so it meets equal names in list order. An append adds a slot after
+/// the last, which costs the same however many there are. The slot of a removed item is not used again: when
+/// all slots are used, the owner makes a new index.
 ///
 /// `nameOf(const T&)` gives the name of an item.
 template <class T>

@@ -9,6 +9,14 @@
 #include <cstdio>
 #include <utility>
 
+/// Reading of a file such as this one; its last two lines are one entry, Note with the value abcdef:
+///
+///     ; of an older driver
+///     [General]
+///     MajorVersion = 15
+///     Alias="Lab 1"
+///     Note Line0001=abc
+///     Note Line0002=def
 namespace vyini {
 
 /// Splits an open file into lines. It reads straight into the blocks that become the document's text. One

@@ -5,8 +5,8 @@
 #include <cstdint>
 #include <cstring>
 
-/// Characters and names. Text is bytes; UTF-8 passes through. The classes are those of the "C" locale and
-/// never follow the process's locale, because a file must read the same on every machine.
+/// Characters, names and escapes. Text is bytes; UTF-8 passes through. The classes are those of the "C"
+/// locale and never follow the process's locale, because a file must read the same on every machine.
 namespace vyini {
 
 /// Whether a character is a blank: space, tab, line feed, vertical tab, form feed or carriage return.
@@ -59,6 +59,8 @@ std::uint32_t hashIniName(const char* name, int caseSensitive) noexcept;
 /// Reads the decimal digits at the start of `text` and moves `text` after them. False when there are none or
 /// the number is above 4294967295.
 bool readDigits(const char*& text, std::uint32_t& number) noexcept;
+
+// Arbitrary text in values: neither the parser nor the writer knows of escapes, so callers use these.
 
 /// Writes a text so that it fits into one line within double quotes: \t, \n, \" and \\, other control
 /// characters as \x and two hex digits, the rest unchanged. Returns 0 with the new text in `out`, or

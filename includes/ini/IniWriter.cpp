@@ -238,9 +238,9 @@ private:
     IniString name;
 };
 
-/// Tries to open the target for writing and leaves it as it is: 0 or IniTargetRefused. Creates the file only
-/// when it is certainly missing, and deletes it again: the search may fail for other reasons, and then the
-/// target must keep its content.
+/// Tries to open the target for writing and leaves it as it is: 0 or IniTargetRefused. It creates the file,
+/// and deletes it again, only after ERROR_FILE_NOT_FOUND: after any other error the target may exist, and
+/// must keep its content.
 int probeTarget(const char* path) noexcept {
     const bool exists = findFile(path, nullptr) || GetLastError() != ERROR_FILE_NOT_FOUND;
     std::FILE* file = std::fopen(path, exists ? "r+b" : "wb");

@@ -50,7 +50,8 @@ public:
     /// lists that took it before, and reports the code of the refusal.
     virtual void attach(std::uint64_t token, StatusBlock* status) = 0;
 
-    /// Withdraws a token from every plug-in's list.
+    /// Withdraws a token from every plug-in's list, from the first to the last. The first plug-in that lets
+    /// an exception out keeps the later ones from being told.
     virtual void detach(std::uint64_t token) = 0;
 
 protected:

@@ -3,9 +3,9 @@
 
 namespace vytpl {
 
-/// A private base that forbids copying and assigning. The parameter gives a class a base type of its own: two
-/// empty bases of one type within an object would make it larger. A class that is part of no other such class
-/// may pass void.
+/// A private base that forbids copying and assigning. Pass the class itself, so that the empty base costs no
+/// space: two empty bases of one type in an object would make it larger. A class that is part of no other
+/// such class may pass void.
 template <class Derived>
 class NonCopyableT {
 protected:

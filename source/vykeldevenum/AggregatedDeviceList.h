@@ -38,7 +38,7 @@ private:
 
     std::vector<DeviceListPtr> deviceLists;
     DeviceTable devicesPerList;
-    bool dirty = true; ///< the next refresh takes every list as stale
+    bool dirty = true; ///< refresh every list next time
     TraditionalAliasTransferManager aliasTransfer;
 };
 

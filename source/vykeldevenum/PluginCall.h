@@ -31,14 +31,14 @@ inline void setUncaughtExceptions(int count) noexcept {
 
 } // namespace detail
 
-/// Calls into a plug-in: runs `call`, which should do little else. Returns what `call` returns. A plug-in
-/// must let no exception out. When one gets out, this throws an exception of this module and of the same type
-/// instead: a vyerr::ExceptionBase keeps its code and text, and an unknown type becomes std::runtime_error.
-/// The original must not go further, because a plug-in may carry its own C++ runtime:
+/// Calls into a plug-in: runs `call` and returns what it returns. Put only the call of the plug-in in it. A
+/// plug-in must let no exception out. When one gets out, this throws an exception of this module and of the
+/// same type instead: a vyerr::ExceptionBase keeps its code and text, and an unknown type becomes
+/// std::runtime_error. The original must not go further, because a plug-in may carry its own C++ runtime:
 /// - that runtime counts the throw and ours the catch, so std::uncaught_exceptions() would be wrong on this
 ///   thread ever after;
 /// - the thrown object's code is in the plug-in, which unwinding may unload before the handler ends.
-/// A call without an exception costs only one query of that count: put a whole loop of calls into one `call`.
+/// A call without an exception costs only one query of that count; a loop of calls may be one `call`.
 template <class Call>
 decltype(auto) callPlugin(Call&& call) {
     const int before = std::uncaught_exceptions();
