@@ -42,7 +42,7 @@ TEST(JsonReader, DecodesEscapes) {
         return text.data() + std::string(end == nullptr ? "|" : "");
     };
     EXPECT_EQ(decode("\\\"\\/\\\\\\b\\f\\n\\r\\t"), "\"/\\\b\f\n\r\t");
-    EXPECT_EQ(decode("\\u00e9\\u00FF\\u20af"), "\xC3\xA9\xC3\xBF\xE2\x82\xAF");
+    EXPECT_EQ(decode("\\u007f\\u0080\\u00e9\\u00FF\\u20af"), "\x7F\xC2\x80\xC3\xA9\xC3\xBF\xE2\x82\xAF");
     EXPECT_EQ(decode("\\ud800\\udc00\\ud83d\\ude00"), "\xF0\x90\x80\x80\xF0\x9F\x98\x80");
     EXPECT_EQ(decode(std::string("a\0b", 3)), "a|");
     for (const char* const bad : {"\\u0000b", "\\", "\\x", "\\u00f", "\\ud83d", "\\ud83dx", "\\ud83d\\n",

@@ -62,6 +62,18 @@ TEST_F(AggregatedListTest, AsksInAFixedOrderAndOnlyWhatIsStale) {
     EXPECT_EQ(plugins.takeLog(), "");
 }
 
+TEST_F(AggregatedListTest, GivesTheLowestFreeNumbersInKeyOrder) {
+    constexpr std::uint32_t none = vykel::noDeviceNumber;
+    plugins.devicesOf = {{"a", {{0}, {2}, {none, 7}, {none, 0x10003}, {none, 7}}},
+                         {"b", {{1000}, {none, 7}, {none, 0x81000002}, {0xFFFFFFFE}}}};
+    ASSERT_EQ(refresh(*start({"a", "b"})), success);
+    std::vector<std::uint32_t> numbers;
+    for (const auto& [name, devices] : plugins.devicesOf)
+        for (const FakeDevice& device : devices)
+            numbers.push_back(device.number);
+    EXPECT_EQ(numbers, (std::vector<std::uint32_t>{0, 2, 1, 5, 3, 1000, 4, 6, 0xFFFFFFFE}));
+}
+
 TEST_F(AggregatedListTest, KeepsWhatAFailingListDelivered) {
     plugins.devicesOf = {{"a", {{0}}}, {"b", {{1}, {2}, {}, {4}, {5}}}, {"c", {{6}, {}}}};
     ListPtr list = start({"a", "b", "c"});

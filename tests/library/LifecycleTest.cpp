@@ -44,6 +44,9 @@ TEST_F(LifecycleTest, RetriesAfterAFailure) {
     EXPECT_EQ(list, nullptr);
     machine.setFolderName(machine.folderName());
     EXPECT_NE(library.newList(), library.newList());
+    const ListPtr fresh = library.newList();
+    EXPECT_EQ(refresh(*fresh), success);
+    EXPECT_TRUE(!fresh->isStale() && fs::exists(machine.configurationFolder() / "DeviceList.lck"));
 }
 
 /// A call from two threads at once would be a race in the log of the calls.
