@@ -1,5 +1,6 @@
-// Host build only: the codes of a load and of a save of which one call fails, and what the kinds of save that
-// no transfer uses then leave.
+// Host build only: a load, a save and an edit of which one call fails. What they report is true, and what
+// they leave is whole.
+#include "ini/IniEdit.h"
 #include "ini/IniWriter.h"
 #include "support/Faults.h"
 #include "support/IniTestKit.h"
@@ -58,6 +59,18 @@ TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
             EXPECT_TRUE(result == 0 || readFile(path) == (loses ? "" : before));
             EXPECT_FALSE(fs::exists(folder.path("vykel.TMP")) || fs::exists(folder.path("ini$$0.TMP")));
         }
+    }
+}
+
+TEST(IniFault, WithoutMemoryThereIsNoHalfSection) {
+    IniDocument document;
+    ASSERT_EQ(setIniValue(&document, "a", "k", "v", 0), 1);
+    for (std::size_t nth = 1; nth <= 3; ++nth) { // the copies of the value, the name and the key
+        const ScopedFault fault({Call::malloc, nth});
+        const int result = setIniValue(&document, "b", "k", "v", 0);
+        EXPECT_TRUE(result == IniMemoryFull && document.currentSection == nullptr &&
+                    document.sections.count() == 1)
+            << nth;
     }
 }
 
