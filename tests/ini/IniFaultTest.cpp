@@ -17,22 +17,26 @@ using namespace winhost;
 TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
     constexpr int load = -1, inPlace = 0, safe = IniSafeSave;
     constexpr int pattern = IniSafeSave | IniTempByPattern | IniWriteBom;
-    const std::string before = "[a]\n" + std::string(100000, 'k') + "=v\n"; // more than a stream buffers
+    const std::string before = // with all that the options allow, and more than a stream buffers
+        "x=1\n[a]\nl Line0001=1\nl Line0002=2\n" + std::string(100000, 'k') + "=v\n";
     const struct {
         int writeFlags; ///< of the save, or `load`
         Call call;
         std::vector<int> results; ///< when the first, second, ... call fails; the last holds for the others
+        const char* name = "vykel.ini";
     } rows[] = {{load, Call::fopen, {IniOpenFailed}},
                 {load, Call::fseek, {IniSeekFailed}},
                 {load, Call::fread, {IniReadFailed}},
+                {load, Call::malloc, {0, IniMemoryFull}}, // 0: a search failed
                 {safe, Call::fopen, {IniTargetRefused, IniCreateFailed}},
                 {safe, Call::fclose, {IniTargetRefused, IniWriteFailed}},
                 {safe, Call::remove, {IniCreateFailed}}, // what is in the way of the temporary file
+                {safe, Call::remove, {IniTargetRefused, IniCreateFailed}, "new.ini"}, // what the probe made
                 {safe, Call::MoveFileExA, {IniTargetRefused}},
                 {pattern, Call::CreateFileA, {IniTempFailed}},
                 {pattern, Call::fopen, {IniTargetRefused, IniCreateFailed}},
                 {pattern, Call::fwrite, {IniWriteFailed}},
-                {pattern, Call::malloc, {IniMemoryFull, 0, IniMemoryFull, 0}}, // 0: a search failed
+                {pattern, Call::malloc, {IniMemoryFull, 0, IniMemoryFull, 0}},
                 {inPlace, Call::malloc, {IniMemoryFull, IniMemoryFull, 0}},
                 {inPlace, Call::fflush, {IniWriteFailed}},
                 {inPlace, Call::fclose, {IniWriteFailed}}};
@@ -42,7 +46,8 @@ TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
             IniFolder folder;
             IniDocument document;
             ASSERT_EQ(folder.load(document, before), 0);
-            const std::string path = folder.file().string();
+            const std::string path = folder.path(row.name).string();
+            document.parseFlags |= IniColonSeparator;
             document.writeFlags = row.writeFlags;
             document.maxLineLength = -1;
             int result = 0;
@@ -55,7 +60,8 @@ TEST(IniFault, AFailureIsReportedAndKeepsTheFile) {
             EXPECT_EQ(result, struck == 0 ? 0 : row.results[std::min(nth, row.results.size()) - 1]);
             EXPECT_TRUE(struck != 0 || nth > row.results.size());
             // In place nothing is left once the file is open.
-            const bool loses = row.writeFlags == inPlace && row.call != Call::malloc;
+            const bool loses =
+                (row.writeFlags == inPlace && row.call != Call::malloc) || path != folder.file();
             EXPECT_TRUE(result == 0 || readFile(path) == (loses ? "" : before));
             EXPECT_FALSE(fs::exists(folder.path("vykel.TMP")) || fs::exists(folder.path("ini$$0.TMP")));
         }
