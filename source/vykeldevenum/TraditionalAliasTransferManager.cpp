@@ -136,15 +136,10 @@ void TraditionalAliasTransferManager::transferAliases(const DeviceTable& devices
 
 bool TraditionalAliasTransferManager::transfer(vyini::IniDocument* document,
                                                const DeviceTable& devicesPerList) {
-    switch (aliasLayoutOf(document)) {
-    case AliasLayout::ByResourceName:
-        break;
-    case AliasLayout::ByTokenFormat1:
-        return transferByPersistentToken(document, devicesPerList, 1);
-    case AliasLayout::ByTokenFormat2:
-        return transferByPersistentToken(document, devicesPerList, 2);
-    }
-    return transferByResourceName(document, devicesPerList);
+    const AliasLayout layout = aliasLayoutOf(document);
+    if (layout == AliasLayout::ByResourceName)
+        return transferByResourceName(document, devicesPerList);
+    return transferByPersistentToken(document, devicesPerList, layout == AliasLayout::ByTokenFormat1 ? 1 : 2);
 }
 
 bool TraditionalAliasTransferManager::transferByResourceName(vyini::IniDocument* document,
