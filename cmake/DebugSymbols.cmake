@@ -3,13 +3,13 @@
 # for the programs that link it. Without -p, objcopy would write the time into each header.
 # With VYKEL_PDB (clang and lld, for Windows) the symbols are in NAME.pdb beside the target instead, and the list
 # of what was linked is in NAME.map.
-set(relative_paths "\"${CMAKE_CURRENT_LIST_DIR}/relative-paths.sh\" \"${CMAKE_SOURCE_DIR}\" \"${CMAKE_BINARY_DIR}\"")
+set(relative_paths "\"${CMAKE_CURRENT_LIST_DIR}/relative-paths.sh\" \"${PROJECT_SOURCE_DIR}\" \"${PROJECT_BINARY_DIR}\"")
 
 function(split_debug_symbols target)
   if(VYKEL_SANITIZE)
     return() # the sanitizers' reports need the symbols in the file
   endif()
-  target_compile_options(${target} PRIVATE -g ${ARGN} -ffile-prefix-map=${CMAKE_BINARY_DIR}=build)
+  target_compile_options(${target} PRIVATE -g ${ARGN} -ffile-prefix-map=${PROJECT_BINARY_DIR}=build)
   get_target_property(type ${target} TYPE)
   if(VYKEL_PDB)
     target_compile_options(${target} PRIVATE $<$<COMPILE_LANGUAGE:CXX>:-gcodeview -ffile-compilation-dir=.>)

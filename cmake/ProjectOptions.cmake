@@ -4,9 +4,9 @@ set(CMAKE_CXX_STANDARD_REQUIRED ON)
 set(CMAKE_CXX_EXTENSIONS OFF)
 set(CMAKE_POSITION_INDEPENDENT_CODE ON)
 set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
-set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
-set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
-set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR})
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
+set(CMAKE_ARCHIVE_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR})
 
 set(VYKEL_SANITIZE "" CACHE STRING "Sanitizers of a host build, for example address,undefined")
 if(VYKEL_SANITIZE)
@@ -17,7 +17,7 @@ if(VYKEL_SANITIZE)
 endif()
 
 # Errors contain __FILE__: it must be the path from the project's root, wherever the project is.
-add_compile_options(-ffile-prefix-map=${CMAKE_SOURCE_DIR}/= -ffile-prefix-map=${CMAKE_BINARY_DIR}/=build/)
+add_compile_options(-ffile-prefix-map=${PROJECT_SOURCE_DIR}/= -ffile-prefix-map=${PROJECT_BINARY_DIR}/=build/)
 if(WIN32 AND CMAKE_CXX_COMPILER_ID STREQUAL Clang)
   set(VYKEL_PDB ON) # the symbols go into PDB files, see DebugSymbols.cmake
 elseif(WIN32)
@@ -31,7 +31,7 @@ add_library(project_options INTERFACE)
 target_compile_options(project_options INTERFACE
   -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Wsign-conversion -Wnon-virtual-dtor -Woverloaded-virtual
   -Wold-style-cast -Wundef -Werror)
-target_include_directories(project_options INTERFACE ${CMAKE_SOURCE_DIR}/includes)
+target_include_directories(project_options INTERFACE ${PROJECT_SOURCE_DIR}/includes)
 if(WIN32)
   target_compile_definitions(project_options INTERFACE WIN32_LEAN_AND_MEAN NOMINMAX _WIN32_WINNT=0x0A00)
 else()

@@ -15,7 +15,7 @@ else()
   add_custom_target(papers ALL DEPENDS ${papers})
 endif()
 configure_file(README.md.in README.md @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/README.md ${CMAKE_SOURCE_DIR}/CHANGELOG.md ${papers} DESTINATION .)
+install(FILES ${CMAKE_CURRENT_BINARY_DIR}/README.md ${PROJECT_SOURCE_DIR}/CHANGELOG.md ${papers} DESTINATION .)
 install(CODE [[
   set(sums "")
   foreach(file IN LISTS CMAKE_INSTALL_MANIFEST_FILES)

@@ -1,13 +1,13 @@
 # The contract for C, and what is written in other languages: the C samples, the Python module.
-add_executable(client_c ${CMAKE_SOURCE_DIR}/samples/client-c/main.c)
+add_executable(client_c ${PROJECT_SOURCE_DIR}/samples/client-c/main.c)
 target_link_libraries(client_c PRIVATE vykeldevenum)
-vykel_add_plugin(lamp ${CMAKE_SOURCE_DIR}/samples/plugin-c/lamp.c)
+vykel_add_plugin(lamp ${PROJECT_SOURCE_DIR}/samples/plugin-c/lamp.c)
 foreach(sample client_c lamp)
   target_compile_options(${sample} PRIVATE -std=c99 -pedantic-errors -Wall -Wextra -Wconversion -Werror)
 endforeach()
 
 add_tool_test_program(bindings_tests bindings/CInterfaceTest.cpp)
-target_compile_definitions(bindings_tests PRIVATE VYKEL_DOCS="${CMAKE_SOURCE_DIR}/docs")
+target_compile_definitions(bindings_tests PRIVATE VYKEL_DOCS="${PROJECT_SOURCE_DIR}/docs")
 if(VYKEL_SANITIZE)
   target_compile_definitions(bindings_tests PRIVATE VYKEL_SANITIZED)
 endif()
@@ -19,7 +19,7 @@ add_dependencies(bindings_tests client_c lamp)
 if(NOT WIN32 AND NOT VYKEL_SANITIZE MATCHES thread)
   add_test(NAME python_binding
     COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/bindings/test_vykeldevenum.py)
-  set(python_environment PYTHONPATH=${CMAKE_SOURCE_DIR}/bindings/python VYKEL_BUILD=${CMAKE_BINARY_DIR}
+  set(python_environment PYTHONPATH=${PROJECT_SOURCE_DIR}/bindings/python VYKEL_BUILD=${PROJECT_BINARY_DIR}
     VYKEL_VERSION=${PROJECT_VERSION})
   if(VYKEL_SANITIZE)
     foreach(runtime libasan libstdc++)
