@@ -19,7 +19,8 @@ def lives(row: Row, machine: Machine, count: int) -> None:
         growth.append((after - before, handles_after - handles))
         row.expect(int(lines[2]) == (0 if arguments else 8 * count), f"{lines[2]} devices were seen")
     (leaked, handles), (floor, floor_handles) = growth
-    row.ran = f"{count} lives: {leaked:+d} bytes, {handles:+d} handles; only loading: {floor:+d}, {floor_handles:+d}"
+    row.ran = (f"{count} lives: {leaked - floor:+d} bytes and {handles - floor_handles:+d} handles more than as many "
+               "loads of the plug-ins")
     row.expect(leaked - floor < count, "memory grows")
     row.expect(handles - floor_handles < 10, "handles grow")
 

@@ -111,7 +111,7 @@ def tool(row: Row, full: bool) -> None:
         walk.result()
     row.failures += [failure for command in made for failure in command.failures]
     row.ran = f"{sum(command.points for command in made)} runs in which a call failed: " + ", ".join(
-        f"{command.points} of {command.name}" for command in made)
+        f"{command.points} of {' '.join(command.arguments[:2])}" for command in made)
     kinds = set().union(*(command.kinds for command in made))
     row.ran += f"; {len(kinds)} kinds of calls"
     for command in made:
