@@ -7,7 +7,7 @@
 /// \file
 /// The three functions that an enumerator plug-in exports under these names. The client library does not use
 /// a plug-in that lacks one. It calls all three under one lock, never two at once. They must let no exception
-/// out and must not call the client library.
+/// out. Neither they nor the operations of lists and devices may call the client library.
 
 /// Exports an entry point under its plain name; write it before the return type.
 #if defined(_WIN32)

@@ -5,6 +5,7 @@
 #include "PellumKelPluginManager.h"
 #include "vyplat/quarks/synchronization.h"
 #include <memory>
+#include <utility>
 
 namespace {
 
@@ -91,8 +92,10 @@ std::int32_t vykeldevenum_finalize() {
     if (initCount == 0)
         return toInteger(StatusCode::GeneralFault);
     if (--initCount == 0) {
-        pluginManager->unloadAll();
-        pluginManager = nullptr;
+        // Taken out first: a plug-in that calls back while it is finalised, which its contract forbids, must
+        // not reach a manager that is going.
+        const auto manager = std::exchange(pluginManager, nullptr);
+        manager->unloadAll();
     }
     return toInteger(StatusCode::Success);
 }

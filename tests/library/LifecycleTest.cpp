@@ -59,6 +59,18 @@ TEST_F(LifecycleTest, AsksPluginsForListsFromOneThreadAtATime) {
     other.join();
 }
 
+TEST_F(LifecycleTest, OutlivesAPluginThatCallsBackWhileItIsFinalised) {
+    start({"a", "b"}).reset();
+    vykel::IDeviceList* list = nullptr;
+    plugins.actions["a.finalize"] = [&] { EXPECT_EQ(library.getAllKelDevices(0, &list), generalFault); };
+    plugins.actions["b.finalize"] = [&] { EXPECT_EQ(library.initialize(), success); };
+    EXPECT_EQ(library.finalize(), success);
+    EXPECT_EQ(plugins.takeLog({"initialize", "finalize"}), "a.finalize b.finalize a.initialize b.initialize");
+    EXPECT_NE(library.newList(), nullptr);
+    EXPECT_EQ(library.finalize(), success);
+    EXPECT_EQ(library.finalize(), generalFault);
+}
+
 TEST_F(LifecycleTest, UnloadingWithoutFinalizeCallsNoPlugin) {
     const auto path = machine.install("fake_plugin", "a").string<WCHAR>();
     ASSERT_EQ(library.initialize(), success);

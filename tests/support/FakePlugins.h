@@ -3,6 +3,7 @@
 
 #include "vykel/IDevice.h"
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
@@ -53,6 +54,8 @@ public:
     /// By call, for example "a.refresh", "a.getDevice(2)", or "a.getDevice" for every argument. Other calls
     /// are ordinary.
     std::map<std::string, std::int32_t> answers;
+    /// By call, without its argument, what the plug-in does in it first, once.
+    std::map<std::string, std::function<void()>> actions;
     bool logging = true;
 
     /// The calls since the last time, in order, separated by blanks; all of them, or those of some
