@@ -10,6 +10,7 @@
 #include <future>
 #include <map>
 #include <optional>
+#include <regex>
 #include <sstream>
 #include <thread>
 
@@ -99,14 +100,43 @@ Step makeStep(std::string line, const std::string& place) {
     return step;
 }
 
+/// The lines of a file with their numbers. Each line "use NAME" becomes the lines between "define NAME" and
+/// an empty line.
+std::vector<std::pair<int, std::string>> readLines(const fs::path& file) {
+    static const std::regex gap("  +");
+    std::istringstream text(readText(file));
+    std::map<std::string, std::vector<std::string>> blocks;
+    std::vector<std::string>* block = nullptr;
+    std::vector<std::pair<int, std::string>> lines;
+    int number = 0;
+    for (std::string line; std::getline(text, line);) {
+        ++number;
+        std::string rest = line;
+        if (takeOff(rest, "define"))
+            block = &blocks[rest];
+        else if (block != nullptr && !line.empty())
+            block->push_back(line);
+        else if (isForThisBuild(rest) && takeOff(rest, "use")) {
+            const std::vector<std::string> words(
+                std::sregex_token_iterator(rest.begin(), rest.end(), gap, -1), {});
+            for (std::string used : blocks.at(words[0])) {
+                for (std::size_t i = 1; i < words.size(); ++i)
+                    used = replaced(used, '{' + std::to_string(i) + '}', words[i]);
+                lines.emplace_back(number, used);
+            }
+        } else {
+            block = nullptr;
+            lines.emplace_back(number, line);
+        }
+    }
+    return lines;
+}
+
 void readScenarios(const fs::path& file, std::vector<Scenario>& scenarios) {
-    std::istringstream lines(readText(file));
     Scenario first; // what each of the file begins with
     Scenario* scenario = &first;
     bool takesStep = false;
-    int number = 0;
-    for (std::string line; std::getline(lines, line);) {
-        ++number;
+    for (auto& [number, line] : readLines(file)) {
         const bool isHere = isForThisBuild(line);
         if (line.rfind("## ", 0) == 0) {
             scenario = nullptr;
@@ -254,7 +284,8 @@ protected:
         std::istringstream words(step.rest);
         std::string field;
         words >> field;
-        const Json document = Json::parse(output.substr(0, output.rfind("= ")));
+        const Json document =
+            Json::parse(output.substr(0, std::min(output.find("\nvykeldev: "), output.rfind("= "))));
         const Json& chosen = document.at(Json::json_pointer(field == "/" ? "" : field));
         std::vector<std::string> lines(chosen.is_array() ? chosen.size() : 1);
         if (step.rest == field)
