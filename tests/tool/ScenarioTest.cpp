@@ -60,10 +60,12 @@ std::optional<std::string> meaningOf(const std::string& name, const std::string&
 }
 
 std::string expanded(std::string text, const std::string& folder) {
-    for (std::size_t at = text.find('{'); at != std::string::npos; at = text.find('{', at + 1)) {
+    for (std::size_t at = text.find('{'); at != std::string::npos; at = text.find('{', at)) {
         const std::string name = text.substr(at + 1, text.find('}', at) - at - 1);
-        if (const auto meaning = meaningOf(name, folder))
+        const auto meaning = meaningOf(name, folder);
+        if (meaning)
             text.replace(at, name.size() + 2, *meaning);
+        at += meaning ? meaning->size() : 1;
     }
     return text;
 }
