@@ -63,10 +63,13 @@ class Machine:
         (self.drive / "ProgramData").mkdir(exist_ok=True)
         for plugin in self.plugins:
             shutil.copy(self.build / ("simulated" + self.suffix), self.library(plugin))
+        self.register()
+        return self
+
+    def register(self) -> None:
         self.must("vykeldev", "setup")
         for plugin in self.plugins:
             self.must("vykeldev", "register", plugin, self.named(self.library(plugin)))
-        return self
 
     def reset(self, count: int, layout: str, padding: str = "", every: int = 1, numbered: bool = False) -> None:
         """Gives each plug-in so many devices without alias, with or without number, and the legacy file an alias
