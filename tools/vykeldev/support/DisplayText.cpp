@@ -33,9 +33,10 @@ bool contains(const Range (&ranges)[size], char32_t character) noexcept {
     });
 }
 
+/// Also ends of lines and what changes the writing direction.
 bool isControl(WCHAR unit) noexcept {
-    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || (unit >= 0x202A && unit <= 0x202E) ||
-           (unit >= 0x2066 && unit <= 0x2069);
+    return unit < 0x20 || (unit >= 0x7F && unit < 0xA0) || unit == 0x061C || unit == 0x200E ||
+           unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
 }
 
 bool isHighSurrogate(WCHAR unit) noexcept {

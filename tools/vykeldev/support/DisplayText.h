@@ -8,8 +8,8 @@
 /// Texts of any origin on a terminal.
 namespace vykeldev {
 
-/// `text` as it may go to a terminal: control characters and changes of the writing direction become escapes,
-/// malformed UTF-8 becomes U+FFFD.
+/// `text` as it may go to a terminal: control characters, ends of lines and changes of the writing direction
+/// become escapes, malformed UTF-8 becomes U+FFFD.
 std::string printable(std::string_view text);
 
 /// The same for a text of several lines, whose ends stay.
