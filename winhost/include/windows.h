@@ -12,6 +12,7 @@
 #include "winhost/files.h"
 #include "winhost/modules.h"
 #include "winhost/registry.h"
+#include "winhost/security.h"
 #include "winhost/synchronization.h"
 #include "winhost/text.h"
 #include "winhost/types.h"

@@ -40,13 +40,15 @@ int openFile(const HostPath& path, const OpenRequest& request) noexcept {
     // truncated only when the lock is held.
     const int flags = O_CLOEXEC | (request.write || request.denySharing ? O_RDWR : O_RDONLY) |
                       (request.create ? O_CREAT : 0) | (request.mustCreate ? O_EXCL : 0) |
-                      (request.append ? O_APPEND : 0);
-    const int descriptor = ::open(path.c_str(), flags, 0666);
+                      (request.append ? O_APPEND : 0) | (request.linkItself ? O_NOFOLLOW : 0);
+    int descriptor = ::open(path.c_str(), flags, 0666);
+    if (descriptor < 0 && errno == ELOOP && request.linkItself)
+        descriptor = ::open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
     if (descriptor < 0) {
         setErrorFromErrno(path);
         return -1;
     }
-    const bool refused = isDirectory(descriptor);
+    const bool refused = !request.mayBeFolder && isDirectory(descriptor);
     const bool rival = !refused && !claimShare(descriptor, request.denySharing);
     if (refused || rival || (request.truncate && ::ftruncate(descriptor, 0) != 0 && errno != EINVAL)) {
         ::close(descriptor);

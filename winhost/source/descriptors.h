@@ -42,6 +42,8 @@ struct OpenRequest {
     bool truncate = false;
     bool append = false;
     bool denySharing = false; ///< the share mode 0
+    bool mayBeFolder = false;
+    bool linkItself = false; ///< open a symbolic link, not what it leads to
 };
 
 /// Opens a file under the sharing rules of winhost/files.h. Returns its descriptor; on failure -1, with errno

@@ -20,7 +20,7 @@ constexpr struct {
                     {EACCES, ERROR_SHARING_VIOLATION},
                     {EPERM, ERROR_ACCESS_DENIED},
                     {EISDIR, ERROR_ACCESS_DENIED},
-                    {ENOTEMPTY, ERROR_ACCESS_DENIED},
+                    {ENOTEMPTY, ERROR_DIR_NOT_EMPTY},
                     {EBADF, ERROR_INVALID_HANDLE},
                     {ENOMEM, ERROR_NOT_ENOUGH_MEMORY},
                     {EXDEV, ERROR_NOT_SAME_DEVICE},

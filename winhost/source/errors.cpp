@@ -40,6 +40,7 @@ constexpr ErrorText errorTexts[] = {
     {ERROR_INVALID_NAME, "The filename, directory name, or volume label syntax is incorrect."},
     {ERROR_MOD_NOT_FOUND, "The specified module could not be found."},
     {ERROR_PROC_NOT_FOUND, "The specified procedure could not be found."},
+    {ERROR_DIR_NOT_EMPTY, "The directory is not empty."},
     {ERROR_NOT_LOCKED, "The segment is already unlocked."},
     {ERROR_BAD_EXE_FORMAT, "%1 is not a valid Win32 application."},
     {ERROR_FILENAME_EXCED_RANGE, "The filename or extension is too long."},

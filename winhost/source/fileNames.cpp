@@ -74,8 +74,19 @@ std::u16string fullPath(std::u16string_view path) {
 }
 
 DWORD fileAttributes(const struct stat& status) noexcept {
-    const DWORD kind = S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY : FILE_ATTRIBUTE_ARCHIVE;
+    const DWORD kind = S_ISLNK(status.st_mode)   ? FILE_ATTRIBUTE_REPARSE_POINT
+                       : S_ISDIR(status.st_mode) ? FILE_ATTRIBUTE_DIRECTORY
+                                                 : FILE_ATTRIBUTE_ARCHIVE;
     return kind | ((status.st_mode & S_IWUSR) == 0 ? FILE_ATTRIBUTE_READONLY : 0);
+}
+
+/// Copies a path as the calls do that report how long it is.
+DWORD copyPath(const std::u16string& path, DWORD size, LPWSTR buffer) noexcept {
+    const DWORD length = static_cast<DWORD>(path.size());
+    if (length >= size)
+        return length + 1;
+    buffer[path.copy(buffer, length)] = u'\0';
+    return length;
 }
 
 WIN32_FILE_ATTRIBUTE_DATA attributeData(const struct stat& status) noexcept {
@@ -131,13 +142,34 @@ DWORD GetFullPathNameW(LPCWSTR path, DWORD size, LPWSTR buffer, LPWSTR*) {
         SetLastError(ERROR_INVALID_NAME);
         return 0;
     }
+    return winhost::guardMemory(DWORD{0}, [&] { return copyPath(fullPath(path), size, buffer); });
+}
+
+BOOL GetFileInformationByHandle(HANDLE file, LPBY_HANDLE_FILE_INFORMATION information) {
+    if (winhost::fails(Call::GetFileInformationByHandle))
+        return FALSE;
+    struct stat status = {};
+    if (::fstat(winhost::descriptorOf(file), &status) != 0) {
+        winhost::setErrorFromErrno();
+        return FALSE;
+    }
+    *information = {fileAttributes(status), static_cast<DWORD>(status.st_nlink)};
+    return TRUE;
+}
+
+DWORD GetFinalPathNameByHandleW(HANDLE file, LPWSTR buffer, DWORD size, DWORD) {
+    if (winhost::fails(Call::GetFinalPathNameByHandleW))
+        return 0;
+    char link[32];
+    char path[PATH_MAX];
+    std::snprintf(link, sizeof link, "/proc/self/fd/%d", winhost::descriptorOf(file));
+    const ssize_t length = ::readlink(link, path, sizeof path);
+    if (length < 0) {
+        winhost::setErrorFromErrno();
+        return 0;
+    }
     return winhost::guardMemory(DWORD{0}, [&] {
-        const std::u16string full = fullPath(path);
-        const DWORD length = static_cast<DWORD>(full.size());
-        if (length >= size)
-            return length + 1;
-        buffer[full.copy(buffer, length)] = u'\0';
-        return length;
+        return copyPath(winhost::toUtf16({path, static_cast<std::size_t>(length)}), size, buffer);
     });
 }
 

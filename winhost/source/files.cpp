@@ -3,6 +3,7 @@
 #include "descriptors.h"
 #include "errorNumbers.h"
 #include "faultCheck.h"
+#include "securityDescriptor.h"
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -18,16 +19,21 @@ BOOL answer(bool done) noexcept {
     return done ? TRUE : FALSE;
 }
 
-HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, DWORD disposition) noexcept {
+HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security,
+                  DWORD disposition, DWORD attributes) noexcept {
     winhost::OpenRequest request;
     request.write = (access & GENERIC_WRITE) != 0;
     request.create = disposition == CREATE_NEW || disposition == CREATE_ALWAYS || disposition == OPEN_ALWAYS;
     request.mustCreate = disposition == CREATE_NEW;
     request.truncate = disposition == CREATE_ALWAYS;
     request.denySharing = share == 0;
+    request.mayBeFolder = (attributes & FILE_FLAG_BACKUP_SEMANTICS) != 0;
+    request.linkItself = (attributes & FILE_FLAG_OPEN_REPARSE_POINT) != 0;
     const int descriptor = winhost::openFile(path, request);
     if (descriptor < 0)
         return INVALID_HANDLE_VALUE;
+    if (security != nullptr && request.mustCreate)
+        ::fchmod(descriptor, winhost::modeOf(security->lpSecurityDescriptor) & 0666U);
     winhost::countResources(+1);
     return winhost::handleOf(descriptor);
 }
@@ -36,18 +42,18 @@ HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, DWOR
 
 extern "C" {
 
-HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES, DWORD disposition, DWORD,
-                   HANDLE) {
+HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                   DWORD attributes, HANDLE) {
     return winhost::fails(Call::CreateFileA)
                ? INVALID_HANDLE_VALUE
-               : createFile(winhost::HostPath(path), access, share, disposition);
+               : createFile(winhost::HostPath(path), access, share, security, disposition, attributes);
 }
 
-HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES, DWORD disposition, DWORD,
-                   HANDLE) {
+HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
+                   DWORD attributes, HANDLE) {
     return winhost::fails(Call::CreateFileW)
                ? INVALID_HANDLE_VALUE
-               : createFile(winhost::HostPath(path), access, share, disposition);
+               : createFile(winhost::HostPath(path), access, share, security, disposition, attributes);
 }
 
 BOOL ReadFile(HANDLE file, LPVOID buffer, DWORD size, LPDWORD done, LPOVERLAPPED) {

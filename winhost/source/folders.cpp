@@ -1,7 +1,9 @@
+#include "descriptors.h"
 #include "errorNumbers.h"
 #include "faultCheck.h"
 #include "HostPath.h"
 #include "registryStore.h"
+#include "securityDescriptor.h"
 #include "shlobj.h"
 #include <cerrno>
 #include <cstring>
@@ -52,12 +54,16 @@ HRESULT findCommonAppData(LPWSTR path) {
 
 extern "C" {
 
-BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES) {
+BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security) {
     if (winhost::fails(Call::CreateDirectoryW))
         return FALSE;
     const HostPath folder(path);
-    if (::mkdir(folder.c_str(), 0777) == 0)
+    const mode_t mode = security == nullptr ? 0777 : winhost::modeOf(security->lpSecurityDescriptor);
+    if (::mkdir(folder.c_str(), mode) == 0) {
+        if (security != nullptr)
+            ::chmod(folder.c_str(), mode); // whatever the process's umask says
         return TRUE;
+    }
     if (errno == EEXIST)
         SetLastError(ERROR_ALREADY_EXISTS); // a file would be ERROR_FILE_EXISTS
     else
@@ -69,6 +75,10 @@ BOOL RemoveDirectoryW(LPCWSTR path) {
     if (winhost::fails(Call::RemoveDirectoryW))
         return FALSE;
     const HostPath folder(path);
+    if (winhost::isHeldOpen(folder)) {
+        SetLastError(ERROR_SHARING_VIOLATION);
+        return FALSE;
+    }
     if (::rmdir(folder.c_str()) == 0)
         return TRUE;
     winhost::setErrorFromErrno(folder);

@@ -22,8 +22,8 @@ std::string stateOf(const SetupItem& item, const SetupOptions& options) {
 void printText(const std::vector<SetupItem>& items, const SetupOptions& options) {
     for (const SetupItem& item : items)
         std::cout << stateOf(item, options) << ": " << describe(item) << '\n';
-    if (options.resetRights)
-        std::cout << "rights set: " << describe(items.back()) << '\n';
+    for (std::size_t i = 1; options.resetRights && i < items.size(); ++i) // all but the key
+        std::cout << "rights set: " << describe(items[i]) << '\n';
 }
 
 void printJson(const std::vector<SetupItem>& items, const SetupOptions& options) {
@@ -51,15 +51,15 @@ void addSetupCommand(CLI::App& app, Run& chosen) {
     const auto options = std::make_shared<SetupOptions>();
     CLI::App* const command = app.add_subcommand(
         "setup",
-        "Prepares this machine, as administrator: makes the plug-ins' registry key and the folder of "
-        "the lock files where they are missing");
+        "Prepares this machine, as administrator: makes the plug-ins' registry key, the lock files and their folder "
+        "where they are missing");
     CLI::Option* const check =
         command->add_flag("--check", options->check,
                           "Changes nothing; exit code 5 when one is missing. Does not look at rights");
     command
-        ->add_flag("--reset-rights", options->resetRights,
-                   "Also gives an existing folder the rights of a new one: every user may make, lock and "
-                   "replace the files in it")
+        ->add_flag(
+            "--reset-rights", options->resetRights,
+            "Also gives the folders, the lock files and vykel.ini that are there the rights of new ones")
         ->excludes(check);
     command->add_flag("--json", options->json, "Prints one JSON object");
     command->callback([options, &chosen] {

@@ -187,16 +187,25 @@ inline const FindingKind folderReadOnly{
     "Nothing, or let the users of the devices write in the folder."};
 inline const FindingKind folderLink{
     "folder-link", Severity::Warning,
-    "A file of the folder is a link to another file, or that file itself under a second name. Every user may "
-    "write in the folder, so somebody may have put it there to make clients read, make or replace the other "
-    "file.",
-    "Find out who made it, then delete it in this folder: clients make what they need again. When vykel.ini is "
-    "the link and its aliases are needed, put a copy of the other file in its place."};
+    "The folder or the one above it is a link, or a file of the folder is a link or has a second name. Somebody may "
+    "have made it so that clients read, make or replace files in another place.",
+    "Find out who made it, delete it, not what it leads to, and run 'vykeldev setup' as administrator. When vykel.ini "
+    "is the link and its aliases are needed, put a copy of the other file in its place."};
+inline const FindingKind folderOwner{
+    "folder-owner", Severity::Warning,
+    "The folder belongs neither to administrators nor to the system. Its owner can make it a link at any time, so that "
+    "clients read, make or replace files in another place.",
+    "As administrator, look at what is in it, move it away and run 'vykeldev setup'."};
+inline const FindingKind folderRights{
+    "folder-rights", Severity::Warning,
+    "Ordinary users may do more with the folder than clients need, such as rename it or make it a link, so that "
+    "clients read, make or replace files in another place.",
+    "Run 'vykeldev setup --reset-rights' as administrator."};
 inline const FindingKind lockUnusable{
     "lock-unusable", Severity::Error,
     "A lock file cannot be opened or made, or the system refuses to lock it, so every refresh fails.",
-    "Run 'vykeldev setup --reset-rights' as administrator: it lets every user read and write in the folder. "
-    "If that does not help, remove what is in the file's place. The folder must be on a local disk."};
+    "Run 'vykeldev setup --reset-rights' as administrator: it lets every user lock the file. If that does not help, "
+    "remove what is in the file's place. The folder must be on a local disk."};
 inline const FindingKind lockHeld{
     "lock-held", Severity::Warning,
     "Another process holds the lock and did not release it in time. Every refresh waits for it.",

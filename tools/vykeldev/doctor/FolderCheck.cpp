@@ -6,6 +6,7 @@
 #include "platform/System.h"
 #include "support/BoundedLock.h"
 #include "support/Files.h"
+#include "support/HeldPlace.h"
 #include "support/Paths.h"
 #include "support/Text.h"
 #include <cmath>
@@ -54,6 +55,25 @@ bool checkRights(const std::string& folder, Findings& findings) {
     return false;
 }
 
+/// Looks at the folder and the one above it: a link, owner and rights. Returns whether neither is a link.
+bool checkFolders(const std::string& folder, Findings& findings) {
+    const std::string own = folder.substr(0, folder.size() - 1); // without the backslash
+    const std::pair<std::string, Guarded> folders[] = {
+        {own.substr(0, own.rfind('\\')), Guarded::ReadOnlyFolder}, {own, Guarded::SharedFolder}};
+    for (const auto& [path, kind] : folders) {
+        if (const std::string link = linkText(path); !link.empty()) {
+            findings.push_back({&finding::folderLink, path, link});
+            return false;
+        }
+        if (const FileHandle opened = openItself(path, READ_CONTROL);
+            opened && !belongsToAdministrators(opened.get(), path))
+            findings.push_back({&finding::folderOwner, path, ""});
+        if (const std::string writers = ordinaryWriters(path, kind); !writers.empty())
+            findings.push_back({&finding::folderRights, path, writers});
+    }
+    return true;
+}
+
 /// Looks for links among the files of the folder. Returns whether the legacy alias file itself is no link.
 bool checkLinks(const std::string& folder, Findings& findings) {
     std::string link;
@@ -76,8 +96,8 @@ Finding missingFolder(const std::string& folder) {
 std::string remedyOfOpening(DWORD error) {
     return error == ERROR_SHARING_VIOLATION
                ? "Close the program that holds the file open."
-               : "Run 'vykeldev setup --reset-rights' as administrator: it lets every user read and write in "
-                 "the folder.";
+               : "Run 'vykeldev setup --reset-rights' as administrator: it gives every user the rights that "
+                 "clients need.";
 }
 
 void checkFolder(Report& report, Progress& progress) {
@@ -90,6 +110,8 @@ void checkFolder(Report& report, Progress& progress) {
         return;
     }
     report.legacy.path = report.folder + "vykel.ini";
+    if (!checkFolders(report.folder, report.findings))
+        return; // clients follow the link; the doctor makes and locks nothing there
     if (!isFolder(report.folder)) {
         report.findings.push_back(missingFolder(report.folder));
         return;

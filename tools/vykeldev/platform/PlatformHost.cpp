@@ -254,7 +254,9 @@ std::string linkText(const std::string& path) {
 
 std::string ordinaryWriters(const std::string& path, Guarded kind) {
     struct stat status = {};
-    if (kind == Guarded::RegistryKey || stat(winhost::hostPath(path).c_str(), &status) != 0)
+    // A mode that lets users make files in a folder says no more.
+    if (kind == Guarded::RegistryKey || kind == Guarded::SharedFolder ||
+        stat(winhost::hostPath(path).c_str(), &status) != 0)
         return {};
     const bool isSticky =
         kind == Guarded::Folder && (status.st_mode & S_ISVTX) != 0; // nobody replaces a file
@@ -266,11 +268,10 @@ bool makeTemporaryFile(const std::string& path) {
     return made && DeleteFileW(toWide(path).c_str()) != FALSE;
 }
 
-DWORD makeSharedFolder(const std::string& path) {
-    return CreateDirectoryW(toWide(path).c_str(), nullptr) ? ERROR_SUCCESS : GetLastError();
+bool isAdministrator(PSID owner) {
+    const uid_t user = *static_cast<const uid_t*>(owner);
+    return user == 0 || user == geteuid();
 }
-
-void shareFolder(const std::string&) {}
 
 } // namespace vykeldev
 

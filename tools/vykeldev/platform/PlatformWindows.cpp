@@ -21,7 +21,6 @@
 // After windows.h, which they need.
 #include <aclapi.h>
 #include <psapi.h>
-#include <sddl.h>
 
 namespace vykeldev {
 namespace {
@@ -125,17 +124,20 @@ BOOL WINAPI askToStop(DWORD event) {
     return again ? FALSE : TRUE;
 }
 
-/// Administrators and the system may do everything with the folder and what is made in it, users what
-/// 0x1301bf says. Nothing is inherited from the folder above.
-constexpr LPCWSTR sharedRights = L"D:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)(A;OICI;0x1301bf;;;BU)";
-static_assert((FILE_GENERIC_READ | FILE_GENERIC_WRITE | FILE_GENERIC_EXECUTE | DELETE) == 0x1301bf);
-
-vybase::LocalMemory<void> makeSharedDescriptor() {
-    PSECURITY_DESCRIPTOR descriptor = nullptr;
-    if (!ConvertStringSecurityDescriptorToSecurityDescriptorW(sharedRights, SDDL_REVISION_1, &descriptor,
-                                                              nullptr))
-        throw systemFailure("preparing the rights of a folder", GetLastError(), "");
-    return vybase::LocalMemory<void>(descriptor);
+/// Whether it is the user of this process, and the process runs as administrator.
+bool isThisAdministrator(PSID user) {
+    BYTE administrators[SECURITY_MAX_SID_SIZE];
+    alignas(TOKEN_USER) BYTE own[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
+    DWORD size = sizeof administrators;
+    BOOL isMember = FALSE;
+    HANDLE opened = nullptr;
+    if (!CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &size) ||
+        !CheckTokenMembership(nullptr, administrators, &isMember) || !isMember ||
+        !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
+        return false;
+    const Handle token(opened);
+    return GetTokenInformation(opened, TokenUser, own, sizeof own, &size) &&
+           EqualSid(reinterpret_cast<const TOKEN_USER*>(own)->User.Sid, user);
 }
 
 /// The group of all ordinary users that an entry of an access-control list is about, or null.
@@ -370,8 +372,11 @@ std::string ordinaryWriters(const std::string& path, Guarded kind) {
     if (list == nullptr)
         return "everybody (there is no access-control list)";
     // For a key, the last two are KEY_SET_VALUE and KEY_CREATE_SUB_KEY.
+    constexpr DWORD toRedirect = FILE_DELETE_CHILD | FILE_ADD_SUBDIRECTORY | FILE_WRITE_ATTRIBUTES;
     const DWORD ofKind = kind == Guarded::Folder            ? FILE_DELETE_CHILD
                          : kind == Guarded::FolderOfMissing ? FILE_ADD_FILE
+                         : kind == Guarded::SharedFolder    ? toRedirect
+                         : kind == Guarded::ReadOnlyFolder  ? toRedirect | FILE_ADD_FILE
                                                             : FILE_WRITE_DATA | FILE_APPEND_DATA;
     const DWORD writing = ofKind | DELETE | WRITE_DAC | WRITE_OWNER | GENERIC_WRITE | GENERIC_ALL;
     DWORD denied = 0;
@@ -397,30 +402,9 @@ bool makeTemporaryFile(const std::string& path) {
     return file != INVALID_HANDLE_VALUE && CloseHandle(file);
 }
 
-DWORD makeSharedFolder(const std::string& path) {
-    const vybase::LocalMemory<void> descriptor = makeSharedDescriptor();
-    SECURITY_ATTRIBUTES security = {sizeof security, descriptor.get(), FALSE};
-    return CreateDirectoryW(toWide(path).c_str(), &security) ? ERROR_SUCCESS : GetLastError();
-}
-
-void shareFolder(const std::string& path) {
-    WideString name = toWide(path);
-    const DWORD attributes = GetFileAttributesW(name.c_str());
-    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0) {
-        throw Failure("'" + printable(path) + "' is a link to another folder",
-                      "Its rights were not changed: any user may have made the link.",
-                      "Remove the link and run 'vykeldev setup' again, or set the other folder's rights.");
-    }
-    const vybase::LocalMemory<void> descriptor = makeSharedDescriptor();
-    PACL list = nullptr;
-    BOOL present = FALSE;
-    BOOL defaulted = FALSE;
-    GetSecurityDescriptorDacl(descriptor.get(), &present, &list, &defaulted);
-    const DWORD error = SetNamedSecurityInfoW(name.data(), SE_FILE_OBJECT,
-                                              DACL_SECURITY_INFORMATION | PROTECTED_DACL_SECURITY_INFORMATION,
-                                              nullptr, nullptr, list, nullptr);
-    if (error != ERROR_SUCCESS)
-        throw systemFailure("setting the rights of the folder '" + printable(path) + "'", error, "");
+bool isAdministrator(PSID owner) {
+    return IsWellKnownSid(owner, WinBuiltinAdministratorsSid) || IsWellKnownSid(owner, WinLocalSystemSid) ||
+           isThisAdministrator(owner);
 }
 
 } // namespace vykeldev

@@ -30,8 +30,9 @@ std::string fileIdentity(const std::string& path);
 std::string linkText(const std::string& path);
 
 /// A thing that only administrators should change: a folder because of one file in it, which exists or is
-/// missing. Whoever may only add other files to the folder does no harm.
-enum class Guarded { File, Folder, FolderOfMissing, RegistryKey };
+/// missing. Whoever may only add other files to the folder does no harm. A folder that is guarded itself: in
+/// the shared one, users may make files; in the read-only one, nothing.
+enum class Guarded { File, Folder, FolderOfMissing, RegistryKey, SharedFolder, ReadOnlyFolder };
 
 /// Which of all ordinary users' groups may change it, for people; empty when none may, or when that cannot be
 /// read. A key is one of HKEY_LOCAL_MACHINE. The host knows no rights of keys.

@@ -2,17 +2,16 @@
 
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
-#include "platform/SharedFolder.h"
 #include "PluginRegistrations.h"
 #include "support/DisplayText.h"
 #include "support/Failure.h"
+#include "support/HeldPlace.h"
 #include "support/Text.h"
 #include "vysys/windowsRegistry.h"
+#include <array>
 
 namespace vykeldev {
 namespace {
-
-constexpr const char* repeat = "Remove the cause and run 'vykeldev setup' again.";
 
 std::string withoutLast(std::string path) {
     path.pop_back(); // the backslash at its end
@@ -41,7 +40,7 @@ bool reachKey(const char* action, Open open) {
     key.opened = error == ERROR_SUCCESS;
     if (!key.opened && error != ERROR_FILE_NOT_FOUND)
         throw systemFailure(std::string(action) + " the registry key 'HKEY_LOCAL_MACHINE\\" + keyPath() + "'",
-                            static_cast<DWORD>(error), repeat);
+                            static_cast<DWORD>(error), repeatSetup);
     return key.opened;
 }
 
@@ -58,48 +57,36 @@ void makeKey() {
     });
 }
 
-bool folderExists(const std::string& path) {
-    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES) {
-        const DWORD error = GetLastError();
-        if (error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND)
-            return false;
-        throw systemFailure("looking for the folder '" + printable(path) + "'", error, repeat);
-    }
-    if ((attributes & FILE_ATTRIBUTE_DIRECTORY) == 0) {
-        throw Failure("'" + printable(path) + "' is a file", "A folder of this name is needed.",
-                      "Move the file away and run 'vykeldev setup' again.");
-    }
-    return true;
+// The rights. Administrators (BA) and the system (SY) may do everything, ordinary users (BU) what a last
+// entry or two say. Nothing is inherited from the folder above.
+constexpr const char* closedFolder = "O:BAD:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)";
+constexpr const char* readOnlyFolder = "O:BAD:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)(A;OICI;0x1200a9;;;BU)";
+/// Users list and read the folder and make files in it; they cannot rename it, make it a link or make folders
+/// in it. With the files they do everything but give rights.
+constexpr const char* sharedFolder =
+    "O:BAD:P(A;OICI;FA;;;BA)(A;OICI;FA;;;SY)(A;;0x1200ab;;;BU)(A;OIIO;0x1301bf;;;BU)";
+/// Users read and lock the file. A lock needs no more, and who may write a file may be able to make it a
+/// link.
+constexpr const char* lockFile = "O:BAD:P(A;;FA;;;BA)(A;;FA;;;SY)(A;;0x120089;;;BU)";
+constexpr const char* sharedFile = "O:BAD:P(A;;FA;;;BA)(A;;FA;;;SY)(A;;0x1301bf;;;BU)";
+
+/// The two folders and the two lock files, in the order in which they are made.
+std::array<Place, 4> places() {
+    const std::string folder = folderPath();
+    return {{{true, folder.substr(0, folder.rfind('\\'))},
+             {true, folder},
+             {false, folder + "\\DeviceList.lck"},
+             {false, folder + "\\vykel.lck"}}};
 }
 
-DWORD makeFolder(const std::string& path) {
-    return CreateDirectoryW(toWide(path).c_str(), nullptr) ? ERROR_SUCCESS : GetLastError();
+/// Lets all users change the legacy file, and the new one that a client which was killed left beside it.
+void shareLegacyFiles(const std::string& folder) {
+    for (const char* const name : {"\\vykel.ini", "\\vykel.TMP"}) {
+        const Place place = {false, folder + name};
+        if (const FileHandle file = openPlace(place, READ_CONTROL | WRITE_DAC | WRITE_OWNER))
+            setRights(place, file.get(), sharedFile);
+    }
 }
-
-/// A folder that is removed again when it is new and keep() was not called.
-class NewFolder {
-public:
-    /// Does nothing when the folder is there. Throws Failure.
-    NewFolder(const std::string& path, DWORD (*make)(const std::string&)) : widePath(toWide(path)) {
-        const DWORD error = folderExists(path) ? ERROR_ALREADY_EXISTS : make(path);
-        isNew = error == ERROR_SUCCESS;
-        if (!isNew && error != ERROR_ALREADY_EXISTS)
-            throw systemFailure("making the folder '" + printable(path) + "'", error, repeat);
-    }
-    ~NewFolder() {
-        if (isNew)
-            RemoveDirectoryW(widePath.c_str());
-    }
-    NewFolder(const NewFolder&) = delete;
-    NewFolder& operator=(const NewFolder&) = delete;
-
-    void keep() noexcept { isNew = false; }
-
-private:
-    const WideString widePath;
-    bool isNew = false;
-};
 
 } // namespace
 
@@ -108,24 +95,39 @@ std::string describe(const SetupItem& item) {
 }
 
 std::vector<SetupItem> examineSetup() {
-    const std::string folder = folderPath();
-    return {{"registry key", "HKEY_LOCAL_MACHINE\\" + keyPath(), keyExists()},
-            {"folder", folder, folderExists(folder)}};
+    std::vector<SetupItem> items{{"registry key", "HKEY_LOCAL_MACHINE\\" + keyPath(), keyExists()}};
+    for (const Place& place : places())
+        items.push_back(
+            {place.isFolder ? "folder" : "lock file", place.path, openPlace(place, 0) != nullptr});
+    return items;
 }
 
 std::vector<SetupItem> completeSetup(bool resetRights) {
-    std::vector<SetupItem> before = examineSetup();
-    const bool keyPresent = before[0].present;
-    const std::string& folder = before[1].place;
-    NewFolder upper(folder.substr(0, folder.rfind('\\')), makeFolder);
-    NewFolder lower(folder, makeSharedFolder);
-    if (resetRights && before[1].present)
-        shareFolder(folder);
-    if (!keyPresent)
-        makeKey(); // last: only folders have to be taken back
-    upper.keep();
-    lower.keep();
-    return before;
+    std::vector<SetupItem> items = examineSetup();
+    const auto [upperPlace, lowerPlace, numbersPlace, aliasesPlace] = places();
+    HeldPlace upper(upperPlace, nullptr, readOnlyFolder, resetRights);
+    if (resetRights)
+        upper.setRights(readOnlyFolder);
+    // Users get their rights to the folder when the lock files are in it.
+    HeldPlace lower(lowerPlace, &upper, closedFolder, resetRights);
+    HeldPlace numbers(numbersPlace, &lower, lockFile, resetRights);
+    HeldPlace aliases(aliasesPlace, &lower, lockFile, resetRights);
+    if (resetRights) {
+        numbers.setRights(lockFile);
+        aliases.setRights(lockFile);
+    }
+    if (resetRights || lower.isNew())
+        lower.setRights(sharedFolder);
+    if (resetRights)
+        shareLegacyFiles(lowerPlace.path);
+    if (!items[0].present)
+        makeKey(); // last: only files and folders have to be taken back
+    std::size_t item = 0;
+    for (HeldPlace* const place : {&upper, &lower, &numbers, &aliases}) {
+        items[++item].present = !place->isNew(); // one that was there may have been made anew
+        place->keep();
+    }
+    return items;
 }
 
 } // namespace vykeldev

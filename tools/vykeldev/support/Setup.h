@@ -5,12 +5,14 @@
 #include <vector>
 
 /// What the library needs on a machine before it can list anything: the registry key of the plug-ins, and the
-/// folder of the lock files and the legacy aliases. The library itself makes neither.
+/// folder of the lock files and the legacy aliases. The library itself makes neither. setup also makes the
+/// two lock files: users may make files in the folder, and with files in it that they cannot delete it cannot
+/// become a link.
 namespace vykeldev {
 
-/// One of the two.
+/// One of these.
 struct SetupItem {
-    const char* kind;  ///< "registry key" or "folder"
+    const char* kind;  ///< "registry key", "folder" or "lock file"
     std::string place; ///< Its full name, UTF-8.
     bool present;
 };
@@ -18,13 +20,16 @@ struct SetupItem {
 /// Kind and place of an item, printable.
 std::string describe(const SetupItem& item);
 
-/// Looks for the registry key and the folder, in this order; changes nothing and does not look at rights.
-/// Throws Failure when one cannot be looked for, or when a file has the folder's name.
+/// Looks for the registry key, the folder above, the folder and the two lock files, in this order; changes
+/// nothing and does not look at owners and rights. Throws Failure when one cannot be looked for, or when
+/// something else is in its place: a file, a folder or a link.
 std::vector<SetupItem> examineSetup();
 
-/// Makes what is missing; the folder is one that all users share (platform/SharedFolder.h). What is there
-/// stays as it is, but with `resetRights` an existing folder gets the rights of a new one. Returns what
-/// examineSetup returned before. Throws Failure; then nothing new is left.
+/// Makes what is missing, with the right owner and rights. What is there stays as it is, but a folder that
+/// another user owns is made anew when it is empty. With `resetRights` all that is there gets the rights of a
+/// new one, and a lock file that another user owns is made anew. Returns what was
+/// there before and stayed. Throws Failure, also when another user owns a folder with something in it; then
+/// nothing new is left.
 std::vector<SetupItem> completeSetup(bool resetRights);
 
 } // namespace vykeldev

@@ -59,6 +59,11 @@
     CALL(GetFileAttributesW, ERROR_ACCESS_DENIED)                                                            \
     CALL(GetFileAttributesExW, ERROR_ACCESS_DENIED)                                                          \
     CALL(GetFullPathNameW, ERROR_NOT_ENOUGH_MEMORY)                                                          \
+    CALL(GetFileInformationByHandle, ERROR_IO_DEVICE)                                                        \
+    CALL(GetFinalPathNameByHandleW, ERROR_PATH_NOT_FOUND)                                                    \
+    CALL(ConvertStringSecurityDescriptorToSecurityDescriptorW, ERROR_NOT_ENOUGH_MEMORY)                      \
+    CALL(SetKernelObjectSecurity, ERROR_ACCESS_DENIED)                                                       \
+    CALL(GetSecurityInfo, ERROR_ACCESS_DENIED)                                                               \
     CALL(FindFirstFileA, ERROR_ACCESS_DENIED)                                                                \
     CALL(FindClose, ERROR_INVALID_HANDLE)                                                                    \
     CALL(LockFileEx, ERROR_NOT_SUPPORTED)                                                                    \

@@ -1,6 +1,7 @@
 #ifndef WINHOST_FILES_H
 #define WINHOST_FILES_H
 
+#include "winhost/security.h"
 #include "winhost/types.h"
 #include <string>
 
@@ -25,6 +26,10 @@
 #define FILE_ATTRIBUTE_DIRECTORY 0x00000010
 #define FILE_ATTRIBUTE_ARCHIVE 0x00000020
 #define FILE_ATTRIBUTE_NORMAL 0x00000080
+#define FILE_ATTRIBUTE_REPARSE_POINT 0x00000400
+#define FILE_FLAG_OPEN_REPARSE_POINT 0x00200000
+#define FILE_FLAG_BACKUP_SEMANTICS 0x02000000
+#define VOLUME_NAME_NT 0x00000002
 #define INVALID_FILE_ATTRIBUTES (static_cast<DWORD>(-1))
 #define FILE_BEGIN 0
 #define MOVEFILE_REPLACE_EXISTING 0x00000001
@@ -46,12 +51,19 @@ struct WIN32_FILE_ATTRIBUTE_DATA {
     DWORD nFileSizeLow;
 };
 using WIN32_FIND_DATAA = WIN32_FILE_ATTRIBUTE_DATA;
+struct BY_HANDLE_FILE_INFORMATION {
+    DWORD dwFileAttributes;
+    DWORD nNumberOfLinks;
+};
+using LPBY_HANDLE_FILE_INFORMATION = BY_HANDLE_FILE_INFORMATION*;
 enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 
 extern "C" {
 
-/// Both open a file, which CloseHandle closes; INVALID_HANDLE_VALUE on failure. `attributes`, `security` and
-/// `like` have no effect. A directory cannot be opened (ERROR_ACCESS_DENIED).
+/// Both open a file, which CloseHandle closes; INVALID_HANDLE_VALUE on failure. `security` has an effect with
+/// CREATE_NEW, of `attributes` only the two flags, `like` none. A folder can be opened only with
+/// FILE_FLAG_BACKUP_SEMANTICS (otherwise ERROR_ACCESS_DENIED). With FILE_FLAG_OPEN_REPARSE_POINT a link,
+/// which is a symbolic link here, is opened itself, not what it leads to.
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
                    DWORD attributes, HANDLE like);
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
@@ -65,6 +77,13 @@ BOOL SetFilePointerEx(HANDLE file, LARGE_INTEGER distance, PLARGE_INTEGER positi
 BOOL SetEndOfFile(HANDLE file);
 /// Gives the file's size in bytes.
 BOOL GetFileSizeEx(HANDLE file, PLARGE_INTEGER size);
+/// Gives FILE_ATTRIBUTE_REPARSE_POINT for a link, FILE_ATTRIBUTE_DIRECTORY or _ARCHIVE, and _READONLY when
+/// the owner may not write; and how many names the file has.
+BOOL GetFileInformationByHandle(HANDLE file, LPBY_HANDLE_FILE_INFORMATION information);
+/// Gives the path under which the file is found without any link, a path of this machine. `flags` must be
+/// VOLUME_NAME_NT. Returns the length; the size needed, with the terminator, when `size` is too small; 0 on
+/// failure.
+DWORD GetFinalPathNameByHandleW(HANDLE file, LPWSTR buffer, DWORD size, DWORD flags);
 /// Writes to the disk what the system still holds in memory of the file.
 BOOL FlushFileBuffers(HANDLE file);
 /// Closes a file or an event.
@@ -78,9 +97,10 @@ BOOL DeleteFileW(LPCWSTR path);
 /// open.
 BOOL MoveFileExA(LPCSTR from, LPCSTR to, DWORD flags);
 BOOL MoveFileExW(LPCWSTR from, LPCWSTR to, DWORD flags);
-/// Makes a folder in an existing one. `security` has no effect.
+/// Makes a folder in an existing one, with the rights of `security` unless it is null.
 BOOL CreateDirectoryW(LPCWSTR path, LPSECURITY_ATTRIBUTES security);
-/// Removes an empty folder.
+/// Removes an empty folder. Fails with ERROR_SHARING_VIOLATION while it is open, with ERROR_DIR_NOT_EMPTY
+/// when it is not empty.
 BOOL RemoveDirectoryW(LPCWSTR path);
 /// FILE_ATTRIBUTE_DIRECTORY or _ARCHIVE, and _READONLY when the owner may not write; INVALID_FILE_ATTRIBUTES
 /// on failure.
