@@ -73,6 +73,7 @@ if [ $windows ]; then
   strings -e l "$kit/bin/vykeldevenum.dll" | grep -x "$version" >/dev/null || fail "no version resource $version"
 else
   nm -D --defined-only "$kit/bin/libvykeldevenum.so" | awk '{ print $3 }' | sort | compare exports.txt
+  nm -D "$kit/bin/libvykeldevenum.so" | grep __stack_chk_fail >/dev/null || fail "no stack protector"
 fi
 
 echo "== symbols beside what is stripped"
