@@ -1,3 +1,4 @@
+#include "check/Checks.h"
 #include "check/Report.h"
 #include "check/Runner.h"
 #include "commands/Commands.h"
@@ -104,7 +105,7 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command->add_flag_callback(
         "--list-rules",
         [] {
-            for (const check::Rule& rule : check::allRules())
+            for (const check::Rule& rule : check::rules)
                 std::cout << rule.id << '\t' << rule.title << '\n';
             throw CLI::Success();
         },

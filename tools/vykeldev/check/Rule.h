@@ -41,7 +41,7 @@ enum class Severity {
 /// The check of a rule: returns when the rule is kept, throws Broken, Questionable or Skipped otherwise.
 using Check = void(const Subject& subject);
 
-/// One rule of the contract. Texts are for people.
+/// One rule of the contract. docs/plugin-rules.md defines them all; the build makes check/Checks.h of it.
 struct Rule {
     const char* id; ///< Stable: scripts may rely on it.
     const char* title;
@@ -84,9 +84,6 @@ struct Questionable : Verdict {
 struct Skipped : Verdict {
     using Verdict::Verdict;
 };
-
-/// All rules, each with an identifier of its own, after the one that it needs.
-const std::vector<Rule>& allRules();
 
 /// Null when there is none of that identifier.
 const Rule* findRule(std::string_view id);

@@ -200,7 +200,7 @@ private:
 
 RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult) {
     Run run(options);
-    for (const Rule& rule : allRules()) {
+    for (const Rule& rule : rules) {
         if (run.collected.stopped)
             break;
         if (!isWanted(rule, options.rules))

@@ -22,7 +22,6 @@ struct DoctorOptions {
     bool json = false;
     bool force = false;
     bool devices = false;
-    bool listFindings = false;
     double timeout = 10; // seconds
     std::string bundle;
 };
@@ -74,12 +73,6 @@ void writeBundle(std::ostream& out, const DoctorOptions& options, Report report)
 }
 
 ExitCode diagnose(const Context& context, const DoctorOptions& options) {
-    if (options.listFindings) { // the table of findings, for those who document it
-        for (const FindingKind* const kind : FindingKind::all())
-            std::cout << kind->id << '\t' << nameOf(kind->severity) << '\t' << kind->meaning << '\t'
-                      << kind->remedy << '\n';
-        return ExitCode::Success;
-    }
     suppressCrashDialogs();
     const Report report = makeReport(context, options);
     const auto finish = [&] {
@@ -117,10 +110,9 @@ void addDoctorCommand(CLI::App& app, Run& chosen) {
         ->type_name("FILE.zip");
     command->add_flag("--devices", options->devices, "Also lists the devices of every plug-in");
     command->add_flag("--force", options->force, "Replaces an existing bundle");
-    command->add_flag("--list-findings", options->listFindings)->group("");
     command->footer(
-        "Exit codes: 0 healthy, 4 warnings, 5 something is broken. docs/troubleshooting.md explains "
-        "every finding.");
+        "Exit codes: 0 healthy, 4 warnings, 5 something is broken. docs/findings.md explains every "
+        "finding.");
     command->callback([options, &chosen] {
         chosen = {[options](const Context& context) { return doctor::diagnose(context, *options); },
                   documentIf(options->json)};

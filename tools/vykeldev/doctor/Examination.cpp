@@ -55,7 +55,8 @@ std::optional<Verdict> lookAtHeaders(PluginAccount& plugin) {
         const bool missing = error == ERROR_FILE_NOT_FOUND || error == ERROR_PATH_NOT_FOUND;
         return Verdict{missing ? &finding::fileMissing : &finding::fileUnreadable, Step::File,
                        systemErrorText(error) + pathOddity(path),
-                       missing && !pathOddity(path).empty() ? finding::pathRelative.remedy : ""};
+                       missing && !pathOddity(path).empty() ? finding::pathRelative.remedyFor(plugin.name)
+                                                            : ""};
     }
     plugin.image = readNativeImage(bytes);
     if (!plugin.image)
@@ -91,7 +92,7 @@ Verdict judgeLoad(const LibraryError& error, const PluginAccount& plugin,
     const std::string oddity = pathOddity(*plugin.path);
     if (!isAbsolutePath(*plugin.path) && (error.system == ERROR_MOD_NOT_FOUND || !oddity.empty()))
         return {&finding::fileMissing, Step::Path, "the relative path leads to no file" + system + oddity,
-                finding::pathRelative.remedy};
+                finding::pathRelative.remedyFor(plugin.name)};
     if (error.system == ERROR_MOD_NOT_FOUND)
         return {&finding::dependencyMissing, Step::Dependency,
                 "a library that it needs cannot be loaded" + system};

@@ -1,6 +1,7 @@
 #include "doctor/Finding.h"
 
 #include <algorithm>
+#include <iterator>
 
 namespace vykeldev::doctor {
 namespace {
@@ -19,11 +20,10 @@ std::string asArgument(const std::string& name) {
 
 } // namespace
 
-std::string Finding::whatToDo() const {
-    const std::string name = "register NAME"; // also the end of "unregister NAME"
-    std::string text = remedy.empty() ? kind->remedy : remedy;
-    for (std::size_t at = text.find(name); at != std::string::npos; at = text.find(name, at + 1))
-        text.replace(at, name.size(), "register " + asArgument(subject));
+std::string FindingKind::remedyFor(const std::string& subject) const {
+    std::string text = remedy[0];
+    for (std::size_t i = 1; i < std::size(remedy) && remedy[i] != nullptr; ++i)
+        text += asArgument(subject) + remedy[i];
     return text;
 }
 

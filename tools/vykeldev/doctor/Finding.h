@@ -1,7 +1,6 @@
 #ifndef VYKELDEV_DOCTOR_FINDING_H
 #define VYKELDEV_DOCTOR_FINDING_H
 
-#include "vytpl/NonCopyable.h"
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -16,27 +15,17 @@ constexpr const char* nameOf(Severity severity) noexcept {
     return severityNames[static_cast<std::size_t>(severity)];
 }
 
-/// What never changes about a finding; Findings.h defines them all.
-class FindingKind : private vytpl::NonCopyableT<FindingKind> {
-public:
-    FindingKind(const char* stableId, Severity itsSeverity, const char* itsMeaning, const char* itsRemedy)
-        : id(stableId), severity(itsSeverity), meaning(itsMeaning), remedy(itsRemedy) {
-        defined().push_back(this);
-    }
+/// What never changes about a finding. docs/findings.md defines them all; the build makes doctor/Findings.h
+/// of it.
+struct FindingKind {
+    const char* id; ///< Scripts and documents rely on it.
+    Severity severity;
+    const char* meaning;
+    /// The plug-in's name stands between each two parts; after the last one come nulls.
+    const char* remedy[3];
 
-    const char* const id; ///< Scripts and documents rely on it.
-    const Severity severity;
-    const char* const meaning;
-    const char* const remedy;
-
-    /// All that are defined, in the order of their definitions. The list is complete when main() starts.
-    static const std::vector<const FindingKind*>& all() { return defined(); }
-
-private:
-    static std::vector<const FindingKind*>& defined() {
-        static std::vector<const FindingKind*> kinds;
-        return kinds;
-    }
+    /// The remedy, with the name of the plug-in `subject`. It has NAME instead when that is no plain name.
+    std::string remedyFor(const std::string& subject) const;
 };
 
 /// One thing found on this machine. Texts are UTF-8 and may hold anything.
@@ -47,8 +36,8 @@ struct Finding {
     int line = 0;            ///< In the file `subject`, from 1; 0: it is about no line.
     std::string remedy = {}; ///< What helps here, when that is less than the kind's remedy; or empty.
 
-    /// The remedy, with the plug-in's name in place of NAME where the finding is about a plug-in.
-    std::string whatToDo() const;
+    /// What helps here.
+    std::string whatToDo() const { return remedy.empty() ? kind->remedyFor(subject) : remedy; }
 };
 
 using Findings = std::vector<Finding>;

@@ -30,7 +30,7 @@ public:
 
     /// Reports how many were left out.
     void finish() {
-        for (const FindingKind* const kind : FindingKind::all())
+        for (const FindingKind* const kind : finding::all)
             if (const std::size_t count = counts[kind]; count > maxPerKind)
                 findings.push_back({kind, path, std::to_string(count - maxPerKind) + " more"});
     }

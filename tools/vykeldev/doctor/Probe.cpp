@@ -166,7 +166,7 @@ void take(const Json& line, ProbeResult& result) {
                                                         : std::optional(number.get<std::uint32_t>()));
     if (line.contains("device"))
         result.deviceList.push_back(line["device"]);
-    for (const FindingKind* const kind : FindingKind::all())
+    for (const FindingKind* const kind : finding::all)
         if (kind->id == line.value("oddity", std::string()))
             result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
     result.listMissing = line.value("listMissing", result.listMissing);
