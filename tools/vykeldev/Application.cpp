@@ -93,7 +93,6 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     addAliasCommand(app, chosen);
     addAliasesCommand(app, chosen);
     addCheckCommand(app, chosen);
-    addCompletionCommand(app, chosen);
     addDoctorCommand(app, chosen);
     addListCommand(app, chosen);
     addPluginsCommand(app, chosen);

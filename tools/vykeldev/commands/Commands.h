@@ -56,7 +56,6 @@ constexpr FailureOutput lineIf(bool json) noexcept {
 void addAliasCommand(CLI::App& app, Run& chosen);
 void addAliasesCommand(CLI::App& app, Run& chosen);
 void addCheckCommand(CLI::App& app, Run& chosen);
-void addCompletionCommand(CLI::App& app, Run& chosen);
 void addDoctorCommand(CLI::App& app, Run& chosen);
 void addListCommand(CLI::App& app, Run& chosen);
 void addPluginsCommand(CLI::App& app, Run& chosen);
