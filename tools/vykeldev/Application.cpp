@@ -4,7 +4,6 @@
 #include "check/StageRun.h"
 #include "commands/Commands.h"
 #include "commands/DeviceTask.h"
-#include "commands/UnknownCommand.h"
 #include "doctor/Probe.h"
 #include "platform/Console.h"
 #include "support/DisplayText.h"
@@ -73,6 +72,24 @@ int flushed(int result) {
     return result;
 }
 
+/// Prints why the parsing ended: an error, or --help or --version.
+int endOfParsing(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> words = app.remaining(true);
+    const auto isCode = [&](CLI::ExitCodes code) { return error.get_exit_code() == static_cast<int>(code); };
+    const bool lacksCommand = isCode(CLI::ExitCodes::RequiredError) && app.get_subcommands().empty();
+    std::ostringstream text;
+    int code = 0;
+    // The parser misses a command before it sees the word that is none, and turns several words round.
+    if (!words.empty() && (lacksCommand || isCode(CLI::ExitCodes::ExtrasError)))
+        code = app.exit(CLI::ExtrasError({words.rbegin(), words.rend()}), std::cout, text);
+    else
+        code = app.exit(error, std::cout, text);
+    if (code == 0)
+        return flushed(0);
+    std::cerr << "vykeldev: error: " << printableLines(text.str());
+    return toInteger(ExitCode::WrongUsage);
+}
+
 int runParsed(const std::vector<std::string>& arguments, Context& context) {
     CLI::App app("Lists the devices that the VY-KEL enumerator plug-ins of this machine see.", "vykeldev");
     app.footer(exitCodes);                  // of the commands, too
@@ -109,13 +126,7 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
         app.parse(
             std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it takes them from the end
     } catch (const CLI::ParseError& error) {
-        const bool isUnexpected = error.get_exit_code() == static_cast<int>(CLI::ExitCodes::ExtrasError);
-        if (explainUnknownCommand(app) || (isUnexpected && explainUnexpectedWords(app)))
-            return toInteger(ExitCode::WrongUsage);
-        std::ostringstream text;
-        const bool good = app.exit(error, std::cout, text) == 0; // --help and --version end here, too
-        std::cerr << printableLines(text.str());
-        return good ? flushed(0) : toInteger(ExitCode::WrongUsage);
+        return endOfParsing(app, error);
     }
     return flushed(toInteger(runChosen(chosen, context)));
 }
