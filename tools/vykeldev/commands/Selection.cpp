@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <CLI/CLI.hpp>
-#include <tuple>
 
 namespace vykeldev {
 namespace {
@@ -23,28 +22,12 @@ void addSelectionOptions(CLI::App& command, Selection& selection) {
         ->type_name("TEXT");
     command.add_option("--token", selection.token, "Shows only devices of exactly this token")
         ->type_name("TEXT");
-    command.add_option("--sort", selection.sort, "Sorts the devices by number, alias or token")
-        ->check(CLI::IsMember({"number", "alias", "token"}))
-        ->type_name("WHAT");
 }
 
 void select(std::vector<DeviceInfo>& devices, const Selection& selection) {
     devices.erase(std::remove_if(devices.begin(), devices.end(),
                                  [&](const DeviceInfo& device) { return !isWanted(device, selection); }),
                   devices.end());
-    const auto sortBy = [&](auto key) {
-        std::stable_sort(devices.begin(), devices.end(),
-                         [&](const DeviceInfo& a, const DeviceInfo& b) { return key(a) < key(b); });
-    };
-    if (selection.sort == "number")
-        sortBy([](const DeviceInfo& device) { return device.number; }); // the one that means none is the last
-    else if (selection.sort == "alias")
-        sortBy([](const DeviceInfo& device) {
-            const std::string alias = device.alias.value_or("");
-            return std::tuple(alias.empty(), alias);
-        });
-    else if (selection.sort == "token")
-        sortBy([](const DeviceInfo& device) { return device.token; });
 }
 
 } // namespace vykeldev
