@@ -3,31 +3,22 @@
 #include "check/Runner.h"
 #include "commands/Commands.h"
 #include "support/DisplayText.h"
-#include "support/Files.h"
 #include "support/JsonFailure.h"
 #include "support/NumberRange.h"
 #include "support/Paths.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
-#include <sstream>
 
 namespace vykeldev {
 namespace {
 
 struct CheckOptions {
     check::RunOptions run;
-    std::string junitFile;
     double timeout = 10; // seconds
     double budget = 30;  // seconds
     bool json = false;
 };
-
-void writeJUnit(const CheckOptions& options, const std::string& plugin, const check::Results& results) {
-    std::ostringstream text;
-    check::printJUnit(text, plugin, results);
-    writeFile(options.junitFile, text.str(), true);
-}
 
 ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     check::RunOptions run = options.run;
@@ -47,8 +38,6 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     });
     const check::Results& results = all.results;
     const auto finish = [&] {
-        if (!options.junitFile.empty())
-            writeJUnit(options, run.path, results);
         if (all.stopped)
             throw Failure("stopped before every rule was checked", "", "Check the plug-in again.");
     };
@@ -72,10 +61,6 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
         ->required()
         ->type_name("");
     command->add_flag("--json", options->json, "Prints one JSON object");
-    command
-        ->add_option("--junit", options->junitFile,
-                     "Also writes the results in JUnit's format, for a build server")
-        ->type_name("FILE");
     command
         ->add_option("--timeout", options->timeout,
                      "Seconds without progress after which a rule has failed (default 10)")

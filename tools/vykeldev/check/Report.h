@@ -17,9 +17,6 @@ void printSummary(std::ostream& out, const Results& results);
 /// All results as one JSON object; schemas/check.schema.json describes it.
 Json toDocument(const std::string& plugin, const Results& results);
 
-/// All results in JUnit's XML, for build servers. A warning is not a failure there: the case's output has it.
-void printJUnit(std::ostream& out, const std::string& plugin, const Results& results);
-
 } // namespace vykeldev::check
 
 #endif
