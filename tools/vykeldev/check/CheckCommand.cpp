@@ -16,7 +16,6 @@ namespace {
 struct CheckOptions {
     check::RunOptions run;
     double timeout = 10; // seconds
-    double budget = 30;  // seconds
     bool json = false;
 };
 
@@ -25,7 +24,6 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     run.path = absolutePath(run.path);
     run.quiet = context.quiet;
     run.limit = std::chrono::milliseconds(static_cast<long long>(1000 * options.timeout));
-    run.budget = std::chrono::milliseconds(static_cast<long long>(1000 * options.budget));
     const std::string problem = pathProblem(run.path);
     if (!problem.empty())
         throw Failure("'" + printable(run.path) + "' cannot be checked: " + problem, "",
@@ -64,11 +62,6 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command
         ->add_option("--timeout", options->timeout,
                      "Seconds without progress after which a rule has failed (default 10)")
-        ->check(inRange(1, 86400, "1 to 86400 seconds"))
-        ->type_name("S");
-    command
-        ->add_option("--budget", options->budget,
-                     "Seconds for what a rule repeats, before it looks less often (default 30)")
         ->check(inRange(1, 86400, "1 to 86400 seconds"))
         ->type_name("S");
     command->add_flag("--read-only", options->run.readOnly,

@@ -40,7 +40,7 @@ void useList(const List& list) {
     }
 }
 
-/// Makes a step so many times, or fewer within the rule's budget divided by `parts`. Returns how many.
+/// Makes a step so many times, or fewer within repeatingTime divided by `parts`. Returns how many.
 int repeat(int times, Trace& trace, int parts, const std::function<void()>& step) {
     int done = 0;
     for (Share share(trace, parts); done < times && share.lasts(); ++done)

@@ -42,7 +42,7 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
         << toString(result.outcome) << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
         << (result.outcome == Outcome::Skipped ? observed : rule.title) << '\n';
     if (result.lookedLess)
-        out << "         looked less often, because the time was over; --budget gives more\n";
+        out << "         looked less often, because the time was over\n";
     if (isBroken(result.outcome))
         out << "         observed:   " << observed << '\n'
             << "         meaning:    " << rule.meaning << '\n'

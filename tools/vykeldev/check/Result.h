@@ -31,7 +31,7 @@ struct Result {
     std::chrono::milliseconds duration{0};
     /// The rule because of whose result it was skipped; null when it was not, or for another reason.
     const Rule* cause = nullptr;
-    bool lookedLess = false; ///< Its budget was used up before it had looked as often as usual.
+    bool lookedLess = false; ///< Its time for repeating was over before it had looked as often as usual.
 };
 
 using Results = std::vector<Result>;

@@ -57,7 +57,7 @@ std::vector<std::string> findFreeNumbers(const RunOptions& options) {
             paths.insert(*each.path);
     std::set<std::optional<std::uint32_t>> used;
     for (const std::string& path : paths) {
-        const auto probe = doctor::probePlugin(path, std::max(options.limit, options.budget));
+        const auto probe = doctor::probePlugin(path, options.limit);
         // A plug-in whose refresh fails may have devices that it does not list now.
         if (!probe.done || probe.failedStep == doctor::Step::Refresh)
             throw Questionable("no number is known to be free: '", path,

@@ -31,10 +31,10 @@ Json checkRule(const Rule& rule, const Subject& subject) {
 void runInChild(const std::vector<std::string>& arguments, Reporter& reporter) {
     const Rule* const rule = findRule(arguments.at(0));
     const auto stage = static_cast<Stage>(std::stoi(arguments.at(2)));
-    Trace trace(reporter, std::chrono::milliseconds(std::stoll(arguments.at(3))));
+    Trace trace(reporter);
     if (rule != nullptr)
         reporter.reportCut(
-            checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 4, arguments.end()}}));
+            checkRule(*rule, {arguments[1], trace, stage, {arguments.begin() + 3, arguments.end()}}));
     exitImmediately(); // everything is reported; what the plug-in left behind must not spoil the end
 }
 
@@ -68,8 +68,7 @@ const ChildTask checkRuleTask = {"check-rule", runInChild};
 Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
                  const std::vector<std::string>& notes) {
     Account account;
-    std::vector<std::string> arguments{rule.id, options.path, std::to_string(static_cast<int>(stage)),
-                                       std::to_string(options.budget.count())};
+    std::vector<std::string> arguments{rule.id, options.path, std::to_string(static_cast<int>(stage))};
     arguments.insert(arguments.end(), notes.begin(), notes.end());
     TaskRun run(checkRuleTask, arguments, [&account](const Json& report) { take(report, account); });
     const ChildOutcome child = run.finish(options.limit, TaskRun::Limit::BetweenReports);

@@ -12,8 +12,7 @@ extern const ChildTask checkRuleTask;
 /// What is asked of a check.
 struct RunOptions {
     std::string path;                    ///< The plug-in, absolute, UTF-8.
-    std::chrono::milliseconds limit{0};  ///< A rule must begin another call within this time.
-    std::chrono::milliseconds budget{0}; ///< For the loops of one rule.
+    std::chrono::milliseconds limit{0}; ///< A rule must begin another call within this time.
     bool quiet = false;                  ///< Shows no progress.
     bool readOnly = false;               ///< Leaves out rules that alter what the plug-in keeps.
     bool numberDevices = false;          ///< Gives some devices without a number one for good.
@@ -34,7 +33,7 @@ struct Account {
     bool putBack = false;           ///< What was altered is as it was before.
     std::string toolFailed;         ///< How this tool itself failed there, if it did.
     std::vector<Incident> incidents;
-    bool lookedLess = false; ///< Its budget was used up.
+    bool lookedLess = false; ///< Its time for repeating was over.
     std::chrono::milliseconds duration{0};
 };
 

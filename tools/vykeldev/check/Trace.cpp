@@ -2,8 +2,7 @@
 
 namespace vykeldev::check {
 
-Trace::Trace(Reporter& toParent, std::chrono::milliseconds itsBudget)
-    : budget(itsBudget), reporter(toParent), progress([this] { reportProgress(); }) {}
+Trace::Trace(Reporter& toParent) : reporter(toParent), progress([this] { reportProgress(); }) {}
 
 Trace::~Trace() {
     {

@@ -21,8 +21,7 @@ namespace vykeldev::check {
 /// not hang. Any thread may call.
 class Trace : private vytpl::NonCopyableT<Trace> {
 public:
-    /// `budget`: the time that the loops of this rule may take together.
-    Trace(Reporter& toParent, std::chrono::milliseconds itsBudget);
+    explicit Trace(Reporter& toParent);
     ~Trace();
 
     /// Makes a call into the plug-in. When an exception comes out, that is an incident of its own, and the
@@ -53,14 +52,12 @@ public:
     /// What the rule altered is as it was before.
     void putBack() { reporter.report({{"putBack", true}}); }
 
-    /// The rule looks less often than usual, because its budget is used up.
+    /// The rule looks less often than usual, because its time for repeating is over.
     void lookLess();
     bool looksLess() const noexcept { return less; }
 
     /// A rule other than the one at work turns out to be broken.
     void incident(const char* rule, const std::string& observed);
-
-    const std::chrono::milliseconds budget;
 
 private:
     [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);
@@ -77,13 +74,16 @@ private:
     std::thread progress;
 };
 
-/// The part of a rule's budget that one loop may use. A slow plug-in, or one of very many devices, is then
+/// The time that the loops of one rule may take together.
+constexpr std::chrono::milliseconds repeatingTime = std::chrono::seconds(30);
+
+/// The part of this time that one loop may use. A slow plug-in, or one of very many devices, is then
 /// looked at less often instead of for hours. One thread.
 class Share : private vytpl::NonCopyableT<Share> {
 public:
-    /// The loop may take the budget's time divided by `parts`, but makes `minimum` rounds in any case.
+    /// The loop may take repeatingTime divided by `parts`, but makes `minimum` rounds in any case.
     Share(Trace& itsTrace, int parts, int itsMinimum = 1)
-        : trace(itsTrace), minimum(itsMinimum), end(Clock::now() + trace.budget / parts) {}
+        : trace(itsTrace), minimum(itsMinimum), end(Clock::now() + repeatingTime / parts) {}
 
     /// Whether there may be another round. Call it only when there is something left to do.
     bool lasts();
