@@ -176,7 +176,7 @@ struct List final : vykel::IDeviceList {
             status->code = 0;
         for (Device& device : devices)
             ++device.refreshes;
-        shown = has("one_device") ? 1 : 2;
+        shown = 2;
     }
     std::uint32_t getCount() override { return has("counts_down") && shown > 0 ? shown-- : shown; }
     vykel::IDevice* getDevice(std::uint32_t index, std::int32_t version, StatusBlock* status) override {

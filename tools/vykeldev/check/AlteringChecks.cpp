@@ -17,13 +17,12 @@ struct Property {
     std::int32_t (*write)(const Device&, const std::string&);
 };
 
-/// What is altered: three notes of the rules about numbers and aliases.
+/// What is altered: the three notes of the rules about numbers and aliases.
 struct Alteration {
-    std::string token;  ///< Quoted.
-    std::string before; ///< Empty: there was none. The new value stays.
-    std::string value;  ///< The new one.
+    std::string token; ///< Quoted.
+    std::string before;
+    std::string value; ///< The new one.
 };
-using Alterations = std::vector<Alteration>;
 
 /// Finds a device again by its token.
 Device find(const List& list, const std::string& token) {
@@ -46,49 +45,40 @@ void mustRead(const Property& property, const Device& device, const std::string&
         reportLost(property, expected, when, found);
 }
 
-/// Sets the property of devices, and reads it back from them and from a list that existed before.
+/// Sets the property of a device, and reads it back from that and from a list that existed before.
 void alter(const Subject& subject, const Session& session, const Property& property,
-           const Alterations& alterations) {
+           const Alteration& alteration) {
     const List other = session.plugin.makeList();
     refresh(other);
-    std::vector<std::string> notes;
-    for (const Alteration& each : alterations)
-        notes.insert(notes.end(), {each.token, each.before, each.value});
-    subject.trace.note(notes);
-    for (const Alteration& each : alterations) {
-        const Device device = find(session.list, each.token);
-        const std::int32_t code = property.write(device, each.value);
-        if (code < 0)
-            throw Questionable("setting ", property.name, " was refused with ", code);
-        mustRead(property, device, each.value, "read from the same device");
-        mustRead(property, find(other, each.token), each.value, "read from another list");
-    }
+    subject.trace.note({alteration.token, alteration.before, alteration.value});
+    const Device device = find(session.list, alteration.token);
+    const std::int32_t code = property.write(device, alteration.value);
+    if (code < 0)
+        throw Questionable("setting ", property.name, " was refused with ", code);
+    mustRead(property, device, alteration.value, "read from the same device");
+    mustRead(property, find(other, alteration.token), alteration.value, "read from another list");
 }
 
-/// Reads the property in a later process, and restores its old value if there was one.
+/// Reads the property in a later process, and restores its old value.
 void putBack(const Subject& subject, const Property& property) {
+    const Alteration alteration{subject.notes.at(0), subject.notes.at(1), subject.notes.at(2)};
     const Session session(subject);
-    for (std::size_t i = 0; i + 2 < subject.notes.size(); i += 3) {
-        const Alteration each{subject.notes[i], subject.notes[i + 1], subject.notes[i + 2]};
-        const Device device = find(session.list, each.token);
-        const PluginText kept = property.read(device);
-        if (!each.before.empty()) {
-            property.write(device, each.before);
-            const List later = session.plugin.makeList();
-            refresh(later);
-            if (property.read(find(later, each.token)) == each.before)
-                subject.trace.putBack();
-        }
-        if (subject.stage == Stage::Second && kept != each.value)
-            reportLost(property, each.value, "in a new process", kept);
-    }
+    const Device device = find(session.list, alteration.token);
+    const PluginText kept = property.read(device);
+    property.write(device, alteration.before);
+    const List later = session.plugin.makeList();
+    refresh(later);
+    if (property.read(find(later, alteration.token)) == alteration.before)
+        subject.trace.putBack();
+    if (subject.stage == Stage::Second && kept != alteration.value)
+        reportLost(property, alteration.value, "in a new process", kept);
 }
 
 /// The old values of all devices that take the property. Leaves out devices that do not have a token of their
 /// own: nobody could find them again.
-Alterations readAll(const List& list, const Property& property) {
+std::vector<Alteration> readAll(const List& list, const Property& property) {
     std::map<std::string, int> count;
-    Alterations all;
+    std::vector<Alteration> all;
     lookAtDevices(list, [&](const Device& device, std::uint32_t) {
         const std::string token = quotedText(device.getPersistentToken(1));
         ++count[token];
@@ -102,22 +92,12 @@ Alterations readAll(const List& list, const Property& property) {
     return all;
 }
 
-/// What to alter: devices without a value get the free numbers. When there are none, the first device whose
-/// property is set gets another value. Throws when there is nothing to alter.
-Alterations chooseAlterations(const Subject& subject, const List& list, const Property& property) {
-    const Alterations all = readAll(list, property);
-    Alterations given;
-    std::size_t bytes = 0;
-    for (const Alteration& each : all)
-        if (each.before.empty() && given.size() < subject.notes.size() &&
-            (bytes += each.token.size()) <= maxNoteBytes)
-            given.push_back({each.token, "", subject.notes[given.size()]});
-    if (!given.empty())
-        return given;
-    for (const Alteration& each : all)
+/// What to alter: the first device whose property is set gets another value. Throws when there is none.
+Alteration chooseAlteration(const List& list, const Property& property) {
+    for (const Alteration& each : readAll(list, property))
         if (!each.before.empty() && isUtf8(each.before) &&
             each.token.size() + each.before.size() <= maxNoteBytes)
-            return {{each.token, each.before, property.newValue(list)}};
+            return {each.token, each.before, property.newValue(list)};
     throw Questionable(property.notTried);
 }
 
@@ -126,7 +106,7 @@ void checkKept(const Subject& subject, const Property& property) {
     if (subject.stage != Stage::First)
         return putBack(subject, property);
     const Session session(subject);
-    alter(subject, session, property, chooseAlterations(subject, session.list, property));
+    alter(subject, session, property, chooseAlteration(session.list, property));
 }
 
 /// A number that no device of the list has.
@@ -146,8 +126,8 @@ std::string unusedNumber(const List& list) {
 void checkNumberKept(const Subject& subject) {
     static constexpr Property property = {
         "the number",
-        "not tried: no device with a token of its own has a number. 'vykeldev check PLUGIN --number-devices' gives "
-        "some devices free numbers, for good, and tries it",
+        "not tried: no device with a token of its own has a number. Register the plug-in and list the devices once: "
+        "the library gives numbers",
         unusedNumber,
         [](const Device& device) -> PluginText {
             const std::uint32_t number = device.getNumber();

@@ -67,11 +67,6 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command->add_flag("--read-only", options->run.readOnly,
                       "Leaves out the rules that change one number and one alias for a moment");
     command
-        ->add_flag(
-            "--number-devices", options->run.numberDevices,
-            "Gives up to ten devices that have no number a free one, for good, and checks that it is kept")
-        ->excludes("--read-only");
-    command
         ->add_option("--rule", options->run.rules,
                      "Checks only this rule and those that it needs; may be given more than once")
         ->check([](const std::string& id) {

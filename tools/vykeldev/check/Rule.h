@@ -26,8 +26,7 @@ struct Subject {
     std::string path; ///< The plug-in, absolute, UTF-8.
     Trace& trace;
     Stage stage;
-    /// Those of the first stage. In the first stage: the numbers that may be given to devices for good.
-    std::vector<std::string> notes;
+    std::vector<std::string> notes; ///< Those of the first stage.
 };
 
 /// The largest size of the notes of one rule: they are passed as an argument.

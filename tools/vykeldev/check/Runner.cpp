@@ -1,17 +1,13 @@
 #include "check/Runner.h"
 
-#include "check/Checks.h"
 #include "ConfigurationFolder.h"
-#include "doctor/Probe.h"
 #include "errors/Exception.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "platform/Console.h"
 #include "support/BoundedLock.h"
 #include "support/Failure.h"
 #include "support/Progress.h"
-#include "support/Registrations.h"
 #include <map>
-#include <set>
 
 namespace vykeldev::check {
 namespace {
@@ -45,30 +41,6 @@ vykel::FileStream lockMachine(const std::string& fileName) {
     }
     throw Questionable("the machine's lock file ", fileName,
                        " cannot be locked; another process may be using it");
-}
-
-/// Some numbers, the lowest, that no device has: none of the registered plug-ins, nor of the one under check.
-/// Throws Questionable when a plug-in cannot be asked.
-std::vector<std::string> findFreeNumbers(const RunOptions& options) {
-    constexpr std::size_t count = 10; // they all go into the notes
-    std::set<std::string> paths{options.path};
-    for (const Registration& each : readRegistrations())
-        if (each.path && each.problem.empty())
-            paths.insert(*each.path);
-    std::set<std::optional<std::uint32_t>> used;
-    for (const std::string& path : paths) {
-        const auto probe = doctor::probePlugin(path, options.limit);
-        // A plug-in whose refresh fails may have devices that it does not list now.
-        if (!probe.done || probe.failedStep == doctor::Step::Refresh)
-            throw Questionable("no number is known to be free: '", path,
-                               "' does not work; 'vykeldev doctor' says why");
-        used.insert(probe.deviceNumbers.begin(), probe.deviceNumbers.end());
-    }
-    std::vector<std::string> numbers;
-    for (std::uint32_t number = 0; numbers.size() < count; ++number)
-        if (used.count(number) == 0)
-            numbers.push_back(std::to_string(number));
-    return numbers;
 }
 
 /// One run over the rules.
@@ -122,13 +94,10 @@ private:
     Result check(const Rule& rule) {
         try {
             const vykel::FileStream lock = rule.alters() ? lockMachine(rule.lock) : nullptr;
-            std::vector<std::string> freeNumbers;
-            if (options.numberDevices && rule.check == checkNumberKept)
-                freeNumbers = findFreeNumbers(options);
             std::optional<StopRequest> stopRequest;
             if (rule.alters())
                 stopRequest.emplace();
-            Account account = runOnce(rule, Stage::First, freeNumbers);
+            Account account = runOnce(rule, Stage::First, {});
             if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
                 runSecond(rule, account);
             collected.stopped = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
@@ -171,7 +140,7 @@ private:
         } else if (isBroken(outcome)) {
             first.observed += "; then, in a new process, " + second.observed;
         }
-        if (!rule.alters() || second.putBack || first.notes.at(1).empty())
+        if (!rule.alters() || second.putBack)
             return;
         const std::string lost = "the old one of the device " + first.notes.at(0) + ", '" +
                                  first.notes.at(1) + "', could not be put back";

@@ -15,7 +15,6 @@ struct RunOptions {
     std::chrono::milliseconds limit{0}; ///< A rule must begin another call within this time.
     bool quiet = false;                  ///< Shows no progress.
     bool readOnly = false;               ///< Leaves out rules that alter what the plug-in keeps.
-    bool numberDevices = false;          ///< Gives some devices without a number one for good.
     std::vector<std::string> rules;      ///< Only these, and those that they need; all when empty.
 };
 
