@@ -60,18 +60,15 @@ void to_json(Json& json, const LockState& lock) {
     json = {{"path", lock.path}, {"state", lock.state}, {"secondsWaited", lock.secondsWaited}};
 }
 
-void to_json(Json& json, const LegacyState& legacy) {
-    json = {{"path", legacy.path}, {"state", legacy.state}, {"layout", textOrNull(legacy.layout)}};
+void to_json(Json& json, const LegacyLine& line) {
+    json = {{"line", line.number}, {"text", line.text}};
 }
 
-Json registrationsToJson(const Report& report) {
-    Json array = Json::array();
-    for (const PluginAccount& plugin : report.plugins)
-        array.push_back({{"name", plugin.name},
-                         {"type", plugin.valueType},
-                         {"bytes", plugin.valueBytes},
-                         {"path", orNull(plugin.path)}});
-    return array;
+void to_json(Json& json, const LegacyState& legacy) {
+    json = {{"path", legacy.path},
+            {"state", legacy.state},
+            {"layout", textOrNull(legacy.layout)},
+            {"aliasLines", legacy.aliasLines}};
 }
 
 void to_json(Json& json, const Report& report) {

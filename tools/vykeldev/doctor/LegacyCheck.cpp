@@ -1,6 +1,7 @@
 #include "aliases/LegacyFile.h"
 #include "doctor/Checks.h"
 #include "doctor/Findings.h"
+#include "doctor/LegacyExcerpt.h"
 #include "ini/IniWriter.h"
 #include "platform/System.h"
 #include "support/Files.h"
@@ -132,7 +133,7 @@ void checkLegacyFile(Report& report, bool folderWritable) {
                                             : "reading it gives " + std::to_string(file.result));
     } else {
         state.state = "read";
-        state.bytes = std::move(bytes);
+        state.aliasLines = aliasLinesOf(bytes);
         const bool byName = vykel::aliasLayoutOf(&file.document()) == vykel::AliasLayout::ByResourceName;
         state.layout = byName ? "resource names" : "tokens";
         checkContent(file, findings, savingTrouble(state.path, folderWritable));

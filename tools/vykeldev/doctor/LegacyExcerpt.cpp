@@ -22,23 +22,24 @@ std::size_t lengthOfLine(std::string_view file, std::size_t begin) {
 
 } // namespace
 
-LegacyExcerpt::LegacyExcerpt(const std::string& file) {
+std::vector<LegacyLine> aliasLinesOf(const std::string& file) {
     constexpr std::string_view mark = "\xEF\xBB\xBF";
+    std::vector<LegacyLine> kept;
     std::size_t at = file.compare(0, mark.size(), mark) == 0 ? mark.size() : 0;
-    bool isKept = false;
+    bool isAliases = false;
     for (int number = 1; at < file.size(); ++number) {
-        const std::string line = file.substr(at, lengthOfLine(file, at));
-        at += line.size();
+        const std::size_t length = lengthOfLine(file, at);
+        const std::string line = file.substr(at, std::min(file.find_first_of(lineEnds, at) - at, length));
+        at += length;
         const std::size_t first = line.find_first_not_of(blanks);
-        if (first != std::string::npos && line[first] == '[') // also one without its end
-            isKept = aliases::isAliasSection(line.substr(first + 1, line.find(']') - first - 1));
-        if (isKept || first == std::string::npos) {
-            text += line;
+        if (first == std::string::npos)
             continue;
-        }
-        leftOut.insert(number);
-        text += "; left out" + line.substr(std::min(line.find_first_of(lineEnds), line.size()));
+        if (line[first] == '[') // also one without its end
+            isAliases = aliases::isAliasSection(line.substr(first + 1, line.find(']') - first - 1));
+        if (isAliases)
+            kept.push_back({number, line});
     }
+    return kept;
 }
 
 } // namespace vykeldev::doctor

@@ -40,7 +40,6 @@ void checkValue(PluginAccount& plugin, Findings& findings) {
     if (error != ERROR_SUCCESS && error != ERROR_MORE_DATA)
         return;
     plugin.valueType = type;
-    plugin.valueBytes = bytes;
     if (type != REG_SZ)
         findings.push_back(
             {&finding::valueType, plugin.name, concat("the value's type is ", type, typeName(type))});

@@ -48,7 +48,6 @@ struct PluginAccount {
     std::string name;
     std::optional<std::string> path; ///< None when the registry does not give it.
     std::uint32_t valueType = 0;
-    std::size_t valueBytes = 0;
     std::optional<LibraryImage> image; ///< What its file's headers say; none when they were not read.
     Outcome outcome = Outcome::Failed;
     std::optional<Step> failedStep; ///< None when it loaded.
@@ -66,13 +65,19 @@ struct LockState {
     double secondsWaited = 0;
 };
 
+/// A line of the legacy alias file.
+struct LegacyLine {
+    int number; ///< From 1.
+    std::string text;
+};
+
 /// The legacy alias file.
 struct LegacyState {
     std::string path;
     /// "none", "read", "unreadable", or "not read": its lock was not free, or it is a link.
     std::string state = "none";
     std::string layout; ///< "resource names" or "tokens"; empty when it was not read.
-    std::string bytes;  ///< Its content, when it was read.
+    std::vector<LegacyLine> aliasLines;
 };
 
 /// Which releases are at work here.
@@ -104,10 +109,6 @@ struct Report {
 };
 
 void to_json(Json& json, const Report& report);
-void to_json(Json& json, const Versions& versions);
-void to_json(Json& json, const LockState& lock);
-/// Only the registrations, as they are in the registry.
-Json registrationsToJson(const Report& report);
 
 /// For people; in colour when told so.
 void printReport(std::ostream& out, const Report& report, bool colour);

@@ -1,7 +1,5 @@
 #include "support/Files.h"
 
-#include "support/DisplayText.h"
-#include "support/Failure.h"
 #include "support/Text.h"
 
 namespace vykeldev {
@@ -32,22 +30,6 @@ DWORD readFile(const std::string& path, std::string& bytes) {
     const DWORD error = isRead ? ERROR_SUCCESS : GetLastError();
     bytes.resize(isRead ? done : 0);
     return error;
-}
-
-void writeFile(const std::string& path, std::string_view bytes, bool replace) {
-    FileHandle file = openFile(path, GENERIC_WRITE, replace ? CREATE_ALWAYS : CREATE_NEW);
-    DWORD done = 0;
-    if (file && WriteFile(file.get(), bytes.data(), static_cast<DWORD>(bytes.size()), &done, nullptr) &&
-        done == bytes.size())
-        return;
-    const DWORD error = GetLastError();
-    if (file) { // leave no half of a file
-        file.reset();
-        DeleteFileW(toWide(path).c_str());
-    } else if (error == ERROR_FILE_EXISTS) {
-        throw Failure("'" + printable(path) + "' exists already", "", "Give another name, or --force.");
-    }
-    throw systemFailure("writing '" + printable(path) + "'", error, "Give a name in another folder.");
 }
 
 } // namespace vykeldev

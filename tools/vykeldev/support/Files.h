@@ -3,7 +3,6 @@
 
 #include "vybase/owners.h"
 #include <string>
-#include <string_view>
 #include <windows.h>
 
 /// Whole files by their UTF-8 paths.
@@ -18,10 +17,6 @@ FileHandle openFile(const std::string& path, DWORD access, DWORD disposition);
 /// Reads a file of at most 256 MB into `bytes`, which is empty before and stays so when that fails. Returns
 /// the system's error; 0 is success.
 DWORD readFile(const std::string& path, std::string& bytes);
-
-/// Writes a new file, or with `replace` also over an existing one. Throws Failure, also when the file exists
-/// and `replace` is false.
-void writeFile(const std::string& path, std::string_view bytes, bool replace);
 
 } // namespace vykeldev
 
