@@ -124,8 +124,7 @@ Verdict judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
     return {refused               ? &finding::pluginRefused
             : probe.deviceRefused ? &finding::deviceRefused
                                   : &finding::refreshFailed,
-            step, describe(*probe.error) + (probe.place.empty() ? "" : "; the plug-in names " + probe.place),
-            probe.remedy};
+            step, describe(*probe.error) + probe.origin};
 }
 
 /// A child that ended before all steps were done, or badly after them.

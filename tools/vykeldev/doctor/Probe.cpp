@@ -110,10 +110,10 @@ bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*
 }
 
 /// Refreshes once more, because the library's blocks have no room for what a plug-in says beside its code.
-void askForPlace(vykel::IDeviceList& list, Reporter& reporter) {
+void askForOrigin(vykel::IDeviceList& list, Reporter& reporter) {
     vykel::StatusBlock block = vykel::makeStatusBlock();
     vykel::callPlugin([&] { list.refresh(&block); });
-    reporter.report({{"place", placeIn(block)}, {"remedy", sampleRemedy(block)}});
+    reporter.report({{"origin", originText(block)}});
 }
 
 void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listDevices, Reporter& reporter) {
@@ -150,7 +150,7 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listD
         reporter.report({{"deviceRefused", true}});
     reporter.report({{"error", {{"code", code}, {"document", ""}}}});
     if (!isRefused && duration < slow)
-        askForPlace(*list, reporter);
+        askForOrigin(*list, reporter);
 }
 
 void take(const Json& line, ProbeResult& result) {
@@ -171,8 +171,7 @@ void take(const Json& line, ProbeResult& result) {
             result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
     result.listMissing = line.value("listMissing", result.listMissing);
     result.deviceRefused = line.value("deviceRefused", result.deviceRefused);
-    result.place = line.value("place", result.place);
-    result.remedy = line.value("remedy", result.remedy);
+    result.origin = line.value("origin", result.origin);
     result.done = line.value("done", result.done);
 }
 

@@ -24,8 +24,7 @@ struct ProbeResult {
     std::optional<std::string> thrown; ///< this was thrown
     bool listMissing = false;          ///< success was reported without a list
     bool deviceRefused = false;        ///< `error` is that of a device; the refresh itself succeeded
-    std::string place;                 ///< file and line that the plug-in names with `error`, if any
-    std::string remedy;                ///< of `error`, where it is known; otherwise empty
+    std::string origin;                ///< of `error`, see originText
     bool done = false;                 ///< everything was unloaded again
     std::vector<std::optional<std::uint32_t>> deviceNumbers;
     Json deviceList = Json::array(); ///< token, number and alias of each, when asked for

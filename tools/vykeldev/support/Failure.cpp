@@ -102,10 +102,9 @@ void printFailure(std::ostream& out, const std::string& label, const Failure& fa
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
     const Explanation& explanation = explain(action, status.code);
-    const std::string remedy = sampleRemedy(status);
     return {action + " failed with " + std::to_string(status.code) + " (" + explanation.name + ")",
             explanation.meaning,
-            remedy.empty() ? explanation.remedy : remedy,
+            explanation.remedy,
             status.code,
             explanation.name,
             placeIn(status)};

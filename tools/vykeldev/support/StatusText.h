@@ -11,11 +11,7 @@ namespace vykeldev {
 /// File and line, as in "left.devices:3". In a plug-in's block they may be those of its own data.
 std::string placeIn(const vykel::StatusBlock& status);
 
-/// What to do about an error of the sample plug-in; a block has no room for a plug-in's own words.
-std::string sampleRemedy(const vykel::StatusBlock& status);
-
-/// Both, for the end of a sentence, as in "; the plug-in names left.devices:3. Correct this line of the
-/// file."
+/// The same for the end of a sentence, as in "; the plug-in names left.devices:3".
 std::string originText(const vykel::StatusBlock& status);
 
 } // namespace vykeldev
