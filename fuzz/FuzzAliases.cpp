@@ -1,6 +1,6 @@
 // The legacy alias file: what the preview says of any file is what the transfer then does. Each of the first
 // four bytes makes a device, the rest is the file.
-#include "aliases/Preview.h"
+#include "child/Preview.h"
 #include "errors/Exception.h"
 #include "Fuzz.h"
 #include "support/IniModel.h"

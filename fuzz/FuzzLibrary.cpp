@@ -1,7 +1,7 @@
 // The headers of a library file, as doctor reads them: any bytes may be read. Every name that is reported
 // must be in the file, and no input may take long (scripts/fuzz sets the limit).
-#include "doctor/LibraryImage.h"
 #include "Fuzz.h"
+#include "machine/LibraryImage.h"
 #include <algorithm>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

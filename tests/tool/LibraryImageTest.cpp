@@ -1,4 +1,4 @@
-#include "doctor/LibraryImage.h"
+#include "machine/LibraryImage.h"
 #include <gtest/gtest.h>
 
 namespace vykeldev::doctor {

@@ -1,15 +1,15 @@
 #include "Application.h"
 
-#include "aliases/PreviewTask.h"
 #include "check/StageRun.h"
+#include "child/DeviceTask.h"
+#include "child/Enumerator.h"
+#include "child/PreviewTask.h"
+#include "child/Probe.h"
 #include "commands/Commands.h"
-#include "commands/DeviceTask.h"
-#include "doctor/Probe.h"
-#include "platform/Console.h"
-#include "support/DisplayText.h"
-#include "support/Enumerator.h"
-#include "support/JsonFailure.h"
-#include "support/Text.h"
+#include "output/JsonFailure.h"
+#include "system/Console.h"
+#include "system/DisplayText.h"
+#include "system/Text.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <new>

@@ -1,5 +1,5 @@
 #include "Application.h"
-#include "platform/Console.h"
+#include "system/Console.h"
 
 int main(int argc, char** argv) {
     return vykeldev::runApplication(vykeldev::commandLineArguments(argc, argv));

@@ -139,7 +139,7 @@ inline constexpr FindingKind {camel_case(entry.id)}{{
     return f"""#ifndef VYKELDEV_DOCTOR_FINDINGS_H
 #define VYKELDEV_DOCTOR_FINDINGS_H
 
-#include "doctor/Finding.h"
+#include "machine/Finding.h"
 
 /// Everything that the doctor can find.
 namespace vykeldev::doctor::finding {{
@@ -179,7 +179,7 @@ def rules_header(page: str) -> str:
     return f"""#ifndef VYKELDEV_CHECK_CHECKS_H
 #define VYKELDEV_CHECK_CHECKS_H
 
-#include "check/Rule.h"
+#include "check/Rules.h"
 
 /// The check of each rule, named like the rule, and the table of the rules.
 namespace vykeldev::check {{

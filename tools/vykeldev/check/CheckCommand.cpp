@@ -2,10 +2,10 @@
 #include "check/Report.h"
 #include "check/Runner.h"
 #include "commands/Commands.h"
-#include "support/DisplayText.h"
-#include "support/JsonFailure.h"
-#include "support/NumberRange.h"
-#include "support/Paths.h"
+#include "output/JsonFailure.h"
+#include "output/NumberRange.h"
+#include "system/DisplayText.h"
+#include "system/Paths.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>

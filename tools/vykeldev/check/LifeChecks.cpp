@@ -1,6 +1,6 @@
 #include "check/Checks.h"
 #include "check/Session.h"
-#include "platform/Process.h"
+#include "system/Process.h"
 #include <chrono>
 #include <functional>
 #include <future>

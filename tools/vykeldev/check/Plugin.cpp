@@ -1,10 +1,10 @@
 #include "check/Plugin.h"
 
-#include "doctor/Dependencies.h"
-#include "platform/Process.h"
-#include "support/DisplayText.h"
-#include "support/Failure.h"
-#include "support/Text.h"
+#include "machine/Dependencies.h"
+#include "system/DisplayText.h"
+#include "system/Failure.h"
+#include "system/Process.h"
+#include "system/Text.h"
 #include <cstring>
 
 namespace vykeldev::check {

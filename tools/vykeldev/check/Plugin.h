@@ -1,9 +1,9 @@
 #ifndef VYKELDEV_CHECK_PLUGIN_H
 #define VYKELDEV_CHECK_PLUGIN_H
 
-#include "check/Rule.h"
+#include "check/Rules.h"
 #include "check/Trace.h"
-#include "support/StatusText.h"
+#include "system/StatusText.h"
 #include "vykel/PluginEntryPoints.h"
 #include "vytpl/NonCopyable.h"
 #include <cstdint>

@@ -1,6 +1,6 @@
 #include "check/Report.h"
 
-#include "support/DisplayText.h"
+#include "system/DisplayText.h"
 #include <iomanip>
 #include <ostream>
 

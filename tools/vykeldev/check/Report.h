@@ -2,7 +2,7 @@
 #define VYKELDEV_CHECK_REPORT_H
 
 #include "check/Result.h"
-#include "support/Json.h"
+#include "output/Json.h"
 #include <iosfwd>
 
 namespace vykeldev::check {

@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_CHECK_RESULT_H
 #define VYKELDEV_CHECK_RESULT_H
 
-#include "check/Rule.h"
+#include "check/Rules.h"
 #include <algorithm>
 #include <chrono>
 #include <string>

@@ -1,12 +1,13 @@
 #include "check/Runner.h"
 
+#include "check/Checks.h"
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
+#include "machine/Locks.h"
+#include "output/Progress.h"
 #include "pellumkelddk/user/FileLock.h"
-#include "platform/Console.h"
-#include "support/BoundedLock.h"
-#include "support/Failure.h"
-#include "support/Progress.h"
+#include "system/Console.h"
+#include "system/Failure.h"
 #include <map>
 
 namespace vykeldev::check {

@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_CHECK_TRACE_H
 #define VYKELDEV_CHECK_TRACE_H
 
-#include "check/Rule.h"
+#include "check/Rules.h"
 #include "child/ChildTask.h"
 #include "vytpl/NonCopyable.h"
 #include <atomic>

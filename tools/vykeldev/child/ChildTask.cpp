@@ -1,6 +1,6 @@
 #include "child/ChildTask.h"
 
-#include "support/Text.h"
+#include "system/Text.h"
 #include <cstdio>
 #include <random>
 

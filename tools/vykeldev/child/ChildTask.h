@@ -2,9 +2,9 @@
 #define VYKELDEV_CHILD_CHILDTASK_H
 
 #include "child/LineSplitter.h"
-#include "platform/Process.h"
-#include "support/Failure.h"
-#include "support/Json.h"
+#include "output/Json.h"
+#include "system/Failure.h"
+#include "system/Process.h"
 #include <chrono>
 #include <functional>
 #include <initializer_list>

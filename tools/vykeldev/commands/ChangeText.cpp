@@ -1,7 +1,7 @@
 #include "commands/ChangeText.h"
 
-#include "support/DisplayText.h"
-#include "support/Json.h"
+#include "output/Json.h"
+#include "system/DisplayText.h"
 #include <algorithm>
 
 namespace vykeldev {

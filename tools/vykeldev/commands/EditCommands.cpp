@@ -1,7 +1,7 @@
+#include "child/DeviceClient.h"
 #include "commands/ChangeText.h"
 #include "commands/Commands.h"
-#include "commands/DeviceClient.h"
-#include "support/JsonFailure.h"
+#include "output/JsonFailure.h"
 #include "vykel/IDevice.h"
 #include <CLI/CLI.hpp>
 #include <iostream>

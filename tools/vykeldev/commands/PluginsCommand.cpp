@@ -1,8 +1,8 @@
 #include "commands/Commands.h"
 #include "doctor/Checks.h"
-#include "support/Json.h"
-#include "support/Registrations.h"
-#include "support/Table.h"
+#include "machine/Registrations.h"
+#include "output/Json.h"
+#include "output/Table.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>

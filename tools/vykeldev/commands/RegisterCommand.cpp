@@ -1,10 +1,10 @@
 #include "commands/Commands.h"
 #include "doctor/Checks.h"
-#include "support/DisplayText.h"
-#include "support/Failure.h"
-#include "support/Paths.h"
-#include "support/Registrations.h"
-#include "support/Setup.h"
+#include "machine/Registrations.h"
+#include "machine/Setup.h"
+#include "system/DisplayText.h"
+#include "system/Failure.h"
+#include "system/Paths.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>

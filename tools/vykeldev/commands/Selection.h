@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_COMMANDS_SELECTION_H
 #define VYKELDEV_COMMANDS_SELECTION_H
 
-#include "commands/Devices.h"
+#include "child/Devices.h"
 #include <optional>
 #include <string>
 #include <vector>

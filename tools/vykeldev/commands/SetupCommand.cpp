@@ -1,6 +1,6 @@
 #include "commands/Commands.h"
-#include "support/Json.h"
-#include "support/Setup.h"
+#include "machine/Setup.h"
+#include "output/Json.h"
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <iostream>

@@ -1,6 +1,6 @@
 #include "commands/Commands.h"
-#include "support/DisplayText.h"
-#include "support/Registrations.h"
+#include "machine/Registrations.h"
+#include "system/DisplayText.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>

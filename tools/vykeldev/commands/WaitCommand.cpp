@@ -1,7 +1,7 @@
+#include "child/DeviceClient.h"
 #include "commands/Commands.h"
-#include "commands/DeviceClient.h"
-#include "support/JsonFailure.h"
-#include "support/NumberRange.h"
+#include "output/JsonFailure.h"
+#include "output/NumberRange.h"
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <iostream>

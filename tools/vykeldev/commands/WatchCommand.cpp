@@ -1,10 +1,10 @@
+#include "child/DeviceClient.h"
 #include "commands/ChangeText.h"
 #include "commands/Commands.h"
-#include "commands/DeviceClient.h"
 #include "commands/FormatOption.h"
-#include "support/DisplayText.h"
-#include "support/JsonFailure.h"
-#include "support/NumberRange.h"
+#include "output/JsonFailure.h"
+#include "output/NumberRange.h"
+#include "system/DisplayText.h"
 #include <CLI/CLI.hpp>
 #include <cstdint>
 #include <iostream>

@@ -2,7 +2,7 @@
 #define VYKELDEV_DOCTOR_CHECKS_H
 
 #include "doctor/Report.h"
-#include "support/Progress.h"
+#include "output/Progress.h"
 #include <chrono>
 #include <cstdint>
 #include <optional>

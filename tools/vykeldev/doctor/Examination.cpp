@@ -1,13 +1,13 @@
+#include "child/Probe.h"
 #include "doctor/Checks.h"
-#include "doctor/Dependencies.h"
-#include "doctor/Findings.h"
-#include "doctor/Probe.h"
-#include "platform/Loader.h"
-#include "platform/System.h"
-#include "support/Failure.h"
-#include "support/Files.h"
-#include "support/Paths.h"
-#include "support/Text.h"
+#include "machine/Dependencies.h"
+#include "machine/Findings.h"
+#include "system/Failure.h"
+#include "system/Files.h"
+#include "system/Loader.h"
+#include "system/Paths.h"
+#include "system/System.h"
+#include "system/Text.h"
 
 namespace vykeldev::doctor {
 namespace {

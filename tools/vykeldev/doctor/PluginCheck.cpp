@@ -1,11 +1,11 @@
 #include "doctor/Checks.h"
-#include "doctor/Findings.h"
 #include "errors/Exception.h"
-#include "platform/System.h"
+#include "machine/Findings.h"
 #include "PluginRegistrations.h"
-#include "support/Failure.h"
-#include "support/Paths.h"
-#include "support/Text.h"
+#include "system/Failure.h"
+#include "system/Paths.h"
+#include "system/System.h"
+#include "system/Text.h"
 #include "vysys/windowsRegistry.h"
 #include <map>
 #include <set>

@@ -1,9 +1,9 @@
 #ifndef VYKELDEV_DOCTOR_REPORT_H
 #define VYKELDEV_DOCTOR_REPORT_H
 
-#include "doctor/Finding.h"
-#include "doctor/LibraryImage.h"
-#include "support/LibraryError.h"
+#include "machine/Finding.h"
+#include "machine/LibraryError.h"
+#include "machine/LibraryImage.h"
 #include <algorithm>
 #include <cstdint>
 #include <iosfwd>

@@ -1,6 +1,6 @@
 #include "doctor/Report.h"
-#include "support/DisplayText.h"
-#include "support/Table.h"
+#include "output/Table.h"
+#include "system/DisplayText.h"
 #include <ostream>
 
 namespace vykeldev::doctor {

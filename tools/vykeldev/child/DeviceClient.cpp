@@ -1,0 +1,132 @@
+#include "child/DeviceClient.h"
+
+#include "ConfigurationFolder.h"
+#include "errors/Exception.h"
+#include "machine/Cause.h"
+#include "machine/Locks.h"
+#include "output/JsonFailure.h"
+#include "system/DisplayText.h"
+#include <algorithm>
+#include <iostream>
+#include <utility>
+
+namespace vykeldev {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds betweenLooks(50); // at Ctrl-C and at obstacles
+constexpr milliseconds shortWork(250);
+constexpr std::chrono::seconds patience(2);
+constexpr const char* lostReading = "a reading of the devices";
+
+/// A failure with its cause on this machine, or null.
+Json explained(const Json& failure) {
+    return failure.is_null() ? failure : Json(doctor::withCause(failureFrom(failure)));
+}
+
+/// The path of a lock file that is locked, or an empty text.
+std::string heldLock() {
+    try {
+        for (const char* const name : {"DeviceList.lck", "vykel.lck"})
+            if (std::string path = vykel::getConfigurationFolder() + name; isLocked(path))
+                return path;
+    } catch (const vyerr::Exception&) {
+        // There is no such folder, so there is no lock.
+    }
+    return {};
+}
+
+} // namespace
+
+DeviceClient::DeviceClient(const DeviceRequest& request, const Context& context)
+    : showsObstacle(!context.quiet && (context.verbose || isErrorTerminal())),
+      child(deviceTask,
+            {request.library, std::to_string(request.minVersion), std::to_string(request.tokenFormat),
+             std::to_string(request.enough), std::to_string(request.interval),
+             textOf(orNull(request.edit), -1)},
+            [this](const Json& report) { take(report); }) {}
+
+DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
+    for (;;) {
+        if (std::exchange(isNew, false))
+            return Event::Read;
+        if (!failed.is_null())
+            throw failureFrom(failed);
+        if (isDone)
+            return Event::Done;
+        if (!isRunning)
+            throw child.endFailure();
+        if (stop.waitFor(milliseconds(0)))
+            return Event::Stopped;
+        const Clock::time_point now = Clock::now();
+        if (now >= deadline)
+            return Event::TimeOver;
+        const Clock::duration left = std::min<Clock::duration>(deadline - now, betweenLooks);
+        isRunning = child.listen(std::chrono::ceil<milliseconds>(left));
+        showObstacle();
+    }
+}
+
+void DeviceClient::await(Event wanted, Clock::time_point deadline) {
+    const Event event = next(deadline);
+    if (event == Event::Stopped)
+        throw Failure("asked to end before there was a result", "", "");
+    if (event == Event::Done && wanted != Event::Done)
+        throw TaskRun::lostReport(lostReading);
+    if (event != wanted) {
+        const std::string cause = obstacle();
+        throw Failure("time is over" + (cause.empty() ? cause : ": " + cause), "",
+                      "Run 'vykeldev doctor': it names the plug-in, or the lock that is held. Or give more "
+                      "time with --timeout.");
+    }
+}
+
+std::string DeviceClient::obstacle() const {
+    if (child.step().empty() || Clock::now() - lastReport < shortWork)
+        return {};
+    const std::string lock = heldLock();
+    return lock.empty() ? "a plug-in is at work (" + child.step() + ")"
+                        : "'" + printable(lock) + "' is locked, by another client or a plug-in in this one";
+}
+
+void DeviceClient::take(const Json& report) {
+    lastReport = Clock::now();
+    if (report.contains("device"))
+        pending.push_back(report["device"].get<DeviceInfo>());
+    if (report.contains("count")) {
+        if (report["sent"] != pending.size())
+            failed = TaskRun::lostReport(lostReading);
+        lastReading = {report["count"], std::exchange(pending, {}), explained(report["failure"])};
+        isNew = failed.is_null();
+    }
+    if (report.contains("change"))
+        edited.push_back({report["change"], report["before"], report["now"]});
+    if (report.contains("failed"))
+        failed = explained(report["failed"]);
+    if (report.contains("done")) {
+        isDone = true;
+        if (report["done"] != edited.size())
+            failed = TaskRun::lostReport("the report of a change, which 'vykeldev list' shows,");
+    }
+}
+
+void DeviceClient::showObstacle() {
+    if (!showsObstacle || Clock::now() - std::max(lastReport, lastLook) < patience)
+        return;
+    lastLook = Clock::now();
+    const std::string text = obstacle();
+    if (!text.empty() && text != shownObstacle)
+        std::cerr << "vykeldev: waiting: " << text << '\n';
+    shownObstacle = text;
+}
+
+DeviceClient::Clock::time_point timeAfter(double seconds) {
+    constexpr double longest = 1e9; // a clock's count has an end
+    return seconds < longest
+               ? DeviceClient::Clock::now() + std::chrono::duration_cast<DeviceClient::Clock::duration>(
+                                                  std::chrono::duration<double>(seconds))
+               : DeviceClient::Clock::time_point::max();
+}
+
+} // namespace vykeldev

@@ -1,0 +1,79 @@
+#ifndef VYKELDEV_CHILD_DEVICECLIENT_H
+#define VYKELDEV_CHILD_DEVICECLIENT_H
+
+#include "child/ChildTask.h"
+#include "child/Devices.h"
+#include "child/DeviceTask.h"
+#include "commands/Commands.h"
+#include "system/Console.h"
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace vykeldev {
+
+/// What a client of the library saw when it last looked.
+struct Reading {
+    std::uint32_t count = 0;         ///< Of all devices, those of lower versions, too.
+    std::vector<DeviceInfo> devices; ///< As the request asks.
+    Json failure;                    ///< Why the devices may not be up to date (JsonFailure.h), or null.
+};
+
+/// A client of the library at work in a child process, so that no plug-in can harm this process. The client
+/// is killed when this object ends before it; the library allows that at any time. While it lives, Ctrl-C
+/// only asks to end. One thread.
+class DeviceClient {
+public:
+    using Clock = std::chrono::steady_clock;
+
+    /// Starts the client. When it is blocked for two seconds, standard error says by what: on a terminal, or
+    /// when the user asked for it. Throws Failure.
+    DeviceClient(const DeviceRequest& request, const Context& context);
+
+    enum class Event {
+        Read,     ///< There is a new reading.
+        Done,     ///< There were enough devices, and all plug-ins are unloaded.
+        TimeOver, ///< Nothing happened before the deadline.
+        Stopped   ///< This process was asked to end.
+    };
+    /// Waits for what happens next. Throws Failure when the client failed, or a plug-in ended it.
+    Event next(Clock::time_point deadline);
+
+    /// Waits for `wanted`. Throws Failure also when another event comes first.
+    void await(Event wanted, Clock::time_point deadline);
+
+    /// The last reading.
+    const Reading& reading() const noexcept { return lastReading; }
+
+    /// What an edit has done.
+    const std::vector<DeviceChange>& changes() const noexcept { return edited; }
+
+    /// What has blocked the client for a while, as far as this process can see; empty when nothing has.
+    std::string obstacle() const;
+
+private:
+    void take(const Json& report);
+    void showObstacle();
+
+    StopRequest stop;
+    const bool showsObstacle;
+    std::string shownObstacle;
+    Clock::time_point lastReport = Clock::now();
+    Clock::time_point lastLook = lastReport; ///< For an obstacle to show.
+    std::vector<DeviceInfo> pending;         ///< The beginning of the next reading.
+    Reading lastReading;
+    std::vector<DeviceChange> edited;
+    bool isNew = false; ///< The last reading.
+    bool isDone = false;
+    bool isRunning = true;
+    Json failed;
+    TaskRun child;
+};
+
+/// The time in so many seconds; infinity is allowed.
+DeviceClient::Clock::time_point timeAfter(double seconds);
+
+} // namespace vykeldev
+
+#endif

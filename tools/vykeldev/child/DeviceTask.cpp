@@ -1,0 +1,124 @@
+#include "child/DeviceTask.h"
+
+#include "child/Devices.h"
+#include "child/Enumerator.h"
+#include "output/JsonFailure.h"
+#include <thread>
+
+namespace vykeldev {
+namespace {
+
+/// The exception that is being handled, which a list let out: when it explains nothing, it is a plug-in's.
+Failure listFailure() {
+    try {
+        throw;
+    } catch (const Failure& failure) {
+        return failure;
+    } catch (...) {
+        Failure failure = currentFailure();
+        if (!failure.remedy.empty())
+            return failure;
+        return {std::string("a plug-in let an exception out: ") + failure.what(),
+                "It does so in every client, and ends those that do not catch it.",
+                "Run 'vykeldev doctor': it names the plug-in."};
+    }
+}
+
+/// Refreshes a list that is stale and reads it, also when the refresh failed; other processes change numbers
+/// and aliases also of a list that is not stale. Throws what plug-ins throw, and Failure.
+Json look(vykel::IDeviceList& list, const DeviceRequest& request) {
+    Json reading = {{"devices", Json::array()}, {"failure", nullptr}};
+    vykel::StatusBlock status = vykel::makeStatusBlock();
+    if (list.isStale())
+        list.refresh(&status);
+    if (status.code < 0)
+        reading["failure"] = statusFailure("refreshing the devices", status);
+    if (request.tokenFormat != 0)
+        reading["devices"] = readDevices(list, request.minVersion, request.tokenFormat);
+    reading["count"] = list.getCount();
+    return reading;
+}
+
+/// A device a line, because long lines are cut off.
+void report(const Json& reading, Reporter& reporter) {
+    for (const Json& device : reading["devices"])
+        reporter.report({{"device", device}});
+    reporter.report({{"count", reading["count"]},
+                     {"sent", reading["devices"].size()},
+                     {"failure", reading["failure"]},
+                     {"step", ""}});
+}
+
+/// Returns the failure of the last refresh, or null.
+Json readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
+    for (Json last;;) {
+        reporter.beginStep("refreshing the devices");
+        Json now;
+        try {
+            now = look(list, request);
+        } catch (...) {
+            if (last.is_null())
+                throw;
+            now = last; // the trouble may pass
+            now["failure"] = listFailure();
+        }
+        if (now != last)
+            report(now, reporter);
+        last = std::move(now);
+        if (last["count"] >= request.enough)
+            return last["failure"];
+        reporter.beginStep("");
+        std::this_thread::sleep_for(std::chrono::duration<double>(request.interval));
+    }
+}
+
+/// Returns how many changes it has reported.
+std::size_t useList(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
+    const Json failure = readUntilEnough(list, request, reporter);
+    if (request.edit && !failure.is_null())
+        throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
+    std::size_t changes = 0;
+    if (request.edit)
+        editDevices(list, *request.edit, [&](const DeviceChange& change) {
+            reporter.report({{"change", change.kind}, {"before", change.before}, {"now", change.now}});
+            ++changes;
+        });
+    return changes;
+}
+
+/// As useList.
+std::size_t serve(const DeviceRequest& request, Reporter& reporter) {
+    reporter.beginStep("loading the plug-ins");
+    const Enumerator enumerator(request.library);
+    const DeviceListHandle list = enumerator.makeList();
+    try {
+        const std::size_t changes = useList(*list, request, reporter);
+        reporter.beginStep("unloading the plug-ins");
+        return changes;
+    } catch (...) {
+        throw listFailure(); // a plug-in's exception must not outlive its plug-in's code
+    }
+}
+
+/// The child's side.
+void run(const std::vector<std::string>& arguments, Reporter& reporter) {
+    try {
+        const auto number = [&](std::size_t i) {
+            return static_cast<std::uint32_t>(std::stoul(arguments.at(i)));
+        };
+        const Json edit = Json::parse(arguments.at(5));
+        const std::size_t changes = serve(
+            {arguments.at(0), std::stoi(arguments.at(1)), number(2), number(3), std::stod(arguments.at(4)),
+             edit.is_null() ? std::nullopt : std::optional(edit.get<DeviceEdit>())},
+            reporter);
+        reporter.report({{"done", changes}});
+    } catch (...) {
+        reporter.report({{"failed", currentFailure()}});
+    }
+}
+
+} // namespace
+
+const ChildTask deviceTask = {"devices", run};
+
+} // namespace vykeldev

@@ -1,0 +1,59 @@
+#include "child/Enumerator.h"
+
+#include "system/DisplayText.h"
+#include "system/Failure.h"
+#include "system/Paths.h"
+#include "system/System.h"
+#include "system/Text.h"
+
+namespace vykeldev {
+
+std::string defaultLibraryPath() {
+    WideString path(32768, 0); // no path is longer
+    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
+    if (length == 0 || length >= path.size()) // a library in the working folder could be anybody's
+        throw systemFailure("finding the folder of this tool", GetLastError(),
+                            "Give the path of the library with --library.");
+    path.resize(length);
+    const std::string tool = toUtf8(path);
+    return tool.substr(0, tool.find_last_of("\\/") + 1) + libraryFileName;
+}
+
+template <class Function>
+Function* Enumerator::resolve(const char* name) const {
+    const FARPROC address = GetProcAddress(module.get(), name);
+    if (address == nullptr) {
+        throw systemFailure("finding '" + std::string(name) + "' in '" + printable(path) + "'",
+                            GetLastError(), "Give the path of a vykeldevenum library with --library.");
+    }
+    return reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(address));
+}
+
+Enumerator::Enumerator(const std::string& library) : path(absolutePath(library)) {
+    module.reset(LoadLibraryExW(toWide(path).c_str(), nullptr, 0));
+    if (!module) {
+        throw systemFailure(
+            "loading '" + printable(path) + "'", GetLastError(),
+            "Put the vykeldevenum library beside this tool, or give its path with --library.");
+    }
+    auto* const initialize = resolve<decltype(vykeldevenum_initialize)>("vykeldevenum_initialize");
+    getAllKelDevices = resolve<decltype(vykeldevenum_getAllKelDevices)>("vykeldevenum_getAllKelDevices");
+    finalize = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
+    const std::int32_t code = initialize();
+    if (code < 0)
+        throw statusFailure(initialization, code);
+}
+
+Enumerator::~Enumerator() {
+    finalize();
+}
+
+DeviceListHandle Enumerator::makeList() const {
+    vykel::IDeviceList* list = nullptr;
+    const std::int32_t code = getAllKelDevices(0, &list);
+    if (code < 0)
+        throw statusFailure("making a device list", code);
+    return DeviceListHandle(list);
+}
+
+} // namespace vykeldev

@@ -1,0 +1,47 @@
+#ifndef VYKELDEV_CHILD_ENUMERATOR_H
+#define VYKELDEV_CHILD_ENUMERATOR_H
+
+#include "vykel/vykeldevenum.h"
+#include <memory>
+#include <string>
+#include <windows.h>
+
+namespace vykeldev {
+
+/// Ends a list as its contract asks.
+struct ReleaseList {
+    void operator()(vykel::IDeviceList* list) const noexcept { list->release(); }
+};
+using DeviceListHandle = std::unique_ptr<vykel::IDeviceList, ReleaseList>;
+
+/// The path of the library beside this tool. Throws Failure when the system does not say where that is.
+std::string defaultLibraryPath();
+
+/// The device-enumeration library, loaded and initialised while this object lives. Lists must end before it.
+class Enumerator {
+public:
+    /// Loads the library at a path and initialises it. Throws Failure.
+    explicit Enumerator(const std::string& library);
+    ~Enumerator();
+    Enumerator(const Enumerator&) = delete;
+    Enumerator& operator=(const Enumerator&) = delete;
+
+    /// A new list of all devices, empty until it is refreshed. Throws Failure.
+    DeviceListHandle makeList() const;
+
+private:
+    struct FreeModule {
+        void operator()(HMODULE loaded) const noexcept { FreeLibrary(loaded); }
+    };
+    template <class Function>
+    Function* resolve(const char* name) const;
+
+    std::string path;
+    std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule> module;
+    decltype(vykeldevenum_getAllKelDevices)* getAllKelDevices = nullptr;
+    decltype(vykeldevenum_finalize)* finalize = nullptr;
+};
+
+} // namespace vykeldev
+
+#endif

@@ -1,0 +1,133 @@
+#include "child/PreviewTask.h"
+
+#include "child/Preview.h"
+#include "ConfigurationFolder.h"
+#include "machine/Locks.h"
+#include "output/JsonFailure.h"
+#include "pellumkelddk/user/FileLock.h"
+#include "system/DisplayText.h"
+#include "system/Paths.h"
+#include "system/System.h"
+#include "TraditionalAliasTransferManager.h"
+
+namespace vykeldev::aliases {
+namespace {
+
+constexpr const char* action = "previewing the transfer of aliases";
+
+const char* nameOf(Outcome outcome) noexcept {
+    static constexpr const char* names[] = {"moves",     "dropped",   "no-device", "not-local",
+                                            "unreached", "malformed", "blocked"};
+    return names[static_cast<std::size_t>(outcome)];
+}
+
+std::string unreachedText(const EntryPreview& entry) {
+    if (!entry.stays)
+        return "never used; removed with its section: " + entry.detail;
+    const bool later = entry.flaw == Flaw::Duplicate; // it counts once the other is gone
+    return (later ? "not used this time; stays: " : "never used; stays: ") + entry.detail;
+}
+
+std::string outcomeText(const EntryPreview& entry) {
+    const std::string device = "device KEL" + std::to_string(entry.device);
+    switch (entry.outcome) {
+    case Outcome::Moves:
+        return "moves to " + device +
+               (entry.stays ? "; stays because an entry of the same name is removed in its place" : "");
+    case Outcome::Dropped:
+        return device + " has an alias; dropped";
+    case Outcome::NoDevice:
+        return entry.stays ? "no matching device; stays"
+                           : "no matching device; removed because another entry of the same name was moved";
+    case Outcome::NotLocal:
+        return "not local; stays";
+    case Outcome::Unreached:
+        return unreachedText(entry);
+    case Outcome::Malformed:
+        return "malformed: " + entry.detail;
+    case Outcome::Blocked:
+        break;
+    }
+    return "waits until the malformed entries are corrected";
+}
+
+Json toJson(const EntryPreview& entry) {
+    return {{"line", entry.line},
+            {"alias", orNull(entry.alias)},
+            {"target", orNull(entry.target)},
+            {"outcome", nameOf(entry.outcome)},
+            {"device", numberOrNull(entry.device)},
+            {"detail", entry.detail.empty() ? Json() : Json(entry.detail)},
+            {"stays", entry.stays}};
+}
+
+/// Reports the entries, and returns the last report.
+Json report(const Preview& preview, Reporter& reporter) {
+    for (const EntryPreview& entry : preview.entries)
+        reporter.report({{"entry", toJson(entry)}, {"text", outcomeText(entry)}});
+    return {{"layout", preview.layout}, {"fails", preview.fails}, {"sent", preview.entries.size()}};
+}
+
+/// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
+/// transferred yet. Throws Failure when a transfer does not end, vyerr::Exception when the folder is unknown.
+vykel::FileStream pauseTransfers() {
+    const std::string path = vykel::getConfigurationFolder() + "vykel.lck";
+    vykel::FileStream stream(std::fopen(path.c_str(), "rb"));
+    if (stream)
+        lockOrThrow(stream.get(), path);
+    return stream;
+}
+
+LegacyFile readWhilePaused(const std::string& path) {
+    const vykel::FileStream pause = pauseTransfers();
+    return LegacyFile(path);
+}
+
+/// Whether there is a file. Throws Failure when it cannot be read.
+bool isRead(const LegacyFile& file, const std::string& path) {
+    const int result = file.result;
+    if (result == 0 || result == vyini::IniNoFile)
+        return result == 0;
+    const std::string what = "reading '" + printable(path) + "' failed with " + std::to_string(result);
+    const std::string meaning = "Every refresh leaves the file as it is and moves no alias.";
+    if (result == vyini::IniWideText)
+        throw Failure(what + ": it is UTF-16 or UTF-32", meaning, "Save it as UTF-8.");
+    if (isFolder(path))
+        throw Failure(what + ": it is a folder", meaning, "Move the folder away.");
+    throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
+}
+
+/// Returns the last report.
+Json showPreview(Reporter& reporter) {
+    const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
+    reporter.report({{"file", path}, {"link", linkText(path)}});
+    const LegacyFile file = readWhilePaused(path);
+    if (!isRead(file, path))
+        return {{"layout", nullptr}, {"fails", false}, {"sent", 0}};
+    reporter.beginStep("loading the plug-ins");
+    LoadedPlugins plugins;
+    try {
+        reporter.beginStep("refreshing the devices");
+        const PreviewDevices devices(plugins.manager);
+        Json last = report(previewTransfer(file, devices.table(), devices.all()), reporter);
+        reporter.beginStep("unloading the plug-ins");
+        return last;
+    } catch (...) {
+        throw currentFailure(action); // a plug-in's exception must not outlive its plug-in's code
+    }
+}
+
+/// The child's side.
+void run(const std::vector<std::string>&, Reporter& reporter) {
+    try {
+        reporter.report(showPreview(reporter)); // when the plug-ins are unloaded
+    } catch (...) {
+        reporter.report({{"failed", currentFailure(action)}});
+    }
+}
+
+} // namespace
+
+const ChildTask previewTask = {"aliases", run};
+
+} // namespace vykeldev::aliases

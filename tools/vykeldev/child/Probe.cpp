@@ -1,0 +1,210 @@
+#include "child/Probe.h"
+
+#include "DeviceLists.h"
+#include "errors/Exception.h"
+#include "machine/Findings.h"
+#include "PellumKelPlugin.h"
+#include "PluginCall.h"
+#include "system/DisplayText.h"
+#include "system/StatusText.h"
+#include "system/Text.h"
+#include "vykel/StatusBlock.h"
+#include <algorithm>
+#include <chrono>
+#include <exception>
+#include <map>
+#include <optional>
+#include <set>
+
+namespace vykeldev::doctor {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+constexpr std::chrono::seconds slow(2);
+
+void begin(Step step, Reporter& reporter) {
+    reporter.report({{"begun", step}});
+}
+
+/// Asks what clients and the library ask, and nobody here needs: a plug-in may fail at it.
+void askTheRest(const std::vector<vykel::IDevice*>& devices) {
+    vykel::callPlugin([&] {
+        for (vykel::IDevice* const device : devices) {
+            device->getVersion();
+            device->getSortKey();
+        }
+    });
+}
+
+/// Reports the numbers in several lines, because long lines are cut off.
+void reportNumbers(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
+    constexpr std::size_t numbersPerLine = 1000;
+    for (std::size_t begin = 0; begin < devices.size(); begin += numbersPerLine) {
+        const std::size_t end = std::min(begin + numbersPerLine, devices.size());
+        Json numbers = Json::array();
+        vykel::callPlugin([&] {
+            for (std::size_t i = begin; i < end; ++i) {
+                const std::uint32_t number = devices[i]->getNumber();
+                numbers.push_back(number == vykel::noDeviceNumber ? Json() : Json(number));
+            }
+        });
+        reporter.report({{"deviceNumbers", numbers}});
+    }
+}
+
+/// Reports token, number and alias of each device.
+void reportDevices(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
+    const auto textOrNull = [](const char* text) { return text != nullptr ? Json(text) : Json(); };
+    vykel::callPlugin([&] {
+        for (vykel::IDevice* const device : devices) {
+            Json account = {{"token", textOrNull(device->getPersistentToken(1))}};
+            account["number"] = numberOrNull(device->getNumber());
+            account["alias"] = textOrNull(device->getAlias());
+            reporter.reportCut({{"device", account}});
+        }
+    });
+}
+
+/// Reads tokens and aliases, for a second at most, because no client reads them all. Reports the first of
+/// each kind of finding about them.
+void checkTexts(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
+    constexpr std::uint32_t formats = 2;
+    std::map<std::string, std::size_t> holders[formats];
+    std::set<std::string> reported;
+    const auto report = [&](const FindingKind& kind, const std::string& detail) {
+        if (reported.insert(kind.id).second)
+            reporter.reportCut({{"oddity", kind.id}, {"detail", detail}});
+    };
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(1);
+    const auto checkText = [&](const char* text, const std::string& place) {
+        if (text != nullptr && !isUtf8(text))
+            report(finding::textNotUtf8, concat(place, " is '", printable(text), "'"));
+    };
+    vykel::callPlugin([&] {
+        for (std::size_t i = 0; i < devices.size() && Clock::now() < end; ++i) {
+            for (std::uint32_t format = 1; format <= formats; ++format) {
+                const std::string place = concat("the token of device ", i, " in format ", format);
+                const char* const token = devices[i]->getPersistentToken(format);
+                checkText(token, place);
+                if (token == nullptr) {
+                    report(finding::tokenMissing, place + " is null");
+                } else if (const auto [holder, isNew] = holders[format - 1].emplace(token, i); !isNew) {
+                    report(finding::tokenDuplicate, concat(place, " is also that of device ", holder->second,
+                                                           ": '", printable(token), "'"));
+                }
+            }
+            checkText(devices[i]->getAlias(), concat("the alias of device ", i));
+        }
+    });
+}
+
+/// After a collection that failed: whether a device was refused, and not the refresh.
+bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*>& devices) {
+    return !devices.empty() || vykel::callPlugin([&] {
+        vykel::StatusBlock block = vykel::makeStatusBlock();
+        if (list.getCount() > 0)
+            list.getDevice(0, 0, &block);
+        return block.code < 0;
+    });
+}
+
+/// Refreshes once more, because the library's blocks have no room for what a plug-in says beside its code.
+void askForOrigin(vykel::IDeviceList& list, Reporter& reporter) {
+    vykel::StatusBlock block = vykel::makeStatusBlock();
+    vykel::callPlugin([&] { list.refresh(&block); });
+    reporter.report({{"origin", originText(block)}});
+}
+
+void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listDevices, Reporter& reporter) {
+    begin(Step::Load, reporter);
+    plugin.loadLibrary();
+    begin(Step::EntryPoint, reporter);
+    plugin.resolveEntryPoints();
+    begin(Step::Initialise, reporter);
+    plugin.initialize();
+    begin(Step::List, reporter);
+    list = plugin.getInterface();
+    if (list == nullptr) {
+        reporter.report({{"listMissing", true}});
+        return;
+    }
+    begin(Step::Refresh, reporter);
+    std::vector<vykel::IDevice*> devices;
+    const auto start = Clock::now();
+    vykel::callPlugin([&] { list->isStale(); }); // as the library does before every refresh
+    const std::int32_t code = vykel::collectDevices(*list, devices);
+    const std::chrono::duration<double> duration = Clock::now() - start;
+    reportNumbers(devices, reporter);
+    askTheRest(devices);
+    if (listDevices)
+        reportDevices(devices, reporter);
+    if (duration > slow)
+        reporter.report({{"oddity", finding::refreshSlow.id},
+                         {"detail", concat("refreshing took ", duration.count(), " seconds")}});
+    checkTexts(devices, reporter);
+    if (code >= 0)
+        return;
+    const bool isRefused = isDeviceRefused(*list, devices);
+    if (isRefused)
+        reporter.report({{"deviceRefused", true}});
+    reporter.report({{"error", {{"code", code}, {"document", ""}}}});
+    if (!isRefused && duration < slow)
+        askForOrigin(*list, reporter);
+}
+
+void take(const Json& line, ProbeResult& result) {
+    result.step = line.value("begun", result.step);
+    if (line.contains("error") || line.contains("thrown") || line.contains("listMissing"))
+        result.failedStep = result.step;
+    if (line.contains("error"))
+        result.error = makeLibraryError(line["error"].at("code"), line["error"].at("document"));
+    if (line.contains("thrown"))
+        result.thrown = line["thrown"].get<std::string>();
+    for (const Json& number : line.value("deviceNumbers", Json::array()))
+        result.deviceNumbers.push_back(number.is_null() ? std::nullopt
+                                                        : std::optional(number.get<std::uint32_t>()));
+    if (line.contains("device"))
+        result.deviceList.push_back(line["device"]);
+    for (const FindingKind* const kind : finding::all)
+        if (kind->id == line.value("oddity", std::string()))
+            result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
+    result.listMissing = line.value("listMissing", result.listMissing);
+    result.deviceRefused = line.value("deviceRefused", result.deviceRefused);
+    result.origin = line.value("origin", result.origin);
+    result.done = line.value("done", result.done);
+}
+
+/// The child's side.
+void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
+    vykel::PellumKelPlugin plugin(arguments.at(0));
+    vykel::DeviceListPtr list;
+    try {
+        walk(plugin, list, arguments.size() > 1, reporter);
+    } catch (const vyerr::Exception& exception) {
+        reporter.reportCut(
+            {{"error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}}}});
+    } catch (const std::exception& exception) {
+        reporter.reportCut({{"thrown", exception.what()}});
+    }
+    begin(Step::Unload, reporter);
+    list.reset();
+    plugin.unload();
+    reporter.report({{"done", true}});
+}
+
+} // namespace
+
+const ChildTask probeTask = {"probe-plugin", probe};
+
+ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool listDevices) {
+    ProbeResult result;
+    std::vector<std::string> arguments{path};
+    if (listDevices)
+        arguments.emplace_back("devices");
+    TaskRun child(probeTask, arguments, [&result](const Json& report) { take(report, result); });
+    result.child = child.finish(limit, TaskRun::Limit::WholeTask);
+    return result;
+}
+
+} // namespace vykeldev::doctor

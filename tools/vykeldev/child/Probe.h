@@ -1,0 +1,41 @@
+#ifndef VYKELDEV_CHILD_PROBE_H
+#define VYKELDEV_CHILD_PROBE_H
+
+#include "child/ChildTask.h"
+#include "doctor/Report.h"
+#include <chrono>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+/// The probe of one plug-in: the library's own units load it, initialise it, ask it for a list, refresh the
+/// list and unload it, in a child process that reports each step before it begins. Whatever the plug-in does
+/// there, its parent knows how far it came.
+namespace vykeldev::doctor {
+
+extern const ChildTask probeTask;
+
+/// How far a plug-in came.
+struct ProbeResult {
+    Step step = Step::Load;            ///< the last one begun
+    std::optional<Step> failedStep;    ///< the one that failed, for one of the three reasons below
+    std::optional<LibraryError> error; ///< it failed with an error
+    std::optional<std::string> thrown; ///< this was thrown
+    bool listMissing = false;          ///< success was reported without a list
+    bool deviceRefused = false;        ///< `error` is that of a device; the refresh itself succeeded
+    std::string origin;                ///< of `error`, see originText
+    bool done = false;                 ///< everything was unloaded again
+    std::vector<std::optional<std::uint32_t>> deviceNumbers;
+    Json deviceList = Json::array(); ///< token, number and alias of each, when asked for
+    Findings oddities;               ///< of its devices; without a subject
+    ChildOutcome child;              ///< how the child ended
+};
+
+/// Probes a plug-in and gives it `limit` for that; lists its devices when asked to. Throws Failure when no
+/// child can be started.
+ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool listDevices = false);
+
+} // namespace vykeldev::doctor
+
+#endif

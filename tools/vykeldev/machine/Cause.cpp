@@ -1,0 +1,59 @@
+#include "machine/Cause.h"
+
+#include "doctor/Checks.h"
+#include "machine/Findings.h"
+#include "system/DisplayText.h"
+#include "system/Text.h"
+#include "vykel/StatusCodes.h"
+#include <algorithm>
+#include <vector>
+
+namespace vykeldev::doctor {
+namespace {
+
+using Kinds = std::vector<const FindingKind*>;
+
+/// What makes the library fail with a code.
+Kinds causesOf(std::int32_t code) {
+    if (code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
+        return {&finding::pluginsKeyMissing, &finding::pluginsKeyDenied, &finding::folderUnknown};
+    if (code == vykel::toInteger(vykel::StatusCode::ConfigurationFault))
+        return {&finding::folderMissing, &finding::lockUnusable, &finding::legacyNotWritable,
+                &finding::legacyMalformed};
+    return {};
+}
+
+/// The initialisation reads only the registry key; before a preview of aliases fails, it needs both.
+Findings look(const Failure& failure) {
+    Report report;
+    Progress progress(false);
+    if (!isInitialization(failure))
+        checkFolder(report, progress);
+    if (failure.code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
+        countPlugins(report.findings);
+    return report.findings;
+}
+
+} // namespace
+
+Failure withCause(const Failure& failure) {
+    const Kinds causes = causesOf(failure.code);
+    if (causes.empty())
+        return failure;
+    const Findings findings = look(failure);
+    const auto cause = std::find_if(findings.begin(), findings.end(), [&](const Finding& finding) {
+        return std::count(causes.begin(), causes.end(), finding.kind) != 0;
+    });
+    if (cause == findings.end())
+        return failure;
+    const std::string place = cause->subject + (cause->line > 0 ? concat(':', cause->line) : std::string());
+    const std::string detail = cause->detail.empty() ? "" : ": " + cause->detail;
+    return {failure.what(),
+            concat(cause->kind->meaning, " Seen: ", printable(place + detail)),
+            printable(cause->whatToDo()),
+            failure.code,
+            failure.name,
+            failure.raisedAt};
+}
+
+} // namespace vykeldev::doctor

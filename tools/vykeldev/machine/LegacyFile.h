@@ -1,0 +1,66 @@
+#ifndef VYKELDEV_MACHINE_LEGACYFILE_H
+#define VYKELDEV_MACHINE_LEGACYFILE_H
+
+#include "AliasRecords.h"
+#include "pellumkelddk/user/AutoIniText.h"
+#include "vykel/IDevice.h"
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace vykeldev::aliases {
+
+/// Why an entry of the legacy file is not handed over, as far as the file itself shows.
+enum class Flaw {
+    None,
+    Malformed,    ///< It makes the whole transfer fail.
+    OtherLayout,  ///< The file's version asks for entries of the other layout.
+    BehindGap,    ///< Reading ends before its section.
+    ResourceName, ///< It names no device, present or not.
+    NotLocal,     ///< It is about a device of another machine.
+    Duplicate     ///< Another entry for the same device counts.
+};
+
+/// One entry of the legacy file.
+struct LegacyEntry {
+    std::optional<std::string> alias;
+    std::optional<std::string> target; ///< A resource name, or a persistent token.
+    std::int32_t line = 0;             ///< In the file; of a malformed one, where to correct it.
+    Flaw flaw = Flaw::None;
+    std::string detail;                ///< Describes the flaw for people.
+    std::optional<std::size_t> record; ///< The number of its section, when a transfer reads that section.
+};
+
+/// A line that has no meaning in the file.
+struct SkippedLine {
+    std::int32_t number = 0;
+    std::string text;
+};
+
+/// Whether a section of that name is about aliases: General, Aliases, or Alias and a number.
+bool isAliasSection(const std::string& name);
+
+/// The legacy alias file, as a transfer reads it. Read it under the transfers' lock: an open file would make
+/// the save of a transfer fail.
+class LegacyFile {
+public:
+    /// Reads the file. Throws vyerr::Exception when memory is short.
+    explicit LegacyFile(const std::string& path);
+
+    /// Owned by this object.
+    vyini::IniDocument& document() const noexcept { return *text.document(); }
+    /// In the order of their lines. Throws std::bad_alloc.
+    std::vector<LegacyEntry> entries() const;
+
+    int result = 0;                        ///< Of vyini::loadIniFile: 0, or why the file was not read.
+    std::vector<SkippedLine> skippedLines; ///< In the order of the file; blank lines are not among them.
+
+private:
+    vykel::AutoIniText text;
+};
+
+} // namespace vykeldev::aliases
+
+#endif

@@ -1,0 +1,26 @@
+#ifndef VYKELDEV_SYSTEM_DISPLAYTEXT_H
+#define VYKELDEV_SYSTEM_DISPLAYTEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+/// Texts of any origin on a terminal.
+namespace vykeldev {
+
+/// `text` as it may go to a terminal: control characters, ends of lines and changes of the writing direction
+/// become escapes, malformed UTF-8 becomes U+FFFD.
+std::string printable(std::string_view text);
+
+/// The same for a text of several lines, whose ends stay.
+std::string printableLines(std::string_view text);
+
+/// The same for a JSON document, whose escapes mean the same characters to a program.
+std::string printableJson(std::string_view document);
+
+/// Columns that a printable UTF-8 text takes on a terminal.
+std::size_t displayWidth(std::string_view text);
+
+} // namespace vykeldev
+
+#endif

@@ -1,0 +1,46 @@
+#ifndef VYKELDEV_SYSTEM_SYSTEM_H
+#define VYKELDEV_SYSTEM_SYSTEM_H
+
+#include <string>
+#include <windows.h>
+
+/// The system: its errors, its version and its files. Paths and texts are UTF-8.
+namespace vykeldev {
+
+/// The file name of the library on this system.
+extern const char* const libraryFileName;
+
+/// The system's text for an error, without a line end; empty when there is none.
+std::string systemErrorText(DWORD error);
+
+/// The system's name and version.
+std::string systemVersion();
+
+/// The version that a library's file states, or an empty text.
+std::string fileVersion(const std::string& path);
+
+/// False when opening `path`, which is absolute, could wait for a device or a pipe.
+bool isOrdinaryFile(const std::string& path);
+
+/// A text that is the same for all paths of one file; empty when the system gives none.
+std::string fileIdentity(const std::string& path);
+
+/// In what way a file is not only its own: it is a link, or it has other names (hard links), too. Empty when
+/// it is neither, or cannot be looked at.
+std::string linkText(const std::string& path);
+
+/// A thing that only administrators should change: a folder because of one file in it, which exists or is
+/// missing. Whoever may only add other files to the folder does no harm. A folder that is guarded itself: in
+/// the shared one, users may make files; in the read-only one, nothing.
+enum class Guarded { File, Folder, FolderOfMissing, RegistryKey, SharedFolder, ReadOnlyFolder };
+
+/// Which of all ordinary users' groups may change it, for people; empty when none may, or when that cannot be
+/// read. A key is one of HKEY_LOCAL_MACHINE. The host knows no rights of keys.
+std::string ordinaryWriters(const std::string& path, Guarded kind);
+
+/// Makes a file that is gone again at once. False, with the system's last error, when that fails.
+bool makeTemporaryFile(const std::string& path);
+
+} // namespace vykeldev
+
+#endif

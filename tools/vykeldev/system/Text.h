@@ -1,0 +1,51 @@
+#ifndef VYKELDEV_SYSTEM_TEXT_H
+#define VYKELDEV_SYSTEM_TEXT_H
+
+#include <sstream>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+#include <windows.h>
+
+namespace vykeldev {
+
+/// Text as the wide-character functions of Windows take it.
+using WideString = std::basic_string<WCHAR>;
+
+/// The system cannot convert a text, because memory is short or the text is too long. Its own text has only
+/// printable characters: printable() would fail, too.
+class ConversionError : public std::runtime_error {
+public:
+    explicit ConversionError(DWORD systemError);
+    const DWORD code; ///< The system's error.
+};
+
+/// Conversions between UTF-8 and UTF-16. What is malformed becomes U+FFFD. Both throw ConversionError and
+/// never return an empty text instead: as the name of a registry key, that would mean the key above.
+WideString toWide(std::string_view utf8);
+std::string toUtf8(const WideString& wide);
+
+/// Whether a text is valid UTF-8.
+bool isUtf8(std::string_view text) noexcept;
+
+/// The texts, one after the other, with `separator` between them.
+std::string joined(const std::vector<std::string>& texts, const char* separator);
+
+/// The parts, such as texts and numbers, as one text.
+template <class... Parts>
+std::string concat(const Parts&... parts) {
+    std::ostringstream text;
+    (text << ... << parts);
+    return text.str();
+}
+
+/// `text` without white space at its end.
+std::string trimmed(std::string text);
+
+/// A text of the system in which words replace "%1", its place for a file name.
+std::string withoutInserts(std::string text);
+
+} // namespace vykeldev
+
+#endif
