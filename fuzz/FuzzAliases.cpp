@@ -11,7 +11,7 @@
 
 namespace {
 
-using namespace vykeldev::aliases;
+using namespace vykeldev;
 using vykelfuzz::check;
 using vykeltest::LegacyDevice;
 using Devices = std::list<LegacyDevice>;
@@ -80,7 +80,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const EntryPreview& entry : expected.entries) {
         if (entry.stays)
             stay.add(entry);
-        if (entry.outcome == Outcome::Moves)
+        if (entry.fate == EntryFate::Moves)
             moves.emplace(entry.device, *entry.alias);
     }
     devices = makeDevices(data);

@@ -5,7 +5,7 @@
 #include <algorithm>
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-    using namespace vykeldev::doctor;
+    using namespace vykeldev;
     using vykelfuzz::check;
     const std::string bytes = vykelfuzz::textOf(data, size);
     const LibraryImage image =

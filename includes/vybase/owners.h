@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <memory>
+#include <type_traits>
 #include <windows.h>
 
 /// Owners of what the C runtime and the system hand out.
@@ -21,6 +22,20 @@ struct CloseSystemHandle {
 };
 /// A handle that CloseHandle closes. Null means none: never store INVALID_HANDLE_VALUE here.
 using Handle = std::unique_ptr<void, CloseSystemHandle>;
+
+/// Closes a registry key.
+struct CloseRegistryKey {
+    void operator()(HKEY key) const noexcept { RegCloseKey(key); }
+};
+/// An open registry key, or null.
+using RegistryKey = std::unique_ptr<std::remove_pointer_t<HKEY>, CloseRegistryKey>;
+
+/// Unloads a library.
+struct FreeModule {
+    void operator()(HMODULE module) const noexcept { FreeLibrary(module); }
+};
+/// A loaded library, or null.
+using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule>;
 
 /// Frees memory with LocalFree.
 struct FreeLocal {

@@ -1,7 +1,7 @@
 #include "machine/LibraryImage.h"
 #include <gtest/gtest.h>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 using Kind = LibraryImage::Kind;
@@ -61,4 +61,4 @@ TEST(LibraryImage, ReadsTheHeaders) {
 }
 
 } // namespace
-} // namespace vykeldev::doctor
+} // namespace vykeldev

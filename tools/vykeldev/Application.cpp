@@ -1,12 +1,20 @@
 #include "Application.h"
 
+#include "check/CheckCommand.h"
 #include "check/StageRun.h"
 #include "child/DeviceTask.h"
 #include "child/Enumerator.h"
 #include "child/PreviewTask.h"
 #include "child/Probe.h"
-#include "commands/Commands.h"
-#include "output/JsonFailure.h"
+#include "commands/AliasesCommand.h"
+#include "commands/EditCommands.h"
+#include "commands/ListCommand.h"
+#include "commands/RegistrationCommands.h"
+#include "commands/SetupCommand.h"
+#include "commands/WaitCommand.h"
+#include "commands/WatchCommand.h"
+#include "doctor/DoctorCommand.h"
+#include "output/Failures.h"
 #include "system/Console.h"
 #include "system/DisplayText.h"
 #include "system/Text.h"
@@ -137,8 +145,7 @@ int runApplication(const std::vector<std::string>& arguments) noexcept {
     const Console console;
     Context context{"", console.colourOnOutput};
     try {
-        if (runRequestedTask(arguments,
-                             {&aliases::previewTask, &check::checkRuleTask, &deviceTask, &doctor::probeTask}))
+        if (runRequestedTask(arguments, {&previewTask, &check::checkRuleTask, &deviceTask, &probeTask}))
             return toInteger(ExitCode::Success);
         return runParsed(arguments, context);
     } catch (...) {
@@ -146,7 +153,7 @@ int runApplication(const std::vector<std::string>& arguments) noexcept {
             printFailure(std::cerr,
                          console.colourOnError ? "\x1b[1;31mvykeldev: error:\x1b[0m " : "vykeldev: error: ",
                          currentFailure(), context.verbose);
-        } catch (const ConversionError& error) { // whatever failed, this keeps its text from being shown
+        } catch (const ConversionError& error) { // the message itself cannot be converted
             std::cerr << "vykeldev: error: " << error.what() << "\n  what to do: " << freeMemory << '\n';
         } catch (const std::bad_alloc&) {
             std::cerr << "vykeldev: error: memory is exhausted\n  what to do: " << freeMemory << '\n';

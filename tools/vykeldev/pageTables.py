@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""pageTables.py findings|rules PAGE HEADER
+"""pageTables.py findings|rules PAGE HEADER [HEADER-OF-CHECKS...]
 
 Makes the table that the tool is compiled with from the page that people read: HEADER from docs/findings.md or
 docs/plugin-rules.md. An entry of a page is a heading, then one paragraph for each of its fields, in order:
@@ -136,20 +136,20 @@ inline constexpr FindingKind {camel_case(entry.id)}{{
     {{{remedy}}}}};
 """
     pointers = "\n".join(f"    &{camel_case(entry.id)}," for entry in entries)
-    return f"""#ifndef VYKELDEV_DOCTOR_FINDINGS_H
-#define VYKELDEV_DOCTOR_FINDINGS_H
+    return f"""#ifndef VYKELDEV_MACHINE_FINDINGS_H
+#define VYKELDEV_MACHINE_FINDINGS_H
 
 #include "machine/Finding.h"
 
 /// Everything that the doctor can find.
-namespace vykeldev::doctor::finding {{
+namespace vykeldev::finding {{
 {constants}
 /// All of them, in the order of the page.
 inline constexpr const FindingKind* all[] = {{
 {pointers}
 }};
 
-}} // namespace vykeldev::doctor::finding
+}} // namespace vykeldev::finding
 
 #endif
 """
@@ -163,10 +163,10 @@ def needed_rule(rule: Entry, earlier: list[Entry]) -> str:
     return "" if text == "nothing" else text.strip("`")
 
 
-def rules_header(page: str) -> str:
+def rules_header(page: str, headers: list[Path]) -> str:
+    """The table of rules. `headers` declare their checks, which are named like the rules."""
     entries = entries_of(page, RULE, ["warning", "error"])
     functions = ["check" + camel_case("-" + entry.id) for entry in entries]
-    declarations = "\n".join(f"Check {function};" for function in functions)
     rules = ""
     for i, (entry, function) in enumerate(zip(entries, functions)):
         fields = entry.fields
@@ -176,18 +176,20 @@ def rules_header(page: str) -> str:
      {literal(fields["meaning"])},
      {literal(fields["remedy"])},
      {function}}},"""
-    return f"""#ifndef VYKELDEV_CHECK_CHECKS_H
-#define VYKELDEV_CHECK_CHECKS_H
+    for header in headers:
+        for check in re.findall(r"\bcheck[A-Z]\w*", header.read_text(encoding="utf-8")):
+            if check not in functions:
+                fail(len(page.splitlines()), f"no rule here is checked by {check}, which {header.name} declares")
+    includes = "\n".join(f'#include "check/{header.name}"' for header in headers)
+    return f"""#ifndef VYKELDEV_CHECK_RULETABLE_H
+#define VYKELDEV_CHECK_RULETABLE_H
 
-#include "check/Rules.h"
+{includes}
 
-/// The check of each rule, named like the rule, and the table of the rules.
 namespace vykeldev::check {{
 
-{declarations}
-
-/// All rules, each with an identifier of its own, after the one that it needs.
-inline constexpr Rule rules[] = {{{rules}
+/// All rules, each after the one that it needs.
+inline constexpr Rule ruleTable[] = {{{rules}
 }};
 
 }} // namespace vykeldev::check
@@ -196,10 +198,10 @@ inline constexpr Rule rules[] = {{{rules}
 """
 
 
-def main(kind: str, page: str, header: str) -> None:
-    make = {"findings": findings_header, "rules": rules_header}[kind]
+def main(kind: str, page: str, header: str, *headers: str) -> None:
     try:
-        table = make(Path(page).read_text(encoding="utf-8"))
+        text = Path(page).read_text(encoding="utf-8")
+        table = findings_header(text) if kind == "findings" else rules_header(text, [Path(each) for each in headers])
     except PageError as error:
         sys.exit(f"{page}:{error}")
     note = f"// Made from docs/{Path(page).name} by tools/vykeldev/pageTables.py. Change the page, not this file.\n"

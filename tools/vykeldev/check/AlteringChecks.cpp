@@ -1,4 +1,5 @@
-#include "check/Checks.h"
+#include "check/AlteringChecks.h"
+
 #include "check/Session.h"
 #include "check/Trace.h"
 #include <algorithm>

@@ -1,9 +1,9 @@
-#include "check/Checks.h"
-#include "check/Report.h"
+#include "check/CheckCommand.h"
+
+#include "check/Results.h"
+#include "check/Rules.h"
 #include "check/Runner.h"
-#include "commands/Commands.h"
-#include "output/JsonFailure.h"
-#include "output/NumberRange.h"
+#include "output/Failures.h"
 #include "system/DisplayText.h"
 #include "system/Paths.h"
 #include <CLI/CLI.hpp>
@@ -78,7 +78,7 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
     command->add_flag_callback(
         "--list-rules",
         [] {
-            for (const check::Rule& rule : check::rules)
+            for (const check::Rule& rule : check::allRules())
                 std::cout << rule.id << '\t' << rule.title << '\n';
             throw CLI::Success();
         },

@@ -1,4 +1,5 @@
-#include "check/Checks.h"
+#include "check/DeviceChecks.h"
+
 #include "check/Session.h"
 #include "check/Trace.h"
 #include <algorithm>
@@ -61,7 +62,7 @@ void mustKnowTokens(const Subject& subject) {
     before.pop_back();
     const std::vector<std::string> now = tokensOf(Session(subject).list);
     const std::string gone = firstMissing(before, now);
-    if (!gone.empty() && now.size() >= count && !subject.trace.looksLess())
+    if (!gone.empty() && now.size() >= count && !subject.trace.wasCutShort())
         throw Broken("the token ", gone, " of one process is missing in the next");
 }
 
@@ -100,7 +101,7 @@ void checkTokenStable(const Subject& subject) {
         refresh(session.list);
         const std::vector<std::string> later = tokensOf(session.list);
         // Of lists that were read only in part, nobody knows what the other part has.
-        if ((before == after && after == later) || subject.trace.looksLess())
+        if ((before == after && after == later) || subject.trace.wasCutShort())
             return subject.trace.note(noteTokens(later));
         const std::vector<std::string>& other = before != after ? before : later;
         change = "first " + firstMissing(other, after) + ", then " + firstMissing(after, other);

@@ -1,4 +1,5 @@
-#include "check/Checks.h"
+#include "check/LifeChecks.h"
+
 #include "check/Session.h"
 #include "system/Process.h"
 #include <chrono>

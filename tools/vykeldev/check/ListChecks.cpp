@@ -1,4 +1,5 @@
-#include "check/Checks.h"
+#include "check/ListChecks.h"
+
 #include "check/Session.h"
 #include <algorithm>
 #include <chrono>

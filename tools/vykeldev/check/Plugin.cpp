@@ -1,6 +1,6 @@
 #include "check/Plugin.h"
 
-#include "machine/Dependencies.h"
+#include "machine/PluginFile.h"
 #include "system/DisplayText.h"
 #include "system/Failure.h"
 #include "system/Process.h"
@@ -57,7 +57,7 @@ Module::Module(const Subject& subject, Ending itsEnding) : ending(itsEnding) {
     if (handle != nullptr)
         return;
     const Failure failure = systemFailure("loading it", GetLastError(), "");
-    const std::string bad = doctor::describeBadDependencies(subject.path);
+    const std::string bad = describeBadDependencies(subject.path);
     throw Broken(failure.what(), (failure.meaning.empty() ? "" : ": " + failure.meaning),
                  (bad.empty() ? "" : "; " + bad));
 }

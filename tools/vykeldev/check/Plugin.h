@@ -1,9 +1,9 @@
 #ifndef VYKELDEV_CHECK_PLUGIN_H
 #define VYKELDEV_CHECK_PLUGIN_H
 
-#include "check/Rules.h"
+#include "check/Rule.h"
 #include "check/Trace.h"
-#include "system/StatusText.h"
+#include "output/Failures.h"
 #include "vykel/PluginEntryPoints.h"
 #include "vytpl/NonCopyable.h"
 #include <cstdint>
@@ -70,7 +70,7 @@ protected:
     Trace* trace;
 };
 
-/// A device. As valid as the plug-in's object.
+/// A device: borrows the plug-in's object.
 class Device : public PluginObject<vykel::IDevice> {
     using Interface = vykel::IDevice;
 

@@ -1,6 +1,6 @@
 #include "check/Runner.h"
 
-#include "check/Checks.h"
+#include "check/Rules.h"
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
 #include "machine/Locks.h"
@@ -106,7 +106,8 @@ private:
                 throw Failure(concat("the rule '", rule.id, "' cannot be checked: ", account.toolFailed),
                               "This tool failed, not the plug-in.",
                               "Choose other rules with --rule, and report the failure.");
-            return {&rule, *account.outcome, account.observed, account.duration, nullptr, account.lookedLess};
+            return {&rule,   *account.outcome,   account.observed, account.duration,
+                    nullptr, account.wasCutShort};
         } catch (const Questionable& notTried) {
             return {&rule, Outcome::Warning, "not tried: " + notTried.observed, {}};
         }
@@ -131,7 +132,7 @@ private:
             second.toolFailed = failure.what();
         }
         first.duration += second.duration;
-        first.lookedLess = first.lookedLess || second.lookedLess;
+        first.wasCutShort = first.wasCutShort || second.wasCutShort;
         if (first.toolFailed.empty())
             first.toolFailed = second.toolFailed;
         const Outcome outcome = second.outcome.value_or(Outcome::Failed);
@@ -170,7 +171,7 @@ private:
 
 RunResults runRules(const RunOptions& options, const std::function<void(const Result&)>& onResult) {
     Run run(options);
-    for (const Rule& rule : rules) {
+    for (const Rule& rule : allRules()) {
         if (run.collected.stopped)
             break;
         if (!isWanted(rule, options.rules))

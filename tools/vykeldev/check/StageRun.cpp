@@ -1,5 +1,6 @@
 #include "check/StageRun.h"
 
+#include "check/Rules.h"
 #include "check/Trace.h"
 
 namespace vykeldev::check {
@@ -40,7 +41,7 @@ void runInChild(const std::vector<std::string>& arguments, Reporter& reporter) {
 
 void take(const Json& report, Account& account) {
     account.notes = report.value("notes", account.notes);
-    account.lookedLess = report.value("lookedLess", account.lookedLess);
+    account.wasCutShort = report.value("cutShort", account.wasCutShort);
     account.putBack = report.value("putBack", account.putBack);
     account.toolFailed = report.value("toolFailed", account.toolFailed);
     const auto observed = report.value("observed", std::string());

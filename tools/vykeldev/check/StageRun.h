@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_CHECK_STAGERUN_H
 #define VYKELDEV_CHECK_STAGERUN_H
 
-#include "check/Result.h"
+#include "check/Results.h"
 #include "child/ChildTask.h"
 #include <optional>
 
@@ -11,11 +11,11 @@ extern const ChildTask checkRuleTask;
 
 /// What is asked of a check.
 struct RunOptions {
-    std::string path;                    ///< The plug-in, absolute, UTF-8.
+    std::string path;                   ///< The plug-in, absolute, UTF-8.
     std::chrono::milliseconds limit{0}; ///< A rule must begin another call within this time.
-    bool quiet = false;                  ///< Shows no progress.
-    bool readOnly = false;               ///< Leaves out rules that alter what the plug-in keeps.
-    std::vector<std::string> rules;      ///< Only these, and those that they need; all when empty.
+    bool quiet = false;                 ///< Shows no progress.
+    bool readOnly = false;              ///< Leaves out rules that alter what the plug-in keeps.
+    std::vector<std::string> rules;     ///< Only these, and those that they need; all when empty.
 };
 
 /// A rule that turned out to be broken, perhaps while another was checked.
@@ -32,7 +32,7 @@ struct Account {
     bool putBack = false;           ///< What was altered is as it was before.
     std::string toolFailed;         ///< How this tool itself failed there, if it did.
     std::vector<Incident> incidents;
-    bool lookedLess = false; ///< Its time for repeating was over.
+    bool wasCutShort = false; ///< Its time for repeating was over.
     std::chrono::milliseconds duration{0};
 };
 

@@ -1,4 +1,5 @@
-#include "check/Checks.h"
+#include "check/StatusChecks.h"
+
 #include "check/Session.h"
 #include <limits>
 

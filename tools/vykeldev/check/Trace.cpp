@@ -25,9 +25,9 @@ void Trace::repeating(const std::string& what) {
     isRepeating = true;
 }
 
-void Trace::lookLess() {
-    if (!less.exchange(true))
-        reporter.report({{"lookedLess", true}});
+void Trace::cutShort() {
+    if (!shortened.exchange(true))
+        reporter.report({{"cutShort", true}});
 }
 
 void Trace::incident(const char* rule, const std::string& observed) {
@@ -62,7 +62,7 @@ bool Share::lasts() {
         ++rounds;
         return true;
     }
-    trace.lookLess();
+    trace.cutShort();
     return false;
 }
 

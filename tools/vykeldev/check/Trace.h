@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_CHECK_TRACE_H
 #define VYKELDEV_CHECK_TRACE_H
 
-#include "check/Rules.h"
+#include "check/Rule.h"
 #include "child/ChildTask.h"
 #include "vytpl/NonCopyable.h"
 #include <atomic>
@@ -53,8 +53,8 @@ public:
     void putBack() { reporter.report({{"putBack", true}}); }
 
     /// The rule looks less often than usual, because its time for repeating is over.
-    void lookLess();
-    bool looksLess() const noexcept { return less; }
+    void cutShort();
+    bool wasCutShort() const noexcept { return shortened; }
 
     /// A rule other than the one at work turns out to be broken.
     void incident(const char* rule, const std::string& observed);
@@ -66,7 +66,7 @@ private:
     Reporter& reporter;
     bool isRepeating = false;
     std::atomic<std::uint64_t> callCount{0};
-    std::atomic<bool> less{false};
+    std::atomic<bool> shortened{false};
     std::mutex mutex;
     std::set<std::string> incidents; // each is reported once
     bool ended = false;

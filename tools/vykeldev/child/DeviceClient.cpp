@@ -4,7 +4,7 @@
 #include "errors/Exception.h"
 #include "machine/Cause.h"
 #include "machine/Locks.h"
-#include "output/JsonFailure.h"
+#include "output/Failures.h"
 #include "system/DisplayText.h"
 #include <algorithm>
 #include <iostream>
@@ -15,14 +15,14 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds betweenLooks(50); // at Ctrl-C and at obstacles
-constexpr milliseconds shortWork(250);
-constexpr std::chrono::seconds patience(2);
+constexpr milliseconds pollInterval(50); // at Ctrl-C and at obstacles
+constexpr milliseconds minBlockedTime(250);
+constexpr std::chrono::seconds noticeDelay(2);
 constexpr const char* lostReading = "a reading of the devices";
 
 /// A failure with its cause on this machine, or null.
-Json explained(const Json& failure) {
-    return failure.is_null() ? failure : Json(doctor::withCause(failureFrom(failure)));
+Json explained(const Json& failure, LibraryStep step) {
+    return failure.is_null() ? failure : Json(withCause(failureFrom(failure), step));
 }
 
 /// The path of a lock file that is locked, or an empty text.
@@ -62,7 +62,7 @@ DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
         const Clock::time_point now = Clock::now();
         if (now >= deadline)
             return Event::TimeOver;
-        const Clock::duration left = std::min<Clock::duration>(deadline - now, betweenLooks);
+        const Clock::duration left = std::min<Clock::duration>(deadline - now, pollInterval);
         isRunning = child.listen(std::chrono::ceil<milliseconds>(left));
         showObstacle();
     }
@@ -83,7 +83,7 @@ void DeviceClient::await(Event wanted, Clock::time_point deadline) {
 }
 
 std::string DeviceClient::obstacle() const {
-    if (child.step().empty() || Clock::now() - lastReport < shortWork)
+    if (child.step().empty() || Clock::now() - lastReport < minBlockedTime)
         return {};
     const std::string lock = heldLock();
     return lock.empty() ? "a plug-in is at work (" + child.step() + ")"
@@ -97,13 +97,15 @@ void DeviceClient::take(const Json& report) {
     if (report.contains("count")) {
         if (report["sent"] != pending.size())
             failed = TaskRun::lostReport(lostReading);
-        lastReading = {report["count"], std::exchange(pending, {}), explained(report["failure"])};
+        lastReading = {report["count"], std::exchange(pending, {}),
+                       explained(report["failure"], LibraryStep::Other)};
         isNew = failed.is_null();
     }
     if (report.contains("change"))
         edited.push_back({report["change"], report["before"], report["now"]});
     if (report.contains("failed"))
-        failed = explained(report["failed"]);
+        failed = explained(report["failed"], report.value("initialising", false) ? LibraryStep::Initialisation
+                                                                                 : LibraryStep::Other);
     if (report.contains("done")) {
         isDone = true;
         if (report["done"] != edited.size())
@@ -112,7 +114,7 @@ void DeviceClient::take(const Json& report) {
 }
 
 void DeviceClient::showObstacle() {
-    if (!showsObstacle || Clock::now() - std::max(lastReport, lastLook) < patience)
+    if (!showsObstacle || Clock::now() - std::max(lastReport, lastLook) < noticeDelay)
         return;
     lastLook = Clock::now();
     const std::string text = obstacle();

@@ -4,7 +4,7 @@
 #include "child/ChildTask.h"
 #include "child/Devices.h"
 #include "child/DeviceTask.h"
-#include "commands/Commands.h"
+#include "output/Command.h"
 #include "system/Console.h"
 #include <chrono>
 #include <cstdint>

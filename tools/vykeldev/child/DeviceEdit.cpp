@@ -2,9 +2,9 @@
 
 #include "ConfigurationFolder.h"
 #include "machine/Locks.h"
+#include "output/Failures.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "system/DisplayText.h"
-#include "system/Failure.h"
 #include "system/Text.h"
 #include <algorithm>
 #include <set>

@@ -2,7 +2,7 @@
 
 #include "child/Devices.h"
 #include "child/Enumerator.h"
-#include "output/JsonFailure.h"
+#include "output/Failures.h"
 #include <thread>
 
 namespace vykeldev {
@@ -112,6 +112,8 @@ void run(const std::vector<std::string>& arguments, Reporter& reporter) {
              edit.is_null() ? std::nullopt : std::optional(edit.get<DeviceEdit>())},
             reporter);
         reporter.report({{"done", changes}});
+    } catch (const InitialisationFailure& failure) {
+        reporter.report({{"failed", failure}, {"initialising", true}});
     } catch (...) {
         reporter.report({{"failed", currentFailure()}});
     }

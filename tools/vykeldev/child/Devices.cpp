@@ -1,6 +1,6 @@
 #include "child/Devices.h"
 
-#include "system/Failure.h"
+#include "output/Failures.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <charconv>

@@ -1,7 +1,7 @@
 #include "child/Enumerator.h"
 
+#include "output/Failures.h"
 #include "system/DisplayText.h"
-#include "system/Failure.h"
 #include "system/Paths.h"
 #include "system/System.h"
 #include "system/Text.h"
@@ -41,7 +41,7 @@ Enumerator::Enumerator(const std::string& library) : path(absolutePath(library))
     finalize = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
     const std::int32_t code = initialize();
     if (code < 0)
-        throw statusFailure(initialization, code);
+        throw InitialisationFailure(code);
 }
 
 Enumerator::~Enumerator() {

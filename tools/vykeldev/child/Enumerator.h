@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_CHILD_ENUMERATOR_H
 #define VYKELDEV_CHILD_ENUMERATOR_H
 
+#include "vybase/owners.h"
 #include "vykel/vykeldevenum.h"
 #include <memory>
 #include <string>
@@ -30,14 +31,11 @@ public:
     DeviceListHandle makeList() const;
 
 private:
-    struct FreeModule {
-        void operator()(HMODULE loaded) const noexcept { FreeLibrary(loaded); }
-    };
     template <class Function>
     Function* resolve(const char* name) const;
 
     std::string path;
-    std::unique_ptr<std::remove_pointer_t<HMODULE>, FreeModule> module;
+    vybase::Module module;
     decltype(vykeldevenum_getAllKelDevices)* getAllKelDevices = nullptr;
     decltype(vykeldevenum_finalize)* finalize = nullptr;
 };

@@ -9,17 +9,17 @@
 #include <new>
 #include <set>
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 namespace {
 
 using vykel::AliasLayout;
 
 /// What becomes of an entry that no device is offered.
-Outcome outcomeOf(Flaw flaw) noexcept {
-    return flaw == Flaw::None        ? Outcome::NoDevice
-           : flaw == Flaw::Malformed ? Outcome::Malformed
-           : flaw == Flaw::NotLocal  ? Outcome::NotLocal
-                                     : Outcome::Unreached;
+EntryFate fateOf(Flaw flaw) noexcept {
+    return flaw == Flaw::None        ? EntryFate::NoDevice
+           : flaw == Flaw::Malformed ? EntryFate::Malformed
+           : flaw == Flaw::NotLocal  ? EntryFate::NotLocal
+                                     : EntryFate::Unreached;
 }
 
 class Previewer {
@@ -27,7 +27,7 @@ public:
     explicit Previewer(const LegacyFile& file) : document(file.document()) {
         preview.layout = vykel::aliasLayoutOf(&document);
         for (const LegacyEntry& entry : file.entries())
-            preview.entries.push_back({entry, outcomeOf(entry.flaw)});
+            preview.entries.push_back({entry, fateOf(entry.flaw)});
     }
 
     Preview run(const vykel::DeviceTable& table, const std::deque<PreviewDevice>& devices) {
@@ -45,8 +45,8 @@ public:
 private:
     bool byName() const noexcept { return preview.layout == AliasLayout::ByResourceName; }
 
-    /// Makes an entry recognisable when a device is offered its alias: by the device's name, or in the layout
-    /// by token by a number in place of the alias, since several entries may have one alias.
+    /// Replaces each alias by its index in the layout by token, where several entries may have one alias; in
+    /// the other one the device's name tells which entry it was offered.
     void tagEntry(std::size_t index) {
         const EntryPreview& entry = preview.entries[index];
         if (byName() && entry.flaw == Flaw::None)
@@ -63,7 +63,7 @@ private:
     void noteConsumed(const PreviewDevice& device) {
         const std::string tag = byName() ? vykel::resourceName(device.number) : *device.offered;
         EntryPreview& entry = preview.entries[entryOf.at(tag)];
-        entry.outcome = device.named ? Outcome::Dropped : Outcome::Moves;
+        entry.fate = device.named ? EntryFate::Dropped : EntryFate::Moves;
         entry.device = device.number;
         entry.stays = false;
         entry.detail.clear();
@@ -75,14 +75,14 @@ private:
         } catch (const vyerr::ExceptionBase& exception) {
             auto& entries = preview.entries;
             preview.fails = std::any_of(entries.begin(), entries.end(), [](const EntryPreview& entry) {
-                return entry.outcome == Outcome::Malformed;
+                return entry.fate == EntryFate::Malformed;
             });
             if (!preview.fails ||
                 exception.status()->code != vykel::toInteger(vykel::StatusCode::ConfigurationFault))
                 throw;
             for (EntryPreview& entry : entries)
-                if (entry.outcome == Outcome::NoDevice)
-                    entry.outcome = Outcome::Blocked;
+                if (entry.fate == EntryFate::NoDevice)
+                    entry.fate = EntryFate::Blocked;
         }
     }
 
@@ -109,4 +109,4 @@ Preview previewTransfer(const LegacyFile& file, const vykel::DeviceTable& table,
     return Previewer(file).run(table, devices);
 }
 
-} // namespace vykeldev::aliases
+} // namespace vykeldev

@@ -7,10 +7,10 @@
 #include <deque>
 #include <vector>
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 
 /// What the next refresh does with a legacy entry.
-enum class Outcome {
+enum class EntryFate {
     Moves,     ///< A device receives the alias; the entry leaves the file.
     Dropped,   ///< The device has an alias already; the entry leaves the file.
     NoDevice,  ///< It names no present device that takes aliases.
@@ -22,7 +22,7 @@ enum class Outcome {
 
 /// What becomes of one entry.
 struct EntryPreview : LegacyEntry {
-    Outcome outcome = Outcome::NoDevice;
+    EntryFate fate = EntryFate::NoDevice;
     std::uint32_t device = vykel::noDeviceNumber; ///< Of Moves and Dropped.
     bool stays = true;                            ///< In the file.
 };
@@ -40,6 +40,6 @@ struct Preview {
 Preview previewTransfer(const LegacyFile& file, const vykel::DeviceTable& table,
                         const std::deque<PreviewDevice>& devices);
 
-} // namespace vykeldev::aliases
+} // namespace vykeldev
 
 #endif

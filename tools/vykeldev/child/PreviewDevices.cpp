@@ -3,7 +3,7 @@
 #include "DeviceLists.h"
 #include "DeviceNumbering.h"
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 
 PreviewDevices::PreviewDevices(vykel::IPellumKelPluginManager& plugins) {
     plugins.getDeviceLists(lists);
@@ -17,4 +17,4 @@ PreviewDevices::PreviewDevices(vykel::IPellumKelPluginManager& plugins) {
     vykel::numberDevices(devicesPerList); // needs no lock: the plug-ins never see these numbers
 }
 
-} // namespace vykeldev::aliases
+} // namespace vykeldev

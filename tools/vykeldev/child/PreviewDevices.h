@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 
 /// A device as the next refresh finds it. It asks the plug-in's device and never changes it: it keeps the
-/// number and the alias that it is given to itself. A device with an alias claims to have none yet, so that a
-/// transfer offers it one as well.
+/// number and the alias that it is given to itself. It reports an empty alias, so that the transfer always
+/// offers it one.
 class PreviewDevice final : public vykel::IDevice {
 public:
     explicit PreviewDevice(vykel::IDevice& device) : real(device) {}
@@ -71,6 +71,6 @@ private:
     vykel::DeviceTable devicesPerList;
 };
 
-} // namespace vykeldev::aliases
+} // namespace vykeldev
 
 #endif

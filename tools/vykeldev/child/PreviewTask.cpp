@@ -3,22 +3,22 @@
 #include "child/Preview.h"
 #include "ConfigurationFolder.h"
 #include "machine/Locks.h"
-#include "output/JsonFailure.h"
+#include "output/Failures.h"
 #include "pellumkelddk/user/FileLock.h"
 #include "system/DisplayText.h"
 #include "system/Paths.h"
 #include "system/System.h"
 #include "TraditionalAliasTransferManager.h"
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 namespace {
 
 constexpr const char* action = "previewing the transfer of aliases";
 
-const char* nameOf(Outcome outcome) noexcept {
+const char* nameOf(EntryFate fate) noexcept {
     static constexpr const char* names[] = {"moves",     "dropped",   "no-device", "not-local",
                                             "unreached", "malformed", "blocked"};
-    return names[static_cast<std::size_t>(outcome)];
+    return names[static_cast<std::size_t>(fate)];
 }
 
 std::string unreachedText(const EntryPreview& entry) {
@@ -28,24 +28,24 @@ std::string unreachedText(const EntryPreview& entry) {
     return (later ? "not used this time; stays: " : "never used; stays: ") + entry.detail;
 }
 
-std::string outcomeText(const EntryPreview& entry) {
+std::string fateText(const EntryPreview& entry) {
     const std::string device = "device KEL" + std::to_string(entry.device);
-    switch (entry.outcome) {
-    case Outcome::Moves:
+    switch (entry.fate) {
+    case EntryFate::Moves:
         return "moves to " + device +
                (entry.stays ? "; stays because an entry of the same name is removed in its place" : "");
-    case Outcome::Dropped:
+    case EntryFate::Dropped:
         return device + " has an alias; dropped";
-    case Outcome::NoDevice:
+    case EntryFate::NoDevice:
         return entry.stays ? "no matching device; stays"
                            : "no matching device; removed because another entry of the same name was moved";
-    case Outcome::NotLocal:
+    case EntryFate::NotLocal:
         return "not local; stays";
-    case Outcome::Unreached:
+    case EntryFate::Unreached:
         return unreachedText(entry);
-    case Outcome::Malformed:
+    case EntryFate::Malformed:
         return "malformed: " + entry.detail;
-    case Outcome::Blocked:
+    case EntryFate::Blocked:
         break;
     }
     return "waits until the malformed entries are corrected";
@@ -55,7 +55,7 @@ Json toJson(const EntryPreview& entry) {
     return {{"line", entry.line},
             {"alias", orNull(entry.alias)},
             {"target", orNull(entry.target)},
-            {"outcome", nameOf(entry.outcome)},
+            {"outcome", nameOf(entry.fate)},
             {"device", numberOrNull(entry.device)},
             {"detail", entry.detail.empty() ? Json() : Json(entry.detail)},
             {"stays", entry.stays}};
@@ -64,7 +64,7 @@ Json toJson(const EntryPreview& entry) {
 /// Reports the entries, and returns the last report.
 Json report(const Preview& preview, Reporter& reporter) {
     for (const EntryPreview& entry : preview.entries)
-        reporter.report({{"entry", toJson(entry)}, {"text", outcomeText(entry)}});
+        reporter.report({{"entry", toJson(entry)}, {"text", fateText(entry)}});
     return {{"layout", preview.layout}, {"fails", preview.fails}, {"sent", preview.entries.size()}};
 }
 
@@ -130,4 +130,4 @@ void run(const std::vector<std::string>&, Reporter& reporter) {
 
 const ChildTask previewTask = {"aliases", run};
 
-} // namespace vykeldev::aliases
+} // namespace vykeldev

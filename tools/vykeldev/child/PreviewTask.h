@@ -3,7 +3,7 @@
 
 #include "child/ChildTask.h"
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 
 /// The preview of a transfer: plug-ins run in its process, so it is a child process of this tool. It takes no
 /// argument. Reports the legacy "file" and what sort of "link" it is, or an empty text; then each "entry", as
@@ -12,6 +12,6 @@ namespace vykeldev::aliases {
 /// "sent"; or why it "failed". Its steps are texts for people.
 extern const ChildTask previewTask;
 
-} // namespace vykeldev::aliases
+} // namespace vykeldev
 
 #endif

@@ -3,10 +3,10 @@
 #include "DeviceLists.h"
 #include "errors/Exception.h"
 #include "machine/Findings.h"
+#include "output/Failures.h"
 #include "PellumKelPlugin.h"
 #include "PluginCall.h"
 #include "system/DisplayText.h"
-#include "system/StatusText.h"
 #include "system/Text.h"
 #include "vykel/StatusBlock.h"
 #include <algorithm>
@@ -16,7 +16,7 @@
 #include <optional>
 #include <set>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 using Clock = std::chrono::steady_clock;
@@ -27,8 +27,8 @@ void begin(Step step, Reporter& reporter) {
     reporter.report({{"begun", step}});
 }
 
-/// Asks what clients and the library ask, and nobody here needs: a plug-in may fail at it.
-void askTheRest(const std::vector<vykel::IDevice*>& devices) {
+/// Calls the remaining getters so that their failures show.
+void callRemainingGetters(const std::vector<vykel::IDevice*>& devices) {
     vykel::callPlugin([&] {
         for (vykel::IDevice* const device : devices) {
             device->getVersion();
@@ -136,7 +136,7 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listD
     const std::int32_t code = vykel::collectDevices(*list, devices);
     const std::chrono::duration<double> duration = Clock::now() - start;
     reportNumbers(devices, reporter);
-    askTheRest(devices);
+    callRemainingGetters(devices);
     if (listDevices)
         reportDevices(devices, reporter);
     if (duration > slow)
@@ -207,4 +207,4 @@ ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit
     return result;
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

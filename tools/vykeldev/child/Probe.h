@@ -2,7 +2,8 @@
 #define VYKELDEV_CHILD_PROBE_H
 
 #include "child/ChildTask.h"
-#include "doctor/Report.h"
+#include "machine/LibraryError.h"
+#include "machine/PluginFile.h"
 #include <chrono>
 #include <cstdint>
 #include <optional>
@@ -12,7 +13,7 @@
 /// The probe of one plug-in: the library's own units load it, initialise it, ask it for a list, refresh the
 /// list and unload it, in a child process that reports each step before it begins. Whatever the plug-in does
 /// there, its parent knows how far it came.
-namespace vykeldev::doctor {
+namespace vykeldev {
 
 extern const ChildTask probeTask;
 
@@ -36,6 +37,6 @@ struct ProbeResult {
 /// child can be started.
 ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool listDevices = false);
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev
 
 #endif

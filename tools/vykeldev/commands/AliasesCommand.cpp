@@ -1,8 +1,9 @@
+#include "commands/AliasesCommand.h"
+
 #include "AliasRecords.h"
 #include "child/PreviewTask.h"
-#include "commands/Commands.h"
 #include "machine/Cause.h"
-#include "output/JsonFailure.h"
+#include "output/Failures.h"
 #include "output/Table.h"
 #include "system/DisplayText.h"
 #include <CLI/CLI.hpp>
@@ -11,7 +12,7 @@
 #include <optional>
 #include <vector>
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 namespace {
 
 using vykel::AliasLayout;
@@ -49,7 +50,7 @@ void take(const Json& report, Result& result) {
             result.failed = TaskRun::lostReport("a part of the preview");
     }
     if (report.contains("failed"))
-        result.failed = doctor::withCause(failureFrom(report["failed"]));
+        result.failed = withCause(failureFrom(report["failed"]));
 }
 
 Result runPreview() {
@@ -121,9 +122,6 @@ ExitCode previewAliases(const Context& context, bool json) {
 }
 
 } // namespace
-} // namespace vykeldev::aliases
-
-namespace vykeldev {
 
 void addAliasesCommand(CLI::App& app, Run& chosen) {
     const auto json = std::make_shared<bool>(false);
@@ -135,7 +133,7 @@ void addAliasesCommand(CLI::App& app, Run& chosen) {
         "Exit codes: 0 done, 1 an error, also a file that is malformed or locked, 3 there is none. "
         "docs/legacy-aliases.md explains the file.");
     command->callback([json, &chosen] {
-        chosen = {[json](const Context& context) { return aliases::previewAliases(context, *json); },
+        chosen = {[json](const Context& context) { return previewAliases(context, *json); },
                   documentIf(*json)};
     });
 }

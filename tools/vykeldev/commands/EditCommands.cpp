@@ -1,7 +1,8 @@
+#include "commands/EditCommands.h"
+
 #include "child/DeviceClient.h"
 #include "commands/ChangeText.h"
-#include "commands/Commands.h"
-#include "output/JsonFailure.h"
+#include "output/Failures.h"
 #include "vykel/IDevice.h"
 #include <CLI/CLI.hpp>
 #include <iostream>

@@ -1,12 +1,12 @@
+#include "commands/ListCommand.h"
+
 #include "child/DeviceClient.h"
-#include "commands/Commands.h"
 #include "commands/FormatOption.h"
-#include "commands/Selection.h"
-#include "output/JsonFailure.h"
-#include "output/NumberRange.h"
+#include "output/Failures.h"
 #include "output/Table.h"
 #include "system/DisplayText.h"
 #include "system/Text.h"
+#include <algorithm>
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <limits>
@@ -16,6 +16,13 @@
 namespace vykeldev {
 namespace {
 
+/// Which devices of a reading are wanted.
+struct Selection {
+    std::optional<std::string> number; ///< As text, such as "KEL3".
+    std::optional<std::string> alias;
+    std::optional<std::string> token;
+};
+
 struct ListOptions {
     bool json = false;
     double timeout = std::numeric_limits<double>::infinity(); // seconds
@@ -23,6 +30,30 @@ struct ListOptions {
     std::uint32_t format = 1;
     Selection selection;
 };
+
+bool isWanted(const DeviceInfo& device, const Selection& selection) {
+    return (!selection.number || numberText(device.number) == *selection.number) &&
+           (!selection.alias || device.alias == selection.alias) &&
+           (!selection.token || device.token == *selection.token);
+}
+
+/// Leaves only the devices that are wanted.
+void select(std::vector<DeviceInfo>& devices, const Selection& selection) {
+    devices.erase(std::remove_if(devices.begin(), devices.end(),
+                                 [&](const DeviceInfo& device) { return !isWanted(device, selection); }),
+                  devices.end());
+}
+
+/// `selection` must outlive the parsing.
+void addSelectionOptions(CLI::App& command, Selection& selection) {
+    command.add_option("--number", selection.number, "Shows only the device of this number, such as KEL3")
+        ->check(numberFlaw)
+        ->type_name("KELn");
+    command.add_option("--alias", selection.alias, "Shows only devices of exactly this alias")
+        ->type_name("TEXT");
+    command.add_option("--token", selection.token, "Shows only devices of exactly this token")
+        ->type_name("TEXT");
+}
 
 void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
     using Align = Table::Align;

@@ -1,4 +1,5 @@
-#include "commands/Commands.h"
+#include "commands/SetupCommand.h"
+
 #include "machine/Setup.h"
 #include "output/Json.h"
 #include <algorithm>

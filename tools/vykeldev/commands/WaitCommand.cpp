@@ -1,7 +1,7 @@
+#include "commands/WaitCommand.h"
+
 #include "child/DeviceClient.h"
-#include "commands/Commands.h"
-#include "output/JsonFailure.h"
-#include "output/NumberRange.h"
+#include "output/Failures.h"
 #include <algorithm>
 #include <CLI/CLI.hpp>
 #include <iostream>
@@ -13,7 +13,7 @@ namespace {
 
 constexpr double unlimited = std::numeric_limits<double>::infinity();
 constexpr double secondsBetweenReadings = 0.05;
-constexpr double unhurriedSeconds = 2; // for the first reading and for the end, whatever the limit is
+constexpr double minimumWait = 2; // for the first reading and for the end, whatever the limit is
 
 struct WaitOptions {
     std::uint32_t count = 1;
@@ -24,7 +24,7 @@ struct WaitOptions {
 ExitCode finish(const Context& context, DeviceClient& client) {
     const Reading reading = client.reading();
     std::cout << reading.count << (reading.count == 1 ? " device\n" : " devices\n");
-    client.next(timeAfter(unhurriedSeconds));
+    client.next(timeAfter(minimumWait));
     if (reading.failure.is_null())
         return ExitCode::Success;
     printFailure(context.notices(), "vykeldev: warning: ", failureFrom(reading.failure), context.verbose);
@@ -35,7 +35,7 @@ ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
     DeviceClient client({context.library, 0, 0, options.count, secondsBetweenReadings}, context);
-    Event event = client.next(std::max(deadline, timeAfter(unhurriedSeconds)));
+    Event event = client.next(std::max(deadline, timeAfter(minimumWait)));
     for (; event == Event::Read; event = client.next(deadline)) {
         if (client.reading().count >= options.count)
             return finish(context, client);

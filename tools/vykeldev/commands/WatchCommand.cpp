@@ -1,9 +1,9 @@
+#include "commands/WatchCommand.h"
+
 #include "child/DeviceClient.h"
 #include "commands/ChangeText.h"
-#include "commands/Commands.h"
 #include "commands/FormatOption.h"
-#include "output/JsonFailure.h"
-#include "output/NumberRange.h"
+#include "output/Failures.h"
 #include "system/DisplayText.h"
 #include <CLI/CLI.hpp>
 #include <cstdint>

@@ -1,12 +1,16 @@
-#include "commands/Commands.h"
-#include "doctor/Checks.h"
+#include "doctor/DoctorCommand.h"
+
+#include "doctor/JsonReport.h"
+#include "doctor/PluginCheck.h"
+#include "doctor/TextReport.h"
 #include "machine/Findings.h"
+#include "machine/FolderCheck.h"
 #include "output/Json.h"
-#include "output/NumberRange.h"
 #include "system/Paths.h"
 #include "system/Process.h"
 #include "system/System.h"
 #include "system/Text.h"
+#include "vybase/owners.h"
 #include <CLI/CLI.hpp>
 #include <iostream>
 #include <memory>
@@ -22,11 +26,9 @@ struct DoctorOptions {
 
 /// Checks that clients of this tool's release can load the library.
 void checkLibrary(const Versions& versions, Findings& findings) {
-    const HMODULE library = LoadLibraryExW(toWide(versions.libraryPath).c_str(), nullptr, 0);
-    if (library == nullptr || GetProcAddress(library, "vykeldevenum_initialize") == nullptr)
+    const vybase::Module library(LoadLibraryExW(toWide(versions.libraryPath).c_str(), nullptr, 0));
+    if (!library || GetProcAddress(library.get(), "vykeldevenum_initialize") == nullptr)
         findings.push_back({&finding::libraryMissing, versions.libraryPath, systemErrorText(GetLastError())});
-    if (library != nullptr)
-        FreeLibrary(library);
     const bool same = (versions.library + '.').rfind(versions.tool + '.', 0) == 0;
     if (!versions.library.empty() && !same)
         findings.push_back({&finding::libraryVersion, versions.libraryPath,

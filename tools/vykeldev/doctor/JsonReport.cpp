@@ -1,6 +1,6 @@
-#include "doctor/Report.h"
+#include "doctor/JsonReport.h"
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 Json textOrNull(const std::string& text) {
@@ -18,6 +18,32 @@ void to_json(Json& json, const LibraryImage& image) {
             {"imports", image.imports},
             {"missingImports", image.missingImports}};
 }
+
+void to_json(Json& json, const Finding& finding) {
+    json = {{"id", finding.kind->id},      {"severity", nameOf(finding.kind->severity)},
+            {"subject", finding.subject},  {"line", finding.line > 0 ? Json(finding.line) : Json()},
+            {"detail", finding.detail},    {"meaning", finding.kind->meaning},
+            {"remedy", finding.whatToDo()}};
+}
+
+void to_json(Json& json, const LockState& lock) {
+    json = {{"path", lock.path}, {"state", lock.state}, {"secondsWaited", lock.secondsWaited}};
+}
+
+void to_json(Json& json, const LegacyLine& line) {
+    json = {{"line", line.number}, {"text", line.text}};
+}
+
+void to_json(Json& json, const LegacyState& legacy) {
+    json = {{"path", legacy.path},
+            {"state", legacy.state},
+            {"layout", textOrNull(legacy.layout)},
+            {"aliasLines", legacy.aliasLines}};
+}
+
+} // namespace vykeldev
+
+namespace vykeldev::doctor {
 
 void to_json(Json& json, const PluginAccount& plugin) {
     Json numbers = Json::array();
@@ -42,33 +68,11 @@ void to_json(Json& json, const PluginAccount& plugin) {
         json["system"] = {{"code", *plugin.error->system}, {"text", plugin.error->systemText}};
 }
 
-void to_json(Json& json, const Finding& finding) {
-    json = {{"id", finding.kind->id},      {"severity", nameOf(finding.kind->severity)},
-            {"subject", finding.subject},  {"line", finding.line > 0 ? Json(finding.line) : Json()},
-            {"detail", finding.detail},    {"meaning", finding.kind->meaning},
-            {"remedy", finding.whatToDo()}};
-}
-
 void to_json(Json& json, const Versions& versions) {
     json = {{"tool", versions.tool},
             {"libraryPath", versions.libraryPath},
             {"library", textOrNull(versions.library)},
             {"system", versions.system}};
-}
-
-void to_json(Json& json, const LockState& lock) {
-    json = {{"path", lock.path}, {"state", lock.state}, {"secondsWaited", lock.secondsWaited}};
-}
-
-void to_json(Json& json, const LegacyLine& line) {
-    json = {{"line", line.number}, {"text", line.text}};
-}
-
-void to_json(Json& json, const LegacyState& legacy) {
-    json = {{"path", legacy.path},
-            {"state", legacy.state},
-            {"layout", textOrNull(legacy.layout)},
-            {"aliasLines", legacy.aliasLines}};
 }
 
 void to_json(Json& json, const Report& report) {
@@ -80,9 +84,9 @@ void to_json(Json& json, const Report& report) {
             {"versions", report.versions},
             {"counts",
              {{"registered", report.plugins.size()},
-              {"loaded", report.count(Outcome::Loaded)},
-              {"refused", report.count(Outcome::Refused)},
-              {"failed", report.count(Outcome::Failed)}}},
+              {"loaded", report.count(PluginOutcome::Loaded)},
+              {"refused", report.count(PluginOutcome::Refused)},
+              {"failed", report.count(PluginOutcome::Failed)}}},
             {"plugins", report.plugins},
             {"folder", textOrNull(report.folder)},
             {"locks", report.locks},

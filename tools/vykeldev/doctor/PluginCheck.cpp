@@ -1,20 +1,20 @@
-#include "doctor/Checks.h"
-#include "errors/Exception.h"
+#include "doctor/PluginCheck.h"
+
+#include "doctor/Examination.h"
 #include "machine/Findings.h"
+#include "machine/Registrations.h"
 #include "PluginRegistrations.h"
 #include "system/Failure.h"
 #include "system/Paths.h"
 #include "system/System.h"
 #include "system/Text.h"
-#include "vysys/windowsRegistry.h"
+#include "vybase/owners.h"
+#include <algorithm>
 #include <map>
 #include <set>
 
 namespace vykeldev::doctor {
 namespace {
-
-constexpr const char* keyOf32Bit = "SOFTWARE\\WOW6432Node\\Morvance\\VY-KEL\\Plugins\\";
-const std::string keyName = std::string("HKEY_LOCAL_MACHINE\\") + vykel::pluginsKey;
 
 /// The name of a value's type in the registry's tools, in brackets; empty when it has none.
 std::string typeName(DWORD type) {
@@ -26,16 +26,15 @@ std::string typeName(DWORD type) {
 
 /// Checks what the library does not look at: the value's type, its size, and how it ends.
 void checkValue(PluginAccount& plugin, Findings& findings) {
-    vysys::RegistryKey key;
+    HKEY handle = nullptr;
     const WideString keyPath = toWide(vykel::pluginsKey + plugin.name);
-    key.opened =
-        RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &key.handle) == ERROR_SUCCESS;
-    if (!key.opened)
+    if (RegOpenKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, KEY_READ, &handle) != ERROR_SUCCESS)
         return;
+    const vybase::RegistryKey key(handle);
     DWORD type = 0;
     DWORD bytes = 64 << 10; // more than any path
     WideString data(bytes / sizeof(WCHAR), 0);
-    const LSTATUS error = RegQueryValueExW(key.handle, toWide(vykel::pluginPathValue).c_str(), nullptr, &type,
+    const LSTATUS error = RegQueryValueExW(key.get(), toWide(vykel::pluginPathValue).c_str(), nullptr, &type,
                                            reinterpret_cast<BYTE*>(data.data()), &bytes);
     if (error != ERROR_SUCCESS && error != ERROR_MORE_DATA)
         return;
@@ -68,22 +67,6 @@ void checkWriters(const PluginAccount& plugin, Findings& findings) {
     const std::string folder = plugin.path->substr(0, plugin.path->find_last_of("\\/") + 1);
     const bool exists = GetFileAttributesW(toWide(*plugin.path).c_str()) != INVALID_FILE_ATTRIBUTES;
     checkWriters(plugin.name, folder, exists ? Guarded::Folder : Guarded::FolderOfMissing, findings);
-}
-
-/// Reads a registration as the library does. False, with the outcome, when there is no path.
-bool readRegistration(std::uint32_t index, PluginAccount& plugin, Findings& findings) {
-    plugin.name = "(subkey " + std::to_string(index) + ")";
-    try {
-        plugin.name = vykel::pluginName(index);
-        plugin.path = vykel::pluginPath(plugin.name);
-        return true;
-    } catch (const vyerr::Exception& exception) {
-        plugin.error = makeLibraryError(exception);
-        plugin.failedStep = Step::RegistryValue;
-        plugin.detail = plugin.error->systemText;
-        findings.push_back({&finding::valueMissing, plugin.name, plugin.detail});
-        return false;
-    }
 }
 
 std::string folded(std::string text) {
@@ -145,58 +128,23 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, const std::set<std:
                         number, "': all but the first get numbers of their own.")});
 }
 
-/// How many plug-ins are registered where Windows puts the keys of 32-bit programs, such as installers. No
-/// client looks there.
-std::uint32_t countMisplaced() {
-    vyerr::Status status;
-    vyerr::initStatus(&status);
-    const std::uint32_t count = vysys::countSubkeys(keyOf32Bit, status);
-    vyerr::releaseStatus(&status);
-    return count;
-}
-
-/// Reports that the registry key names no plug-in.
-void addNone(const FindingKind& kind, const std::string& detail, Findings& findings) {
-    const std::uint32_t misplaced = countMisplaced();
-    if (misplaced == 0)
-        return findings.push_back({&kind, keyName, detail});
-    findings.push_back(
-        {&kind, keyName,
-         concat(detail, detail.empty() ? "" : " ", "A 32-bit installer registered ", misplaced,
-                " below HKEY_LOCAL_MACHINE\\", keyOf32Bit, ", where no client looks."),
-         0,
-         "Run 'vykeldev register NAME PATH' as administrator with the path of each plug-in, and "
-         "report it to the vendor."});
-}
-
 } // namespace
-
-std::optional<std::uint32_t> countPlugins(Findings& findings) {
-    try {
-        const std::uint32_t count = vykel::countPlugins();
-        if (count == 0)
-            addNone(finding::pluginsNone, "", findings);
-        return count;
-    } catch (const vyerr::Exception& exception) {
-        const LibraryError error = makeLibraryError(exception);
-        if (error.system == ERROR_ACCESS_DENIED)
-            findings.push_back({&finding::pluginsKeyDenied, keyName, error.systemText});
-        else
-            addNone(finding::pluginsKeyMissing, error.systemText, findings);
-        return std::nullopt;
-    }
-}
 
 void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress) {
     const std::optional<std::uint32_t> count = countPlugins(report.findings);
     if (!count)
         return;
-    checkWriters(keyName, vykel::pluginsKey, Guarded::RegistryKey, report.findings);
+    checkWriters(fullPluginsKey(), vykel::pluginsKey, Guarded::RegistryKey, report.findings);
     for (std::uint32_t i = 0; i < *count; ++i) {
         PluginAccount plugin;
+        static_cast<Registration&>(plugin) = readRegistration(i);
         if (report.listsDevices)
             plugin.deviceList = Json::array();
-        if (readRegistration(i, plugin, report.findings)) {
+        if (plugin.error) {
+            plugin.failedStep = Step::RegistryValue;
+            plugin.detail = plugin.error->systemText;
+            report.findings.push_back({&finding::valueMissing, plugin.name, plugin.detail});
+        } else {
             progress.show(concat("probing plug-in ", i + 1, " of ", *count, ": ", plugin.name));
             checkValue(plugin, report.findings);
             examine(plugin, limit, report.findings);

@@ -1,4 +1,5 @@
-#include "doctor/Report.h"
+#include "doctor/TextReport.h"
+
 #include "output/Table.h"
 #include "system/DisplayText.h"
 #include <ostream>
@@ -12,9 +13,9 @@ std::string counted(std::size_t count, const char* what) {
 
 void printPlugins(std::ostream& out, const Report& report, bool colour) {
     using Align = Table::Align;
-    out << counted(report.plugins.size(), "plug-in") << " registered: " << report.count(Outcome::Loaded)
-        << " loaded, " << report.count(Outcome::Refused) << " refused, " << report.count(Outcome::Failed)
-        << " failed\n";
+    out << counted(report.plugins.size(), "plug-in") << " registered: " << report.count(PluginOutcome::Loaded)
+        << " loaded, " << report.count(PluginOutcome::Refused) << " refused, "
+        << report.count(PluginOutcome::Failed) << " failed\n";
     if (report.plugins.empty())
         return;
     Table table({{"PLUG-IN", Align::Left},
@@ -24,7 +25,7 @@ void printPlugins(std::ostream& out, const Report& report, bool colour) {
                  {"DEVICES", Align::Right},
                  {"PATH", Align::Left}});
     for (const PluginAccount& plugin : report.plugins) {
-        const bool listed = plugin.outcome == Outcome::Loaded || !plugin.deviceNumbers.empty();
+        const bool listed = plugin.outcome == PluginOutcome::Loaded || !plugin.deviceNumbers.empty();
         table.addRow({plugin.name, nameOf(plugin.outcome),
                       plugin.failedStep ? nameOf(*plugin.failedStep) : "-",
                       std::to_string(plugin.milliseconds),

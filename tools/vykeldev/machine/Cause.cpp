@@ -1,14 +1,15 @@
 #include "machine/Cause.h"
 
-#include "doctor/Checks.h"
 #include "machine/Findings.h"
+#include "machine/FolderCheck.h"
+#include "machine/Registrations.h"
 #include "system/DisplayText.h"
 #include "system/Text.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <vector>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 using Kinds = std::vector<const FindingKind*>;
@@ -23,11 +24,11 @@ Kinds causesOf(std::int32_t code) {
     return {};
 }
 
-/// The initialisation reads only the registry key; before a preview of aliases fails, it needs both.
-Findings look(const Failure& failure) {
-    Report report;
+/// A preview of aliases needs both the registry key and the folder.
+Findings look(const Failure& failure, LibraryStep step) {
+    FolderReport report;
     Progress progress(false);
-    if (!isInitialization(failure))
+    if (step != LibraryStep::Initialisation)
         checkFolder(report, progress);
     if (failure.code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
         countPlugins(report.findings);
@@ -36,11 +37,11 @@ Findings look(const Failure& failure) {
 
 } // namespace
 
-Failure withCause(const Failure& failure) {
+Failure withCause(const Failure& failure, LibraryStep step) {
     const Kinds causes = causesOf(failure.code);
     if (causes.empty())
         return failure;
-    const Findings findings = look(failure);
+    const Findings findings = look(failure, step);
     const auto cause = std::find_if(findings.begin(), findings.end(), [&](const Finding& finding) {
         return std::count(causes.begin(), causes.end(), finding.kind) != 0;
     });
@@ -56,4 +57,4 @@ Failure withCause(const Failure& failure) {
             failure.raisedAt};
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

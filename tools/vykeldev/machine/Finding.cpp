@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <iterator>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 /// A plug-in's name as one argument in any shell; "NAME" when it is none, or would need more than quotes.
@@ -27,4 +27,4 @@ std::string FindingKind::remedyFor(const std::string& subject) const {
     return text;
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

@@ -1,24 +1,19 @@
 #ifndef VYKELDEV_MACHINE_FINDING_H
 #define VYKELDEV_MACHINE_FINDING_H
 
+#include "output/Severity.h"
 #include <cstddef>
 #include <string>
 #include <vector>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 
-/// An error makes plug-ins, devices or whole lists missing; a warning may soon, or hurts otherwise; an info
-/// helps only to understand the rest.
-enum class Severity { Info, Warning, Error };
-constexpr const char* severityNames[] = {"info", "warning", "error"};
-constexpr const char* nameOf(Severity severity) noexcept {
-    return severityNames[static_cast<std::size_t>(severity)];
-}
-
-/// What never changes about a finding. docs/findings.md defines them all; the build makes doctor/Findings.h
+/// What never changes about a finding. docs/findings.md defines them all; the build makes machine/Findings.h
 /// of it.
 struct FindingKind {
     const char* id; ///< Scripts and documents rely on it.
+    /// An error makes plug-ins, devices or whole lists missing; a warning may soon, or hurts otherwise; an
+    /// info helps only to understand the rest.
     Severity severity;
     const char* meaning;
     /// The plug-in's name stands between each two parts; after the last one come nulls.
@@ -42,6 +37,6 @@ struct Finding {
 
 using Findings = std::vector<Finding>;
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev
 
 #endif

@@ -1,21 +1,24 @@
+#include "machine/FolderCheck.h"
+
 #include "ConfigurationFolder.h"
-#include "doctor/Checks.h"
 #include "errors/Exception.h"
 #include "machine/Findings.h"
+#include "machine/HeldPlace.h"
+#include "machine/LegacyCheck.h"
+#include "machine/LibraryError.h"
 #include "machine/Locks.h"
 #include "pellumkelddk/user/FileLock.h"
-#include "machine/HeldPlace.h"
 #include "system/Files.h"
 #include "system/Paths.h"
 #include "system/System.h"
 #include "system/Text.h"
 #include <cmath>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 /// Waits for a lock. Returns its stream, which holds it; null when it cannot be locked.
-vykel::FileStream takeLock(const std::string& name, Report& report, Progress& progress) {
+vykel::FileStream takeLock(const std::string& name, FolderReport& report, Progress& progress) {
     LockState& lock = report.locks.emplace_back();
     lock.path = report.folder + name;
     const auto fail = [&](const char* state, const FindingKind& kind, const std::string& detail,
@@ -93,14 +96,7 @@ Finding missingFolder(const std::string& folder) {
 
 } // namespace
 
-std::string remedyOfOpening(DWORD error) {
-    return error == ERROR_SHARING_VIOLATION
-               ? "Close the program that holds the file open."
-               : "Run 'vykeldev setup --reset-rights' as administrator: it gives every user the rights that "
-                 "clients need.";
-}
-
-void checkFolder(Report& report, Progress& progress) {
+void checkFolder(FolderReport& report, Progress& progress) {
     try {
         report.folder = vykel::getConfigurationFolder();
     } catch (const vyerr::Exception& exception) {
@@ -126,4 +122,4 @@ void checkFolder(Report& report, Progress& progress) {
         checkLegacyFile(report, writable);
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

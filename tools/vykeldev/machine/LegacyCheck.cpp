@@ -1,7 +1,7 @@
-#include "doctor/Checks.h"
+#include "machine/LegacyCheck.h"
+
 #include "ini/IniWriter.h"
 #include "machine/Findings.h"
-#include "machine/LegacyExcerpt.h"
 #include "machine/LegacyFile.h"
 #include "system/Files.h"
 #include "system/Paths.h"
@@ -11,12 +11,8 @@
 #include <map>
 #include <new>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
-
-using aliases::Flaw;
-using aliases::LegacyEntry;
-using aliases::LegacyFile;
 
 /// The findings about one file, of each kind only as many as people read.
 class LegacyFindings {
@@ -97,7 +93,7 @@ Trouble savingTrouble(const std::string& path, bool folderWritable) {
 }
 
 void checkContent(const LegacyFile& file, LegacyFindings& findings, const Trouble& trouble) {
-    for (const aliases::SkippedLine& line : file.skippedLines)
+    for (const LegacyLine& line : file.skippedLines)
         findings.add(&finding::legacyLineIgnored, line.number, line.text);
     bool canMove = false;
     for (const LegacyEntry& entry : file.entries())
@@ -111,7 +107,14 @@ void checkContent(const LegacyFile& file, LegacyFindings& findings, const Troubl
 
 } // namespace
 
-void checkLegacyFile(Report& report, bool folderWritable) {
+std::string remedyOfOpening(DWORD error) {
+    return error == ERROR_SHARING_VIOLATION
+               ? "Close the program that holds the file open."
+               : "Run 'vykeldev setup --reset-rights' as administrator: it lets every user read and write in "
+                 "the folder.";
+}
+
+void checkLegacyFile(FolderReport& report, bool folderWritable) {
     LegacyState& state = report.legacy;
     const LegacyFile file(state.path);
     state.state = "none";
@@ -141,4 +144,4 @@ void checkLegacyFile(Report& report, bool folderWritable) {
     findings.finish();
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

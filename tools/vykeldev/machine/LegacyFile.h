@@ -10,7 +10,7 @@
 #include <string>
 #include <vector>
 
-namespace vykeldev::aliases {
+namespace vykeldev {
 
 /// Why an entry of the legacy file is not handed over, as far as the file itself shows.
 enum class Flaw {
@@ -33,14 +33,11 @@ struct LegacyEntry {
     std::optional<std::size_t> record; ///< The number of its section, when a transfer reads that section.
 };
 
-/// A line that has no meaning in the file.
-struct SkippedLine {
-    std::int32_t number = 0;
+/// A line of the legacy file, without its end.
+struct LegacyLine {
+    std::int32_t number = 0; ///< From 1.
     std::string text;
 };
-
-/// Whether a section of that name is about aliases: General, Aliases, or Alias and a number.
-bool isAliasSection(const std::string& name);
 
 /// The legacy alias file, as a transfer reads it. Read it under the transfers' lock: an open file would make
 /// the save of a transfer fail.
@@ -54,13 +51,18 @@ public:
     /// In the order of their lines. Throws std::bad_alloc.
     std::vector<LegacyEntry> entries() const;
 
-    int result = 0;                        ///< Of vyini::loadIniFile: 0, or why the file was not read.
-    std::vector<SkippedLine> skippedLines; ///< In the order of the file; blank lines are not among them.
+    int result = 0; ///< Of vyini::loadIniFile: 0, or why the file was not read.
+    /// Those that have no meaning, in the order of the file; blank lines are not among them.
+    std::vector<LegacyLine> skippedLines;
 
 private:
     vykel::AutoIniText text;
 };
 
-} // namespace vykeldev::aliases
+/// Those lines of the file's content that are not blank and are about aliases: in the sections General,
+/// Aliases and Alias<number>.
+std::vector<LegacyLine> aliasLinesOf(const std::string& file);
+
+} // namespace vykeldev
 
 #endif

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <stdexcept>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 namespace {
 
 constexpr std::uint16_t machineX64 = 0x8664;
@@ -137,4 +137,4 @@ LibraryImage readPeImage(std::string_view bytes) {
     }
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vykeldev::doctor {
+namespace vykeldev {
 
 /// What a plug-in must export.
 constexpr std::array<const char*, 3> entryPointNames = {"vykel_initializePlugin", "vykel_getPluginInterface",
@@ -27,6 +27,6 @@ struct LibraryImage {
 /// read, and the time is bounded by their number. Throws only std::bad_alloc.
 LibraryImage readPeImage(std::string_view bytes);
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev
 
 #endif

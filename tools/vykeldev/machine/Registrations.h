@@ -1,6 +1,9 @@
 #ifndef VYKELDEV_MACHINE_REGISTRATIONS_H
 #define VYKELDEV_MACHINE_REGISTRATIONS_H
 
+#include "machine/Finding.h"
+#include "machine/LibraryError.h"
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -12,12 +15,21 @@ namespace vykeldev {
 /// One subkey.
 struct Registration {
     std::string name;
-    std::optional<std::string> path; ///< None when it cannot be read.
-    std::string problem; ///< Why the library cannot use it, as far as that shows from outside, or empty.
+    std::optional<std::string> path;   ///< None when it cannot be read.
+    std::optional<LibraryError> error; ///< Why it cannot be read.
 };
 
 /// Whether `name` can name a plug-in: 1 to 255 UTF-16 units and no backslash.
 bool isRegistrationName(const std::string& name);
+
+/// The name of their key for people.
+std::string fullPluginsKey();
+
+/// Counts them. None, with a finding, when the key cannot be read; there is also one when there are none.
+std::optional<std::uint32_t> countPlugins(Findings& findings);
+
+/// The registration at an index below the count, in the order in which the library loads them.
+Registration readRegistration(std::uint32_t index);
 
 /// All registrations in the order in which the library loads them. Throws Failure.
 std::vector<Registration> readRegistrations();

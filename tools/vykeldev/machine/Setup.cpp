@@ -7,7 +7,7 @@
 #include "system/DisplayText.h"
 #include "system/Failure.h"
 #include "system/Text.h"
-#include "vysys/windowsRegistry.h"
+#include "vybase/owners.h"
 #include <array>
 
 namespace vykeldev {
@@ -35,13 +35,13 @@ std::string folderPath() {
 /// `open` opens or makes the key and returns the system's error.
 template <class Open>
 bool reachKey(const char* action, Open open) {
-    vysys::RegistryKey key;
-    const LSTATUS error = open(toWide(keyPath()).c_str(), &key.handle);
-    key.opened = error == ERROR_SUCCESS;
-    if (!key.opened && error != ERROR_FILE_NOT_FOUND)
+    HKEY handle = nullptr;
+    const LSTATUS error = open(toWide(keyPath()).c_str(), &handle);
+    const vybase::RegistryKey key(handle);
+    if (!key && error != ERROR_FILE_NOT_FOUND)
         throw systemFailure(std::string(action) + " the registry key 'HKEY_LOCAL_MACHINE\\" + keyPath() + "'",
                             static_cast<DWORD>(error), repeatSetup);
-    return key.opened;
+    return key != nullptr;
 }
 
 bool keyExists() {

@@ -1,7 +1,6 @@
 #include "system/Console.h"
 #include "system/Failure.h"
 #include "system/Files.h"
-#include "system/Loader.h"
 #include "system/Process.h"
 #include "system/SharedFolder.h"
 #include "system/System.h"
@@ -212,6 +211,7 @@ bool isReaderGone() noexcept {
 }
 
 const char* const libraryFileName = "libvykeldevenum.so";
+const bool librariesArePe = false;
 
 std::string systemErrorText(DWORD error) {
     char* text = nullptr;
@@ -273,16 +273,9 @@ bool isAdministrator(PSID owner) {
     return user == 0 || user == geteuid();
 }
 
-} // namespace vykeldev
-
-namespace vykeldev::doctor {
-
-std::optional<LibraryImage> readNativeImage(std::string_view) {
-    return std::nullopt;
-}
 
 std::optional<std::string> findImport(const std::string&) {
     return "";
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

@@ -2,7 +2,6 @@
 #include "system/DisplayText.h"
 #include "system/Failure.h"
 #include "system/Files.h"
-#include "system/Loader.h"
 #include "system/Paths.h"
 #include "system/Process.h"
 #include "system/SharedFolder.h"
@@ -155,6 +154,18 @@ const char* ordinaryGroup(ACCESS_ALLOWED_ACE& ace) {
     return nullptr;
 }
 
+bool beginsWith(const WideString& text, const WideString& beginning) {
+    const auto length = static_cast<int>(beginning.size());
+    return text.size() >= beginning.size() &&
+           CompareStringOrdinal(text.c_str(), length, beginning.c_str(), length, TRUE) == CSTR_EQUAL;
+}
+
+bool isInSystemFolder(const WideString& path) {
+    WCHAR folder[MAX_PATH] = {};
+    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
+    return length != 0 && length < MAX_PATH && beginsWith(path, WideString(folder) + L'\\');
+}
+
 } // namespace
 
 Usage usageOfThisProcess() {
@@ -290,6 +301,7 @@ bool isReaderGone() noexcept {
 }
 
 const char* const libraryFileName = "vykeldevenum.dll";
+const bool librariesArePe = true;
 
 std::string systemErrorText(DWORD error) {
     LPWSTR text = nullptr;
@@ -407,29 +419,6 @@ bool isAdministrator(PSID owner) {
            isThisAdministrator(owner);
 }
 
-} // namespace vykeldev
-
-namespace vykeldev::doctor {
-namespace {
-
-bool beginsWith(const WideString& text, const WideString& beginning) {
-    const auto length = static_cast<int>(beginning.size());
-    return text.size() >= beginning.size() &&
-           CompareStringOrdinal(text.c_str(), length, beginning.c_str(), length, TRUE) == CSTR_EQUAL;
-}
-
-bool isInSystemFolder(const WideString& path) {
-    WCHAR folder[MAX_PATH] = {};
-    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
-    return length != 0 && length < MAX_PATH && beginsWith(path, WideString(folder) + L'\\');
-}
-
-} // namespace
-
-std::optional<LibraryImage> readNativeImage(std::string_view bytes) {
-    return readPeImage(bytes);
-}
-
 std::optional<std::string> findImport(const std::string& name) {
     const WideString file = toWide(name);
     // The first two mean sets of functions, not files. The loader itself knows where those are.
@@ -445,4 +434,4 @@ std::optional<std::string> findImport(const std::string& name) {
     return isInSystemFolder(path) ? "" : toUtf8(path);
 }
 
-} // namespace vykeldev::doctor
+} // namespace vykeldev

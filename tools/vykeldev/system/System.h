@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_SYSTEM_SYSTEM_H
 #define VYKELDEV_SYSTEM_SYSTEM_H
 
+#include <optional>
 #include <string>
 #include <windows.h>
 
@@ -9,6 +10,13 @@ namespace vykeldev {
 
 /// The file name of the library on this system.
 extern const char* const libraryFileName;
+
+/// Whether libraries of this system have the headers of Windows. If not, the loader is their only judge.
+extern const bool librariesArePe;
+
+/// Where the system's loader finds a library that another one imports by that name. An empty path: it is
+/// loaded already, or it belongs to the system. None: it is not found.
+std::optional<std::string> findImport(const std::string& name);
 
 /// The system's text for an error, without a line end; empty when there is none.
 std::string systemErrorText(DWORD error);
@@ -25,8 +33,7 @@ bool isOrdinaryFile(const std::string& path);
 /// A text that is the same for all paths of one file; empty when the system gives none.
 std::string fileIdentity(const std::string& path);
 
-/// In what way a file is not only its own: it is a link, or it has other names (hard links), too. Empty when
-/// it is neither, or cannot be looked at.
+/// "a link", "a file with N names" (hard links), or empty, also when it cannot be looked at.
 std::string linkText(const std::string& path);
 
 /// A thing that only administrators should change: a folder because of one file in it, which exists or is

@@ -1,14 +1,12 @@
-#ifndef VYKELDEV_COMMANDS_COMMANDS_H
-#define VYKELDEV_COMMANDS_COMMANDS_H
+#ifndef VYKELDEV_OUTPUT_COMMAND_H
+#define VYKELDEV_OUTPUT_COMMAND_H
 
+#include <cstdlib>
 #include <functional>
 #include <iostream>
 #include <string>
 
-namespace CLI {
-class App;
-}
-
+/// What all commands have in common.
 namespace vykeldev {
 
 /// How the process ends. Scripts rely on these numbers.
@@ -51,20 +49,16 @@ constexpr FailureOutput lineIf(bool json) noexcept {
     return json ? FailureOutput::Line : FailureOutput::None;
 }
 
-// Each command is one file with one of these: it describes the command and its options to `app` and, when the
-// user gave the command, puts its work into `chosen`. `chosen` must outlive the parsing.
-void addAliasCommand(CLI::App& app, Run& chosen);
-void addAliasesCommand(CLI::App& app, Run& chosen);
-void addCheckCommand(CLI::App& app, Run& chosen);
-void addDoctorCommand(CLI::App& app, Run& chosen);
-void addListCommand(CLI::App& app, Run& chosen);
-void addPluginsCommand(CLI::App& app, Run& chosen);
-void addRegisterCommand(CLI::App& app, Run& chosen);
-void addRenumberCommand(CLI::App& app, Run& chosen);
-void addSetupCommand(CLI::App& app, Run& chosen);
-void addUnregisterCommand(CLI::App& app, Run& chosen);
-void addWaitCommand(CLI::App& app, Run& chosen);
-void addWatchCommand(CLI::App& app, Run& chosen);
+/// A check of an option's text: accepts numbers from `min` to `max` and nothing else, not even "nan". The
+/// error says what is `expected`.
+inline std::function<std::string(const std::string&)> inRange(double min, double max, const char* expected) {
+    return [=](const std::string& text) {
+        char* end = nullptr;
+        const double value = std::strtod(text.c_str(), &end);
+        const bool good = !text.empty() && *end == '\0' && value >= min && value <= max;
+        return good ? std::string() : std::string(expected) + " expected, not '" + text + "'";
+    };
+}
 
 } // namespace vykeldev
 

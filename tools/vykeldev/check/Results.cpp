@@ -1,4 +1,4 @@
-#include "check/Report.h"
+#include "check/Results.h"
 
 #include "system/DisplayText.h"
 #include <iomanip>
@@ -22,13 +22,13 @@ void to_json(Json& json, const Result& result) {
     const Rule& rule = *result.rule;
     json = {{"id", rule.id},
             {"title", rule.title},
-            {"severity", rule.severity == Severity::Error ? "error" : "warning"},
+            {"severity", nameOf(rule.severity)},
             {"alters", rule.alters()},
             {"result", toString(result.outcome)},
             {"observed", result.observed.empty() ? Json() : Json(result.observed)},
             {"meaning", rule.meaning},
             {"remedy", rule.remedy},
-            {"lookedLess", result.lookedLess},
+            {"lookedLess", result.wasCutShort},
             {"milliseconds", result.duration.count()}};
 }
 
@@ -41,7 +41,7 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
     out << (colour ? colours[static_cast<std::size_t>(result.outcome)] : "") << std::left << std::setw(8)
         << toString(result.outcome) << (colour ? "\x1b[0m" : "") << ' ' << std::setw(21) << rule.id
         << (result.outcome == Outcome::Skipped ? observed : rule.title) << '\n';
-    if (result.lookedLess)
+    if (result.wasCutShort)
         out << "         looked less often, because the time was over\n";
     if (isBroken(result.outcome))
         out << "         observed:   " << observed << '\n'

@@ -1,9 +1,11 @@
-#ifndef VYKELDEV_CHECK_RESULT_H
-#define VYKELDEV_CHECK_RESULT_H
+#ifndef VYKELDEV_CHECK_RESULTS_H
+#define VYKELDEV_CHECK_RESULTS_H
 
-#include "check/Rules.h"
+#include "check/Rule.h"
+#include "output/Json.h"
 #include <algorithm>
 #include <chrono>
+#include <iosfwd>
 #include <string>
 #include <vector>
 
@@ -31,7 +33,7 @@ struct Result {
     std::chrono::milliseconds duration{0};
     /// The rule because of whose result it was skipped; null when it was not, or for another reason.
     const Rule* cause = nullptr;
-    bool lookedLess = false; ///< Its time for repeating was over before it had looked as often as usual.
+    bool wasCutShort = false; ///< Its time for repeating was over before it had looked as often as usual.
 };
 
 using Results = std::vector<Result>;
@@ -41,6 +43,16 @@ inline std::size_t countOf(const Results& results, Outcome outcome) {
         std::count_if(results.begin(), results.end(),
                       [outcome](const Result& result) { return result.outcome == outcome; }));
 }
+
+/// One result for people, with meaning and remedy when the rule is broken, or why it was skipped. Nothing
+/// for a consequence of another result.
+void printResult(std::ostream& out, const Result& result, bool colour);
+
+/// The last lines: what was skipped because of which rule, and how many there are of each outcome.
+void printSummary(std::ostream& out, const Results& results);
+
+/// All results as one JSON object; schemas/check.schema.json describes it.
+Json toDocument(const std::string& plugin, const Results& results);
 
 } // namespace vykeldev::check
 

@@ -1,0 +1,19 @@
+#ifndef VYKELDEV_COMMANDS_EDITCOMMANDS_H
+#define VYKELDEV_COMMANDS_EDITCOMMANDS_H
+
+#include "output/Command.h"
+
+namespace CLI {
+class App;
+}
+
+namespace vykeldev {
+
+/// The commands `alias` and `renumber`: describe them and their options to `app`. When the user gives it, its
+/// work is put into `chosen`, which must outlive the parsing.
+void addAliasCommand(CLI::App& app, Run& chosen);
+void addRenumberCommand(CLI::App& app, Run& chosen);
+
+} // namespace vykeldev
+
+#endif

@@ -1,0 +1,141 @@
+#include "output/Failures.h"
+
+#include "errors/Exception.h"
+#include "system/DisplayText.h"
+#include "system/System.h"
+#include "system/Text.h"
+#include "vykel/StatusCodes.h"
+#include <algorithm>
+#include <iterator>
+#include <new>
+#include <ostream>
+
+namespace vykeldev {
+namespace {
+
+using vykel::StatusCode;
+
+struct Explanation {
+    StatusCode code;
+    const char* name;
+    const char* meaning;
+    const char* remedy;
+};
+
+constexpr Explanation explanations[] = {
+    {StatusCode::ConfigurationFault, "ConfigurationFault",
+     "A lock file could not be made, or the legacy alias file vykel.ini was malformed or could not be saved. "
+     "The cause is gone now.",
+     "Try again."},
+    {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", freeMemory},
+    {StatusCode::GeneralFault, "GeneralFault",
+     "Most likely a plug-in let an exception out. If not, the library failed in an unforeseen way.",
+     "Run 'vykeldev doctor': it names the plug-in. If it names none, report the code and what "
+     "--verbose adds."},
+    {StatusCode::BadCast, "BadCast", "A plug-in is faulty.",
+     "'vykeldev doctor' tries each plug-in by itself and names it."},
+    {StatusCode::InvalidParameter, "InvalidParameter", "The library refuses an argument of this tool.",
+     "Install tool and library from the same release."},
+    {StatusCode::ResourceNotFound, "ResourceNotFound", "The common application data folder cannot be found.",
+     "Check that the folder (usually C:\\ProgramData) is there."},
+    {StatusCode::OsFault, "OsFault", "The operating system refuses an event or a file lock.",
+     "Check that the folder Morvance\\VY-KEL of the common application data folder is on a local disk."},
+    {StatusCode::PluginNotInitialized, "PluginNotInitialized",
+     "A plug-in was used before it was initialised.",
+     "Try again; if it fails again, report the code and what --verbose adds."},
+    {StatusCode::VersionMismatch, "VersionMismatch", "The library does not offer the interface of this tool.",
+     "Install tool and library from the same release."},
+};
+
+constexpr Explanation ofPlugin = {StatusCode::Success, "a plug-in's own code",
+                                  "A plug-in failed with a code that it defines itself.",
+                                  "Look the code up in the plug-in's documentation."};
+
+constexpr Explanation noKey = {StatusCode::ResourceNotFound, "ResourceNotFound",
+                               "The registry key of the plug-ins cannot be found or read.",
+                               "Run 'vykeldev setup' as administrator: it makes the key."};
+
+const Explanation& explain(std::int32_t code) noexcept {
+    const auto* const found =
+        std::find_if(std::begin(explanations), std::end(explanations), [code](const Explanation& candidate) {
+            return vykel::toInteger(candidate.code) == code;
+        });
+    return found == std::end(explanations) ? ofPlugin : *found;
+}
+
+Failure explained(const std::string& action, const Explanation& explanation, std::int32_t code,
+                  const std::string& place) {
+    return {action + " failed with " + std::to_string(code) + " (" + explanation.name + ")",
+            explanation.meaning,
+            explanation.remedy,
+            code,
+            explanation.name,
+            place};
+}
+
+/// A text of a fixed-size field, which a faulty writer may have left without its end.
+template <std::size_t size>
+std::string fieldText(const char (&field)[size]) {
+    return printable(std::string(field, std::find(field, field + size, '\0')));
+}
+
+/// File and line, as in "left.devices:3". In a plug-in's block they may be those of its own data.
+std::string placeIn(const vykel::StatusBlock& status) {
+    const std::string file = fieldText(status.file);
+    return file.empty() || status.line == 0 ? file : file + ":" + std::to_string(status.line);
+}
+
+} // namespace
+
+std::string originText(const vykel::StatusBlock& status) {
+    const std::string place = placeIn(status);
+    return place.empty() ? "" : "; the plug-in names " + place;
+}
+
+Failure currentFailure(const std::string& action) {
+    try {
+        throw;
+    } catch (const Failure& failure) {
+        return failure;
+    } catch (const vyerr::ExceptionBase& exception) { // its text is a JSON document
+        vykel::StatusBlock status = vykel::makeStatusBlock();
+        vyerr::statusToBlock(exception.status(), &status);
+        return statusFailure(action, status);
+    } catch (const ConversionError& error) {
+        return {error.what(), systemErrorText(error.code), freeMemory};
+    } catch (const std::bad_alloc&) { // has no text for people
+        return {"memory is exhausted", "", freeMemory};
+    } catch (const std::exception& error) {
+        return {error.what(), "", ""};
+    } catch (...) {
+        return {"an exception of an unknown type", "", ""};
+    }
+}
+
+void printFailure(std::ostream& out, const std::string& label, const Failure& failure, bool verbose) {
+    std::string text = label + printable(failure.what()) + '\n'; // whole, or nothing when that fails
+    if (!failure.meaning.empty())
+        text += "  meaning:    " + printable(failure.meaning) + '\n';
+    if (!failure.remedy.empty())
+        text += "  what to do: " + printable(failure.remedy) + '\n';
+    if (verbose && !failure.raisedAt.empty())
+        text += "  raised at:  " + printable(failure.raisedAt) + '\n';
+    out << text;
+}
+
+Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
+    return explained(action, explain(status.code), status.code, placeIn(status));
+}
+
+Failure statusFailure(const std::string& action, std::int32_t code) {
+    vykel::StatusBlock status = vykel::makeStatusBlock();
+    status.code = code;
+    return statusFailure(action, status);
+}
+
+InitialisationFailure::InitialisationFailure(std::int32_t statusCode)
+    : Failure(explained("initialising the library",
+                        statusCode == vykel::toInteger(noKey.code) ? noKey : explain(statusCode), statusCode,
+                        "")) {}
+
+} // namespace vykeldev
