@@ -67,24 +67,21 @@ Result runPreview() {
     return result;
 }
 
-void printTable(const Result& result, bool colour) {
+void printText(const Result& result, bool colour) {
     std::cout << printable(result.file) << ": aliases by " << layoutText(*result.layout) << '\n';
     if (result.entries.empty()) {
         std::cout << "No entries are left.\n";
         return;
     }
-    using Align = Table::Align;
-    Table table({{"LINE", Align::Right},
-                 {"ALIAS", Align::Left},
-                 {result.layout == AliasLayout::ByResourceName ? "DEVICE" : "TOKEN", Align::Left},
-                 {"NEXT REFRESH", Align::Left}});
-    const auto textOrDash = [](const Json& text) { return text.is_null() ? "-" : text.get<std::string>(); };
-    for (std::size_t i = 0; i < result.texts.size(); ++i) {
-        const Json& entry = result.entries[i];
-        table.addRow({std::to_string(entry["line"].get<int>()), textOrDash(entry["alias"]),
-                      textOrDash(entry["target"]), result.texts[i]});
-    }
-    table.print(std::cout, colour);
+    Json rows = result.entries;
+    for (std::size_t i = 0; i < result.texts.size(); ++i)
+        rows[i]["text"] = result.texts[i];
+    printTable(std::cout, colour,
+               {{"LINE", "line", Column::Kind::Count},
+                {"ALIAS", "alias"},
+                {result.layout == AliasLayout::ByResourceName ? "DEVICE" : "TOKEN", "target"},
+                {"NEXT REFRESH", "text"}},
+               rows);
 }
 
 Json toDocument(const Result& result) {
@@ -113,7 +110,7 @@ ExitCode previewAliases(const Context& context, bool json) {
     if (json)
         printDocument(toDocument(result), throwError);
     else if (result.layout)
-        printTable(result, context.colour);
+        printText(result, context.colour);
     throwError();
     if (result.layout)
         return ExitCode::Success;

@@ -55,21 +55,6 @@ void addSelectionOptions(CLI::App& command, Selection& selection) {
         ->type_name("TEXT");
 }
 
-void printTable(const std::vector<DeviceInfo>& devices, bool colour) {
-    using Align = Table::Align;
-    Table table({{"INDEX", Align::Right},
-                 {"NUMBER", Align::Left},
-                 {"ALIAS", Align::Left},
-                 {"VERSION", Align::Right},
-                 {"SORT KEY", Align::Right},
-                 {"TOKEN", Align::Left}});
-    for (const DeviceInfo& device : devices) {
-        table.addRow({std::to_string(device.index), numberText(device.number), device.alias.value_or("-"),
-                      std::to_string(device.version), std::to_string(device.sortKey), device.token});
-    }
-    table.print(std::cout, colour);
-}
-
 /// What `list` shows.
 struct Listing {
     Reading reading;
@@ -113,6 +98,18 @@ void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& device
                      context.verbose);
 }
 
+void printText(const std::vector<DeviceInfo>& devices, bool colour) {
+    using Kind = Column::Kind;
+    printTable(std::cout, colour,
+               {{"INDEX", "index", Kind::Count},
+                {"NUMBER", "number", Kind::DeviceNumber},
+                {"ALIAS", "alias"},
+                {"VERSION", "version", Kind::Count},
+                {"SORT KEY", "sortKey", Kind::Count},
+                {"TOKEN", "token"}},
+               devices);
+}
+
 ExitCode listDevices(const Context& context, const ListOptions& options) {
     Listing listing = readListing(context, options);
     auto& [count, devices, failure] = listing.reading;
@@ -124,7 +121,7 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
     if (options.json)
         printDocument(toDocument(listing, options.format), throwError);
     else if (!devices.empty())
-        printTable(devices, context.colour);
+        printText(devices, context.colour);
     throwError();
     if (!failure.is_null()) {
         printFailure(context.notices(), "vykeldev: warning: ", failureFrom(failure), context.verbose);

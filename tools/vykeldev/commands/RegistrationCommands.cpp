@@ -30,33 +30,24 @@ std::string problemOf(const Registration& registration) {
            (error.system ? " (" + std::to_string(*error.system) + ")" : "");
 }
 
-void printTable(const std::vector<Registration>& registrations, bool colour) {
-    Table table({{"NAME", Table::Align::Left}, {"STATE", Table::Align::Left}, {"PATH", Table::Align::Left}});
-    for (const Registration& registration : registrations) {
-        const std::string problem = problemOf(registration);
-        table.addRow({registration.name, problem.empty() ? "ok" : problem, registration.path.value_or("-")});
-    }
-    table.print(std::cout, colour);
-}
-
-void printJson(const std::vector<Registration>& registrations) {
-    Json document = {{"schemaVersion", 1}, {"plugins", Json::array()}};
-    for (const Registration& registration : registrations) {
-        const std::string problem = problemOf(registration);
-        document["plugins"].push_back({{"name", registration.name},
-                                       {"path", orNull(registration.path)},
-                                       {"problem", problem.empty() ? Json() : Json(problem)}});
-    }
-    std::cout << textOf(document) << '\n';
+Json toJson(const Registration& registration) {
+    const std::string problem = problemOf(registration);
+    return {{"name", registration.name},
+            {"path", orNull(registration.path)},
+            {"problem", problem.empty() ? Json() : Json(problem)}};
 }
 
 ExitCode showPlugins(const Context& context, bool json) {
-    const std::vector<Registration> registrations = readRegistrations();
+    Json plugins = Json::array();
+    for (const Registration& registration : readRegistrations())
+        plugins.push_back(toJson(registration));
     if (json)
-        printJson(registrations);
-    else if (!registrations.empty())
-        printTable(registrations, context.colour);
-    if (!registrations.empty())
+        std::cout << textOf({{"schemaVersion", 1}, {"plugins", plugins}}) << '\n';
+    else if (!plugins.empty())
+        printTable(std::cout, context.colour,
+                   {{"NAME", "name"}, {"STATE", "problem", Column::Kind::Text, "ok"}, {"PATH", "path"}},
+                   plugins);
+    if (!plugins.empty())
         return ExitCode::Success;
     context.notices() << "vykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n";
     return ExitCode::NothingListed;

@@ -1,5 +1,6 @@
 #include "doctor/TextReport.h"
 
+#include "doctor/JsonReport.h"
 #include "output/Table.h"
 #include "system/DisplayText.h"
 #include <ostream>
@@ -11,40 +12,39 @@ std::string counted(std::size_t count, const char* what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
 
-void printPlugins(std::ostream& out, const Report& report, bool colour) {
-    using Align = Table::Align;
+void printPlugins(std::ostream& out, const Report& report, Json rows, bool colour) {
     out << counted(report.plugins.size(), "plug-in") << " registered: " << report.count(PluginOutcome::Loaded)
         << " loaded, " << report.count(PluginOutcome::Refused) << " refused, "
         << report.count(PluginOutcome::Failed) << " failed\n";
-    if (report.plugins.empty())
+    if (rows.empty())
         return;
-    Table table({{"PLUG-IN", Align::Left},
-                 {"OUTCOME", Align::Left},
-                 {"FAILED AT", Align::Left},
-                 {"MS", Align::Right},
-                 {"DEVICES", Align::Right},
-                 {"PATH", Align::Left}});
-    for (const PluginAccount& plugin : report.plugins) {
-        const bool listed = plugin.outcome == PluginOutcome::Loaded || !plugin.deviceNumbers.empty();
-        table.addRow({plugin.name, nameOf(plugin.outcome),
-                      plugin.failedStep ? nameOf(*plugin.failedStep) : "-",
-                      std::to_string(plugin.milliseconds),
-                      listed ? std::to_string(plugin.deviceNumbers.size()) : "-", plugin.path.value_or("-")});
-    }
-    table.print(out, colour);
+    for (Json& row : rows)
+        if (!row["failedStep"].is_null() && row["devices"] == 0)
+            row["devices"] = nullptr;
+    printTable(out, colour,
+               {{"PLUG-IN", "name"},
+                {"OUTCOME", "outcome"},
+                {"FAILED AT", "failedStep"},
+                {"MS", "milliseconds", Column::Kind::Count},
+                {"DEVICES", "devices", Column::Kind::Count},
+                {"PATH", "path"}},
+               rows);
     out << '\n';
 }
 
-void printDevices(std::ostream& out, const Report& report, bool colour) {
-    using Align = Table::Align;
-    const auto textOf = [](const Json& text) { return text.is_null() ? "-" : text.get<std::string>(); };
-    Table table(
-        {{"PLUG-IN", Align::Left}, {"NUMBER", Align::Left}, {"ALIAS", Align::Left}, {"TOKEN", Align::Left}});
-    for (const PluginAccount& plugin : report.plugins)
-        for (const Json& device : plugin.deviceList)
-            table.addRow({plugin.name, device["number"].is_null() ? "-" : "KEL" + device["number"].dump(),
-                          textOf(device["alias"]), textOf(device["token"])});
-    table.print(out, colour);
+void printDevices(std::ostream& out, const Json& plugins, bool colour) {
+    Json rows = Json::array();
+    for (const Json& plugin : plugins)
+        for (Json device : plugin.at("deviceList")) {
+            device["plugin"] = plugin["name"];
+            rows.push_back(std::move(device));
+        }
+    printTable(out, colour,
+               {{"PLUG-IN", "plugin"},
+                {"NUMBER", "number", Column::Kind::DeviceNumber},
+                {"ALIAS", "alias"},
+                {"TOKEN", "token"}},
+               rows);
     out << '\n';
 }
 
@@ -64,9 +64,10 @@ void printFinding(std::ostream& out, const Finding& finding, bool colour) {
 } // namespace
 
 void printReport(std::ostream& out, const Report& report, bool colour) {
-    printPlugins(out, report, colour);
+    const Json document = report;
+    printPlugins(out, report, document["plugins"], colour);
     if (report.listsDevices)
-        printDevices(out, report, colour);
+        printDevices(out, document["plugins"], colour);
     for (const LockState& lock : report.locks)
         if (lock.secondsWaited > 0)
             out << printable(lock.path) << ": " << lock.state << " after " << lock.secondsWaited

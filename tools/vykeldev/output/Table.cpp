@@ -4,35 +4,36 @@
 #include "system/Text.h"
 #include <algorithm>
 #include <ostream>
-#include <utility>
+#include <string>
 
 namespace vykeldev {
+namespace {
 
-Table::Table(std::vector<Column> tableColumns) : columns(std::move(tableColumns)) {
-    std::vector<std::string> headings;
-    for (const Column& column : columns)
-        headings.emplace_back(column.heading);
-    addRow(headings);
+std::string cell(const Column& column, const Json& value) {
+    if (value.is_null())
+        return column.absent;
+    const std::string text = value.is_string() ? value.get<std::string>() : value.dump();
+    return (column.kind == Column::Kind::DeviceNumber ? "KEL" : "") + printable(text);
 }
 
-void Table::addRow(const std::vector<std::string>& cells) {
-    std::vector<std::string>& row = rows.emplace_back();
-    for (const std::string& cell : cells)
-        row.push_back(printable(cell));
-}
+} // namespace
 
-void Table::print(std::ostream& out, bool colour) const {
-    std::vector<std::size_t> widths(columns.size());
-    for (const auto& row : rows)
-        for (std::size_t i = 0; i < widths.size(); ++i)
-            widths[i] = std::max(widths[i], displayWidth(row[i]));
-    for (const auto& row : rows) {
-        const bool bold = colour && &row == &rows.front();
-        std::string line;
-        for (std::size_t i = 0; i < widths.size(); ++i) {
-            const std::string padding(widths[i] - displayWidth(row[i]), ' ');
-            line += (columns[i].align == Align::Right ? padding + row[i] : row[i] + padding) + "  ";
+void printTable(std::ostream& out, bool colour, const std::vector<Column>& columns, const Json& rows) {
+    std::vector<std::string> lines(rows.size() + 1);
+    for (const Column& column : columns) {
+        std::vector<std::string> cells{column.heading};
+        for (const Json& row : rows)
+            cells.push_back(cell(column, row.at(column.member)));
+        std::size_t width = 0;
+        for (const std::string& text : cells)
+            width = std::max(width, displayWidth(text));
+        for (std::size_t i = 0; i < cells.size(); ++i) {
+            const std::string padding(width - displayWidth(cells[i]), ' ');
+            lines[i] += (column.kind == Column::Kind::Count ? padding + cells[i] : cells[i] + padding) + "  ";
         }
+    }
+    for (std::string& line : lines) {
+        const bool bold = colour && &line == &lines.front();
         out << (bold ? "\x1b[1m" : "") << trimmed(std::move(line)) << '\n' << (bold ? "\x1b[0m" : "");
     }
 }

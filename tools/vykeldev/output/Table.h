@@ -1,33 +1,25 @@
 #ifndef VYKELDEV_OUTPUT_TABLE_H
 #define VYKELDEV_OUTPUT_TABLE_H
 
+#include "output/Json.h"
 #include <iosfwd>
-#include <string>
 #include <vector>
 
 namespace vykeldev {
 
-/// Rows of text in columns that are aligned by their width on a terminal.
-class Table {
-public:
-    enum class Align { Left, Right };
-    struct Column {
-        const char* heading;
-        Align align;
-    };
+/// A column of a table: how it shows a member of the rows' objects.
+struct Column {
+    enum class Kind { Text, Count, DeviceNumber };
 
-    explicit Table(std::vector<Column> tableColumns);
-
-    /// Adds a row with one cell for each column. Cells may hold any text; they are made printable.
-    void addRow(const std::vector<std::string>& cells);
-
-    /// Writes headings and rows, the headings bold when `colour`.
-    void print(std::ostream& out, bool colour) const;
-
-private:
-    std::vector<Column> columns;
-    std::vector<std::vector<std::string>> rows; ///< The first one: the headings.
+    const char* heading;
+    const char* member;
+    Kind kind = Kind::Text;   ///< A count is aligned at the right; a device's number is shown as in KEL3.
+    const char* absent = "-"; ///< Shown for null.
 };
+
+/// Prints a JSON array of objects as a table whose columns are aligned by their width on a terminal, headings
+/// first, in bold when `colour`. Texts may hold anything; they are made printable.
+void printTable(std::ostream& out, bool colour, const std::vector<Column>& columns, const Json& rows);
 
 } // namespace vykeldev
 
