@@ -114,9 +114,9 @@ void DeviceClient::take(const Json& report) {
 }
 
 void DeviceClient::showObstacle() {
-    if (!showsObstacle || Clock::now() - std::max(lastReport, lastLook) < noticeDelay)
+    if (!showsObstacle || Clock::now() - std::max(lastReport, lastObstacleCheck) < noticeDelay)
         return;
-    lastLook = Clock::now();
+    lastObstacleCheck = Clock::now();
     const std::string text = obstacle();
     if (!text.empty() && text != shownObstacle)
         std::cerr << "vykeldev: waiting: " << text << '\n';

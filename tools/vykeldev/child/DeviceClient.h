@@ -60,8 +60,8 @@ private:
     const bool showsObstacle;
     std::string shownObstacle;
     Clock::time_point lastReport = Clock::now();
-    Clock::time_point lastLook = lastReport; ///< For an obstacle to show.
-    std::vector<DeviceInfo> pending;         ///< The beginning of the next reading.
+    Clock::time_point lastObstacleCheck = lastReport;
+    std::vector<DeviceInfo> pending; ///< The beginning of the next reading.
     Reading lastReading;
     std::vector<DeviceChange> edited;
     bool isNew = false; ///< The last reading.

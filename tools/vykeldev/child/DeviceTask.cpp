@@ -8,7 +8,7 @@
 namespace vykeldev {
 namespace {
 
-/// The exception that is being handled, which a list let out: when it explains nothing, it is a plug-in's.
+/// The failure of a list, from the exception that is being handled. One without a remedy is a plug-in's.
 Failure listFailure() {
     try {
         throw;

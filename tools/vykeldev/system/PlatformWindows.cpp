@@ -216,8 +216,8 @@ ChildProcess::ChildProcess(const std::vector<std::string>& arguments) : state(st
 ChildProcess::~ChildProcess() = default;
 
 bool ChildProcess::read(std::string& output, std::chrono::milliseconds time) {
-    constexpr std::chrono::milliseconds betweenLooks(10); // a pipe cannot be waited for with a process
-    const auto wait = static_cast<DWORD>(std::min(time, betweenLooks).count());
+    constexpr std::chrono::milliseconds pollInterval(10); // a pipe cannot be waited for with a process
+    const auto wait = static_cast<DWORD>(std::min(time, pollInterval).count());
     const bool ended = WaitForSingleObject(state->process.get(), wait) == WAIT_OBJECT_0;
     char bytes[4096];
     DWORD available = 0;
