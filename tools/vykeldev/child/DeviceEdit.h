@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_CHILD_DEVICEEDIT_H
 #define VYKELDEV_CHILD_DEVICEEDIT_H
 
-#include "child/DeviceChanges.h"
+#include "child/Devices.h"
 #include <functional>
 #include <optional>
 #include <string>

@@ -1,7 +1,7 @@
 #ifndef VYKELDEV_COMMANDS_CHANGETEXT_H
 #define VYKELDEV_COMMANDS_CHANGETEXT_H
 
-#include "child/DeviceChanges.h"
+#include "child/Devices.h"
 #include <string>
 
 namespace vykeldev {
