@@ -24,6 +24,7 @@ if(NOT VYKEL_SANITIZE)
   set_tests_properties(foreign PROPERTIES SKIP_RETURN_CODE 77 TIMEOUT 300)
 endif()
 if(NOT WIN32 AND NOT VYKEL_SANITIZE MATCHES thread)
+  add_test(NAME dotnet_binding COMMAND ${foreign_test} dotnet)
   add_test(NAME python_binding
     COMMAND /usr/bin/python3 -B ${CMAKE_CURRENT_SOURCE_DIR}/bindings/test_vykeldevenum.py)
   set(environment PYTHONPATH=${PROJECT_SOURCE_DIR}/bindings/python VYKEL_BUILD=${PROJECT_BINARY_DIR}
@@ -35,6 +36,6 @@ if(NOT WIN32 AND NOT VYKEL_SANITIZE MATCHES thread)
     endforeach()
     list(APPEND environment "LD_PRELOAD=${libasan}:${libstdc++}" ASAN_OPTIONS=detect_leaks=0)
   endif()
-  set_tests_properties(python_binding PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 180
+  set_tests_properties(dotnet_binding python_binding PROPERTIES ENVIRONMENT "${environment}" TIMEOUT 180
     SKIP_RETURN_CODE 77)
 endif()
