@@ -136,6 +136,15 @@ int32_t vykeldevenum_getAllKelDevices(int32_t version, vykel_DeviceList** list);
 /// Undoes one vykeldevenum_initialize; the last one unloads every plug-in.
 int32_t vykeldevenum_finalize(void);
 
+// For programs that load the DLL at run time: the types to which they cast what GetProcAddress returns.
+
+/// A pointer to vykeldevenum_initialize.
+typedef int32_t (*vykel_InitializeFunction)(void);
+/// A pointer to vykeldevenum_getAllKelDevices.
+typedef int32_t (*vykel_GetAllKelDevicesFunction)(int32_t version, vykel_DeviceList** list);
+/// A pointer to vykeldevenum_finalize.
+typedef int32_t (*vykel_FinalizeFunction)(void);
+
 /// Exports an entry point of a plug-in under its plain name.
 #if defined(_WIN32)
 #define VYKEL_PLUGIN_EXPORT __declspec(dllexport)

@@ -30,4 +30,17 @@ std::int32_t vykeldevenum_finalize();
 
 } // extern "C"
 
+namespace vykel {
+
+// For programs that load the DLL at run time: the types to which they cast what GetProcAddress returns.
+
+/// A pointer to vykeldevenum_initialize.
+using InitializeFunction = decltype(&vykeldevenum_initialize);
+/// A pointer to vykeldevenum_getAllKelDevices.
+using GetAllKelDevicesFunction = decltype(&vykeldevenum_getAllKelDevices);
+/// A pointer to vykeldevenum_finalize.
+using FinalizeFunction = decltype(&vykeldevenum_finalize);
+
+} // namespace vykel
+
 #endif
