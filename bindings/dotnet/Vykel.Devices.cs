@@ -80,13 +80,13 @@ namespace Vykel.Devices
 
     /// <summary>The library, initialised: it has loaded the registered plug-ins.</summary>
     /// <remarks>
-    /// Several may be open. Disposing of the last one unloads the plug-ins; the next one loads those that are registered
-    /// then. There are no finalizers: what is never disposed of lives until the process ends. Any thread may use any
-    /// object; calls on one list and its devices wait for each other.
+    /// Several may be open. Disposing of the last one unloads the plug-ins; the next one loads those that are
+    /// registered then. There are no finalizers: what is never disposed of lives until the process ends. Any thread may
+    /// use any object; calls on one list and its devices wait for each other.
     /// </remarks>
     public sealed class Library : IDisposable
     {
-        private readonly HashSet<DeviceList> lists = new HashSet<DeviceList>(); // those that are open; locked for all calls
+        private readonly HashSet<DeviceList> lists = new HashSet<DeviceList>(); // the open ones; locked by every call
         private bool disposed;
 
         /// <summary>Loads the library and its plug-ins.</summary>
@@ -165,7 +165,8 @@ namespace Vykel.Devices
 
         /// <summary>Looks for devices, gives numbers to new ones, and ends the devices handed out before.</summary>
         /// <remarks>
-        /// Waits without limit while another process numbers devices. A plug-in that fails is left out without an error.
+        /// Waits without limit while another process numbers devices. A plug-in that fails is left out without an
+        /// error.
         /// </remarks>
         /// <exception cref="StatusException">
         /// The refresh failed. The list may have devices all the same, some without a number: look at it.
@@ -175,7 +176,8 @@ namespace Vykel.Devices
             Call(() =>
             {
                 ++Refreshes; // first: the devices end even when the refresh fails
-                return Native.Report("refreshing the list", (ref Native.StatusBlock s) => operations.Refresh(address, ref s));
+                return Native.Report("refreshing the list",
+                    (ref Native.StatusBlock status) => operations.Refresh(address, ref status));
             });
         }
 
@@ -189,8 +191,8 @@ namespace Vykel.Devices
                 if (index < 0 || index >= Count)
                     throw new ArgumentOutOfRangeException(nameof(index), index, "the list has " + Count + " devices");
                 IntPtr device = IntPtr.Zero;
-                Native.Report("getting a device", (ref Native.StatusBlock s) =>
-                    device = operations.GetDevice(address, (uint)index, minimumVersion, ref s));
+                Native.Report("getting a device", (ref Native.StatusBlock status) =>
+                    device = operations.GetDevice(address, (uint)index, minimumVersion, ref status));
                 return new Device(this, device);
             });
         }
@@ -199,7 +201,8 @@ namespace Vykel.Devices
         /// <exception cref="StatusException">A plug-in refuses the token; then none keeps it.</exception>
         public void Attach(ulong token)
         {
-            Call(() => Native.Report("attaching", (ref Native.StatusBlock s) => operations.Attach(address, token, ref s)));
+            Call(() => Native.Report("attaching",
+                (ref Native.StatusBlock status) => operations.Attach(address, token, ref status)));
         }
 
         /// <summary>Withdraws a token from every plug-in.</summary>
@@ -212,7 +215,7 @@ namespace Vykel.Devices
             });
         }
 
-        /// <summary>The devices after the last refresh. The next refresh ends them, even in the middle of a loop.</summary>
+        /// <summary>The devices after the last refresh. The next refresh ends them, even within a loop.</summary>
         public IEnumerator<Device> GetEnumerator()
         {
             return Call(() => Enumerable.Range(0, Count).Select(index => this[index]).ToList()).GetEnumerator();
@@ -294,7 +297,8 @@ namespace Vykel.Devices
             if (format != 1 && format != 2)
                 throw new ArgumentOutOfRangeException(nameof(format), format, "there are the formats 1 and 2");
             return Call(() => Native.Text(operations.GetPersistentToken(address, (uint)format)))
-                ?? throw new PluginException("a device has no token of format " + format + ": 'vykeldev check' its plug-in");
+                ?? throw new PluginException(
+                    "a device has no token of format " + format + ": 'vykeldev check' its plug-in");
         }
 
         /// <summary>Gives the device an alias, which its plug-in keeps for good.</summary>
@@ -307,8 +311,8 @@ namespace Vykel.Devices
             if (alias.IndexOf('\0') >= 0)
                 throw new ArgumentException("an alias cannot hold a NUL character", nameof(alias));
             byte[] text = Encoding.UTF8.GetBytes(alias + '\0');
-            Call(() => Native.Report("setting the alias", (ref Native.StatusBlock s) =>
-                operations.SetAlias(address, text, 1, 0, ref s)));
+            Call(() => Native.Report("setting the alias", (ref Native.StatusBlock status) =>
+                operations.SetAlias(address, text, 1, 0, ref status)));
         }
 
         private TResult Call<TResult>(Func<TResult> call)
@@ -316,7 +320,7 @@ namespace Vykel.Devices
             return list.Call(() =>
             {
                 if (refreshes != list.Refreshes)
-                    throw new ObjectDisposedException(nameof(Device), "the list was refreshed: ask it for the device anew");
+                    throw new ObjectDisposedException(nameof(Device), "the list was refreshed: ask it anew");
                 return call();
             });
         }
@@ -361,7 +365,7 @@ namespace Vykel.Devices
         internal delegate IntPtr ToText(IntPtr self);
         internal delegate IntPtr FormatToText(IntPtr self, uint format);
         internal delegate void RefreshOperation(IntPtr self, ref StatusBlock status);
-        internal delegate IntPtr GetDeviceOperation(IntPtr self, uint index, int minimumVersion, ref StatusBlock status);
+        internal delegate IntPtr GetDeviceOperation(IntPtr self, uint index, int minimum, ref StatusBlock status);
         internal delegate void AttachOperation(IntPtr self, ulong token, ref StatusBlock status);
         internal delegate void DetachOperation(IntPtr self, ulong token);
         internal delegate void SetAliasOperation(IntPtr self, byte[] alias, int one, int zero, ref StatusBlock status);

@@ -13,10 +13,10 @@ if(VYKEL_SANITIZE)
 endif()
 add_dependencies(bindings_tests client_c lamp)
 
-# Clients in languages that know nothing of C++ (foreign-test.py): JavaScript, by docs/binary-interface.md alone, on both
-# systems; the Python module and the .NET binding on the host. A sanitized library wants the sanitizer's runtime in the
-# process from the start, and that wants the C++ runtime when it looks at thrown exceptions; Node.js and the thread
-# sanitizer take neither. What Python itself leaves allocated is no leak of ours.
+# Clients in other languages: JavaScript, by docs/binary-interface.md alone, on both systems; the Python module and the
+# .NET binding on the host. A sanitized library wants the sanitizer's runtime in the process from the start, and that
+# wants the C++ runtime when it looks at thrown exceptions; Node.js was not tried so. What Python itself leaves allocated
+# is no leak of ours.
 vykel_add_plugin(refuses foreign/refuses.c)
 set(foreign_test ${CMAKE_CURRENT_SOURCE_DIR}/foreign/foreign-test.py ${PROJECT_BINARY_DIR})
 if(NOT VYKEL_SANITIZE)

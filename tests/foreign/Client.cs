@@ -1,7 +1,7 @@
-// Client.exe FOLDER
+// Client.exe FOLDER DEVICES
 //
-// A client with the .NET binding on the machine that foreign-test.py made, whose lock files are in FOLDER: prints the
-// devices as JSON.
+// A client with the .NET binding on the machine that foreign-test.py made, whose lock files are in FOLDER and whose
+// first plug-in's devices are in the file DEVICES: prints the devices as JSON.
 using System;
 using System.IO;
 using System.Linq;
@@ -19,14 +19,8 @@ internal static class Client
 
     private static TError Fails<TError>(Action action) where TError : Exception
     {
-        try
-        {
-            action();
-        }
-        catch (TError error)
-        {
-            return error;
-        }
+        try { action(); }
+        catch (TError error) { return error; }
         throw new Exception("no " + typeof(TError).Name);
     }
 
@@ -78,49 +72,38 @@ internal static class Client
             DeviceList list = library.CreateDeviceList();
             list.Refresh();
             Device device = list[0];
-            Action[] uses = {() => device.Alias?.Trim(), () => device.Number?.ToString(), () => device.Version.ToString(),
-                () => device.SortKey.ToString(), () => device.GetToken(), () => device.SetAlias("x")};
+            Action[] uses = {() => device.Alias?.Trim(), () => device.Number?.ToString(), () => device.GetToken(),
+                () => device.Version.ToString(), () => device.SortKey.ToString(), () => device.SetAlias("x")};
+            Action[] ofList = {list.Refresh, () => list.First(), () => list.GetDevice(0, 0), () => list.Attach(1),
+                () => list.Detach(1), () => list.Count.ToString(), () => list.IsStale.ToString()};
             if (end == "refresh")
                 list.Refresh();
             else
-            {
-                ((IDisposable)(end == "list" ? (object)list : library)).Dispose();
-                uses = uses.Concat(new Action[] {list.Refresh, () => list.First(), () => list.GetDevice(0, 0),
-                    () => list.Attach(1), () => list.Detach(1), () => list.Count.ToString(),
-                    () => list.IsStale.ToString()}).ToArray();
-            }
-            if (end == "library")
-                uses = uses.Append(() => library.CreateDeviceList()).ToArray();
-            foreach (Action use in uses)
+                (end == "list" ? (IDisposable)list : library).Dispose();
+            foreach (Action use in end == "refresh" ? uses : uses.Concat(ofList))
                 Fails<ObjectDisposedException>(use);
             library.Dispose();
             list.Dispose();
             library.Dispose();
+            Fails<ObjectDisposedException>(() => library.CreateDeviceList());
         }
         Expect(File.ReadAllText("/proc/self/maps").Contains("left.so"), false); // each library was finalised
     }
 
-    private static void TryThreads()
+    private static void TryThreads(string devices)
     {
         using (var library = new Library())
         using (DeviceList list = library.CreateDeviceList())
             Parallel.For(0, 200, round =>
             {
-                try
-                {
-                    list.Refresh();
-                    Expect(list.Any(device => device.Alias == "-"), false);
-                }
-                catch (ObjectDisposedException) // another thread refreshed the list
-                {
-                }
+                File.SetLastWriteTimeUtc(devices, DateTime.UtcNow); // so that the refresh makes new ones
+                list.Refresh();
+                try { Expect(list.Any(device => device.Alias == "-"), false); }
+                catch (ObjectDisposedException) { } // another thread refreshed the list
             });
     }
 
-    private static string Quoted(string text)
-    {
-        return text == null ? "null" : "\"" + text + "\"";
-    }
+    private static string Quoted(string text) => text == null ? "null" : "\"" + text + "\"";
 
     private static void Main(string[] arguments)
     {
@@ -130,11 +113,12 @@ internal static class Client
             TryList(list, arguments[0]);
             TryDevices(list);
             Console.OutputEncoding = new UTF8Encoding(false);
-            Console.WriteLine("[" + string.Join(",", list.Select((device, index) =>
-                $"{{\"index\":{index},\"number\":{device.Number?.ToString() ?? "null"},\"alias\":{Quoted(device.Alias)}," +
-                $"\"version\":{device.Version},\"sortKey\":{device.SortKey},\"token\":{Quoted(device.GetToken())}}}")) + "]");
+            Console.WriteLine("[" + string.Join(",", list.Select((device, index) => "{\"index\":" + index
+                + ",\"number\":" + (device.Number?.ToString() ?? "null") + ",\"alias\":" + Quoted(device.Alias)
+                + ",\"version\":" + device.Version + ",\"sortKey\":" + device.SortKey
+                + ",\"token\":" + Quoted(device.GetToken()) + "}")) + "]");
         }
         TryEnds();
-        TryThreads();
+        TryThreads(arguments[1]);
     }
 }

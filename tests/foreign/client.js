@@ -10,9 +10,9 @@ const [, , libraryFile, folder] = process.argv;
 const listSlots = ["int32_t getVersion(void*)", "bool isStale(void*)", "void refresh(void*, _Inout_ Status*)",
   "uint32_t getCount(void*)", "void* getDevice(void*, uint32_t, int32_t, _Inout_ Status*)", "void release(void*)",
   "void attach(void*, uint64_t, _Inout_ Status*)", "void detach(void*, uint64_t)"];
-const deviceSlots = ["int32_t getVersion(void*)", "str getPersistentToken(void*, uint32_t)", "uint32_t getSortKey(void*)",
-  "void setNumber(void*, uint32_t, _Inout_ Status*)", "uint32_t getNumber(void*)", null, null, "str getAlias(void*)",
-  "void setAlias(void*, str, int32_t, int32_t, _Inout_ Status*)"];
+const deviceSlots = ["int32_t getVersion(void*)", "str getPersistentToken(void*, uint32_t)",
+  "uint32_t getSortKey(void*)", "void setNumber(void*, uint32_t, _Inout_ Status*)", "uint32_t getNumber(void*)", null,
+  null, "str getAlias(void*)", "void setAlias(void*, str, int32_t, int32_t, _Inout_ Status*)"];
 
 const Status = koffi.struct("Status", {structSize: "uint32_t", code: "int32_t", component: "char[10]",
   file: "char[101]", line: "uint32_t", reserved: "uint64_t", rest: koffi.array("uint8_t", 72, "Array")});
@@ -69,9 +69,10 @@ function tryList(list) {
   assert.deepStrictEqual([list.isStale(), list.getCount(), getDevice(list, 2).getNumber()], [true, 5, 4294967295]);
   reports(0, null, list.refresh);
   assert.deepStrictEqual([list.isStale(), list.getCount()], [false, 5]);
-  reports(-52005, /^vykeldeve,\S*source\/\S*\.cpp,\d\d,0$/, (status) => assert(!list.getDevice(5, 0, status)));
+  const site = /^vykeldeve,\S*source\/\S*\.cpp,\d\d,0$/;
+  assert.strictEqual(reports(-52005, site, (status) => list.getDevice(5, 0, status)), null);
   for (const structSize of [8, 9, 207, 208])
-    reports(-63193, /^vykeldeve,\S*source\/\S*\.cpp,\d\d,0$/, (status) => assert(!list.getDevice(0, 3, status)), structSize);
+    assert.strictEqual(reports(-63193, site, (status) => list.getDevice(0, 3, status), structSize), null);
   const failed = makeStatus(208, -1);
   list.refresh(failed); // does nothing
   assert.deepStrictEqual(failed, makeStatus(208, -1));
@@ -85,7 +86,7 @@ function tryDevice(device, lamp) {
   reports(0, null, (status) => device.setNumber(4294967294, status));
   reports(0, null, (status) => device.setAlias("Wäge \u{1F600}", 1, 0, status));
   reports(-52005, /^simulated,,0,0$/, (status) => lamp.setAlias("L", 1, 0, status));
-  assert.deepStrictEqual([device.getNumber(), device.getAlias(), lamp.getAlias()], [4294967294, "Wäge \u{1F600}", null]);
+  assert.deepStrictEqual([device.getNumber(), device.getAlias()], [4294967294, "Wäge \u{1F600}"]);
   assert.notStrictEqual(device.getPersistentToken(1), device.getPersistentToken(2));
 }
 

