@@ -8,7 +8,7 @@ import sys
 import tempfile
 import unittest
 import zipfile
-from concurrent.futures import ThreadPoolExecutor
+from concurrent.futures import ThreadPoolExecutor, wait
 from pathlib import Path
 from typing import Callable, List, Optional, Union
 
@@ -109,7 +109,8 @@ class Binding(unittest.TestCase):
                 else:
                     self.assertEqual(devices[0].token(2), expected)
                 devices.attach(2**64 - 1)
-                self.assert_fails(lambda: devices.attach(2**64 - 1), -52005, "InvalidParameter")
+                self.assertIsNone(
+                    self.assert_fails(lambda: devices.attach(2**64 - 1), -52005, "InvalidParameter").site)
                 devices.detach(2**64 - 1)
                 devices.attach(2**64 - 1)
 
@@ -142,6 +143,14 @@ class Binding(unittest.TestCase):
                     pass
             worker.result()
 
+    def test_closes_the_library_alone(self) -> None:
+        library = self.open()
+        with ThreadPoolExecutor() as pool:
+            with library._lock:  # as devices() in another thread holds it
+                closing = pool.submit(library.close)
+                self.assertFalse(wait([closing], 0.1).done)
+            closing.result()
+
     def test_makes_a_wheel(self) -> None:
         package = Path(vykeldevenum.__file__).parent
         shutil.copytree(package.parent, self.root / "source")
@@ -152,6 +161,15 @@ class Binding(unittest.TestCase):
         with zipfile.ZipFile(file) as wheel:
             packed = {Path(name).name for name in wheel.namelist() if name.startswith("vykeldevenum/")}
         self.assertEqual(packed, {path.name for path in package.iterdir() if path.is_file()})
+        self.open().close()
+        python = self.root / "venv/bin/python"  # it has neither setuptools nor wheel
+        subprocess.run([sys.executable, "-m", "venv", "--without-pip", self.root / "venv"], env=clean, check=True)
+        subprocess.run([sys.executable, "-m", "pip", f"--python={python}", "install", "-q", "--no-index", file],
+                       env=clean, check=True)
+        module = next(self.root.glob("venv/lib/*/site-packages/vykeldevenum"))
+        shutil.copy(LIBRARY, module)  # where Library() finds it
+        use = "import vykeldevenum; vykeldevenum.Library().close()"
+        subprocess.run([python, "-I", "-c", use], check=True)
 
 
 if __name__ == "__main__":
