@@ -12,7 +12,7 @@
 namespace vykeldev {
 namespace {
 
-using Kind = DeviceChange::Kind;
+using ChangeKind = DeviceChange::Kind;
 
 vykel::FileStream lockNumbers() {
     const std::string path = vykel::getConfigurationFolder() + "DeviceList.lck";
@@ -44,7 +44,7 @@ void expectKept(bool isKept, const std::string& what) {
 
 DeviceChange renumbered(vykel::IDeviceList& list, const DeviceInfo& device, std::uint32_t number,
                         bool dryRun) {
-    DeviceChange result{Kind::Renumbered, device, device};
+    DeviceChange result{ChangeKind::Renumbered, device, device};
     result.now.number = number;
     if (dryRun)
         return result;
@@ -62,7 +62,7 @@ DeviceChange renamed(vykel::IDeviceList& list, const DeviceInfo& device, const s
     const auto set = [&](auto& object, auto* status) { object.setAlias(alias.c_str(), 1, 0, status); };
     const DeviceInfo now = change(list, device, what, set);
     expectKept(now.alias == alias, what);
-    return {device.alias == alias ? Kind::Kept : Kind::Renamed, device, now};
+    return {device.alias == alias ? ChangeKind::Kept : ChangeKind::Renamed, device, now};
 }
 
 /// Two devices of one token are one device: what one of them is given, the other one has, too.
@@ -117,7 +117,7 @@ void editDevices(vykel::IDeviceList& list, const DeviceEdit& edit,
         while (inUse.count(free) != 0)
             ++free;
         const bool stays = &device == &*named;
-        onChange(stays ? DeviceChange{Kind::Kept, device, device}
+        onChange(stays ? DeviceChange{ChangeKind::Kept, device, device}
                        : renumbered(list, device, free, edit.dryRun));
         if (!stays)
             inUse.insert(free);

@@ -101,7 +101,7 @@ std::size_t serve(const DeviceRequest& request, Reporter& reporter) {
 }
 
 /// The child's side.
-void run(const std::vector<std::string>& arguments, Reporter& reporter) {
+void runClient(const std::vector<std::string>& arguments, Reporter& reporter) {
     try {
         const auto number = [&](std::size_t i) {
             return static_cast<std::uint32_t>(std::stoul(arguments.at(i)));
@@ -121,6 +121,6 @@ void run(const std::vector<std::string>& arguments, Reporter& reporter) {
 
 } // namespace
 
-const ChildTask deviceTask = {"devices", run};
+const ChildTask deviceTask = {"devices", runClient};
 
 } // namespace vykeldev

@@ -118,7 +118,7 @@ Json showPreview(Reporter& reporter) {
 }
 
 /// The child's side.
-void run(const std::vector<std::string>&, Reporter& reporter) {
+void runPreview(const std::vector<std::string>&, Reporter& reporter) {
     try {
         reporter.report(showPreview(reporter)); // when the plug-ins are unloaded
     } catch (...) {
@@ -128,6 +128,6 @@ void run(const std::vector<std::string>&, Reporter& reporter) {
 
 } // namespace
 
-const ChildTask previewTask = {"aliases", run};
+const ChildTask previewTask = {"aliases", runPreview};
 
 } // namespace vykeldev

@@ -7,14 +7,14 @@
 namespace vykeldev {
 namespace {
 
-using Kind = DeviceChange::Kind;
+using ChangeKind = DeviceChange::Kind;
 
 struct KindName {
     const char* name;
     const char* colour;
 };
 
-const KindName& nameOf(Kind kind) noexcept {
+const KindName& nameOf(ChangeKind kind) noexcept {
     static constexpr KindName names[] = {{"added", "\x1b[32m"},
                                          {"removed", "\x1b[31m"},
                                          {"renumbered", "\x1b[33m"},
@@ -40,9 +40,9 @@ std::string toText(const DeviceChange& change, bool colour) {
     if (colour)
         line = kind.colour + line + "\x1b[0m";
     line += padded(numberText(change.now.number), 8) + printable(change.now.token);
-    if (change.kind == Kind::Renumbered)
+    if (change.kind == ChangeKind::Renumbered)
         line += "  was " + numberText(change.before.number);
-    else if (change.kind == Kind::Renamed)
+    else if (change.kind == ChangeKind::Renamed)
         line += "  alias " + aliasText(change.now.alias) + ", was " + aliasText(change.before.alias);
     else if (change.now.alias)
         line += "  alias " + aliasText(change.now.alias);
@@ -56,9 +56,9 @@ std::string toJson(const DeviceChange& change, std::uint32_t tokenFormat) {
                   {"token", change.now.token},
                   {"number", numberOrNull(change.now.number)},
                   {"alias", orNull(change.now.alias)}};
-    if (change.kind == Kind::Renumbered)
+    if (change.kind == ChangeKind::Renumbered)
         event["previousNumber"] = numberOrNull(change.before.number);
-    else if (change.kind == Kind::Renamed)
+    else if (change.kind == ChangeKind::Renamed)
         event["previousAlias"] = orNull(change.before.alias);
     return textOf(event, -1);
 }
