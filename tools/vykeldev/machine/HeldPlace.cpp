@@ -1,9 +1,9 @@
 #include "machine/HeldPlace.h"
 
-#include "system/SharedFolder.h"
-#include "system/System.h"
 #include "system/DisplayText.h"
 #include "system/Failure.h"
+#include "system/SharedFolder.h"
+#include "system/System.h"
 #include "system/Text.h"
 #include <windows.h>
 // After windows.h, which they need.

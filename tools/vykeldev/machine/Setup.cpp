@@ -2,8 +2,8 @@
 
 #include "ConfigurationFolder.h"
 #include "errors/Exception.h"
-#include "PluginRegistrations.h"
 #include "machine/HeldPlace.h"
+#include "PluginRegistrations.h"
 #include "system/DisplayText.h"
 #include "system/Failure.h"
 #include "system/Text.h"

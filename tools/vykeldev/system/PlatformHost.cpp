@@ -273,7 +273,6 @@ bool isAdministrator(PSID owner) {
     return user == 0 || user == geteuid();
 }
 
-
 std::optional<std::string> findImport(const std::string&) {
     return "";
 }
