@@ -9,8 +9,8 @@ class App;
 
 namespace vykeldev {
 
-/// The commands `alias` and `renumber`: describe them and their options to `app`. When the user gives it, its
-/// work is put into `chosen`, which must outlive the parsing.
+/// The commands `alias` and `renumber`: describe them and their options to `app`. When the user gives one,
+/// its work is put into `chosen`, which must outlive the parsing.
 void addAliasCommand(CLI::App& app, Run& chosen);
 void addRenumberCommand(CLI::App& app, Run& chosen);
 

@@ -10,7 +10,7 @@ class App;
 namespace vykeldev {
 
 /// The commands `plugins`, `register` and `unregister`: describe them and their options to `app`. When the
-/// user gives it, its work is put into `chosen`, which must outlive the parsing.
+/// user gives one, its work is put into `chosen`, which must outlive the parsing.
 void addPluginsCommand(CLI::App& app, Run& chosen);
 void addRegisterCommand(CLI::App& app, Run& chosen);
 void addUnregisterCommand(CLI::App& app, Run& chosen);

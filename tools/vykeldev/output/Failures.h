@@ -29,6 +29,7 @@ Failure statusFailure(const std::string& action, std::int32_t code);
 /// The failure of the library's initialisation, which reads only the registry key.
 class InitialisationFailure : public Failure {
 public:
+    /// For the negative code that it answered with.
     explicit InitialisationFailure(std::int32_t statusCode);
 };
 
