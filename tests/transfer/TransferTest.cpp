@@ -53,28 +53,14 @@ Row malformed(const std::string& record, std::uint32_t line) {
 
 const std::vector<Row>& rows() {
     static const std::vector<Row> table = {
-        // A file without sections asks no device.
-        {"; nothing\n", {{0, "", "T", "", ""}}, "="},
         // Wide text is never read.
         {std::string("\xFF\xFE[\0A\0", 6), {{0, "", "T", "", ""}}, "="},
-        // A free device receives, a named one keeps, both entries go.
-        {"[Aliases]\nLab1=KEL0\nLab2=KEL3\nOld=KEL9\n",
-         {{0, "", "", "Lab1", "nanaS"}, {3, "X", "", "X", "nana"}},
-         "[Aliases]\nOld=KEL9\n"},
         // Devices without number or alias take no part.
         {"[Aliases]\nLab=KEL4294967295\nLab2=KEL1\n",
          {{none, "", "", "", "n"}, {1, nullptr, "", "", "na"}},
          "="},
-        // Of two keys for one device the last counts; the section goes with the loser.
-        {"[Aliases]\nOne=KEL0\nTwo=KEL0\n[Keep]\nme=1\n", {{0, "", "", "Two", "nanaS"}}, "[Keep]\nme=1\n"},
-        // The loser stays while another entry does.
-        {"[Aliases]\nOne=KEL0\nTwo=KEL0\nOld=KEL9\n",
-         {{0, "", "", "Two", "nanaS"}},
-         "[Aliases]\nOne=KEL0\nOld=KEL9\n"},
         // A device that takes none any more when its turn comes costs the entry.
         {"[Aliases]\nA=KEL0\nB=KEL1\n", {{0, "", "fades", "", "nana"}}, "[Aliases]\nB=KEL1\n"},
-        // Resource names are exact.
-        {"[Aliases]\nA=kel0\nB=KEL00\nC=\"KEL0 \"\n", {{0, "", "", "", "nan"}}, "="},
         // An alias is taken as it stands, not decoded; comments and bad lines are not kept.
         {"; c\nlost=1\n[aliases]\nA\\tB=KEL0\nbad\n C = KEL7 \n",
          {{0, "", "", "A\\tB", "nanaS"}},
@@ -93,25 +79,13 @@ const std::vector<Row>& rows() {
         version("+16", "9", "nat2aS"),
         version("-15", "0", "nanaS"),
         version("4294967296", "0", "nanaS"),
-        // No minor version: by resource name.
-        {"[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
-         {{0, "", "T", "A", "nanaS"}},
-         "[General]\nMajorVersion=15\n"},
         // Records are consumed by token, survivors renumbered in their order at the end.
         {v15 + record(0, "Red", "T1") + record(1, "Green", "T2", "False") + record(2, "Blue", "T3") +
              "[Tail]\nx=1\n",
          {{5, "", "T3", "Blue", "nat2aS"}, {6, "", "T2", "", "nat2"}, {7, "", "t1", "", "nat2"}},
          v15 + "[Tail]\nx=1\n" + record(0, "Red", "T1") + record(1, "Green", "T2", "False")},
-        // Nothing consumed: nothing written, though reading took the records out.
-        {v15 + record(0, "Green", "T2", "False"), {{6, "", "T2", "", "nat2"}}, "="},
         // A device without a token finds nothing.
         {v15 + record(0, "A", "null"), {{0, "", "null", "", "nat2"}}, "="},
-        // Reading ends at the first gap.
-        {v15 + record(0, "A", "T0") + record(2, "B", "T2"),
-         {{0, "", "T0", "A", "nat2aS"}, {1, "", "T2", "", "nat2"}},
-         v15 + record(2, "B", "T2")},
-        // Of equal tokens the first decides: one that is not local hides the later.
-        {v15 + record(0, "A", "T", "False") + record(1, "B", "T"), {{0, "", "T", "", "nat2"}}, "="},
         // Of equal tokens the first goes first.
         {v15 + record(0, "A", "T", "true ") + record(1, "B", "T", " TRUE"),
          {{0, "", "T", "A", "nat2aS"}, {1, "old", "T", "old", "nat2a"}, {2, "", "T", "", "nat2"}},
