@@ -19,8 +19,8 @@ Kinds causesOf(std::int32_t code) {
     if (code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
         return {&finding::pluginsKeyMissing, &finding::pluginsKeyDenied, &finding::folderUnknown};
     if (code == vykel::toInteger(vykel::StatusCode::ConfigurationFault))
-        return {&finding::folderMissing, &finding::lockUnusable, &finding::legacyNotWritable,
-                &finding::legacyMalformed};
+        return {&finding::folderMissing, &finding::diskFull, &finding::lockUnusable,
+                &finding::legacyNotWritable, &finding::legacyMalformed};
     return {};
 }
 
@@ -46,7 +46,9 @@ Failure withCause(const Failure& failure, LibraryStep step) {
         return std::count(causes.begin(), causes.end(), finding.kind) != 0;
     });
     if (cause == findings.end())
-        return failure;
+        return {failure.what(), failure.meaning + " A look at the machine, just now, showed no cause.",
+                failure.remedy, failure.code,
+                failure.name,   failure.raisedAt};
     const std::string place = cause->subject + (cause->line > 0 ? concat(':', cause->line) : std::string());
     const std::string detail = cause->detail.empty() ? "" : ": " + cause->detail;
     return {failure.what(),

@@ -34,7 +34,9 @@ vykel::FileStream takeLock(const std::string& name, FolderReport& report, Progre
         if (isFolder(lock.path))
             return fail("unusable", finding::lockUnusable, "a folder has its name", "Move the folder away.");
         const DWORD error = openFile(lock.path, GENERIC_READ, OPEN_EXISTING) ? 0 : GetLastError();
-        return fail("unusable", finding::lockUnusable, "it cannot be opened or made", remedyOfOpening(error));
+        const bool isFull = !report.findings.empty() && report.findings.back().kind == &finding::diskFull;
+        return fail("unusable", finding::lockUnusable, "it cannot be opened or made",
+                    isFull ? finding::diskFull.remedyFor("") : remedyOfOpening(error));
     }
     const DWORD error = lockInTime(stream.get(), [&](auto waited) {
         progress.show("waiting for " + lock.path);
@@ -49,13 +51,23 @@ vykel::FileStream takeLock(const std::string& name, FolderReport& report, Progre
     return stream;
 }
 
-/// Whether this user can make files in the folder: makes one.
+/// The size of a file; 0 when there is none.
+std::uint64_t fileSize(const std::string& path) {
+    const FileHandle file = openFile(path, 0, OPEN_EXISTING);
+    LARGE_INTEGER size = {};
+    return file && GetFileSizeEx(file.get(), &size) ? static_cast<std::uint64_t>(size.QuadPart) : 0;
+}
+
+/// Whether this user may make files in the folder: makes one, as large as a new vykel.ini could be.
 bool checkRights(const std::string& folder, Findings& findings) {
     const std::string path = folder + "vykeldev-" + std::to_string(GetCurrentProcessId()) + ".tmp";
-    if (makeTemporaryFile(path))
+    if (makeTemporaryFile(path, fileSize(folder + "vykel.ini")))
         return true;
-    findings.push_back({&finding::folderReadOnly, folder, systemErrorText(GetLastError())});
-    return false;
+    const DWORD error = GetLastError();
+    const bool isFull = error == ERROR_DISK_FULL;
+    findings.push_back(
+        {isFull ? &finding::diskFull : &finding::folderReadOnly, folder, systemErrorText(error)});
+    return isFull;
 }
 
 /// Looks at the folder and the one above it: a link, owner and rights. Returns whether neither is a link.

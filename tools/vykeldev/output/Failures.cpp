@@ -24,9 +24,8 @@ struct Explanation {
 
 constexpr Explanation explanations[] = {
     {StatusCode::ConfigurationFault, "ConfigurationFault",
-     "A lock file could not be made, or the legacy alias file vykel.ini was malformed or could not be saved. "
-     "The cause is gone now.",
-     "Try again."},
+     "A lock file could not be made, or the legacy alias file vykel.ini was malformed or could not be saved.",
+     "Try again; if it fails again, run 'vykeldev doctor'."},
     {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", freeMemory},
     {StatusCode::GeneralFault, "GeneralFault",
      "Most likely a plug-in let an exception out. If not, the library failed in an unforeseen way.",

@@ -1,6 +1,8 @@
 #include "system/Files.h"
 
 #include "system/Text.h"
+#include <algorithm>
+#include <vector>
 
 namespace vykeldev {
 namespace {
@@ -30,6 +32,18 @@ DWORD readFile(const std::string& path, std::string& bytes) {
     const DWORD error = isRead ? ERROR_SUCCESS : GetLastError();
     bytes.resize(isRead ? done : 0);
     return error;
+}
+
+bool writeZeros(HANDLE file, std::uint64_t count) {
+    const std::vector<char> zeros(std::size_t{1} << 16);
+    while (count > 0) {
+        const auto size = static_cast<DWORD>(std::min<std::uint64_t>(count, zeros.size()));
+        DWORD done = 0;
+        if (!WriteFile(file, zeros.data(), size, &done, nullptr))
+            return false;
+        count -= size;
+    }
+    return FlushFileBuffers(file) != FALSE;
 }
 
 } // namespace vykeldev

@@ -263,9 +263,17 @@ std::string ordinaryWriters(const std::string& path, Guarded kind) {
     return (status.st_mode & S_IWOTH) != 0 && !isSticky ? "all users" : "";
 }
 
-bool makeTemporaryFile(const std::string& path) {
-    const bool made = openFile(path, GENERIC_WRITE, CREATE_NEW) != nullptr;
-    return made && DeleteFileW(toWide(path).c_str()) != FALSE;
+bool makeTemporaryFile(const std::string& path, std::uint64_t bytes) {
+    FileHandle file = openFile(path, GENERIC_WRITE, CREATE_NEW);
+    if (!file)
+        return false;
+    const bool isWritten = writeZeros(file.get(), bytes);
+    const DWORD error = GetLastError();
+    file.reset();
+    const bool isDeleted = DeleteFileW(toWide(path).c_str()) != FALSE;
+    if (!isWritten)
+        SetLastError(error);
+    return isWritten && isDeleted;
 }
 
 bool isAdministrator(PSID owner) {

@@ -408,10 +408,17 @@ std::string ordinaryWriters(const std::string& path, Guarded kind) {
     return joined(writers, ", ");
 }
 
-bool makeTemporaryFile(const std::string& path) {
+bool makeTemporaryFile(const std::string& path, std::uint64_t bytes) {
     const HANDLE file = CreateFileW(toWide(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
                                     FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-    return file != INVALID_HANDLE_VALUE && CloseHandle(file);
+    if (file == INVALID_HANDLE_VALUE)
+        return false;
+    const bool isWritten = writeZeros(file, bytes);
+    const DWORD error = GetLastError();
+    const bool isClosed = CloseHandle(file) != FALSE;
+    if (!isWritten)
+        SetLastError(error);
+    return isWritten && isClosed;
 }
 
 bool isAdministrator(PSID owner) {

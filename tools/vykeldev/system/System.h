@@ -46,7 +46,7 @@ enum class Guarded { File, Folder, FolderOfMissing, RegistryKey, SharedFolder, R
 std::string ordinaryWriters(const std::string& path, Guarded kind);
 
 /// Makes a file that is gone again at once. False, with the system's last error, when that fails.
-bool makeTemporaryFile(const std::string& path);
+bool makeTemporaryFile(const std::string& path, std::uint64_t bytes);
 
 } // namespace vykeldev
 
