@@ -74,11 +74,14 @@ const std::vector<Row>& rows() {
          -77},
         version("14", "7", "nat1aS"),
         version("14", "6", "nanaS"),
-        version("14", "8", "nanaS"),
         version("13", "7", "nanaS"),
         version("+16", "9", "nat2aS"),
         version("-15", "0", "nanaS"),
         version("4294967296", "0", "nanaS"),
+        // No minor version: by resource name.
+        {"[General]\nMajorVersion=15\n[Aliases]\nA=KEL0\n",
+         {{0, "", "T", "A", "nanaS"}},
+         "[General]\nMajorVersion=15\n"},
         // Records are consumed by token, survivors renumbered in their order at the end.
         {v15 + record(0, "Red", "T1") + record(1, "Green", "T2", "False") + record(2, "Blue", "T3") +
              "[Tail]\nx=1\n",
@@ -133,19 +136,6 @@ TEST(Transfer, LayoutsGiveTheirDevicesAndBytes) {
         EXPECT_TRUE(row.after != "=" || fs::last_write_time(legacy.iniFile) == written);
         EXPECT_FALSE(fs::exists(legacy.temporaryFile));
     }
-}
-
-TEST(Transfer, AMissingFileStaysMissingAndAMissingFolderIsAnError) {
-    TransferMachine legacy;
-    const fs::path lock = legacy.machine.configurationFolder() / "vykel.lck";
-    for (const char* const locked : {"", "kept"}) {
-        EXPECT_EQ(transfer({}).code, success);
-        EXPECT_FALSE(fs::exists(legacy.iniFile));
-        EXPECT_EQ(readFile(lock), locked);
-        writeFile(lock, "kept");
-    }
-    legacy.machine.setConfigurationFolder(false);
-    EXPECT_EQ(transfer({}).code, configurationFault);
 }
 
 TEST(Transfer, AFileThatCannotBeReadOrReplacedIsKept) {
