@@ -13,10 +13,9 @@ DEVICES = 2  # of each plug-in
 
 
 def library(row: Row, machine: Machine, errors: str) -> None:
-    """The tests in which each call of the system and each allocation fails."""
-    tests = "EveryCallAndAllocationMayFail:*NothingIsLostWhateverFails"
+    """The tests in which calls of the system and allocations fail; in three scenarios, each of them."""
     (machine.root / "tmp").mkdir(parents=True)
-    ended = machine.run("fault_tests", f"--gtest_filter=*{tests}*", timeout=7200, TMPDIR=str(machine.root / "tmp"),
+    ended = machine.run("fault_tests", timeout=7200, TMPDIR=str(machine.root / "tmp"),
                         **({"VYKEL_PROOF": errors} if errors else {}))
     struck = [(int(calls), int(allocations))
               for calls, allocations in re.findall(r"struck: (\d+) calls, (\d+) allocations", ended.stdout)]
@@ -24,7 +23,7 @@ def library(row: Row, machine: Machine, errors: str) -> None:
     row.ran = f"{len(struck)} scenarios: {calls} calls of the system and {allocations} allocations failed, " + (
         "14 error codes" if errors else "natural error codes")
     row.expect(ended.returncode == 0, ended.stdout[-2000:] + ended.stderr)
-    row.expect(len(struck) == 4 and calls >= (4000 if errors else 250) and allocations >= 600, "too few were struck")
+    row.expect(len(struck) == 3 and calls >= (3000 if errors else 200) and allocations >= 600, "too few were struck")
 
 
 def _is_json(text: str) -> bool:
