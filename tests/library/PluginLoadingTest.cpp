@@ -20,6 +20,37 @@ constexpr const char* runtimes[] = {"fake_plugin"};
 constexpr const char* runtimes[] = {"fake_plugin", "fake_plugin_own_runtime"};
 #endif
 
+TEST_F(PluginLoadingTest, TakesValuesOfAnyShape) {
+    constexpr std::size_t all = 9999;
+    const auto nameOf = [](const std::string& start) { // the longest that the registry allows
+        return start + u8"é" + std::string(254 - start.size(), 'n');
+    };
+    const struct {
+        const char* name;
+        DWORD type;
+        std::size_t cut;   // units of the text that are left out at its end
+        std::size_t extra; // bytes written after the text, the terminator among them
+    } shapes[] = {
+        {"binary", REG_BINARY, 0, 2}, {"empty", REG_SZ, all, 2}, {"expandable", REG_EXPAND_SZ, 0, 2},
+        {"long", REG_SZ, 0, 4000},    {"missing", REG_SZ, 1, 2}, {"nothing", REG_SZ, all, 0},
+        {"odd", REG_BINARY, 0, 3},    {"text", REG_SZ, 0, 2},    {"unterminated", REG_SZ, 0, 0}};
+    for (const auto& shape : shapes) {
+        const fs::path path = machine.copyLibrary("fake_plugin", shape.name);
+        if (shape.name == std::string("text"))
+            fs::resize_file(path, 10); // no library any more
+        WideString text = path.string<WCHAR>();
+        text.resize(text.size() - std::min(text.size(), shape.cut));
+        const std::size_t bytes = text.size() * sizeof(WCHAR) + shape.extra;
+        // What follows an unterminated text in memory is no 0: nobody may terminate it by chance.
+        text.append(shape.extra / 2, 0).append(2, u'x');
+        machine.registerPlugin(nameOf(shape.name), &shape.type, text.data(), bytes);
+    }
+    machine.registerPlugin(nameOf("novalue"), nullptr, nullptr, 0);
+    EXPECT_EQ(library.initialize(), success);
+    EXPECT_EQ(plugins.takeLog(), "binary.initialize expandable.initialize long.initialize odd.initialize "
+                                 "unterminated.initialize");
+}
+
 TEST_F(PluginLoadingTest, LeavesOutEachThatFailsAndKeepsTheRegistrysOrder) {
     const std::tuple<const char*, std::int32_t, std::string, const char*> cases[] = {
         {"fake_plugin", Yes, "B.initialize", "B.finalize B.unload "}, // a warning is no refusal
