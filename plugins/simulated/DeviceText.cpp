@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <limits>
+#include <new>
 #include <unordered_map>
 #include <utility>
 #include <windows.h>
@@ -12,16 +13,14 @@ namespace {
 
 constexpr std::string_view byteOrderMark = "\xEF\xBB\xBF";
 
-/// `key=value` in a line, with the position of the value as it is written there, quotes included.
+/// `key=value` in a line.
 struct Item {
     std::string_view key;
     std::string value;
-    std::size_t begin;
-    std::size_t end;
 };
 
 [[noreturn]] void fail(const std::string& reason) {
-    throw TextError(0, reason); // parseDevices adds the line
+    throw TextError(0, reason); // forEachEntry adds the line
 }
 
 bool isBlank(char c) noexcept {
@@ -29,9 +28,11 @@ bool isBlank(char c) noexcept {
 }
 
 void requireUtf8(std::string_view line) {
-    const bool valid = line.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.data(),
-                                                           static_cast<int>(line.size()), nullptr, 0) > 0;
-    if (!valid || line.find('\0') != std::string_view::npos)
+    const bool converted = line.empty() || MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, line.data(),
+                                                               static_cast<int>(line.size()), nullptr, 0) > 0;
+    if (!converted && GetLastError() != ERROR_NO_UNICODE_TRANSLATION)
+        throw std::bad_alloc(); // the line may be good
+    if (!converted || line.find('\0') != std::string_view::npos)
         fail("the line is not UTF-8 text");
 }
 
@@ -76,17 +77,16 @@ std::vector<Item> parseItems(std::string_view line) {
         const std::size_t equals = line.find_first_of("= \t\r#\"", at);
         if (equals == std::string_view::npos || line[equals] != '=')
             fail("key=value expected at '" + std::string(line.substr(at, 20)) + "'");
-        Item item{line.substr(at, equals - at), {}, equals + 1, 0};
-        at = equals + 1;
+        Item item{line.substr(at, equals - at), {}};
+        const std::size_t begin = at = equals + 1;
         if (at < line.size() && line[at] == '"') {
             item.value = readQuoted(line, at);
         } else {
             at = std::min(line.find_first_of(" \t\r#\"", at), line.size());
-            item.value = line.substr(item.begin, at - item.begin);
+            item.value = line.substr(begin, at - begin);
         }
-        if (at == item.begin || (at < line.size() && !isBlank(line[at]) && line[at] != '#'))
+        if (at == begin || (at < line.size() && !isBlank(line[at]) && line[at] != '#'))
             fail("the value of '" + std::string(item.key) + "' is not one word; put it in quotes");
-        item.end = at;
         for (const Item& earlier : items)
             if (earlier.key == item.key)
                 fail("'" + std::string(item.key) + "' occurs twice in the line");
@@ -103,10 +103,6 @@ std::uint32_t parseInteger(const Item& item, std::uint32_t highest) {
     return result;
 }
 
-std::uint32_t parseDeviceNumber(const Item& item) {
-    return parseInteger(item, vykel::noDeviceNumber - 1);
-}
-
 DeviceEntry toEntry(std::vector<Item> items) {
     DeviceEntry entry;
     for (Item& item : items) {
@@ -120,7 +116,7 @@ DeviceEntry toEntry(std::vector<Item> items) {
         } else if (item.key == "sortKey") {
             entry.sortKey = parseInteger(item, std::numeric_limits<std::uint32_t>::max());
         } else if (item.key == "number") {
-            entry.number = parseDeviceNumber(item);
+            entry.number = parseInteger(item, vykel::noDeviceNumber - 1);
         } else if (item.key == "alias") {
             entry.alias = std::move(item.value);
         } else {
@@ -148,33 +144,24 @@ std::string quoted(std::string_view text) {
     return result += '"';
 }
 
-/// Sets `key` to `written` in a valid line; adds it after the last item when the line lacks it.
-void setItem(std::string& line, std::string_view key, const std::string& value, const std::string& written) {
-    std::size_t end = 0;
-    for (const Item& item : parseItems(line)) {
-        if (item.key == key) {
-            if (item.value != value)
-                line.replace(item.begin, item.end - item.begin, written);
-            return;
-        }
-        end = item.end;
-    }
-    line.insert(end, " " + std::string(key) + "=" + written);
-}
-
-/// Calls `visit` with every line of `text`, without its line end, and its number from 1.
-template <class Visit>
-void forEachLine(std::string_view text, Visit&& visit) {
+/// Calls `visit` with the entry of each line of `text` that has one, and the line's number from 1. Calls
+/// `fault` with what is wrong with a line.
+template <class Visit, class Fault>
+void forEachEntry(std::string_view text, Visit&& visit, Fault&& fault) {
+    if (text.substr(0, byteOrderMark.size()) == byteOrderMark)
+        text.remove_prefix(byteOrderMark.size());
     for (std::size_t number = 1; !text.empty(); ++number) {
-        const std::size_t end = std::min(text.find('\n'), text.size());
-        visit(text.substr(0, end), number);
-        text.remove_prefix(std::min(end + 1, text.size()));
+        const std::string_view line = text.substr(0, text.find('\n'));
+        text.remove_prefix(std::min(line.size() + 1, text.size()));
+        try {
+            requireUtf8(line);
+            std::vector<Item> items = parseItems(line);
+            if (!items.empty())
+                visit(toEntry(std::move(items)), number);
+        } catch (const TextError& error) {
+            fault(TextError(number, error.what()));
+        }
     }
-}
-
-/// The length of the byte-order mark, if there is one.
-std::size_t markLength(std::string_view text) noexcept {
-    return text.substr(0, byteOrderMark.size()) == byteOrderMark ? byteOrderMark.size() : 0;
 }
 
 } // namespace
@@ -187,69 +174,34 @@ bool isWide(std::string_view text) noexcept {
 std::vector<DeviceEntry> parseDevices(std::string_view text) {
     std::vector<DeviceEntry> devices;
     std::unordered_map<std::string, std::size_t> lineOfToken;
-    forEachLine(text.substr(markLength(text)), [&](std::string_view line, std::size_t number) {
-        try {
-            requireUtf8(line);
-            std::vector<Item> items = parseItems(line);
-            if (items.empty())
-                return;
-            DeviceEntry entry = toEntry(std::move(items));
-            entry.line = number;
-            const auto [earlier, isNew] = lineOfToken.emplace(entry.token, number);
-            if (!isNew)
-                fail("the token is used already in line " + std::to_string(earlier->second));
-            devices.push_back(std::move(entry));
-        } catch (const TextError& error) {
-            throw TextError(number, error.what());
-        }
-    });
+    const auto add = [&](DeviceEntry entry, std::size_t line) {
+        const auto [earlier, isNew] = lineOfToken.emplace(entry.token, line);
+        if (!isNew)
+            fail("the token is used already in line " + std::to_string(earlier->second));
+        devices.push_back(std::move(entry));
+    };
+    forEachEntry(text, add, [](const TextError& error) { throw error; });
     return devices;
 }
 
-std::string rewriteDevices(std::string_view text, const std::vector<DeviceEntry>& devices) {
-    std::string result(text.substr(0, markLength(text)));
-    auto device = devices.begin();
-    forEachLine(text.substr(result.size()), [&](std::string_view original, std::size_t number) {
-        std::string line(original);
-        if (device != devices.end() && device->line == number) {
-            if (device->number != vykel::noDeviceNumber) {
-                const std::string value = std::to_string(device->number);
-                setItem(line, "number", value, value);
-            }
-            if (device->alias)
-                setItem(line, "alias", *device->alias, quoted(*device->alias));
-            ++device;
-        }
-        result += line;
-        if (original.data() + original.size() != text.data() + text.size())
-            result += '\n';
-    });
-    return result;
+Changes parseChanges(std::string_view text) {
+    Changes changes;
+    forEachEntry(
+        text, [&](DeviceEntry entry, std::size_t) { changes.entries.push_back(std::move(entry)); },
+        [&](const TextError& error) {
+            if (!changes.error)
+                changes.error.emplace(error);
+        });
+    return changes;
 }
 
-std::string formatChange(const DeviceChange& change) {
+std::string formatChange(const DeviceEntry& change) {
     std::string line;
-    if (change.number)
-        line += "number=" + std::to_string(*change.number) + " ";
+    if (change.number != vykel::noDeviceNumber)
+        line += "number=" + std::to_string(change.number) + " ";
     if (change.alias)
         line += "alias=" + quoted(*change.alias) + " ";
     return line + "token=" + quoted(change.token);
-}
-
-std::optional<DeviceChange> parseChange(std::string_view line) {
-    try {
-        DeviceChange change;
-        for (Item& item : parseItems(line))
-            if (item.key == "number")
-                change.number = parseDeviceNumber(item);
-            else if (item.key == "alias")
-                change.alias = std::move(item.value);
-            else if (item.key == "token")
-                change.token = std::move(item.value);
-        return change.token.empty() ? std::nullopt : std::optional(std::move(change));
-    } catch (const TextError&) {
-        return std::nullopt;
-    }
 }
 
 } // namespace simulated

@@ -1,16 +1,21 @@
-// A complete enumerator plug-in: the device, the list and the three entry points. It asks a DeviceStore for
+// A complete enumerator plug-in: the device, the list and the three entry points. It asks a DevicesFile for
 // what a real plug-in asks its hardware or driver for.
 
-#include "DeviceStore.h"
+#include "DevicesFile.h"
+#include "NumberStore.h"
+#include "PluginError.h"
 #include "vykel/PluginEntryPoints.h"
+#include "vykel/StatusCodes.h"
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
 #include <deque>
 #include <new>
+#include <optional>
+#include <shlobj.h>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 
 namespace simulated {
@@ -21,20 +26,25 @@ using vykel::IDeviceList;
 using vykel::StatusBlock;
 using vykel::StatusCode;
 
-/// The file name at the end of `path` in UTF-8, for messages.
-std::string fileName(const Path& path) {
-    const Path name = path.substr(path.find_last_of(Path(1, '\\') + static_cast<WCHAR>('/')) + 1);
-    std::string text(3 * name.size(), '\0');
+/// The file name at the end of `path`.
+Path fileName(const Path& path) {
+    return path.substr(path.find_last_of(Path(1, '\\') + static_cast<WCHAR>('/')) + 1);
+}
+
+std::string toUtf8(const Path& path) {
+    std::string text(3 * path.size(), '\0');
     text.resize(static_cast<std::size_t>(
-        WideCharToMultiByte(CP_UTF8, 0, name.c_str(), static_cast<int>(name.size()), text.data(),
+        WideCharToMultiByte(CP_UTF8, 0, path.c_str(), static_cast<int>(path.size()), text.data(),
                             static_cast<int>(text.size()), nullptr, nullptr)));
     return text;
 }
 
-/// Stores an error, unless `status` holds one already: the first error wins. Only a block whose size says so
-/// has the detail fields; the blocks of the library end after `code`.
-void storeError(StatusBlock* status, std::int32_t code, std::string_view file, std::size_t line) noexcept {
-    if (status->code < 0)
+/// Stores a code unless `status` holds one that must stay: the first error wins, and a warning replaces
+/// nothing. Only a block whose size says so has the detail fields; the blocks of the library end after
+/// `code`.
+void storeCode(StatusBlock* status, std::int32_t code, std::string_view file = "",
+               std::size_t line = 0) noexcept {
+    if (status->code < 0 || (status->code > 0 && code > 0))
         return;
     status->code = code;
     if (status->structSize < sizeof(StatusBlock))
@@ -47,78 +57,105 @@ void storeError(StatusBlock* status, std::int32_t code, std::string_view file, s
     status->reserved = 0;
 }
 
-/// Runs `work` and turns what it throws into a code, because no exception may leave a plug-in. The reason of
-/// a StoreError goes to the debugger.
+void storeCode(StatusBlock* status, StatusCode code) noexcept {
+    storeCode(status, vykel::toInteger(code));
+}
+
+/// Stores an error as `code`, and tells the debugger the reason.
+void report(StatusBlock* status, const PluginError& error, std::int32_t code) {
+    const std::string file = toUtf8(fileName(error.file));
+    storeCode(status, code, file, error.line);
+    const std::string place = error.line == 0 ? "" : ":" + std::to_string(error.line);
+    OutputDebugStringA((file + place + ": " + error.what() + "\n").c_str());
+}
+
+/// Runs `work` and turns what it throws into a code, because no exception may leave a plug-in.
 template <class Work>
-void reportInto(StatusBlock* status, const Path& path, Work&& work) noexcept {
+void guard(StatusBlock* status, Work&& work) noexcept {
     try {
         try {
             work();
-        } catch (const StoreError& error) {
-            const std::string file = fileName(path);
-            storeError(status, static_cast<std::int32_t>(error.code), file, error.line);
-            const std::string place = error.line == 0 ? "" : ":" + std::to_string(error.line);
-            OutputDebugStringA((file + place + ": " + error.what() + "\n").c_str());
+        } catch (const PluginError& error) {
+            report(status, error, static_cast<std::int32_t>(error.code));
         }
     } catch (const std::bad_alloc&) {
-        storeError(status, vykel::toInteger(StatusCode::MemoryFull), "", 0);
+        storeCode(status, StatusCode::MemoryFull);
     } catch (...) {
-        storeError(status, vykel::toInteger(StatusCode::GeneralFault), "", 0);
+        storeCode(status, StatusCode::GeneralFault);
     }
 }
-
-class DeviceList;
 
 class Device final : public IDevice {
 public:
     // cppcheck-suppress passedByValue ; it is moved
-    Device(DeviceList& owner, DeviceEntry fields) noexcept : list(owner), entry(std::move(fields)) {}
+    Device(NumberStore& numbers, DeviceEntry fields) noexcept : store(numbers), entry(std::move(fields)) {}
 
     std::int32_t getVersion() noexcept override { return entry.version; }
     const char* getPersistentToken(std::uint32_t format) noexcept override {
         return (format == 2 ? entry.token2 : entry.token).c_str();
     }
     std::uint32_t getSortKey() noexcept override { return entry.sortKey; }
-    void setNumber(std::uint32_t number, StatusBlock* status) noexcept override;
-    std::uint32_t getNumber() noexcept override;
-    const char* getAlias() noexcept override;
-    void setAlias(const char* alias, std::int32_t one, std::int32_t zero,
-                  StatusBlock* status) noexcept override;
 
-    /// The persistent token in format 1.
-    std::string_view token() const noexcept { return entry.token; }
-    /// Takes over what another list or process has set.
-    void apply(DeviceChange change) noexcept {
-        if (change.number)
-            entry.number = *change.number;
-        if (change.alias)
-            entry.alias = std::move(change.alias);
+    void setNumber(std::uint32_t number, StatusBlock* status) noexcept override {
+        if (number == vykel::noDeviceNumber)
+            return storeCode(status, StatusCode::InvalidParameter);
+        guard(status, [&] { store.append({entry.token, "", 0, 0, number, std::nullopt}); });
+    }
+    std::uint32_t getNumber() noexcept override {
+        takeKept();
+        return entry.number;
+    }
+
+    const char* getAlias() noexcept override {
+        takeKept();
+        return entry.alias ? entry.alias->c_str() : nullptr;
+    }
+    void setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock* status) noexcept override {
+        if (alias == nullptr || !entry.alias) // this device takes no alias
+            return storeCode(status, StatusCode::InvalidParameter);
+        guard(status, [&] { store.append({entry.token, "", 0, 0, vykel::noDeviceNumber, alias}); });
     }
 
 private:
-    DeviceList& list;
+    /// Takes over what any list and process has set. Changes no other device: its texts must stay.
+    void takeKept() noexcept {
+        const DeviceEntry* const kept = store.find(entry.token);
+        if (kept == nullptr)
+            return;
+        if (kept->number != vykel::noDeviceNumber)
+            entry.number = kept->number;
+        try {
+            if (entry.alias && kept->alias)
+                entry.alias = kept->alias;
+        } catch (const std::bad_alloc&) { // it keeps showing the old one
+        }
+    }
+
+    NumberStore& store;
     DeviceEntry entry;
 };
 
 class DeviceList final : public IDeviceList {
 public:
-    explicit DeviceList(Path devicesFile) : store(std::move(devicesFile)) {}
+    DeviceList(Path devicesFile, Path sharedFolder, const Path& numbersFile)
+        : file(std::move(devicesFile)), store(std::move(sharedFolder), numbersFile) {}
 
     std::int32_t getVersion() noexcept override { return 0; }
 
-    bool isStale() noexcept override { return !fresh || store.isFileChanged(); }
+    bool isStale() noexcept override { return !fresh || file.isChanged(); }
 
     void refresh(StatusBlock* status) noexcept override {
         fresh = false;
-        guard(status, [this] {
-            std::deque<Device> newDevices; // after a failure the list keeps its old devices
-            std::unordered_map<std::string_view, Device*> newByToken;
-            for (DeviceEntry& entry : store.load()) {
-                Device& device = newDevices.emplace_back(*this, std::move(entry));
-                newByToken.emplace(device.token(), &device);
+        guard(status, [&] {
+            std::deque<Device> found; // after a failure the list keeps its old devices
+            for (DeviceEntry& entry : file.read())
+                found.emplace_back(store, std::move(entry));
+            try {
+                store.load();
+            } catch (const PluginError& error) { // the devices can be used all the same
+                report(status, error, -static_cast<std::int32_t>(error.code));
             }
-            devices.swap(newDevices);
-            byToken.swap(newByToken);
+            devices.swap(found);
             fresh = true;
         });
     }
@@ -128,98 +165,60 @@ public:
     IDevice* getDevice(std::uint32_t index, std::int32_t minimumVersion,
                        StatusBlock* status) noexcept override {
         if (index >= devices.size()) {
-            storeError(status, vykel::toInteger(StatusCode::InvalidParameter), "", 0);
+            storeCode(status, StatusCode::InvalidParameter);
             return nullptr;
         }
         if (devices[index].getVersion() < minimumVersion) {
-            storeError(status, vykel::toInteger(StatusCode::VersionMismatch), "", 0);
+            storeCode(status, StatusCode::VersionMismatch);
             return nullptr;
         }
         return &devices[index];
     }
 
-    void release() noexcept override {
-        StatusBlock ignored = vykel::makeStatusBlock();
-        guard(&ignored, [this] { store.fold(); });
-        delete this;
-    }
+    void release() noexcept override { delete this; }
 
     // Simulated devices have nothing to attach a token to.
     void attach(std::uint64_t, StatusBlock*) noexcept override {}
     void detach(std::uint64_t) noexcept override {}
 
-    /// Runs `work` and turns what it throws into a code.
-    template <class Work>
-    void guard(StatusBlock* status, Work&& work) noexcept {
-        reportInto(status, store.path, std::forward<Work>(work));
-    }
-
-    /// Applies what other lists and processes have set. When that fails, the devices stay as they are.
-    void takeChanges() noexcept {
-        StatusBlock ignored = vykel::makeStatusBlock();
-        guard(&ignored, [this] {
-            for (DeviceChange& change : store.readChanges()) {
-                const auto found = byToken.find(change.token);
-                if (found != byToken.end())
-                    found->second->apply(std::move(change));
-            }
-        });
-    }
-
-    /// Keeps a change of one device for good. Throws as DeviceStore::append does.
-    void keep(const DeviceChange& change) { store.append(change); }
-
 private:
     ~DeviceList() override = default; // only release() may destroy a list
 
-    DeviceStore store;
+    DevicesFile file;
+    NumberStore store;
     std::deque<Device> devices;
-    std::unordered_map<std::string_view, Device*> byToken; ///< the keys point into the devices
-    bool fresh = false;                                    ///< the last refresh succeeded
+    bool fresh = false; ///< the last refresh succeeded
 };
 
-void Device::setNumber(std::uint32_t number, StatusBlock* status) noexcept {
-    list.guard(status, [&] {
-        list.keep({entry.token, number, {}});
-        entry.number = number;
-    });
-}
-
-std::uint32_t Device::getNumber() noexcept {
-    list.takeChanges();
-    return entry.number;
-}
-
-const char* Device::getAlias() noexcept {
-    list.takeChanges();
-    return entry.alias ? entry.alias->c_str() : nullptr;
-}
-
-void Device::setAlias(const char* alias, std::int32_t, std::int32_t, StatusBlock* status) noexcept {
-    if (alias == nullptr || !entry.alias) { // this device takes no alias
-        storeError(status, vykel::toInteger(StatusCode::InvalidParameter), "", 0);
-        return;
-    }
-    list.guard(status, [&] {
-        DeviceChange change{entry.token, {}, alias};
-        list.keep(change);
-        entry.alias.swap(change.alias); // a swap cannot fail, so the device shows what is kept
-    });
-}
-
-/// The path of this library, with the extension `.devices`. Throws StoreError: without a folder it would name
-/// a file of the client's working folder.
-Path devicesFile() {
+/// The path of this library without extension. Throws PluginError: without a folder it would name a file of
+/// the client's working folder.
+Path libraryPath() {
     HMODULE self = nullptr;
     GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT,
                        reinterpret_cast<LPCWSTR>(&vykel_initializePlugin), &self);
     Path path(32768, 0); // the longest path of Windows
     const DWORD length = GetModuleFileNameW(self, path.data(), static_cast<DWORD>(path.size()));
     if (self == nullptr || length == 0 || length >= path.size())
-        throw StoreError(Code::PathUnknown, 0, "the system does not say where this library is");
+        throw PluginError(Code::PathUnknown, {}, 0, "the system does not say where this library is");
     path.resize(length);
-    path.resize(std::min(path.find_last_of(static_cast<WCHAR>('.')), path.size()));
-    return path + ".devices";
+    const std::size_t dot = fileName(path).find_last_of(static_cast<WCHAR>('.')); // not one of a folder
+    if (dot != Path::npos)
+        path.resize(path.size() - fileName(path).size() + dot);
+    return path;
+}
+
+/// The folder that all users of the library share, or an empty path. `vykeldev setup` makes it, never a
+/// plug-in: it would give it the wrong rights.
+Path sharedFolder() {
+    std::array<WCHAR, MAX_PATH> folder = {};
+    if (SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, folder.data()) != S_OK)
+        return {};
+    return Path(folder.data()) + "\\Morvance\\VY-KEL\\";
+}
+
+IDeviceList* makeList() {
+    const Path library = libraryPath();
+    return new DeviceList(library + ".devices", sharedFolder(), fileName(library) + ".numbers");
 }
 
 } // namespace
@@ -235,17 +234,9 @@ std::int32_t vykel_getPluginInterface(std::int32_t version, vykel::IDeviceList**
         return vykel::toInteger(vykel::StatusCode::InvalidParameter);
     if (version != 0)
         return vykel::toInteger(vykel::StatusCode::VersionMismatch);
-    try {
-        *list = new simulated::DeviceList(simulated::devicesFile());
-        return 0;
-    } catch (const simulated::StoreError& error) {
-        OutputDebugStringA((std::string("simulated: ") + error.what() + "\n").c_str());
-        return static_cast<std::int32_t>(error.code);
-    } catch (const std::bad_alloc&) {
-        return vykel::toInteger(vykel::StatusCode::MemoryFull);
-    } catch (...) {
-        return vykel::toInteger(vykel::StatusCode::GeneralFault);
-    }
+    vykel::StatusBlock status = vykel::makeStatusBlock();
+    simulated::guard(&status, [&] { *list = simulated::makeList(); });
+    return status.code;
 }
 
 std::int32_t vykel_finalizePlugin() {

@@ -21,7 +21,7 @@ def _outcome(machine: Machine, scenario: dict[str, str]) -> list[tuple[object, .
     for command in COMMANDS:
         ended = machine.run(*command)
         outcome.append((" ".join(command), ended.returncode, ended.stdout))
-    for path in (machine.ini, *(machine.library(plugin).with_suffix(".devices") for plugin in machine.plugins)):
+    for path in (machine.ini, *map(machine.numbers, machine.plugins)):
         outcome.append((path.name, path.read_bytes() if path.exists() else None))
     return outcome
 

@@ -57,6 +57,9 @@ class Machine:
     def library(self, plugin: str) -> Path:
         return self.drive / "proof" / (plugin + self.suffix)
 
+    def numbers(self, plugin: str) -> Path:
+        return self.folder / (plugin + ".numbers")
+
     def prepare(self) -> "Machine":
         """Sets the machine up, with the plug-ins registered."""
         (self.drive / "proof").mkdir(parents=True, exist_ok=True)
@@ -75,8 +78,7 @@ class Machine:
         """Gives each plug-in so many devices without alias, with or without number, and the legacy file an alias
         for each device, or only for the first and each `every`-th after it."""
         for place, plugin in enumerate(self.plugins):
-            for old in self.library(plugin).parent.glob(plugin + ".devices*"):
-                old.unlink()
+            self.numbers(plugin).unlink(missing_ok=True)
             text = "".join(f'token="{plugin}/{i}" alias=""' + (f" number={place * count + i}" if numbered else "") + "\n"
                            for i in range(count))
             self.library(plugin).with_suffix(".devices").write_bytes(text.encode())
@@ -97,9 +99,7 @@ class Machine:
         numbers: dict[str, int] = {}
         aliases: dict[str, str] = {}
         for plugin in self.plugins:
-            for extension in (".devices", ".devices.journal"):
-                path = self.library(plugin).with_suffix(extension)
-                # The journal begins with a count of fixed length; a killed writer may leave half a line.
+            for path in (self.library(plugin).with_suffix(".devices"), self.numbers(plugin)):
                 for line in path.read_text().splitlines() if path.exists() else ():
                     token = re.search(r'token="([^"]*)"', line)
                     if token is None:

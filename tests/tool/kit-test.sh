@@ -108,6 +108,7 @@ export PKG_CONFIG_LIBDIR=$kit/lib/pkgconfig
 echo "== what they show"
 [ "$(vykeldev --version | tr -d '\r')" = "vykeldev $version" ] || fail "vykeldev has another version"
 see 'token=b token2=same number=9\ntoken=a token2=same number=8 alias=""' # doctor and check warn of equal tokens
+for file in $module .devices; do cp plugin/simulated$file plugin/checked$file; done # check stores numbers
 vykeldev setup >/dev/null
 vykeldev register sample plugin/simulated$module >/dev/null
 printf 'KEL9  takes no alias  b\nKEL8    a\n' >expected.txt
@@ -116,7 +117,7 @@ for client in client/client$exe client-c/client-c$exe "$kit/bin/client$exe"; do
 done
 for command in setup list plugins aliases doctor check; do
   argument=
-  if [ $command = check ]; then argument=plugin/simulated$module; fi
+  if [ $command = check ]; then argument=plugin/checked$module; fi
   status=0
   vykeldev $command --json $argument >$command.json || status=$?
   case $command-$status in *-0 | aliases-3 | doctor-4 | check-4) ;; *) cat $command.json >&2; fail "$command ended with $status" ;; esac
