@@ -97,5 +97,7 @@ if language == "dotnet":
     commands += [client.replace("client.exe", "sample.exe")]
 failed = run(commands)
 shown = (work / "shown").read_text("utf-8") if (work / "shown").exists() else ""
-if failed or json.loads(shown) != json.loads((work / "list.json").read_text("utf-8"))["devices"]:
+listed = json.loads((work / "list.json").read_text("utf-8"))["devices"]
+origins = {Path(device.pop("plugin").replace("\\", "/")).stem for device in listed}
+if failed or json.loads(shown) != listed or origins != {"left", "zoo"}:
     sys.exit(f"FAILED: compare {work}/list.json with what the client shows:\n{shown}")

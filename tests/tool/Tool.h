@@ -5,6 +5,7 @@
 #include "support/TestFiles.h"
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <regex>
 
 namespace vykeltest {
 
@@ -33,6 +34,8 @@ protected:
     ToolTest() {
         setEnvironment("VYKEL_ZOO_STATE", (folder / "state").string());
         breakRule("none");
+        static const std::string path = programFolder().string() + (isWindows ? ';' : ':') + std::getenv("PATH");
+        setEnvironment("PATH", path); // with the tool's folder, remedies have it by name
     }
 
     /// Makes zoo_plugin wrong in this way from now on.
@@ -45,7 +48,8 @@ protected:
         std::string text = replaced(result.output, "\r", "");
         for (const std::string& name : {(folder / "").string(), machine.folderName() + '\\'})
             text = replaced(replaced(text, name, ""), replaced(name, "\\", "\\\\"), "");
-        return text + "= " + std::to_string(result.exitCode);
+        static const std::regex time("20\\d\\d-\\d\\d-\\d\\dT\\d\\d:\\d\\d:\\d\\dZ");
+        return std::regex_replace(text, time, "TIME") + "= " + std::to_string(result.exitCode);
     }
 
     /// The devices that a copy of the sample plug-in lists, changed in one step.

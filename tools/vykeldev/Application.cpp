@@ -18,40 +18,28 @@
 #include "system/Console.h"
 #include "system/DisplayText.h"
 #include "system/Text.h"
-#include <CLI/CLI.hpp>
-#include <iostream>
+#include <algorithm>
 #include <new>
 #include <sstream>
 
 namespace vykeldev {
 namespace {
 
-constexpr const char* examples = R"(Examples:
-  vykeldev list                          show the devices
-  vykeldev list --json --min-version 2   the same for programs, without older devices
-  vykeldev setup                         prepare this machine (as administrator)
-  vykeldev register Left left.dll        register a plug-in (as administrator)
-  vykeldev plugins                       show what is registered
-  vykeldev doctor                        explain why a device is missing
-  vykeldev renumber KEL2                 give devices that share this number numbers of their own
-  vykeldev alias KEL3 "Main valve"       give a device an alias
-  vykeldev wait --count 2 --timeout 10   wait for two devices, at most ten seconds
-  vykeldev watch --json                  follow what is added, removed, renumbered, renamed
-
-Colour is shown on a terminal, unless the environment variable NO_COLOR is set.
-
-)";
-
 constexpr const char* commonOptions =
-    "\n\nEvery command also takes --library, --quiet and --verbose; 'vykeldev --help' explains them.";
+    "\n\nEvery command also takes --library, --quiet and --verbose; 'vykeldev --help' explains them and the exit "
+    "codes.";
 
-constexpr const char* exitCodes = R"(Exit codes:
-  0  done; devices (or plug-ins) were listed
-  1  an error, explained on standard error
-  2  wrong usage
-  3  nothing to list or to change, or 'wait' ran out of time
-  4  warnings only, such as a refresh that failed but left devices
-  5  something is broken; 'setup --check': something is missing)";
+constexpr const char* notes =
+    R"(JSON is ASCII; other output is UTF-8. Colour is shown on a terminal, unless the environment variable NO_COLOR is set.
+
+Exit codes:
+  0    done; devices (or plug-ins) were listed
+  1    an error, explained on standard error
+  2    wrong usage
+  3    nothing to list or to change, or 'wait' ran out of time
+  4    warnings only, such as a refresh that failed but left devices
+  5    something is broken; 'setup --check': something is missing
+  130  ended by Ctrl-C)";
 
 int toInteger(ExitCode code) noexcept {
     return static_cast<int>(code);
@@ -63,8 +51,8 @@ ExitCode runChosen(const Run& chosen, Context& context) {
         if (context.library.empty())
             context.library = defaultLibraryPath();
         return chosen.work(context);
-    } catch (const PrintedFailure&) {
-        throw;
+    } catch (const PrintedFailure& printed) {
+        std::rethrow_exception(printed.failure);
     } catch (...) {
         const int indentation = chosen.failureOutput == FailureOutput::Line ? -1 : 2;
         if (chosen.failureOutput != FailureOutput::None)
@@ -80,27 +68,58 @@ int flushed(int result) {
     return result;
 }
 
+/// A text of the parser with lines as long as a terminal's; what stands in a column stays there.
+std::string wrapped(const std::string& text) {
+    constexpr std::size_t width = 80;
+    std::istringstream lines(text);
+    std::string result;
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t first = line.find_first_not_of(' ');
+        const std::size_t gap = line.find("  ", first); // before what is explained
+        const std::size_t column = gap == std::string::npos ? first : line.find_first_not_of(' ', gap);
+        for (std::size_t end = 0; line.size() > width; line.replace(0, end + 1, column, ' ')) {
+            end = line.rfind(' ', width);
+            if (end == std::string::npos || end <= column)
+                break; // one long word
+            result += line.substr(0, end) + '\n';
+        }
+        result += line + '\n';
+    }
+    return result;
+}
+
 /// Prints why the parsing ended: an error, or --help or --version.
 int endOfParsing(const CLI::App& app, const CLI::ParseError& error) {
     const std::vector<std::string> words = app.remaining(true);
     const auto isCode = [&](CLI::ExitCodes code) { return error.get_exit_code() == static_cast<int>(code); };
     const bool lacksCommand = isCode(CLI::ExitCodes::RequiredError) && app.get_subcommands().empty();
+    std::ostringstream help;
     std::ostringstream text;
     int code = 0;
     // The parser misses a command before it sees the word that is none, and turns several words round.
     if (!words.empty() && (lacksCommand || isCode(CLI::ExitCodes::ExtrasError)))
-        code = app.exit(CLI::ExtrasError({words.rbegin(), words.rend()}), std::cout, text);
+        code = app.exit(CLI::ExtrasError({words.rbegin(), words.rend()}), help, text);
     else
-        code = app.exit(error, std::cout, text);
+        code = app.exit(error, help, text);
+    std::cout << wrapped(help.str());
     if (code == 0)
         return flushed(0);
     std::cerr << "vykeldev: error: " << printableLines(text.str());
     return toInteger(ExitCode::WrongUsage);
 }
 
-int runParsed(const std::vector<std::string>& arguments, Context& context) {
+/// The arguments, with --help in place of the command help or of none.
+std::vector<std::string> withHelp(std::vector<std::string> arguments) {
+    if (!arguments.empty() && arguments[0] != "help")
+        return arguments;
+    if (!arguments.empty())
+        arguments.erase(arguments.begin());
+    arguments.emplace_back("--help");
+    return arguments;
+}
+
+int runParsed(std::vector<std::string> arguments, Context& context) {
     CLI::App app("Lists the devices that the VY-KEL enumerator plug-ins of this machine see.", "vykeldev");
-    app.footer(exitCodes);                  // of the commands, too
     app.allow_windows_style_options(false); // a path may begin with a slash
     app.set_version_flag("-V,--version", "vykeldev " VYKELDEV_VERSION);
     app.add_option("--library", context.library,
@@ -129,10 +148,10 @@ int runParsed(const std::vector<std::string>& arguments, Context& context) {
     addWatchCommand(app, chosen);
     for (CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; }))
         command->footer(command->get_footer() + commonOptions);
-    app.footer(std::string(examples) + exitCodes);
+    app.footer(notes);
+    std::reverse(arguments.begin(), arguments.end()); // the parser takes them from the end
     try {
-        app.parse(
-            std::vector<std::string>(arguments.rbegin(), arguments.rend())); // it takes them from the end
+        app.parse(arguments);
     } catch (const CLI::ParseError& error) {
         return endOfParsing(app, error);
     }
@@ -147,7 +166,11 @@ int runApplication(const std::vector<std::string>& arguments) noexcept {
     try {
         if (runRequestedTask(arguments, {&previewTask, &check::checkRuleTask, &deviceTask, &probeTask}))
             return toInteger(ExitCode::Success);
-        return runParsed(arguments, context);
+        const StopRequest stopRequest;
+        return runParsed(withHelp(arguments), context);
+    } catch (const Stopped& stopped) {
+        std::cerr << "vykeldev: " << stopped.what() << '\n';
+        return toInteger(ExitCode::Stopped);
     } catch (...) {
         try {
             printFailure(std::cerr,

@@ -6,18 +6,25 @@
 #include "output/Failures.h"
 #include "system/DisplayText.h"
 #include "system/Paths.h"
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <memory>
 
 namespace vykeldev {
 namespace {
 
-struct CheckOptions {
+struct CheckOptions : CommonOptions {
     check::RunOptions run;
     double timeout = 10; // seconds
-    bool json = false;
 };
+
+void printRules(bool json) {
+    Json rules = Json::array();
+    for (const check::Rule& rule : check::allRules())
+        rules.push_back({{"id", rule.id}, {"title", rule.title}, {"severity", nameOf(rule.severity)}});
+    if (json)
+        std::cout << textOf({{"schemaVersion", 1}, {"rules", rules}}) << '\n';
+    for (const check::Rule& rule : check::allRules())
+        if (!json)
+            std::cout << rule.id << '\t' << rule.title << '\n';
+}
 
 ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     check::RunOptions run = options.run;
@@ -37,7 +44,7 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
     const check::Results& results = all.results;
     const auto finish = [&] {
         if (all.stopped)
-            throw Failure("stopped before every rule was checked", "", "Check the plug-in again.");
+            throw Stopped();
     };
     if (options.json) {
         printDocument(check::toDocument(run.path, results), finish);
@@ -53,42 +60,33 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
 } // namespace
 
 void addCheckCommand(CLI::App& app, Run& chosen) {
-    const auto options = std::make_shared<CheckOptions>();
-    CLI::App* const command = app.add_subcommand("check", "Checks a plug-in against its contract");
-    command->add_option("PLUGIN", options->run.path, "The plug-in's DLL; it need not be registered")
-        ->required()
-        ->type_name("");
-    command->add_flag("--json", options->json, "Prints one JSON object");
+    const auto& [command, options] = addCommand(
+        app, chosen,
+        {"check", "Checks a plug-in against its contract", "check left.dll --read-only",
+         "Each rule runs in a process of its own. Exit codes: 0 every rule passed or was skipped, 4 only "
+         "warnings (also when there was no number or alias to try), 5 a rule is broken."},
+        checkPlugin);
+    addArgument(command, "PLUGIN", options.run.path, "The plug-in's DLL; it need not be registered");
+    addSeconds(command, "--timeout", options.timeout,
+               "Seconds without progress after which a rule has failed (default 10)", 1);
+    command.add_flag("--read-only", options.run.readOnly,
+                     "Leaves out the rules that change one number and one alias for a moment");
     command
-        ->add_option("--timeout", options->timeout,
-                     "Seconds without progress after which a rule has failed (default 10)")
-        ->check(inRange(1, 86400, "1 to 86400 seconds"))
-        ->type_name("S");
-    command->add_flag("--read-only", options->run.readOnly,
-                      "Leaves out the rules that change one number and one alias for a moment");
-    command
-        ->add_option("--rule", options->run.rules,
-                     "Checks only this rule and those that it needs; may be given more than once")
+        .add_option("--rule", options.run.rules,
+                    "Checks only this rule and those that it needs; may be given more than once")
         ->check([](const std::string& id) {
             return check::findRule(id) != nullptr ? std::string()
                                                   : "there is no rule '" + id + "'; --list-rules shows them";
         })
         ->allow_extra_args(false) // the path may follow
         ->type_name("ID");
-    command->add_flag_callback(
+    command.add_flag_callback(
         "--list-rules",
-        [] {
-            for (const check::Rule& rule : check::allRules())
-                std::cout << rule.id << '\t' << rule.title << '\n';
+        [json = &options.json] { // the parser has read --json by now, because that was added first
+            printRules(*json);
             throw CLI::Success();
         },
         "Lists the rules and checks nothing");
-    command->callback([options, &chosen] {
-        chosen = {[options](const Context& context) { return checkPlugin(context, *options); },
-                  documentIf(options->json)};
-    });
-    command->footer("Each rule runs in a process of its own. Exit codes: 0 every rule passed or was skipped, "
-                    "4 only warnings (also when there was no number or alias to try), 5 a rule is broken.");
 }
 
 } // namespace vykeldev

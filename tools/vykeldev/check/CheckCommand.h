@@ -3,10 +3,6 @@
 
 #include "output/Command.h"
 
-namespace CLI {
-class App;
-}
-
 namespace vykeldev {
 
 /// The command `check`: describes it and its options to `app`. When the user gives it, its work is put into

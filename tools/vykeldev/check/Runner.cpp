@@ -95,13 +95,9 @@ private:
     Result check(const Rule& rule) {
         try {
             const vykel::FileStream lock = rule.alters() ? lockMachine(rule.lock) : nullptr;
-            std::optional<StopRequest> stopRequest;
-            if (rule.alters())
-                stopRequest.emplace();
             Account account = runOnce(rule, Stage::First, {});
             if (!account.notes.empty() && (rule.alters() || account.outcome == Outcome::Passed))
                 runSecond(rule, account);
-            collected.stopped = stopRequest && stopRequest->waitFor(std::chrono::milliseconds(0));
             if (!account.toolFailed.empty())
                 throw Failure(concat("the rule '", rule.id, "' cannot be checked: ", account.toolFailed),
                               "This tool failed, not the plug-in.",
@@ -176,9 +172,13 @@ RunResults runRules(const RunOptions& options, const std::function<void(const Re
             break;
         if (!isWanted(rule, options.rules))
             continue;
-        const Result& result = run.add(rule);
-        if (!isWatched(rule))
-            onResult(result);
+        try {
+            const Result& result = run.add(rule);
+            if (!isWatched(rule))
+                onResult(result);
+        } catch (const Stopped&) {
+        }
+        run.collected.stopped = StopRequest::isMade();
     }
     for (const std::string_view id : watched)
         if (const Result* const result = run.finish(*findRule(id)))

@@ -71,7 +71,9 @@ Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
     Account account;
     std::vector<std::string> arguments{rule.id, options.path, std::to_string(static_cast<int>(stage))};
     arguments.insert(arguments.end(), notes.begin(), notes.end());
-    TaskRun run(checkRuleTask, arguments, [&account](const Json& report) { take(report, account); });
+    TaskRun run(
+        checkRuleTask, arguments, [&account](const Json& report) { take(report, account); },
+        rule.alters() ? TaskRun::CtrlC::Waits : TaskRun::CtrlC::Ends);
     const ChildOutcome child = run.finish(options.limit, TaskRun::Limit::BetweenReports);
     account.duration = child.duration;
     if (account.outcome || !account.toolFailed.empty())

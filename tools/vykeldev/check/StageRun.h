@@ -37,7 +37,8 @@ struct Account {
 };
 
 /// Runs a stage of a rule, with notes for it (see Subject), in a process of its own, which is killed when it
-/// makes no progress for the time limit of the options. Throws Failure when it cannot be started.
+/// makes no progress for the time limit of the options. Throws Failure when it cannot be started, and Stopped
+/// by Ctrl-C, but not while a rule alters something.
 Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
                  const std::vector<std::string>& notes);
 

@@ -1,6 +1,8 @@
 #include "child/ChildTask.h"
 
+#include "system/Console.h"
 #include "system/Text.h"
+#include <algorithm>
 #include <cstdio>
 #include <random>
 
@@ -59,11 +61,15 @@ bool runRequestedTask(const std::vector<std::string>& arguments,
     return false;
 }
 
-TaskRun::TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport)
-    : mark(makeMark()), handler(std::move(onReport)), lines([this](const std::string& line) { take(line); }),
+TaskRun::TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport,
+                 CtrlC onCtrlC)
+    : mark(makeMark()), handler(std::move(onReport)), ctrlC(onCtrlC),
+      lines([this](const std::string& line) { take(line); }),
       child(taskArguments(task.name, mark, arguments)) {}
 
 bool TaskRun::listen(std::chrono::milliseconds time) {
+    if (ctrlC == CtrlC::Ends && StopRequest::isMade())
+        throw Stopped();
     std::string bytes;
     const bool running = child.read(bytes, time);
     lines.add(bytes.data(), bytes.size());
@@ -77,7 +83,7 @@ ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
     bool running = true;
     for (auto left = limit; running && left.count() > 0;) {
         const std::size_t before = reportCount;
-        running = listen(left);
+        running = listen(std::min(left, pollInterval));
         if (kind == Limit::BetweenReports && reportCount != before)
             limitBegin = Clock::now();
         left = std::chrono::ceil<std::chrono::milliseconds>(limitBegin + limit - Clock::now());
@@ -92,7 +98,7 @@ Failure TaskRun::endFailure() const {
         end.crashed ? "crashed with " + crashText(end.code) : concat("ended with exit code ", end.code);
     return {"the client process " + how + (lastStep.empty() ? "" : " while " + lastStep),
             "Most likely a plug-in did it, and does it to every client.",
-            "Run 'vykeldev doctor': it names the plug-in."};
+            "Run 'vykeldev doctor --devices': it names the plug-in."};
 }
 
 Failure TaskRun::lostReport(const std::string& what) {

@@ -63,13 +63,19 @@ class TaskRun {
 public:
     using ReportHandler = std::function<void(const Json& report)>;
 
+    /// Whether Ctrl-C ends the work in this process: then the functions below throw Stopped.
+    enum class CtrlC { Ends, Waits };
+
     /// Starts the child. Throws Failure. The functions below call `onReport` for each report; a report of
     /// other types than it reads is dropped.
-    TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport);
+    TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport,
+            CtrlC onCtrlC = CtrlC::Ends);
 
-    /// Takes the reports that come within `time`; returns after the first ones. False when the child has
-    /// ended. Throws Failure.
-    bool listen(std::chrono::milliseconds time);
+    static constexpr std::chrono::milliseconds pollInterval{50};
+
+    /// Takes the reports that come within `time`, which is at most pollInterval; returns after the first
+    /// ones. False when the child has ended. Throws Failure.
+    bool listen(std::chrono::milliseconds time = pollInterval);
 
     /// The failure of a client of the library that ended before its task was done. Call it after listen()
     /// returned false.
@@ -93,6 +99,7 @@ private:
 
     const std::string mark;
     const ReportHandler handler;
+    const CtrlC ctrlC;
     std::size_t reportCount = 0;
     std::string lastStep;
     LineSplitter lines;

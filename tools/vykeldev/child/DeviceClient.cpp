@@ -15,7 +15,6 @@ namespace {
 
 using std::chrono::milliseconds;
 
-constexpr milliseconds pollInterval(50); // at Ctrl-C and at obstacles
 constexpr milliseconds minBlockedTime(250);
 constexpr std::chrono::seconds noticeDelay(2);
 constexpr const char* lostReading = "a reading of the devices";
@@ -41,11 +40,7 @@ std::string heldLock() {
 
 DeviceClient::DeviceClient(const DeviceRequest& request, const Context& context)
     : showsObstacle(!context.quiet && (context.verbose || isErrorTerminal())),
-      child(deviceTask,
-            {request.library, std::to_string(request.minVersion), std::to_string(request.tokenFormat),
-             std::to_string(request.enough), std::to_string(request.interval),
-             textOf(orNull(request.edit), -1)},
-            [this](const Json& report) { take(report); }) {}
+      child(deviceTask, {textOf(request, -1)}, [this](const Json& report) { take(report); }) {}
 
 DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
     for (;;) {
@@ -57,12 +52,10 @@ DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
             return Event::Done;
         if (!isRunning)
             throw child.endFailure();
-        if (stop.waitFor(milliseconds(0)))
-            return Event::Stopped;
         const Clock::time_point now = Clock::now();
         if (now >= deadline)
             return Event::TimeOver;
-        const Clock::duration left = std::min<Clock::duration>(deadline - now, pollInterval);
+        const Clock::duration left = std::min<Clock::duration>(deadline - now, TaskRun::pollInterval);
         isRunning = child.listen(std::chrono::ceil<milliseconds>(left));
         showObstacle();
     }
@@ -70,8 +63,6 @@ DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
 
 void DeviceClient::await(Event wanted, Clock::time_point deadline) {
     const Event event = next(deadline);
-    if (event == Event::Stopped)
-        throw Failure("asked to end before there was a result", "", "");
     if (event == Event::Done && wanted != Event::Done)
         throw TaskRun::lostReport(lostReading);
     if (event != wanted) {

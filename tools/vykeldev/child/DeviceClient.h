@@ -5,7 +5,6 @@
 #include "child/Devices.h"
 #include "child/DeviceTask.h"
 #include "output/Command.h"
-#include "system/Console.h"
 #include <chrono>
 #include <cstdint>
 #include <string>
@@ -15,14 +14,13 @@ namespace vykeldev {
 
 /// What a client of the library saw when it last looked.
 struct Reading {
-    std::uint32_t count = 0;         ///< Of all devices, those of lower versions, too.
+    std::uint32_t count = 0; ///< Of all devices, those of lower versions, too; or of those selected by name.
     std::vector<DeviceInfo> devices; ///< As the request asks.
     Json failure;                    ///< Why the devices may not be up to date (JsonFailure.h), or null.
 };
 
 /// A client of the library at work in a child process, so that no plug-in can harm this process. The client
-/// is killed when this object ends before it; the library allows that at any time. While it lives, Ctrl-C
-/// only asks to end. One thread.
+/// is killed when this object ends before it; the library allows that at any time. One thread.
 class DeviceClient {
 public:
     using Clock = std::chrono::steady_clock;
@@ -32,12 +30,12 @@ public:
     DeviceClient(const DeviceRequest& request, const Context& context);
 
     enum class Event {
-        Read,     ///< There is a new reading.
-        Done,     ///< There were enough devices, and all plug-ins are unloaded.
-        TimeOver, ///< Nothing happened before the deadline.
-        Stopped   ///< This process was asked to end.
+        Read,    ///< There is a new reading.
+        Done,    ///< There were enough devices, and all plug-ins are unloaded.
+        TimeOver ///< Nothing happened before the deadline.
     };
-    /// Waits for what happens next. Throws Failure when the client failed, or a plug-in ended it.
+    /// Waits for what happens next. Throws Failure when the client failed, or a plug-in ended it, and
+    /// Stopped.
     Event next(Clock::time_point deadline);
 
     /// Waits for `wanted`. Throws Failure also when another event comes first.
@@ -56,7 +54,6 @@ private:
     void take(const Json& report);
     void showObstacle();
 
-    StopRequest stop;
     const bool showsObstacle;
     std::string shownObstacle;
     Clock::time_point lastReport = Clock::now();

@@ -33,7 +33,7 @@ DeviceInfo change(vykel::IDeviceList& list, const DeviceInfo& device, const std:
         set(*object, &status);
     if (status.code < 0)
         throw statusFailure(what, status);
-    return readDevices(list, 0, 1).at(device.index);
+    return readDevices(list).at(device.index);
 }
 
 void expectKept(bool isKept, const std::string& what) {
@@ -77,25 +77,12 @@ void expectDifferent(const std::vector<DeviceInfo>& devices) {
 
 } // namespace
 
-void to_json(Json& json, const DeviceEdit& edit) {
-    json = {{"number", edit.number},
-            {"token", edit.token},
-            {"alias", orNull(edit.alias)},
-            {"dryRun", edit.dryRun}};
-}
-
-void from_json(const Json& json, DeviceEdit& edit) {
-    edit = {json.at("number"), json.at("token"), std::nullopt, json.at("dryRun")};
-    if (!json.at("alias").is_null())
-        edit.alias = json.at("alias").get<std::string>();
-}
-
 void editDevices(vykel::IDeviceList& list, const DeviceEdit& edit,
                  const std::function<void(const DeviceChange&)>& onChange) {
     const vykel::FileStream lock = lockNumbers();
-    std::set<std::uint32_t> inUse;
+    std::set<std::optional<std::uint32_t>> inUse;
     std::vector<DeviceInfo> devices;
-    for (const DeviceInfo& device : readDevices(list, 0, 1)) {
+    for (const DeviceInfo& device : readDevices(list)) {
         inUse.insert(device.number);
         if (device.number == edit.number)
             devices.push_back(device);

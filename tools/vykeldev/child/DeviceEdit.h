@@ -14,10 +14,11 @@ struct DeviceEdit {
     std::string token;                ///< Of the one among them that is meant; empty: none is named.
     std::optional<std::string> alias; ///< For the device; none: the devices get numbers of their own.
     bool dryRun = false;              ///< Only reports what it would do.
-};
 
-void to_json(Json& json, const DeviceEdit& edit);
-void from_json(const Json& json, DeviceEdit& edit);
+    static constexpr std::tuple members{
+        member("number", &DeviceEdit::number), member("token", &DeviceEdit::token),
+        member("alias", &DeviceEdit::alias), member("dryRun", &DeviceEdit::dryRun)};
+};
 
 /// Edits the devices of a refreshed list, under the lock that every refresh numbers devices under. Reports
 /// each device of that number, each change at once; none when no device is meant. Throws Failure.

@@ -1,6 +1,5 @@
 #include "child/DeviceTask.h"
 
-#include "child/Devices.h"
 #include "child/Enumerator.h"
 #include "output/Failures.h"
 #include <thread>
@@ -20,7 +19,7 @@ Failure listFailure() {
             return failure;
         return {std::string("a plug-in let an exception out: ") + failure.what(),
                 "It does so in every client, and ends those that do not catch it.",
-                "Run 'vykeldev doctor': it names the plug-in."};
+                "Run 'vykeldev doctor --devices': it names the plug-in."};
     }
 }
 
@@ -33,9 +32,10 @@ Json look(vykel::IDeviceList& list, const DeviceRequest& request) {
         list.refresh(&status);
     if (status.code < 0)
         reading["failure"] = statusFailure("refreshing the devices", status);
-    if (request.tokenFormat != 0)
-        reading["devices"] = readDevices(list, request.minVersion, request.tokenFormat);
-    reading["count"] = list.getCount();
+    if (request.selection)
+        reading["devices"] = readDevices(list, *request.selection);
+    const bool isByName = request.selection && request.selection->isByName();
+    reading["count"] = isByName ? reading["devices"].size() : list.getCount();
     return reading;
 }
 
@@ -103,14 +103,8 @@ std::size_t serve(const DeviceRequest& request, Reporter& reporter) {
 /// The child's side.
 void runClient(const std::vector<std::string>& arguments, Reporter& reporter) {
     try {
-        const auto number = [&](std::size_t i) {
-            return static_cast<std::uint32_t>(std::stoul(arguments.at(i)));
-        };
-        const Json edit = Json::parse(arguments.at(5));
-        const std::size_t changes = serve(
-            {arguments.at(0), std::stoi(arguments.at(1)), number(2), number(3), std::stod(arguments.at(4)),
-             edit.is_null() ? std::nullopt : std::optional(edit.get<DeviceEdit>())},
-            reporter);
+        const auto request = Json::parse(arguments.at(0)).get<DeviceRequest>();
+        const std::size_t changes = serve(request, reporter);
         reporter.report({{"done", changes}});
     } catch (const InitialisationFailure& failure) {
         reporter.report({{"failed", failure}, {"initialising", true}});

@@ -1,9 +1,11 @@
 #include "child/Devices.h"
 
 #include "output/Failures.h"
+#include "system/Paths.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <charconv>
+#include <map>
 #include <queue>
 #include <string_view>
 #include <unordered_map>
@@ -11,50 +13,72 @@
 namespace vykeldev {
 namespace {
 
+/// The path of the library that an address is in.
+std::optional<std::string> libraryAt(const void* address) {
+    constexpr DWORD flags =
+        GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
+    HMODULE library = nullptr;
+    return GetModuleHandleExW(flags, static_cast<LPCWSTR>(address), &library)
+               ? std::optional(modulePath(library))
+               : std::nullopt;
+}
+
+/// Finds the libraries of devices by the tables of functions that they begin with.
+class Libraries {
+public:
+    std::optional<std::string> of(const vykel::IDevice& device) {
+        const void* const table = *reinterpret_cast<const void* const*>(&device);
+        const auto [known, isNew] = paths.try_emplace(table);
+        if (isNew)
+            known->second = libraryAt(table);
+        return known->second;
+    }
+
+private:
+    std::map<const void*, std::optional<std::string>> paths; // by table: there are few
+};
+
 DeviceInfo ask(vykel::IDevice& device, std::uint32_t index, std::uint32_t tokenFormat) {
-    DeviceInfo info{index, device.getNumber(), std::nullopt, device.getVersion(), device.getSortKey(), {}};
+    DeviceInfo info;
+    info.index = index;
+    if (const std::uint32_t number = device.getNumber(); number != vykel::noDeviceNumber)
+        info.number = number;
     if (const char* const alias = device.getAlias())
         info.alias = alias;
+    info.version = device.getVersion();
+    info.sortKey = device.getSortKey();
     if (const char* const token = device.getPersistentToken(tokenFormat))
         info.token = token;
     return info;
 }
 
+bool isWanted(const DeviceInfo& device, const Selection& selection) {
+    return (!selection.number || numberText(device.number) == *selection.number) &&
+           (!selection.alias || device.alias == selection.alias) &&
+           (!selection.token || device.token == *selection.token);
+}
+
 } // namespace
 
-void to_json(Json& json, const DeviceInfo& device) {
-    json = {{"index", device.index},         {"number", numberOrNull(device.number)},
-            {"alias", orNull(device.alias)}, {"version", device.version},
-            {"sortKey", device.sortKey},     {"token", device.token}};
-}
-
-void from_json(const Json& json, DeviceInfo& device) {
-    const Json& number = json.at("number");
-    const Json& alias = json.at("alias");
-    json.at("index").get_to(device.index);
-    device.number = number.is_null() ? vykel::noDeviceNumber : number.get<std::uint32_t>();
-    device.alias = alias.is_null() ? std::nullopt : std::optional(alias.get<std::string>());
-    json.at("version").get_to(device.version);
-    json.at("sortKey").get_to(device.sortKey);
-    json.at("token").get_to(device.token);
-}
-
-std::vector<DeviceInfo> readDevices(vykel::IDeviceList& list, std::int32_t minVersion,
-                                    std::uint32_t tokenFormat) {
+std::vector<DeviceInfo> readDevices(vykel::IDeviceList& list, const Selection& selection) {
     std::vector<DeviceInfo> devices;
+    Libraries libraries;
     const std::uint32_t count = list.getCount();
     for (std::uint32_t index = 0; index < count; ++index) {
         vykel::StatusBlock status = vykel::makeStatusBlock();
-        if (vykel::IDevice* const device = list.getDevice(index, minVersion, &status))
-            devices.push_back(ask(*device, index, tokenFormat));
-        else if (status.code != vykel::toInteger(vykel::StatusCode::VersionMismatch))
+        if (vykel::IDevice* const device = list.getDevice(index, selection.minVersion, &status)) {
+            DeviceInfo info = ask(*device, index, selection.tokenFormat);
+            info.plugin = libraries.of(*device);
+            if (isWanted(info, selection))
+                devices.push_back(std::move(info));
+        } else if (status.code != vykel::toInteger(vykel::StatusCode::VersionMismatch))
             throw statusFailure("getting device " + std::to_string(index), status);
     }
     return devices;
 }
 
-std::string numberText(std::uint32_t number) {
-    return number == vykel::noDeviceNumber ? "-" : "KEL" + std::to_string(number);
+std::string numberText(std::optional<std::uint32_t> number) {
+    return number ? "KEL" + std::to_string(*number) : "-";
 }
 
 std::optional<std::uint32_t> numberIn(const std::string& text) {

@@ -9,13 +9,10 @@
 namespace vykeldev {
 
 std::string defaultLibraryPath() {
-    WideString path(32768, 0); // no path is longer
-    const DWORD length = GetModuleFileNameW(nullptr, path.data(), static_cast<DWORD>(path.size()));
-    if (length == 0 || length >= path.size()) // a library in the working folder could be anybody's
+    const std::string tool = modulePath(nullptr);
+    if (tool.empty()) // a library in the working folder could be anybody's
         throw systemFailure("finding the folder of this tool", GetLastError(),
                             "Give the path of the library with --library.");
-    path.resize(length);
-    const std::string tool = toUtf8(path);
     return tool.substr(0, tool.find_last_of("\\/") + 1) + libraryFileName;
 }
 

@@ -53,19 +53,21 @@ std::string fateText(const EntryPreview& entry) {
 
 Json toJson(const EntryPreview& entry) {
     return {{"line", entry.line},
-            {"alias", orNull(entry.alias)},
-            {"target", orNull(entry.target)},
+            {"alias", entry.alias},
+            {"target", entry.target},
             {"outcome", nameOf(entry.fate)},
             {"device", numberOrNull(entry.device)},
-            {"detail", entry.detail.empty() ? Json() : Json(entry.detail)},
-            {"stays", entry.stays}};
+            {"detail", textOrNull(entry.detail)},
+            {"stays", entry.stays},
+            {"text", fateText(entry)}};
 }
 
 /// Reports the entries, and returns the last report.
 Json report(const Preview& preview, Reporter& reporter) {
     for (const EntryPreview& entry : preview.entries)
-        reporter.report({{"entry", toJson(entry)}, {"text", fateText(entry)}});
-    return {{"layout", preview.layout}, {"fails", preview.fails}, {"sent", preview.entries.size()}};
+        reporter.report({{"entry", toJson(entry)}});
+    return {{"document", {{"exists", true}, {"layout", layoutText(preview.layout)}, {"fails", preview.fails}}},
+            {"sent", preview.entries.size()}};
 }
 
 /// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
@@ -100,10 +102,10 @@ bool isRead(const LegacyFile& file, const std::string& path) {
 /// Returns the last report.
 Json showPreview(Reporter& reporter) {
     const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
-    reporter.report({{"file", path}, {"link", linkText(path)}});
+    reporter.report({{"document", {{"file", path}, {"link", textOrNull(linkText(path))}}}});
     const LegacyFile file = readWhilePaused(path);
     if (!isRead(file, path))
-        return {{"layout", nullptr}, {"fails", false}, {"sent", 0}};
+        return {{"sent", 0}};
     reporter.beginStep("loading the plug-ins");
     LoadedPlugins plugins;
     try {
@@ -127,6 +129,11 @@ void runPreview(const std::vector<std::string>&, Reporter& reporter) {
 }
 
 } // namespace
+
+const char* layoutText(vykel::AliasLayout layout) noexcept {
+    static constexpr const char* names[] = {"resource names", "tokens of format 1", "tokens of format 2"};
+    return names[static_cast<std::size_t>(layout)];
+}
 
 const ChildTask previewTask = {"aliases", runPreview};
 

@@ -27,74 +27,60 @@ void begin(Step step, Reporter& reporter) {
     reporter.report({{"begun", step}});
 }
 
-/// Calls the remaining getters so that their failures show.
-void callRemainingGetters(const std::vector<vykel::IDevice*>& devices) {
-    vykel::callPlugin([&] {
-        for (vykel::IDevice* const device : devices) {
-            device->getVersion();
-            device->getSortKey();
-        }
-    });
-}
+/// Reports each kind of finding about the texts of devices once.
+class TextCheck {
+public:
+    explicit TextCheck(Reporter& toReporter) : reporter(toReporter) {}
 
-/// Reports the numbers in several lines, because long lines are cut off.
-void reportNumbers(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
-    constexpr std::size_t numbersPerLine = 1000;
-    for (std::size_t begin = 0; begin < devices.size(); begin += numbersPerLine) {
-        const std::size_t end = std::min(begin + numbersPerLine, devices.size());
-        Json numbers = Json::array();
-        vykel::callPlugin([&] {
-            for (std::size_t i = begin; i < end; ++i) {
-                const std::uint32_t number = devices[i]->getNumber();
-                numbers.push_back(number == vykel::noDeviceNumber ? Json() : Json(number));
-            }
-        });
-        reporter.report({{"deviceNumbers", numbers}});
+    /// A token of the device at an index, or null.
+    void checkToken(const char* token, std::uint32_t format, std::size_t index) {
+        const std::string place = concat("the token of device ", index, " in format ", format);
+        checkEncoding(token, place);
+        if (token == nullptr)
+            return report(finding::tokenMissing, place + " is null");
+        const auto [holder, isNew] = holders[format - 1].emplace(token, index);
+        if (!isNew)
+            report(finding::tokenDuplicate,
+                   concat(place, " is also that of device ", holder->second, ": '", printable(token), "'"));
     }
-}
-
-/// Reports token, number and alias of each device.
-void reportDevices(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
-    const auto textOrNull = [](const char* text) { return text != nullptr ? Json(text) : Json(); };
-    vykel::callPlugin([&] {
-        for (vykel::IDevice* const device : devices) {
-            Json account = {{"token", textOrNull(device->getPersistentToken(1))}};
-            account["number"] = numberOrNull(device->getNumber());
-            account["alias"] = textOrNull(device->getAlias());
-            reporter.reportCut({{"device", account}});
-        }
-    });
-}
-
-/// Reads tokens and aliases, for a second at most, because no client reads them all. Reports the first of
-/// each kind of finding about them.
-void checkTexts(const std::vector<vykel::IDevice*>& devices, Reporter& reporter) {
-    constexpr std::uint32_t formats = 2;
-    std::map<std::string, std::size_t> holders[formats];
-    std::set<std::string> reported;
-    const auto report = [&](const FindingKind& kind, const std::string& detail) {
-        if (reported.insert(kind.id).second)
-            reporter.reportCut({{"oddity", kind.id}, {"detail", detail}});
-    };
-    const Clock::time_point end = Clock::now() + std::chrono::seconds(1);
-    const auto checkText = [&](const char* text, const std::string& place) {
+    /// A text of a device, or null.
+    void checkEncoding(const char* text, const std::string& place) {
         if (text != nullptr && !isUtf8(text))
             report(finding::textNotUtf8, concat(place, " is '", printable(text), "'"));
-    };
+    }
+
+private:
+    void report(const FindingKind& kind, const std::string& detail) {
+        if (reported.insert(kind.id).second)
+            reporter.reportCut({{"oddity", kind.id}, {"detail", detail}});
+    }
+
+    Reporter& reporter;
+    std::map<std::string, std::size_t> holders[2]; // of the tokens of each format
+    std::set<std::string> reported;
+};
+
+/// Calls all getters, so that their failures show, and reports each device. Texts are read only for a second,
+/// unless they are wanted: no client reads them all.
+void reportDevices(const std::vector<vykel::IDevice*>& devices, bool wantsTexts, Reporter& reporter) {
+    const auto textOrNull = [](const char* text) { return text != nullptr ? Json(text) : Json(); };
+    const Clock::time_point end = Clock::now() + std::chrono::seconds(1);
+    TextCheck check(reporter);
     vykel::callPlugin([&] {
-        for (std::size_t i = 0; i < devices.size() && Clock::now() < end; ++i) {
-            for (std::uint32_t format = 1; format <= formats; ++format) {
-                const std::string place = concat("the token of device ", i, " in format ", format);
-                const char* const token = devices[i]->getPersistentToken(format);
-                checkText(token, place);
-                if (token == nullptr) {
-                    report(finding::tokenMissing, place + " is null");
-                } else if (const auto [holder, isNew] = holders[format - 1].emplace(token, i); !isNew) {
-                    report(finding::tokenDuplicate, concat(place, " is also that of device ", holder->second,
-                                                           ": '", printable(token), "'"));
-                }
+        for (std::size_t i = 0; i < devices.size(); ++i) {
+            vykel::IDevice& device = *devices[i];
+            device.getVersion();
+            device.getSortKey();
+            Json account = {
+                {"token", nullptr}, {"number", numberOrNull(device.getNumber())}, {"alias", nullptr}};
+            if (wantsTexts || Clock::now() < end) {
+                account["token"] = textOrNull(device.getPersistentToken(1));
+                check.checkToken(device.getPersistentToken(1), 1, i);
+                check.checkToken(device.getPersistentToken(2), 2, i);
+                account["alias"] = textOrNull(device.getAlias());
+                check.checkEncoding(device.getAlias(), concat("the alias of device ", i));
             }
-            checkText(devices[i]->getAlias(), concat("the alias of device ", i));
+            reporter.reportCut({{"device", account}});
         }
     });
 }
@@ -116,7 +102,7 @@ void askForOrigin(vykel::IDeviceList& list, Reporter& reporter) {
     reporter.report({{"origin", originText(block)}});
 }
 
-void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listDevices, Reporter& reporter) {
+void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool wantsTexts, Reporter& reporter) {
     begin(Step::Load, reporter);
     plugin.loadLibrary();
     begin(Step::EntryPoint, reporter);
@@ -135,14 +121,10 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool listD
     vykel::callPlugin([&] { list->isStale(); }); // as the library does before every refresh
     const std::int32_t code = vykel::collectDevices(*list, devices);
     const std::chrono::duration<double> duration = Clock::now() - start;
-    reportNumbers(devices, reporter);
-    callRemainingGetters(devices);
-    if (listDevices)
-        reportDevices(devices, reporter);
+    reportDevices(devices, wantsTexts, reporter);
     if (duration > slow)
         reporter.report({{"oddity", finding::refreshSlow.id},
                          {"detail", concat("refreshing took ", duration.count(), " seconds")}});
-    checkTexts(devices, reporter);
     if (code >= 0)
         return;
     const bool isRefused = isDeviceRefused(*list, devices);
@@ -161,11 +143,8 @@ void take(const Json& line, ProbeResult& result) {
         result.error = makeLibraryError(line["error"].at("code"), line["error"].at("document"));
     if (line.contains("thrown"))
         result.thrown = line["thrown"].get<std::string>();
-    for (const Json& number : line.value("deviceNumbers", Json::array()))
-        result.deviceNumbers.push_back(number.is_null() ? std::nullopt
-                                                        : std::optional(number.get<std::uint32_t>()));
     if (line.contains("device"))
-        result.deviceList.push_back(line["device"]);
+        result.devices.push_back(line["device"]);
     for (const FindingKind* const kind : finding::all)
         if (kind->id == line.value("oddity", std::string()))
             result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
@@ -197,11 +176,11 @@ void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
 
 const ChildTask probeTask = {"probe-plugin", probe};
 
-ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool listDevices) {
+ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool wantsTexts) {
     ProbeResult result;
     std::vector<std::string> arguments{path};
-    if (listDevices)
-        arguments.emplace_back("devices");
+    if (wantsTexts)
+        arguments.emplace_back("texts");
     TaskRun child(probeTask, arguments, [&result](const Json& report) { take(report, result); });
     result.child = child.finish(limit, TaskRun::Limit::WholeTask);
     return result;

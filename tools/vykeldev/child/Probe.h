@@ -27,15 +27,13 @@ struct ProbeResult {
     bool deviceRefused = false;        ///< `error` is that of a device; the refresh itself succeeded
     std::string origin;                ///< of `error`, see originText
     bool done = false;                 ///< everything was unloaded again
-    std::vector<std::optional<std::uint32_t>> deviceNumbers;
-    Json deviceList = Json::array(); ///< token, number and alias of each, when asked for
-    Findings oddities;               ///< of its devices; without a subject
-    ChildOutcome child;              ///< how the child ended
+    Json devices = Json::array(); ///< token, number and alias of each; of many, texts only when asked for
+    Findings oddities;            ///< of its devices; without a subject
+    ChildOutcome child;           ///< how the child ended
 };
 
-/// Probes a plug-in and gives it `limit` for that; lists its devices when asked to. Throws Failure when no
-/// child can be started.
-ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool listDevices = false);
+/// Probes a plug-in and gives it `limit` for that. Throws Failure when no child can be started, and Stopped.
+ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool wantsTexts);
 
 } // namespace vykeldev
 

@@ -15,11 +15,9 @@ struct KindName {
 };
 
 const KindName& nameOf(ChangeKind kind) noexcept {
-    static constexpr KindName names[] = {{"added", "\x1b[32m"},
-                                         {"removed", "\x1b[31m"},
-                                         {"renumbered", "\x1b[33m"},
-                                         {"renamed", "\x1b[33m"},
-                                         {"kept", ""}};
+    static constexpr KindName names[] = {{"present", ""},         {"added", "\x1b[32m"},
+                                         {"removed", "\x1b[31m"}, {"renumbered", "\x1b[33m"},
+                                         {"renamed", "\x1b[33m"}, {"kept", ""}};
     return names[static_cast<std::size_t>(kind)];
 }
 
@@ -49,18 +47,15 @@ std::string toText(const DeviceChange& change, bool colour) {
     return line;
 }
 
-std::string toJson(const DeviceChange& change, std::uint32_t tokenFormat) {
-    Json event = {{"schemaVersion", 1},
-                  {"event", nameOf(change.kind).name},
-                  {"tokenFormat", tokenFormat},
-                  {"token", change.now.token},
-                  {"number", numberOrNull(change.now.number)},
-                  {"alias", orNull(change.now.alias)}};
+Json toDocument(const DeviceChange& change, std::uint32_t tokenFormat) {
+    Json event = {{"schemaVersion", 1},          {"event", nameOf(change.kind).name},
+                  {"tokenFormat", tokenFormat},  {"token", change.now.token},
+                  {"number", change.now.number}, {"alias", change.now.alias}};
     if (change.kind == ChangeKind::Renumbered)
-        event["previousNumber"] = numberOrNull(change.before.number);
+        event["previousNumber"] = change.before.number;
     else if (change.kind == ChangeKind::Renamed)
-        event["previousAlias"] = orNull(change.before.alias);
-    return textOf(event, -1);
+        event["previousAlias"] = change.before.alias;
+    return event;
 }
 
 } // namespace vykeldev

@@ -9,8 +9,8 @@ namespace vykeldev {
 /// A change as one line for people, without its end.
 std::string toText(const DeviceChange& change, bool colour);
 
-/// A change as one line of JSON, without its end; schemas/watch.schema.json describes it.
-std::string toJson(const DeviceChange& change, std::uint32_t tokenFormat);
+/// A change for programs; schemas/watch.schema.json describes it.
+Json toDocument(const DeviceChange& change, std::uint32_t tokenFormat);
 
 } // namespace vykeldev
 

@@ -1,78 +1,39 @@
 #include "commands/ListCommand.h"
 
 #include "child/DeviceClient.h"
-#include "commands/FormatOption.h"
+#include "commands/SelectionOptions.h"
 #include "output/Failures.h"
 #include "output/Table.h"
 #include "system/DisplayText.h"
 #include "system/Text.h"
-#include <algorithm>
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <limits>
-#include <memory>
-#include <vector>
+#include <exception>
 
 namespace vykeldev {
 namespace {
 
-/// Which devices of a reading are wanted.
-struct Selection {
-    std::optional<std::string> number; ///< As text, such as "KEL3".
-    std::optional<std::string> alias;
-    std::optional<std::string> token;
-};
-
-struct ListOptions {
-    bool json = false;
-    double timeout = std::numeric_limits<double>::infinity(); // seconds
-    std::int32_t minVersion = 0;
-    std::uint32_t format = 1;
+struct ListOptions : CommonOptions {
+    double timeout = unlimited; // seconds
     Selection selection;
 };
-
-bool isWanted(const DeviceInfo& device, const Selection& selection) {
-    return (!selection.number || numberText(device.number) == *selection.number) &&
-           (!selection.alias || device.alias == selection.alias) &&
-           (!selection.token || device.token == *selection.token);
-}
-
-/// Leaves only the devices that are wanted.
-void select(std::vector<DeviceInfo>& devices, const Selection& selection) {
-    devices.erase(std::remove_if(devices.begin(), devices.end(),
-                                 [&](const DeviceInfo& device) { return !isWanted(device, selection); }),
-                  devices.end());
-}
-
-/// `selection` must outlive the parsing.
-void addSelectionOptions(CLI::App& command, Selection& selection) {
-    command.add_option("--number", selection.number, "Shows only the device of this number, such as KEL3")
-        ->check(numberFlaw)
-        ->type_name("KELn");
-    command.add_option("--alias", selection.alias, "Shows only devices of exactly this alias")
-        ->type_name("TEXT");
-    command.add_option("--token", selection.token, "Shows only devices of exactly this token")
-        ->type_name("TEXT");
-}
 
 /// What `list` shows.
 struct Listing {
     Reading reading;
-    Json error; ///< How a plug-in ended the client after the reading, or null.
+    std::exception_ptr error; ///< How a plug-in or the user ended the client after the reading, or null.
 };
 
 Listing readListing(const Context& context, const ListOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
-    DeviceClient client({context.library, options.minVersion, options.format}, context);
+    DeviceClient client({context.library, options.selection}, context);
     client.await(Event::Read, deadline);
     Listing listing{client.reading(), nullptr};
     if (listing.reading.devices.empty() && !listing.reading.failure.is_null())
         throw failureFrom(listing.reading.failure);
     try {
         client.await(Event::Done, deadline);
-    } catch (const Failure& failure) {
-        listing.error = failure;
+    } catch (const Failure&) {
+        listing.error = std::current_exception();
     }
     return listing;
 }
@@ -88,7 +49,7 @@ Json toDocument(const Listing& listing, std::uint32_t format) {
 void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& devices) {
     std::vector<std::string> names;
     for (const DeviceInfo& device : devices)
-        if (device.number == vykel::noDeviceNumber)
+        if (!device.number)
             names.push_back("[" + std::to_string(device.index) + "] " + printable(device.token));
     if (!names.empty())
         printFailure(context.notices(), "vykeldev: warning: ",
@@ -98,28 +59,31 @@ void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& device
                      context.verbose);
 }
 
-void printText(const std::vector<DeviceInfo>& devices, bool colour) {
+void printText(Json devices, bool colour) {
     using Kind = Column::Kind;
+    for (Json& device : devices) // the name is enough to tell it from others
+        if (Json& plugin = device["plugin"]; !plugin.is_null())
+            plugin = plugin.get<std::string>().substr(plugin.get<std::string>().find_last_of("\\/") + 1);
     printTable(std::cout, colour,
                {{"INDEX", "index", Kind::Count},
                 {"NUMBER", "number", Kind::DeviceNumber},
                 {"ALIAS", "alias"},
                 {"VERSION", "version", Kind::Count},
                 {"SORT KEY", "sortKey", Kind::Count},
-                {"TOKEN", "token"}},
+                {"TOKEN", "token"},
+                {"PLUG-IN", "plugin"}},
                devices);
 }
 
 ExitCode listDevices(const Context& context, const ListOptions& options) {
-    Listing listing = readListing(context, options);
-    auto& [count, devices, failure] = listing.reading;
-    select(devices, options.selection);
+    const Listing listing = readListing(context, options);
+    const auto& [count, devices, failure] = listing.reading;
     const auto throwError = [&] {
-        if (!listing.error.is_null())
-            throw failureFrom(listing.error);
+        if (listing.error)
+            std::rethrow_exception(listing.error);
     };
     if (options.json)
-        printDocument(toDocument(listing, options.format), throwError);
+        printDocument(toDocument(listing, options.selection.tokenFormat), throwError);
     else if (!devices.empty())
         printText(devices, context.colour);
     throwError();
@@ -130,30 +94,24 @@ ExitCode listDevices(const Context& context, const ListOptions& options) {
     warnOfNumbers(context, devices);
     if (!devices.empty())
         return ExitCode::Success;
-    context.notices() << (count != 0 ? "vykeldev: no device matches\n"
-                                     : "vykeldev: no devices; 'vykeldev doctor' says why\n");
+    const bool isSelected = count != 0 || options.selection.isByName();
+    context.notices() << (isSelected ? "vykeldev: no device matches\n"
+                                     : typeable("vykeldev: no devices; 'vykeldev doctor' says why\n"));
     return ExitCode::NothingListed;
 }
 
 } // namespace
 
 void addListCommand(CLI::App& app, Run& chosen) {
-    const auto options = std::make_shared<ListOptions>();
-    CLI::App* const command = app.add_subcommand("list", "Shows all devices, with new ones numbered");
-    command->add_flag("--json", options->json, "Prints one JSON object");
-    command->add_option("--min-version", options->minVersion, "Leaves out devices below this version")
-        ->type_name("N");
-    addFormatOption(*command, options->format);
-    addSelectionOptions(*command, options->selection);
+    const auto& [command, options] = addCommand(
+        app, chosen, {"list", "Shows all devices, with new ones numbered", "list --json --min-version 2"},
+        listDevices);
     command
-        ->add_option("--timeout", options->timeout,
-                     "Gives up, with exit code 1, after this many seconds (default: never)")
-        ->check(inRange(0.001, 86400, "0.001 to 86400 seconds"))
-        ->type_name("S");
-    command->callback([options, &chosen] {
-        chosen = {[options](const Context& context) { return listDevices(context, *options); },
-                  documentIf(options->json)};
-    });
+        .add_option("--min-version", options.selection.minVersion, "Leaves out devices below this version")
+        ->type_name("N");
+    addSelectionOptions(command, options.selection);
+    addSeconds(command, "--timeout", options.timeout,
+               "Gives up, with exit code 1, after this many seconds (default: never)", 0.001);
 }
 
 } // namespace vykeldev

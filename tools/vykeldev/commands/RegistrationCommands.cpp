@@ -1,17 +1,15 @@
 #include "commands/RegistrationCommands.h"
 
+#include "machine/Findings.h"
 #include "machine/PluginFile.h"
 #include "machine/Registrations.h"
 #include "machine/Setup.h"
-#include "output/Json.h"
+#include "output/Failures.h"
 #include "output/Table.h"
 #include "PluginRegistrations.h"
 #include "system/DisplayText.h"
 #include "system/Failure.h"
 #include "system/Paths.h"
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <memory>
 
 namespace vykeldev {
 namespace {
@@ -32,34 +30,42 @@ std::string problemOf(const Registration& registration) {
 
 Json toJson(const Registration& registration) {
     const std::string problem = problemOf(registration);
-    return {{"name", registration.name},
-            {"path", orNull(registration.path)},
-            {"problem", problem.empty() ? Json() : Json(problem)}};
+    Json json = factsOf(registration.path.value_or(""));
+    json.update({{"name", registration.name},
+                 {"path", registration.path},
+                 {"problem", problem.empty() ? Json() : Json(problem)}});
+    return json;
 }
 
-ExitCode showPlugins(const Context& context, bool json) {
+ExitCode showPlugins(const Context& context, const CommonOptions& options) {
     Json plugins = Json::array();
     for (const Registration& registration : readRegistrations())
         plugins.push_back(toJson(registration));
-    if (json)
+    if (options.json)
         std::cout << textOf({{"schemaVersion", 1}, {"plugins", plugins}}) << '\n';
     else if (!plugins.empty())
         printTable(std::cout, context.colour,
-                   {{"NAME", "name"}, {"STATE", "problem", Column::Kind::Text, "ok"}, {"PATH", "path"}},
+                   {{"NAME", "name"},
+                    {"STATE", "problem", Column::Kind::Text, "ok"},
+                    {"VERSION", "version"},
+                    {"MAKER", "maker"},
+                    {"WRITTEN", "written"},
+                    {"PATH", "path"}},
                    plugins);
     if (!plugins.empty())
         return ExitCode::Success;
-    context.notices() << "vykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n";
+    context.notices() << typeable(
+        "vykeldev: no plug-in is registered; 'vykeldev register NAME PATH' registers one\n");
     return ExitCode::NothingListed;
 }
 
-struct RegisterOptions {
+struct RegisterOptions : CommonOptions {
     std::string name;
     std::string path;
     bool force = false;
 };
 
-ExitCode registerPlugin(const RegisterOptions& options) {
+ExitCode registerPlugin(const Context& context, const RegisterOptions& options) {
     const std::string path = absolutePath(options.path);
     const std::string problem = fileProblem(path);
     if (!problem.empty() && !options.force) {
@@ -72,56 +78,52 @@ ExitCode registerPlugin(const RegisterOptions& options) {
     const std::string before = writeRegistration(options.name, path);
     std::cout << "registered " << printable(options.name) << ": " << printable(path)
               << (before.empty() || before == path ? "" : ", was " + printable(before)) << '\n';
+    if (const std::string bad = problem.empty() ? describeBadDependencies(path) : ""; !bad.empty())
+        printFailure(context.notices(), "vykeldev: warning: ",
+                     Failure(bad, finding::dependencyMissing.meaning,
+                             finding::dependencyMissing.remedyFor(options.name)),
+                     context.verbose);
     return ExitCode::Success;
+}
+
+ExitCode unregisterPlugin(const Context&, const RegisterOptions& options) {
+    removeRegistration(options.name);
+    std::cout << "unregistered " << printable(options.name) << '\n';
+    return ExitCode::Success;
+}
+
+/// Adds the argument that names a plug-in. `flaw` says what is wrong with a text that names none.
+void addName(CLI::App& command, RegisterOptions& options, const char* description, const char* flaw) {
+    addArgument(command, "NAME", options.name, description)->check([flaw](const std::string& name) {
+        return isRegistrationName(name) ? "" : std::string(flaw);
+    });
 }
 
 } // namespace
 
 void addPluginsCommand(CLI::App& app, Run& chosen) {
-    const auto json = std::make_shared<bool>(false);
-    CLI::App* const command =
-        app.add_subcommand("plugins", "Shows the registered plug-ins, without loading them");
-    command->add_flag("--json", *json, "Prints one JSON object");
-    command->callback([json, &chosen] {
-        chosen = {[json](const Context& context) { return showPlugins(context, *json); }, documentIf(*json)};
-    });
+    addCommand(app, chosen, {"plugins", "Shows the registered plug-ins, without loading them", "plugins"},
+               showPlugins);
 }
 
 void addRegisterCommand(CLI::App& app, Run& chosen) {
-    const auto options = std::make_shared<RegisterOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "register", "Registers a plug-in, or changes its path; first prepares the machine as setup does");
-    const auto checkName = [](const std::string& name) {
-        return isRegistrationName(name) ? std::string() : "a name has 1 to 255 characters and no backslash";
-    };
-    command->add_option("NAME", options->name, "Any name; plug-ins are loaded in the order of their names")
-        ->required()
-        ->check(checkName)
-        ->type_name("");
-    command->add_option("PATH", options->path, "The plug-in's DLL")->required()->type_name("");
-    command->add_flag("--force", options->force,
-                      "Registers the path even if there is no file yet, or the file is no plug-in");
-    command->callback(
-        [options, &chosen] { chosen = {[options](const Context&) { return registerPlugin(*options); }}; });
+    const auto& [command, options] = addCommand(
+        app, chosen,
+        {"register", "Registers a plug-in, or changes its path; first prepares the machine as setup does",
+         "register Left C:\\Drivers\\left.dll"},
+        registerPlugin, FailureOutput::None);
+    addName(command, options, "Any name; plug-ins are loaded in the order of their names",
+            "a name has 1 to 255 characters and no backslash");
+    addArgument(command, "PATH", options.path, "The plug-in's DLL");
+    command.add_flag("--force", options.force,
+                     "Registers the path even if there is no file yet, or the file is no plug-in");
 }
 
 void addUnregisterCommand(CLI::App& app, Run& chosen) {
-    const auto name = std::make_shared<std::string>();
-    CLI::App* const command = app.add_subcommand("unregister", "Removes the registration of a plug-in");
-    const auto checkName = [](const std::string& text) {
-        return isRegistrationName(text) ? std::string() : "no plug-in can have this name";
-    };
-    command->add_option("NAME", *name, "The name it is registered under")
-        ->required()
-        ->check(checkName)
-        ->type_name("");
-    command->callback([name, &chosen] {
-        chosen = {[name](const Context&) {
-            removeRegistration(*name);
-            std::cout << "unregistered " << printable(*name) << '\n';
-            return ExitCode::Success;
-        }};
-    });
+    const auto& [command, options] =
+        addCommand(app, chosen, {"unregister", "Removes the registration of a plug-in", "unregister Left"},
+                   unregisterPlugin, FailureOutput::None);
+    addName(command, options, "The name it is registered under", "no plug-in can have this name");
 }
 
 } // namespace vykeldev

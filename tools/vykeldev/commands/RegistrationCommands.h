@@ -3,10 +3,6 @@
 
 #include "output/Command.h"
 
-namespace CLI {
-class App;
-}
-
 namespace vykeldev {
 
 /// The commands `plugins`, `register` and `unregister`: describe them and their options to `app`. When the

@@ -3,17 +3,13 @@
 #include "machine/Setup.h"
 #include "output/Json.h"
 #include <algorithm>
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <memory>
 
 namespace vykeldev {
 namespace {
 
-struct SetupOptions {
+struct SetupOptions : CommonOptions {
     bool check = false;
     bool resetRights = false;
-    bool json = false;
 };
 
 std::string stateOf(const SetupItem& item, const SetupOptions& options) {
@@ -35,7 +31,7 @@ void printJson(const std::vector<SetupItem>& items, const SetupOptions& options)
     std::cout << textOf(document) << '\n';
 }
 
-ExitCode setUp(const SetupOptions& options) {
+ExitCode setUp(const Context&, const SetupOptions& options) {
     const std::vector<SetupItem> items = options.check ? examineSetup() : completeSetup(options.resetRights);
     if (options.json)
         printJson(items, options);
@@ -49,23 +45,21 @@ ExitCode setUp(const SetupOptions& options) {
 } // namespace
 
 void addSetupCommand(CLI::App& app, Run& chosen) {
-    const auto options = std::make_shared<SetupOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "setup",
-        "Prepares this machine, as administrator: makes the plug-ins' registry key, the lock files and their folder "
-        "where they are missing");
+    const auto& [command, options] = addCommand(
+        app, chosen,
+        {"setup",
+         "Prepares this machine, as administrator: makes the plug-ins' registry key, the lock files and their folder "
+         "where they are missing",
+         "setup --check"},
+        setUp);
     CLI::Option* const check =
-        command->add_flag("--check", options->check,
-                          "Changes nothing; exit code 5 when one is missing. Does not look at rights");
+        command.add_flag("--check", options.check,
+                         "Changes nothing; exit code 5 when one is missing. Does not look at rights");
     command
-        ->add_flag(
-            "--reset-rights", options->resetRights,
+        .add_flag(
+            "--reset-rights", options.resetRights,
             "Also gives the folders, the lock files and vykel.ini that are there the rights of new ones")
         ->excludes(check);
-    command->add_flag("--json", options->json, "Prints one JSON object");
-    command->callback([options, &chosen] {
-        chosen = {[options](const Context&) { return setUp(*options); }, documentIf(options->json)};
-    });
 }
 
 } // namespace vykeldev

@@ -1,23 +1,20 @@
 #include "commands/WaitCommand.h"
 
 #include "child/DeviceClient.h"
+#include "commands/SelectionOptions.h"
 #include "output/Failures.h"
 #include <algorithm>
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <limits>
-#include <memory>
 
 namespace vykeldev {
 namespace {
 
-constexpr double unlimited = std::numeric_limits<double>::infinity();
 constexpr double secondsBetweenReadings = 0.05;
 constexpr double minimumWait = 2; // for the first reading and for the end, whatever the limit is
 
-struct WaitOptions {
+struct WaitOptions : CommonOptions {
     std::uint32_t count = 1;
     double timeout = unlimited; // seconds
+    Selection selection;
 };
 
 /// Reports a reading of enough devices, and waits until the client has unloaded the plug-ins.
@@ -34,7 +31,8 @@ ExitCode finish(const Context& context, DeviceClient& client) {
 ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
-    DeviceClient client({context.library, 0, 0, options.count, secondsBetweenReadings}, context);
+    const auto selection = options.selection.isByName() ? std::optional(options.selection) : std::nullopt;
+    DeviceClient client({context.library, selection, options.count, secondsBetweenReadings}, context);
     Event event = client.next(std::max(deadline, timeAfter(minimumWait)));
     for (; event == Event::Read; event = client.next(deadline)) {
         if (client.reading().count >= options.count)
@@ -42,12 +40,10 @@ ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
         if (!client.reading().failure.is_null())
             throw failureFrom(client.reading().failure);
     }
-    if (event == Event::Stopped)
-        throw Failure("asked to end before there were enough devices", "", "");
     context.notices() << "vykeldev: time is over with " << client.reading().count << " of " << options.count
                       << " devices";
     if (const std::string obstacle = client.obstacle(); !obstacle.empty())
-        context.notices() << "; " << obstacle << "; 'vykeldev doctor' says more";
+        context.notices() << typeable("; " + obstacle + "; 'vykeldev doctor' says more");
     context.notices() << '\n';
     return ExitCode::NothingListed;
 }
@@ -55,23 +51,20 @@ ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
 } // namespace
 
 void addWaitCommand(CLI::App& app, Run& chosen) {
-    const auto options = std::make_shared<WaitOptions>();
-    CLI::App* const command = app.add_subcommand("wait", "Waits until devices are listed");
-    command->add_option("--count", options->count, "How many (default 1)")
+    const auto& [command, options] =
+        addCommand(app, chosen,
+                   {"wait", "Waits until devices are listed", "wait --count 2 --timeout 10",
+                    "Plug-ins that are registered while it waits are not seen.\n"
+                    "Exit codes: 0 done, 1 an error, 3 time is over, 4 done, but the refresh failed."},
+                   waitForDevices, FailureOutput::None);
+    command.add_option("--count", options.count, "How many (default 1)")
         ->check(inRange(1, unlimited, "at least 1 device"))
         ->type_name("N");
-    command
-        ->add_option(
-            "--timeout", options->timeout,
-            "Gives up, with exit code 3, after this many seconds (default: never; the first look may "
-            "take 2 seconds)")
-        ->check(inRange(0, unlimited, "0 seconds or more"))
-        ->type_name("S");
-    command->callback([options, &chosen] {
-        chosen = {[options](const Context& context) { return waitForDevices(context, *options); }};
-    });
-    command->footer("Plug-ins that are registered while it waits are not seen.\n"
-                    "Exit codes: 0 done, 1 an error, 3 time is over, 4 done, but the refresh failed.");
+    addSelectionOptions(command, options.selection);
+    addSeconds(
+        command, "--timeout", options.timeout,
+        "Gives up, with exit code 3, after this many seconds (default: never; the first look may take 2 seconds)",
+        0, unlimited);
 }
 
 } // namespace vykeldev

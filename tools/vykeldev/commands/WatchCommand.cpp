@@ -2,31 +2,33 @@
 
 #include "child/DeviceClient.h"
 #include "commands/ChangeText.h"
-#include "commands/FormatOption.h"
+#include "commands/SelectionOptions.h"
 #include "output/Failures.h"
+#include "system/Console.h"
 #include "system/DisplayText.h"
-#include <CLI/CLI.hpp>
-#include <cstdint>
-#include <iostream>
-#include <limits>
-#include <memory>
-#include <string>
-#include <vector>
+#include <ctime>
 
 namespace vykeldev {
 namespace {
 
-struct WatchOptions {
-    bool json = false;
+struct WatchOptions : CommonOptions {
     double interval = 0.5; // seconds
     std::uint32_t format = 1;
 };
 
+std::string line(const DeviceChange& change, const WatchOptions& options, bool colour) {
+    const std::string time = utcText(std::time(nullptr));
+    if (!options.json)
+        return time + "  " + toText(change, colour);
+    Json event = toDocument(change, options.format);
+    event["time"] = time;
+    return textOf(event, -1);
+}
+
 /// Prints changes, each at once. False when nobody reads them any more. Throws Failure.
 bool print(const std::vector<DeviceChange>& changes, const WatchOptions& options, bool colour) {
     for (const DeviceChange& change : changes) {
-        std::cout << (options.json ? toJson(change, options.format) : toText(change, colour)) << '\n'
-                  << std::flush;
+        std::cout << line(change, options, colour) << '\n' << std::flush;
         if (std::cout)
             continue;
         if (!isReaderGone())
@@ -37,40 +39,58 @@ bool print(const std::vector<DeviceChange>& changes, const WatchOptions& options
     return true;
 }
 
-ExitCode watchDevices(const Context& context, const WatchOptions& options) {
+/// What changed since the last reading; all devices of the first one are present.
+std::vector<DeviceChange> changesSince(const std::optional<std::vector<DeviceInfo>>& last,
+                                       const std::vector<DeviceInfo>& now) {
+    std::vector<DeviceChange> changes = findChanges(last.value_or(std::vector<DeviceInfo>()), now);
+    for (DeviceChange& change : changes)
+        if (!last)
+            change.kind = DeviceChange::Kind::Present;
+    return changes;
+}
+
+/// Returns when nobody reads the output any more. Throws Failure, and Stopped.
+void watchWhileRead(const Context& context, const WatchOptions& options) {
     constexpr std::uint32_t neverEnough = std::numeric_limits<std::uint32_t>::max();
-    DeviceClient client({context.library, 0, options.format, neverEnough, options.interval}, context);
-    std::vector<DeviceInfo> known;
+    Selection all;
+    all.tokenFormat = options.format;
+    DeviceClient client({context.library, all, neverEnough, options.interval}, context);
+    std::optional<std::vector<DeviceInfo>> last;
     std::string trouble; // reported last, so that lasting trouble is reported once
-    while (client.next(DeviceClient::Clock::time_point::max()) == DeviceClient::Event::Read) {
+    while (!isReaderGone()) {
+        if (client.next(timeAfter(0.25)) != DeviceClient::Event::Read)
+            continue; // time is over; it never is done
         const Reading& reading = client.reading();
-        if (!print(findChanges(known, reading.devices), options, context.colour))
-            break;
-        known = reading.devices;
+        if (!print(changesSince(last, reading.devices), options, context.colour))
+            return;
+        last = reading.devices;
         const std::string failure = reading.failure.is_null() ? "" : failureFrom(reading.failure).what();
         if (!failure.empty() && failure != trouble)
             context.notices() << "vykeldev: " << printable(failure) << "; watching on\n";
         trouble = failure;
     }
-    return ExitCode::Success;
+}
+
+ExitCode watchDevices(const Context& context, const WatchOptions& options) {
+    try {
+        watchWhileRead(context, options);
+        return ExitCode::Success;
+    } catch (const Stopped&) { // as every watch ends that is read to its end
+        return ExitCode::Stopped;
+    }
 }
 
 } // namespace
 
 void addWatchCommand(CLI::App& app, Run& chosen) {
-    const auto options = std::make_shared<WatchOptions>();
-    CLI::App* const command = app.add_subcommand("watch", "Shows the devices and then what changes");
-    command->add_flag("--json", options->json, "Prints one JSON object a line for each change");
-    command->add_option("--interval", options->interval, "Seconds between two readings (default 0.5)")
-        ->check(inRange(0.01, 86400, "0.01 to 86400 seconds"))
-        ->type_name("S");
-    addFormatOption(*command, options->format);
-    command->callback([options, &chosen] {
-        chosen = {[options](const Context& context) { return watchDevices(context, *options); },
-                  lineIf(options->json)};
-    });
-    command->footer("Ends with Ctrl-C, or when nobody reads its output any more; the exit code is 0 then.\n"
-                    "Plug-ins that are registered while it watches are not seen.");
+    const auto& [command, options] =
+        addCommand(app, chosen,
+                   {"watch", "Shows the devices and then what changes", "watch --json",
+                    "Ends with Ctrl-C, or, with exit code 0, when nobody reads its output any more.\n"
+                    "Plug-ins that are registered while it watches are not seen."},
+                   watchDevices, FailureOutput::Line);
+    addSeconds(command, "--interval", options.interval, "Seconds between two readings (default 0.5)", 0.01);
+    addFormatOption(command, options.format);
 }
 
 } // namespace vykeldev

@@ -11,15 +11,12 @@
 #include "system/System.h"
 #include "system/Text.h"
 #include "vybase/owners.h"
-#include <CLI/CLI.hpp>
-#include <iostream>
-#include <memory>
 
 namespace vykeldev::doctor {
 namespace {
 
-struct DoctorOptions {
-    bool json = false;
+struct DoctorOptions : CommonOptions {
+    std::string name;
     bool devices = false;
     double timeout = 10; // seconds
 };
@@ -40,9 +37,10 @@ Report makeReport(const Context& context, const DoctorOptions& options) {
     Report report;
     report.listsDevices = options.devices;
     const std::string library = absolutePath(context.library);
-    report.versions = {VYKELDEV_VERSION, library, fileVersion(library), systemVersion()};
+    report.versions = {VYKELDEV_VERSION, library, fileVersion(library).number, systemVersion()};
     checkLibrary(report.versions, report.findings);
-    checkPlugins(report, std::chrono::milliseconds(static_cast<long long>(options.timeout * 1000)), progress);
+    const std::chrono::milliseconds limit(static_cast<long long>(options.timeout * 1000));
+    checkPlugins(report, {options.name, limit, options.devices}, progress);
     checkFolder(report, progress);
     return report;
 }
@@ -65,21 +63,16 @@ ExitCode diagnose(const Context& context, const DoctorOptions& options) {
 namespace vykeldev {
 
 void addDoctorCommand(CLI::App& app, Run& chosen) {
-    const auto options = std::make_shared<doctor::DoctorOptions>();
-    CLI::App* const command = app.add_subcommand(
-        "doctor", "Says why a device is missing: tries every plug-in, but changes no number and no alias");
-    command->add_flag("--json", options->json, "Prints one JSON object (schemas/doctor.schema.json)");
-    command->add_option("--timeout", options->timeout, "Seconds for each plug-in (default 10)")
-        ->check(inRange(0.001, 86400, "0.001 to 86400 seconds"))
-        ->type_name("S");
-    command->add_flag("--devices", options->devices, "Also lists the devices of every plug-in");
-    command->footer(
-        "Exit codes: 0 healthy, 4 warnings, 5 something is broken. docs/findings.md explains every "
-        "finding.");
-    command->callback([options, &chosen] {
-        chosen = {[options](const Context& context) { return doctor::diagnose(context, *options); },
-                  documentIf(options->json)};
-    });
+    const auto& [command, options] = addCommand(
+        app, chosen,
+        {"doctor", "Says why a device is missing: tries every plug-in, but changes no number and no alias",
+         "doctor --json > report.json",
+         "Exit codes: 0 healthy, 4 warnings, 5 something is broken. docs/findings.md explains every finding."},
+        doctor::diagnose);
+    command.add_option("NAME", options.name, "Tries only the plug-in that is registered under this name")
+        ->type_name("");
+    addSeconds(command, "--timeout", options.timeout, "Seconds for each plug-in (default 10)", 0.001);
+    command.add_flag("--devices", options.devices, "Also lists the devices of every plug-in");
 }
 
 } // namespace vykeldev

@@ -79,14 +79,41 @@ std::optional<Obstacle> judgeEnd(const ProbeResult& probe, std::chrono::millisec
     return Obstacle{&finding::pluginExited, probe.step, "exit code " + std::to_string(end->code) + before};
 }
 
+/// The name of a value's type in the registry's tools, in brackets; empty when it has none.
+std::string typeName(DWORD type) {
+    static constexpr const char* names[] = {"REG_NONE",   "REG_SZ",      "REG_EXPAND_SZ",
+                                            "REG_BINARY", "REG_DWORD",   "REG_DWORD_BIG_ENDIAN",
+                                            "REG_LINK",   "REG_MULTI_SZ"};
+    return type < std::size(names) ? concat(" (", names[type], ')') : std::string();
+}
+
+/// Whether an obstacle may come from bytes that were taken for the text of a path.
+bool isOfPath(const Obstacle& obstacle) {
+    return obstacle.kind == &finding::fileMissing || obstacle.kind == &finding::pathEmpty ||
+           obstacle.kind == &finding::loadRefused;
+}
+
+/// Names the type of the value as the cause of an obstacle, or as odd when there is none.
+void judgeType(const PluginAccount& plugin, std::optional<Obstacle>& obstacle, Findings& findings) {
+    const std::string type = concat("the value's type is ", plugin.valueType, typeName(plugin.valueType));
+    if (plugin.valueType == REG_SZ)
+        return;
+    if (obstacle && isOfPath(*obstacle))
+        obstacle = {&finding::valueType, Step::RegistryValue, type + ": " + obstacle->detail};
+    else
+        findings.push_back({&finding::valueNotPlain, plugin.name, type});
+}
+
 /// Looks and probes. Nothing when the plug-in loaded.
-std::optional<Obstacle> judge(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
+std::optional<Obstacle> judge(PluginAccount& plugin, const ExaminationOptions& options, Findings& findings) {
     if (plugin.path->size() > maxPathBytes) // no command line can hold it
         return Obstacle{&finding::fileMissing, Step::Path, "no file can have a path of this length"};
     const std::optional<Obstacle> look = lookAtFile(*plugin.path, plugin.image);
     ProbeResult probe;
     try {
-        probe = probePlugin(*plugin.path, limit, !plugin.deviceList.is_null());
+        probe = probePlugin(*plugin.path, options.limit, options.wantsTexts);
+    } catch (const Stopped&) {
+        throw;
     } catch (const Failure& failure) {
         return Obstacle{&finding::probeImpossible, Step::Load,
                         failure.what() + (failure.meaning.empty() ? "" : ": " + failure.meaning)};
@@ -95,26 +122,24 @@ std::optional<Obstacle> judge(PluginAccount& plugin, std::chrono::milliseconds l
     plugin.error = probe.error;
     for (const Finding& oddity : probe.oddities)
         findings.push_back({oddity.kind, plugin.name, oddity.detail});
-    std::optional<Obstacle> obstacle = judgeEnd(probe, limit);
+    std::optional<Obstacle> obstacle = judgeEnd(probe, options.limit);
     if (!obstacle && probe.failedStep)
         obstacle = judgeFailure(probe, plugin, look);
     else if (obstacle && obstacle->step == Step::Load && look)
         obstacle->detail += "; " + look->detail;
-    if (!obstacle || obstacle->kind == &finding::deviceRefused) {
-        plugin.deviceNumbers = std::move(probe.deviceNumbers);
-        if (!plugin.deviceList.is_null())
-            plugin.deviceList = std::move(probe.deviceList);
-    }
+    if (!obstacle || obstacle->kind == &finding::deviceRefused)
+        plugin.devices = std::move(probe.devices);
     return obstacle;
 }
 
 } // namespace
 
-void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings) {
+void examine(PluginAccount& plugin, const ExaminationOptions& options, Findings& findings) {
     const bool isText = plugin.valueType == REG_SZ; // otherwise that is the cause, and was reported
     if (isText && !plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
         findings.push_back({&finding::pathRelative, plugin.name, *plugin.path});
-    const std::optional<Obstacle> obstacle = judge(plugin, limit, findings);
+    std::optional<Obstacle> obstacle = judge(plugin, options, findings);
+    judgeType(plugin, obstacle, findings);
     if (!obstacle) {
         plugin.outcome = PluginOutcome::Loaded;
         return;

@@ -6,9 +6,16 @@
 
 namespace vykeldev::doctor {
 
-/// Examines a plug-in whose name and path are known: looks at its file, then probes it within `limit`.
-/// Completes the account, and adds a finding for everything that is wrong.
-void examine(PluginAccount& plugin, std::chrono::milliseconds limit, Findings& findings);
+/// How plug-ins are examined.
+struct ExaminationOptions {
+    std::string name;                ///< Of the only one to look at; empty: all.
+    std::chrono::milliseconds limit; ///< For each.
+    bool wantsTexts;                 ///< Of all devices.
+};
+
+/// Examines a plug-in whose name and path are known: looks at its file, then probes it. Completes the
+/// account, and adds a finding for everything that is wrong. Throws Stopped.
+void examine(PluginAccount& plugin, const ExaminationOptions& options, Findings& findings);
 
 } // namespace vykeldev::doctor
 

@@ -1,14 +1,6 @@
 #include "doctor/JsonReport.h"
 
 namespace vykeldev {
-namespace {
-
-Json textOrNull(const std::string& text) {
-    return text.empty() ? Json() : Json(text);
-}
-
-} // namespace
-
 // The functions to_json make a document of any member or vector of these types.
 
 void to_json(Json& json, const LibraryImage& image) {
@@ -47,10 +39,10 @@ namespace vykeldev::doctor {
 
 void to_json(Json& json, const PluginAccount& plugin) {
     Json numbers = Json::array();
-    for (const auto& number : plugin.deviceNumbers)
-        numbers.push_back(orNull(number));
+    for (const Json& device : plugin.devices)
+        numbers.push_back(device["number"]);
     json = {{"name", plugin.name},
-            {"path", orNull(plugin.path)},
+            {"path", plugin.path},
             {"outcome", nameOf(plugin.outcome)},
             {"failedStep", plugin.failedStep ? Json(nameOf(*plugin.failedStep)) : Json()},
             {"detail", plugin.detail},
@@ -59,9 +51,8 @@ void to_json(Json& json, const PluginAccount& plugin) {
             {"milliseconds", plugin.milliseconds},
             {"devices", numbers.size()},
             {"deviceNumbers", numbers},
-            {"image", orNull(plugin.image)}};
-    if (!plugin.deviceList.is_null())
-        json["deviceList"] = plugin.deviceList;
+            {"image", plugin.image}};
+    json.update(factsOf(plugin.path.value_or("")));
     if (plugin.error)
         json["error"] = {{"code", plugin.error->code}, {"document", plugin.error->document}};
     if (plugin.error && plugin.error->system)
@@ -92,6 +83,8 @@ void to_json(Json& json, const Report& report) {
             {"locks", report.locks},
             {"legacyFile", report.legacy},
             {"findings", report.findings}};
+    for (std::size_t i = 0; report.listsDevices && i < report.plugins.size(); ++i)
+        json["plugins"][i]["deviceList"] = report.plugins[i].devices;
 }
 
 } // namespace vykeldev::doctor

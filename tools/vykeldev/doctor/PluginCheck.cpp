@@ -1,6 +1,5 @@
 #include "doctor/PluginCheck.h"
 
-#include "doctor/Examination.h"
 #include "machine/Findings.h"
 #include "machine/Registrations.h"
 #include "PluginRegistrations.h"
@@ -15,14 +14,6 @@
 
 namespace vykeldev::doctor {
 namespace {
-
-/// The name of a value's type in the registry's tools, in brackets; empty when it has none.
-std::string typeName(DWORD type) {
-    static constexpr const char* names[] = {"REG_NONE",   "REG_SZ",      "REG_EXPAND_SZ",
-                                            "REG_BINARY", "REG_DWORD",   "REG_DWORD_BIG_ENDIAN",
-                                            "REG_LINK",   "REG_MULTI_SZ"};
-    return type < std::size(names) ? concat(" (", names[type], ')') : std::string();
-}
 
 /// Checks what the library does not look at: the value's type, its size, and how it ends.
 void checkValue(PluginAccount& plugin, Findings& findings) {
@@ -39,9 +30,6 @@ void checkValue(PluginAccount& plugin, Findings& findings) {
     if (error != ERROR_SUCCESS && error != ERROR_MORE_DATA)
         return;
     plugin.valueType = type;
-    if (type != REG_SZ)
-        findings.push_back(
-            {&finding::valueType, plugin.name, concat("the value's type is ", type, typeName(type))});
     data.resize(std::min<std::size_t>(data.size(), bytes / sizeof(WCHAR)));
     if (bytes > 0 && data.find(WCHAR{0}) == WideString::npos)
         findings.push_back({&finding::valueUnterminated, plugin.name, ""});
@@ -106,31 +94,39 @@ std::set<std::string> checkSameFiles(const std::vector<PluginAccount>& plugins, 
 /// Leaves out the plug-ins in `repeated`: their devices are those of another one, not others.
 void checkNumbers(const std::vector<PluginAccount>& plugins, const std::set<std::string>& repeated,
                   Findings& findings) {
-    std::map<std::uint32_t, std::vector<std::string>> holders;
+    std::map<Json, std::vector<std::string>> holders;
     for (const PluginAccount& plugin : plugins) {
         if (repeated.count(plugin.name) != 0)
             continue;
-        const auto& numbers = plugin.deviceNumbers;
-        for (std::size_t i = 0; i < numbers.size(); ++i)
-            if (numbers[i])
-                holders[*numbers[i]].push_back(plugin.name + "[" + std::to_string(i) + "]");
-        const auto missing = std::count(numbers.begin(), numbers.end(), std::nullopt);
+        std::size_t missing = 0;
+        for (std::size_t i = 0; i < plugin.devices.size(); ++i) {
+            const Json& device = plugin.devices[i];
+            const std::string token =
+                device["token"].is_null() ? "" : concat(" '", device["token"].get<std::string>(), '\'');
+            if (device["number"].is_null())
+                ++missing;
+            else
+                holders[device["number"]].push_back(concat(plugin.name, '[', i, ']', token));
+        }
         if (missing > 0)
-            findings.push_back(
-                {&finding::numberMissing, plugin.name, concat(missing, " of ", numbers.size(), " devices")});
+            findings.push_back({&finding::numberMissing, plugin.name,
+                                concat(missing, " of ", plugin.devices.size(), " devices")});
     }
     for (const auto& [number, devices] : holders)
         if (devices.size() > 1)
             findings.push_back(
                 {&finding::numberDuplicate, concat("number ", number), joined(devices, ", "), 0,
-                 concat("Look for plug-ins that report the same device, or that were copied with their "
-                        "stored numbers. When they are different devices, run 'vykeldev renumber KEL",
-                        number, "': all but the first get numbers of their own.")});
+                 concat(
+                     "Look for plug-ins that report the same device, or that were copied with their stored "
+                     "numbers. When they are different devices, run 'vykeldev renumber KEL",
+                     number,
+                     "': all but the first get numbers of their own. With --token and the token of a "
+                     "device, that one keeps the number.")});
 }
 
 } // namespace
 
-void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& progress) {
+void checkPlugins(Report& report, const ExaminationOptions& options, Progress& progress) {
     const std::optional<std::uint32_t> count = countPlugins(report.findings);
     if (!count)
         return;
@@ -138,8 +134,8 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
     for (std::uint32_t i = 0; i < *count; ++i) {
         PluginAccount plugin;
         static_cast<Registration&>(plugin) = readRegistration(i);
-        if (report.listsDevices)
-            plugin.deviceList = Json::array();
+        if (!options.name.empty() && plugin.name != options.name)
+            continue;
         if (plugin.error) {
             plugin.failedStep = Step::RegistryValue;
             plugin.detail = plugin.error->systemText;
@@ -147,11 +143,14 @@ void checkPlugins(Report& report, std::chrono::milliseconds limit, Progress& pro
         } else {
             progress.show(concat("probing plug-in ", i + 1, " of ", *count, ": ", plugin.name));
             checkValue(plugin, report.findings);
-            examine(plugin, limit, report.findings);
+            examine(plugin, options, report.findings);
             checkWriters(plugin, report.findings);
         }
         report.plugins.push_back(std::move(plugin));
     }
+    if (!options.name.empty() && report.plugins.empty())
+        throw Failure("no plug-in is registered as '" + printable(options.name) + "'", "",
+                      "'vykeldev plugins' shows the names.");
     const std::set<std::string> repeated = checkSameFiles(report.plugins, report.findings);
     checkNumbers(report.plugins, repeated, report.findings);
 }

@@ -23,14 +23,14 @@ constexpr const char* nameOf(PluginOutcome outcome) noexcept {
 
 /// One registered plug-in.
 struct PluginAccount : Registration { ///< Its error is that of any step.
-    std::uint32_t valueType = 0;
+    std::uint32_t valueType = REG_SZ; ///< Also when nobody can say.
     std::optional<LibraryImage> image; ///< What its file's headers say; none when they were not read.
     PluginOutcome outcome = PluginOutcome::Failed;
     std::optional<Step> failedStep; ///< None when it loaded.
     std::string detail;             ///< What happened, for people.
     std::int64_t milliseconds = 0;
-    std::vector<std::optional<std::uint32_t>> deviceNumbers; ///< One per device; none: it has no number.
-    Json deviceList; ///< Token, number and alias of each device, as in the schema; null when nobody asked.
+    Json devices =
+        Json::array(); ///< Token, number and alias of each; of many, texts only when the user wants them.
 };
 
 /// Which releases are at work here.

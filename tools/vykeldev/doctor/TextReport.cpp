@@ -27,6 +27,9 @@ void printPlugins(std::ostream& out, const Report& report, Json rows, bool colou
                 {"FAILED AT", "failedStep"},
                 {"MS", "milliseconds", Column::Kind::Count},
                 {"DEVICES", "devices", Column::Kind::Count},
+                {"VERSION", "version"},
+                {"MAKER", "maker"},
+                {"WRITTEN", "written"},
                 {"PATH", "path"}},
                rows);
     out << '\n';

@@ -2,6 +2,7 @@
 #define VYKELDEV_MACHINE_FINDING_H
 
 #include "output/Severity.h"
+#include "system/ToolCommand.h"
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -32,7 +33,7 @@ struct Finding {
     std::string remedy = {}; ///< What helps here, when that is less than the kind's remedy; or empty.
 
     /// What helps here.
-    std::string whatToDo() const { return remedy.empty() ? kind->remedyFor(subject) : remedy; }
+    std::string whatToDo() const { return typeable(remedy.empty() ? kind->remedyFor(subject) : remedy); }
 };
 
 using Findings = std::vector<Finding>;

@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_MACHINE_LOCKS_H
 #define VYKELDEV_MACHINE_LOCKS_H
 
+#include "system/Console.h"
 #include "system/DisplayText.h"
 #include "system/Failure.h"
 #include "system/Files.h"
@@ -32,7 +33,7 @@ inline bool isLocked(const std::string& path) {
 
 /// Takes the lock of tryLock without the library's unbounded wait. It ends with the stream. Calls `onWait`
 /// with the time waited so far before each further try. Returns the system's error: 0 for success,
-/// ERROR_LOCK_VIOLATION when another process kept the lock for all of longestLockWait.
+/// ERROR_LOCK_VIOLATION when another process kept the lock for all of longestLockWait. Throws Stopped.
 template <class OnWait>
 DWORD lockInTime(std::FILE* stream, OnWait onWait) {
     using Clock = std::chrono::steady_clock;
@@ -43,6 +44,8 @@ DWORD lockInTime(std::FILE* stream, OnWait onWait) {
         const Clock::duration waited = Clock::now() - start;
         if (error != ERROR_LOCK_VIOLATION || waited >= longestLockWait)
             return error;
+        if (StopRequest::isMade())
+            throw Stopped();
         onWait(waited);
         Sleep(millisecondsBetweenTries);
     }

@@ -83,6 +83,21 @@ std::optional<Obstacle> lookAtHeaders(const std::string& path, std::optional<Lib
 
 } // namespace
 
+FileFacts factsOf(const std::string& path) {
+    FileFacts facts;
+    WIN32_FILE_ATTRIBUTE_DATA data = {};
+    if (!isAbsolutePath(path) || !isOrdinaryFile(path) ||
+        !GetFileAttributesExW(toWide(path).c_str(), GetFileExInfoStandard, &data))
+        return facts;
+    const auto [version, maker] = fileVersion(path);
+    const auto known = [](const std::string& text) {
+        return text.empty() ? std::nullopt : std::optional(text);
+    };
+    const FILETIME& time = data.ftLastWriteTime; // tenths of microseconds since 1601
+    const auto seconds = ((std::uint64_t{time.dwHighDateTime} << 32) + time.dwLowDateTime) / 10'000'000;
+    return {known(version), known(maker), utcText(static_cast<std::time_t>(seconds - 11'644'473'600))};
+}
+
 std::string pathOddity(const std::string& path) {
     if (path.find('"') != std::string::npos)
         return "; the quotes are part of the value: remove them";

@@ -5,6 +5,7 @@
 #include "system/Failure.h"
 #include "vykel/StatusBlock.h"
 #include <cstdint>
+#include <exception>
 #include <iostream>
 #include <string>
 
@@ -52,9 +53,8 @@ inline Failure failureFrom(const Json& json) {
 }
 
 /// A failure that the command has printed in its own JSON object, so that nobody prints another one.
-class PrintedFailure : public Failure {
-public:
-    explicit PrintedFailure(const Failure& failure) : Failure(failure) {}
+struct PrintedFailure {
+    std::exception_ptr failure;
 };
 
 /// Prints the one JSON object of a command after the `last` thing that the command does. What that throws
@@ -64,10 +64,9 @@ void printDocument(Json document, const Work& last) {
     try {
         last();
     } catch (...) {
-        const Failure failure = currentFailure();
-        document["error"] = failure;
+        document["error"] = currentFailure();
         std::cout << textOf(document) << '\n';
-        throw PrintedFailure(failure);
+        throw PrintedFailure{std::current_exception()};
     }
     std::cout << textOf(document) << '\n';
 }

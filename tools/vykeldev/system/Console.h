@@ -2,7 +2,6 @@
 #define VYKELDEV_SYSTEM_CONSOLE_H
 
 #include "vytpl/NonCopyable.h"
-#include <chrono>
 #include <string>
 #include <vector>
 
@@ -29,21 +28,20 @@ private:
     [[maybe_unused]] unsigned savedCodePage = 0; // the host has none
 };
 
-/// While it lives, the first Ctrl-C (or whatever else asks this process to end) does not end the process.
-/// waitFor reports it, so that the tool can tidy up first. The second Ctrl-C terminates the process as usual,
-/// in case a plug-in hangs. One object at a time, used by one thread.
+/// While it lives, the first Ctrl-C (or whatever else asks this process to end) only makes a request, so that
+/// the tool can tidy up first. The second one terminates the process as usual, in case something hangs. One
+/// object, for the life of the tool.
 class StopRequest : private vytpl::NonCopyableT<StopRequest> {
 public:
     /// Throws Failure when the system refuses.
     StopRequest();
     ~StopRequest();
 
-    /// Sleeps for `time`, or until this process is asked to end. Returns whether it was asked, also before
-    /// the call; on the host also when nobody reads standard output any more.
-    bool waitFor(std::chrono::milliseconds time) noexcept;
+    /// Whether this process was asked to end. False without an object.
+    static bool isMade() noexcept;
 };
 
-/// Whether a write that has just failed did so because the reader of the pipe has gone.
+/// Whether nobody reads standard output any more. On Windows only a write that fails shows that.
 bool isReaderGone() noexcept;
 
 } // namespace vykeldev

@@ -43,8 +43,8 @@ bool isHighSurrogate(WCHAR unit) noexcept {
     return unit >= 0xD800 && unit < 0xDC00;
 }
 
-/// Escapes all control characters but `kept`; those below U+0100 in a format of their own.
-std::string escaped(std::string_view text, WCHAR kept, const char* lowFormat) {
+/// Escapes all control characters but `kept`.
+std::string escaped(std::string_view text, WCHAR kept) {
     WideString result;
     for (const WCHAR unit : toWide(text)) {
         if (!isControl(unit) || unit == kept) {
@@ -52,27 +52,21 @@ std::string escaped(std::string_view text, WCHAR kept, const char* lowFormat) {
             continue;
         }
         char escape[8] = {};
-        std::snprintf(escape, sizeof escape, unit < 0x100 ? lowFormat : "\\u%04X",
+        std::snprintf(escape, sizeof escape, unit < 0x100 ? "\\x%02X" : "\\u%04X",
                       static_cast<unsigned>(unit));
         result += toWide(escape);
     }
     return toUtf8(result);
 }
 
-constexpr WCHAR lineEnd = '\n';
-
 } // namespace
 
 std::string printable(std::string_view text) {
-    return escaped(text, WCHAR{0xFFFF}, "\\x%02X");
+    return escaped(text, WCHAR{0xFFFF});
 }
 
 std::string printableLines(std::string_view text) {
-    return escaped(text, lineEnd, "\\x%02X");
-}
-
-std::string printableJson(std::string_view document) {
-    return escaped(document, lineEnd, "\\u%04X");
+    return escaped(text, WCHAR{'\n'});
 }
 
 std::size_t displayWidth(std::string_view text) {

@@ -15,9 +15,6 @@ std::string printable(std::string_view text);
 /// The same for a text of several lines, whose ends stay.
 std::string printableLines(std::string_view text);
 
-/// The same for a JSON document, whose escapes mean the same characters to a program.
-std::string printableJson(std::string_view document);
-
 /// Columns that a printable UTF-8 text takes on a terminal.
 std::size_t displayWidth(std::string_view text);
 

@@ -67,13 +67,10 @@ bool showsColour(int stream) noexcept {
     _exit(127);
 }
 
-int stopPipe[2] = {-1, -1}; // a signal handler has no argument of ours
+volatile std::sig_atomic_t stopRequested = 0; // a signal handler has no argument of ours
 
 void askToStop(int) {
-    const int error = errno;
-    const ssize_t ignored = write(stopPipe[1], "", 1); // a full pipe says it, too
-    static_cast<void>(ignored);
-    errno = error;
+    stopRequested = 1;
 }
 
 void handle(int signal, void (*handler)(int), int flags) noexcept {
@@ -186,8 +183,6 @@ Console::Console() noexcept
 Console::~Console() = default;
 
 StopRequest::StopRequest() {
-    if (pipe2(stopPipe, O_CLOEXEC | O_NONBLOCK) != 0)
-        throw callFailure("preparing for Ctrl-C failed");
     for (const int signal : {SIGINT, SIGTERM})
         handle(signal, askToStop, SA_RESTART | static_cast<int>(SA_RESETHAND));
     handle(SIGPIPE, SIG_IGN, 0);
@@ -196,18 +191,15 @@ StopRequest::StopRequest() {
 StopRequest::~StopRequest() {
     for (const int signal : {SIGINT, SIGTERM, SIGPIPE})
         handle(signal, SIG_DFL, 0);
-    close(stopPipe[0]);
-    close(stopPipe[1]);
 }
 
-bool StopRequest::waitFor(std::chrono::milliseconds time) noexcept {
-    pollfd sources[] = {{stopPipe[0], POLLIN, 0}, {STDOUT_FILENO, 0, 0}}; // of output, only that it broke
-    const int ready = poll(sources, 2, static_cast<int>(time.count()));
-    return ready > 0 || (ready < 0 && errno == EINTR && poll(sources, 1, 0) > 0);
+bool StopRequest::isMade() noexcept {
+    return stopRequested != 0;
 }
 
 bool isReaderGone() noexcept {
-    return errno == EPIPE;
+    pollfd output = {STDOUT_FILENO, 0, 0}; // only that it broke
+    return poll(&output, 1, 0) > 0;
 }
 
 const char* const libraryFileName = "libvykeldevenum.so";
@@ -228,7 +220,7 @@ std::string systemVersion() {
     return std::string(system.sysname) + " " + system.release;
 }
 
-std::string fileVersion(const std::string&) {
+FileVersion fileVersion(const std::string&) {
     return {};
 }
 

@@ -112,12 +112,10 @@ bool enableColour(DWORD handle) noexcept {
 }
 
 // The system calls the handler on a thread of its own, without any argument of ours.
-HANDLE stopEvent = nullptr;
-std::atomic<bool> asked{false};
+std::atomic<bool> stopRequested{false};
 
 BOOL WINAPI askToStop(DWORD event) {
-    const bool again = asked.exchange(true);
-    SetEvent(stopEvent);
+    const bool again = stopRequested.exchange(true);
     if (event != CTRL_C_EVENT && event != CTRL_BREAK_EVENT)
         Sleep(INFINITE); // window closed, logging off: the process is killed as soon as this returns
     return again ? FALSE : TRUE;
@@ -281,23 +279,22 @@ Console::~Console() {
 }
 
 StopRequest::StopRequest() {
-    asked = false;
-    stopEvent = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-    if (stopEvent == nullptr || !SetConsoleCtrlHandler(askToStop, TRUE))
+    if (!SetConsoleCtrlHandler(askToStop, TRUE))
         throw systemFailure("preparing for Ctrl-C", GetLastError(), "");
 }
 
 StopRequest::~StopRequest() {
-    SetConsoleCtrlHandler(askToStop, FALSE); // the event stays: the handler may be running
+    SetConsoleCtrlHandler(askToStop, FALSE);
 }
 
-bool StopRequest::waitFor(std::chrono::milliseconds time) noexcept {
-    return WaitForSingleObject(stopEvent, static_cast<DWORD>(time.count())) == WAIT_OBJECT_0;
+bool StopRequest::isMade() noexcept {
+    return stopRequested;
 }
 
 bool isReaderGone() noexcept {
     const DWORD error = GetLastError(); // the C runtime gives these three as different errno values
-    return error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED;
+    return !std::cout &&
+           (error == ERROR_NO_DATA || error == ERROR_BROKEN_PIPE || error == ERROR_PIPE_NOT_CONNECTED);
 }
 
 const char* const libraryFileName = "vykeldevenum.dll";
@@ -324,21 +321,30 @@ std::string systemVersion() {
                   version.dwBuildNumber);
 }
 
-std::string fileVersion(const std::string& path) {
+FileVersion fileVersion(const std::string& path) {
     const WideString file = toWide(path);
     DWORD ignored = 0;
     std::vector<char> data(GetFileVersionInfoSizeW(file.c_str(), &ignored));
+    if (data.empty() || !GetFileVersionInfoW(file.c_str(), 0, static_cast<DWORD>(data.size()), data.data()))
+        return {};
     void* block = nullptr;
     UINT size = 0;
-    if (data.empty() || !GetFileVersionInfoW(file.c_str(), 0, static_cast<DWORD>(data.size()), data.data()) ||
-        !VerQueryValueW(data.data(), L"\\", &block, &size) || size < sizeof(VS_FIXEDFILEINFO))
-        return {};
-    const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(block);
-    std::string text;
-    for (const DWORD part : {info->dwFileVersionMS >> 16, info->dwFileVersionMS & 0xFFFF,
-                             info->dwFileVersionLS >> 16, info->dwFileVersionLS & 0xFFFF})
-        text += (text.empty() ? "" : ".") + std::to_string(part);
-    return text;
+    FileVersion version;
+    if (VerQueryValueW(data.data(), L"\\", &block, &size) && size >= sizeof(VS_FIXEDFILEINFO)) {
+        const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(block);
+        version.number = concat(info->dwFileVersionMS >> 16, '.', info->dwFileVersionMS & 0xFFFF, '.',
+                                info->dwFileVersionLS >> 16, '.', info->dwFileVersionLS & 0xFFFF);
+    }
+    if (VerQueryValueW(data.data(), L"\\VarFileInfo\\Translation", &block, &size) &&
+        size >= 2 * sizeof(WORD)) {
+        const auto* const language =
+            static_cast<const WORD*>(block); // and code page: the first texts are enough
+        char name[64];
+        std::snprintf(name, sizeof name, "\\StringFileInfo\\%04x%04x\\CompanyName", language[0], language[1]);
+        if (VerQueryValueW(data.data(), toWide(name).c_str(), &block, &size) && size > 1)
+            version.maker = toUtf8(WideString(static_cast<const WCHAR*>(block), size - 1)); // without its end
+    }
+    return version;
 }
 
 bool isOrdinaryFile(const std::string& path) {

@@ -24,8 +24,12 @@ std::string systemErrorText(DWORD error);
 /// The system's name and version.
 std::string systemVersion();
 
-/// The version that a library's file states, or an empty text.
-std::string fileVersion(const std::string& path);
+/// What a library's file states of itself, or empty texts.
+struct FileVersion {
+    std::string number;
+    std::string maker;
+};
+FileVersion fileVersion(const std::string& path);
 
 /// False when opening `path`, which is absolute, could wait for a device or a pipe.
 bool isOrdinaryFile(const std::string& path);

@@ -44,6 +44,15 @@ std::string joined(const std::vector<std::string>& texts, const char* separator)
     return result;
 }
 
+std::string utcText(std::time_t time) {
+    char text[32] = {};
+    std::tm parts = {};
+    if (const std::tm* const utc = std::gmtime(&time)) // none for a year that has no four digits
+        parts = *utc;
+    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text;
+}
+
 std::string trimmed(std::string text) {
     text.erase(text.find_last_not_of(" \t\r\n") + 1);
     return text;

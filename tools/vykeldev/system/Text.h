@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_SYSTEM_TEXT_H
 #define VYKELDEV_SYSTEM_TEXT_H
 
+#include <ctime>
 #include <sstream>
 #include <stdexcept>
 #include <string>
@@ -39,6 +40,9 @@ std::string concat(const Parts&... parts) {
     (text << ... << parts);
     return text.str();
 }
+
+/// A time as in "2026-11-26T09:05:00Z".
+std::string utcText(std::time_t time);
 
 /// `text` without white space at its end.
 std::string trimmed(std::string text);

@@ -1,0 +1,15 @@
+#ifndef VYKELDEV_SYSTEM_TOOLCOMMAND_H
+#define VYKELDEV_SYSTEM_TOOLCOMMAND_H
+
+#include <string>
+
+/// How a user starts this tool.
+namespace vykeldev {
+
+/// A text for people in which each command "'vykeldev ..." can be typed as it stands: where the shell does
+/// not find this tool by its name, its path takes the place of the name.
+std::string typeable(std::string text);
+
+} // namespace vykeldev
+
+#endif
