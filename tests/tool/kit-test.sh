@@ -125,6 +125,7 @@ for command in setup list plugins aliases doctor check; do
 done
 
 echo "== watch"
+see 'token=c token2="c 2"\ntoken=d token2="d 2"'
 touch watch.json # the program in the background may begin late
 "${runner[@]}" "$kit/bin/vykeldev$exe" watch --json --format 2 --interval 0.01 >watch.json &
 watch=$!
