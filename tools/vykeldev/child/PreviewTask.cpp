@@ -32,6 +32,8 @@ std::string fateText(const EntryPreview& entry) {
     const std::string device = "device KEL" + std::to_string(entry.device);
     switch (entry.fate) {
     case EntryFate::Moves:
+        if (entry.alias == "")
+            return "removed: the alias is empty, so " + device + " stays without one";
         return "moves to " + device +
                (entry.stays ? "; stays because an entry of the same name is removed in its place" : "");
     case EntryFate::Dropped:
