@@ -1,10 +1,10 @@
 #!/usr/bin/env python3
-"""pageTables.py findings|rules PAGE HEADER [HEADER-OF-CHECKS...]
+"""pageTables.py findings|codes|rules PAGE HEADER [HEADER-OF-CHECKS...]
 
-Makes the table that the tool is compiled with from the page that people read: HEADER from docs/findings.md or
-docs/plugin-rules.md. An entry of a page is a heading, then one paragraph for each of its fields, in order:
+Makes the table that the tool is compiled with from the page that people read: HEADER from docs/findings.md,
+docs/status-codes.md or docs/plugin-rules.md. An entry of a page is a heading, then one paragraph for each of its fields, in order:
 
-    ### `identifier` (severity)
+    ### `identifier` (severity, or the number of a code)
 
     What the field without a label says.
 
@@ -91,19 +91,23 @@ def check_placeholders(entry: Entry, labels: dict[str, str]) -> None:
                                  "in the remedy of a finding")
 
 
-def entries_of(page: str, labels: dict[str, str], severities: list[str]) -> list[Entry]:
+IDENTIFIER = "[a-z][a-z0-9]*(?:-[a-z0-9]+)*"
+
+
+def entries_of(page: str, labels: dict[str, str], severities: str, identifier: str = IDENTIFIER) -> list[Entry]:
+    """The entries of a page. `severities` and `identifier` are patterns."""
     entries: dict[str, Entry] = {}
     paragraphs = paragraphs_of(page)
     for i, heading in enumerate(paragraphs):
         if not heading.text.startswith("### "):
             continue
-        match = re.fullmatch(r"### `([a-z][a-z0-9]*(?:-[a-z0-9]+)*)` \((\S*)\)", heading.text)
+        match = re.fullmatch(rf"### `({identifier})` \((\S*)\)", heading.text)
         if not match:
-            fail(heading.line, f"'{heading.text}' must be '### `identifier` (severity)', the identifier in small "
-                               "letters, digits and single hyphens")
+            fail(heading.line, f"'{heading.text}' must be '### `identifier` (severity)', the identifier of the form "
+                               f"{identifier}")
         name, severity = match.groups()
-        if severity not in severities:
-            fail(heading.line, f"`{name}` has the severity '{severity}'; it must be one of {', '.join(severities)}")
+        if not re.fullmatch(severities, severity):
+            fail(heading.line, f"`{name}` has '{severity}' in brackets; it must be {severities}")
         if name in entries:
             fail(heading.line, f"`{name}` is also in line {entries[name].line}")
         section = list(takewhile(lambda p: not re.match("#{1,3} ", p.text), paragraphs[i + 1:]))
@@ -125,7 +129,7 @@ def literal(text: str) -> str:
 
 
 def findings_header(page: str) -> str:
-    entries = entries_of(page, FINDING, ["info", "warning", "error"])
+    entries = entries_of(page, FINDING, "info|warning|error")
     constants = ""
     for entry in entries:
         remedy = ",\n     ".join(literal(part) for part in entry.fields["remedy"].split(PLUGIN))
@@ -155,6 +159,36 @@ inline constexpr const FindingKind* all[] = {{
 """
 
 
+def codes_header(page: str) -> str:
+    rows = "".join(f"""
+    {{{entry.severity}, "{entry.id}",
+     {literal(entry.fields["meaning"])},
+     {literal(entry.fields["remedy"])}}},""" for entry in entries_of(page, FINDING, r"-\d+", r"\w+"))
+    return f"""#ifndef VYKELDEV_OUTPUT_STATUSTABLE_H
+#define VYKELDEV_OUTPUT_STATUSTABLE_H
+
+#include <cstdint>
+
+namespace vykeldev {{
+
+/// What a status code means, for people.
+struct Explanation {{
+    std::int32_t code;
+    const char* name;
+    const char* meaning;
+    const char* remedy;
+}};
+
+/// The codes of the library.
+inline constexpr Explanation statusTable[] = {{{rows}
+}};
+
+}} // namespace vykeldev
+
+#endif
+"""
+
+
 def needed_rule(rule: Entry, earlier: list[Entry]) -> str:
     """The identifier of the rule that this one needs, or an empty text."""
     text = rule.fields["needs"]
@@ -165,7 +199,7 @@ def needed_rule(rule: Entry, earlier: list[Entry]) -> str:
 
 def rules_header(page: str, headers: list[Path]) -> str:
     """The table of rules. `headers` declare their checks, which are named like the rules."""
-    entries = entries_of(page, RULE, ["warning", "error"])
+    entries = entries_of(page, RULE, "warning|error")
     functions = ["check" + camel_case("-" + entry.id) for entry in entries]
     rules = ""
     for i, (entry, function) in enumerate(zip(entries, functions)):
@@ -201,7 +235,8 @@ inline constexpr Rule ruleTable[] = {{{rules}
 def main(kind: str, page: str, header: str, *headers: str) -> None:
     try:
         text = Path(page).read_text(encoding="utf-8")
-        table = findings_header(text) if kind == "findings" else rules_header(text, [Path(each) for each in headers])
+        table = (findings_header(text) if kind == "findings" else codes_header(text) if kind == "codes"
+                 else rules_header(text, [Path(each) for each in headers]))
     except PageError as error:
         sys.exit(f"{page}:{error}")
     note = f"// Made from docs/{Path(page).name} by tools/vykeldev/pageTables.py. Change the page, not this file.\n"

@@ -68,8 +68,9 @@ Json toJson(const EntryPreview& entry) {
 Json report(const Preview& preview, Reporter& reporter) {
     for (const EntryPreview& entry : preview.entries)
         reporter.report({{"entry", toJson(entry)}});
-    return {{"document", {{"exists", true}, {"layout", layoutText(preview.layout)}, {"fails", preview.fails}}},
-            {"sent", preview.entries.size()}};
+    return {
+        {"document", {{"exists", true}, {"layout", layoutText(preview.layout)}, {"fails", preview.fails}}},
+        {"sent", preview.entries.size()}};
 }
 
 /// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has

@@ -26,10 +26,9 @@ void checkLibrary(const Versions& versions, Findings& findings) {
     const vybase::Module library(LoadLibraryExW(toWide(versions.libraryPath).c_str(), nullptr, 0));
     if (!library || GetProcAddress(library.get(), "vykeldevenum_initialize") == nullptr)
         findings.push_back({&finding::libraryMissing, versions.libraryPath, systemErrorText(GetLastError())});
-    const bool same = (versions.library + '.').rfind(versions.tool + '.', 0) == 0;
-    if (!versions.library.empty() && !same)
+    if (versions.library && (*versions.library + '.').rfind(versions.tool + '.', 0) != 0)
         findings.push_back({&finding::libraryVersion, versions.libraryPath,
-                            "library " + versions.library + ", tool " + versions.tool});
+                            "library " + *versions.library + ", tool " + versions.tool});
 }
 
 Report makeReport(const Context& context, const DoctorOptions& options) {
@@ -37,7 +36,7 @@ Report makeReport(const Context& context, const DoctorOptions& options) {
     Report report;
     report.listsDevices = options.devices;
     const std::string library = absolutePath(context.library);
-    report.versions = {VYKELDEV_VERSION, library, fileVersion(library).number, systemVersion()};
+    report.versions = {VYKELDEV_VERSION, library, factsOf(library).version, systemVersion()};
     checkLibrary(report.versions, report.findings);
     const std::chrono::milliseconds limit(static_cast<long long>(options.timeout * 1000));
     checkPlugins(report, {options.name, limit, options.devices}, progress);

@@ -18,21 +18,6 @@ void to_json(Json& json, const Finding& finding) {
             {"remedy", finding.whatToDo()}};
 }
 
-void to_json(Json& json, const LockState& lock) {
-    json = {{"path", lock.path}, {"state", lock.state}, {"secondsWaited", lock.secondsWaited}};
-}
-
-void to_json(Json& json, const LegacyLine& line) {
-    json = {{"line", line.number}, {"text", line.text}};
-}
-
-void to_json(Json& json, const LegacyState& legacy) {
-    json = {{"path", legacy.path},
-            {"state", legacy.state},
-            {"layout", textOrNull(legacy.layout)},
-            {"aliasLines", legacy.aliasLines}};
-}
-
 } // namespace vykeldev
 
 namespace vykeldev::doctor {
@@ -57,13 +42,6 @@ void to_json(Json& json, const PluginAccount& plugin) {
         json["error"] = {{"code", plugin.error->code}, {"document", plugin.error->document}};
     if (plugin.error && plugin.error->system)
         json["system"] = {{"code", *plugin.error->system}, {"text", plugin.error->systemText}};
-}
-
-void to_json(Json& json, const Versions& versions) {
-    json = {{"tool", versions.tool},
-            {"libraryPath", versions.libraryPath},
-            {"library", textOrNull(versions.library)},
-            {"system", versions.system}};
 }
 
 void to_json(Json& json, const Report& report) {

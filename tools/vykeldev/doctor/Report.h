@@ -22,8 +22,8 @@ constexpr const char* nameOf(PluginOutcome outcome) noexcept {
 }
 
 /// One registered plug-in.
-struct PluginAccount : Registration { ///< Its error is that of any step.
-    std::uint32_t valueType = REG_SZ; ///< Also when nobody can say.
+struct PluginAccount : Registration {  ///< Its error is that of any step.
+    std::uint32_t valueType = REG_SZ;  ///< Also when nobody can say.
     std::optional<LibraryImage> image; ///< What its file's headers say; none when they were not read.
     PluginOutcome outcome = PluginOutcome::Failed;
     std::optional<Step> failedStep; ///< None when it loaded.
@@ -33,12 +33,18 @@ struct PluginAccount : Registration { ///< Its error is that of any step.
         Json::array(); ///< Token, number and alias of each; of many, texts only when the user wants them.
 };
 
+using vykeldev::to_json; // of the types with members
+
 /// Which releases are at work here.
 struct Versions {
     std::string tool;
     std::string libraryPath;
-    std::string library; ///< Empty when it has none or does not exist.
+    std::optional<std::string> library; ///< None when it has none or does not exist.
     std::string system;
+
+    static constexpr std::tuple members{
+        member("tool", &Versions::tool), member("libraryPath", &Versions::libraryPath),
+        member("library", &Versions::library), member("system", &Versions::system)};
 };
 
 /// All that the doctor saw.

@@ -3,6 +3,8 @@
 
 #include "machine/Finding.h"
 #include "machine/LegacyFile.h"
+#include "output/Json.h"
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,9 @@ struct LockState {
     std::string path;
     const char* state = "free"; ///< Or "held" or "unusable".
     double secondsWaited = 0;
+
+    static constexpr std::tuple members{member("path", &LockState::path), member("state", &LockState::state),
+                                        member("secondsWaited", &LockState::secondsWaited)};
 };
 
 /// The legacy alias file.
@@ -22,8 +27,12 @@ struct LegacyState {
     std::string path;
     /// "none", "read", "unreadable", or "not read": its lock was not free, or it is a link.
     std::string state = "none";
-    std::string layout;                 ///< "resource names" or "tokens"; empty when it was not read.
+    std::optional<std::string> layout;  ///< "resource names" or "tokens"; none when it was not read.
     std::vector<LegacyLine> aliasLines; ///< Of aliasLinesOf, when it was read.
+
+    static constexpr std::tuple members{
+        member("path", &LegacyState::path), member("state", &LegacyState::state),
+        member("layout", &LegacyState::layout), member("aliasLines", &LegacyState::aliasLines)};
 };
 
 /// The folder and what is in it.

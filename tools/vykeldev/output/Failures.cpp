@@ -1,65 +1,31 @@
 #include "output/Failures.h"
 
 #include "errors/Exception.h"
+#include "output/StatusTable.h"
 #include "system/DisplayText.h"
 #include "system/System.h"
 #include "system/Text.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
-#include <iterator>
 #include <new>
 #include <ostream>
 
 namespace vykeldev {
 namespace {
 
-using vykel::StatusCode;
-
-struct Explanation {
-    StatusCode code;
-    const char* name;
-    const char* meaning;
-    const char* remedy;
-};
-
-constexpr Explanation explanations[] = {
-    {StatusCode::ConfigurationFault, "ConfigurationFault",
-     "A lock file could not be made, or the legacy alias file vykel.ini was malformed or could not be saved.",
-     "Try again; if it fails again, run 'vykeldev doctor'."},
-    {StatusCode::MemoryFull, "MemoryFull", "Memory is exhausted.", freeMemory},
-    {StatusCode::GeneralFault, "GeneralFault",
-     "Most likely a plug-in let an exception out. If not, the library failed in an unforeseen way.",
-     "Run 'vykeldev doctor': it names the plug-in. If it names none, report the code and what "
-     "--verbose adds."},
-    {StatusCode::BadCast, "BadCast", "A plug-in is faulty.",
-     "'vykeldev doctor' tries each plug-in by itself and names it."},
-    {StatusCode::InvalidParameter, "InvalidParameter", "The library refuses an argument of this tool.",
-     "Install tool and library from the same release."},
-    {StatusCode::ResourceNotFound, "ResourceNotFound", "The common application data folder cannot be found.",
-     "Check that the folder (usually C:\\ProgramData) is there."},
-    {StatusCode::OsFault, "OsFault", "The operating system refuses an event or a file lock.",
-     "Check that the folder Morvance\\VY-KEL of the common application data folder is on a local disk."},
-    {StatusCode::PluginNotInitialized, "PluginNotInitialized",
-     "A plug-in was used before it was initialised.",
-     "Try again; if it fails again, report the code and what --verbose adds."},
-    {StatusCode::VersionMismatch, "VersionMismatch", "The library does not offer the interface of this tool.",
-     "Install tool and library from the same release."},
-};
-
-constexpr Explanation ofPlugin = {StatusCode::Success, "a plug-in's own code",
+constexpr Explanation ofPlugin = {0, "a plug-in's own code",
                                   "A plug-in failed with a code that it defines itself.",
                                   "Look the code up in the plug-in's documentation."};
 
-constexpr Explanation noKey = {StatusCode::ResourceNotFound, "ResourceNotFound",
+constexpr Explanation noKey = {vykel::toInteger(vykel::StatusCode::ResourceNotFound), "ResourceNotFound",
                                "The registry key of the plug-ins cannot be found or read.",
                                "Run 'vykeldev setup' as administrator: it makes the key."};
 
 const Explanation& explain(std::int32_t code) noexcept {
-    const auto* const found =
-        std::find_if(std::begin(explanations), std::end(explanations), [code](const Explanation& candidate) {
-            return vykel::toInteger(candidate.code) == code;
-        });
-    return found == std::end(explanations) ? ofPlugin : *found;
+    for (const Explanation& each : statusTable)
+        if (each.code == code)
+            return each;
+    return ofPlugin;
 }
 
 Failure explained(const std::string& action, const Explanation& explanation, std::int32_t code,
@@ -133,8 +99,7 @@ Failure statusFailure(const std::string& action, std::int32_t code) {
 }
 
 InitialisationFailure::InitialisationFailure(std::int32_t statusCode)
-    : Failure(explained("initialising the library",
-                        statusCode == vykel::toInteger(noKey.code) ? noKey : explain(statusCode), statusCode,
-                        "")) {}
+    : Failure(explained("initialising the library", statusCode == noKey.code ? noKey : explain(statusCode),
+                        statusCode, "")) {}
 
 } // namespace vykeldev
