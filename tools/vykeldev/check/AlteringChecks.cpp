@@ -12,7 +12,8 @@ namespace {
 /// none.
 struct Property {
     const char* name;
-    const char* notTried; ///< When no device has it: what to do.
+    const char* notSet; ///< What is seen when no device has it ...
+    const char* setIt;  ///< ... and what to do then, once the plug-in is registered.
     std::string (*newValue)(const List&);
     PluginText (*read)(const Device&);
     std::int32_t (*write)(const Device&, const std::string&);
@@ -94,12 +95,16 @@ std::vector<Alteration> readAll(const List& list, const Property& property) {
 }
 
 /// What to alter: the first device whose property is set gets another value. Throws when there is none.
-Alteration chooseAlteration(const List& list, const Property& property) {
+Alteration chooseAlteration(const List& list, const Property& property, const std::string& plugin) {
     for (const Alteration& each : readAll(list, property))
         if (!each.before.empty() && isUtf8(each.before) &&
             each.token.size() + each.before.size() <= maxNoteBytes)
             return {each.token, each.before, property.newValue(list)};
-    throw Questionable(property.notTried);
+    throw NotTried("Register the plug-in with 'vykeldev register NAME \"" + plugin +
+                       "\"', list its devices with "
+                       "'vykeldev list'" +
+                       property.setIt + ", and check again.",
+                   property.notSet);
 }
 
 /// Alters the property, or puts it back in the second process.
@@ -107,7 +112,7 @@ void checkKept(const Subject& subject, const Property& property) {
     if (subject.stage != Stage::First)
         return putBack(subject, property);
     const Session session(subject);
-    alter(subject, session, property, chooseAlteration(session.list, property));
+    alter(subject, session, property, chooseAlteration(session.list, property, subject.path));
 }
 
 /// A number that no device of the list has.
@@ -127,8 +132,8 @@ std::string unusedNumber(const List& list) {
 void checkNumberKept(const Subject& subject) {
     static constexpr Property property = {
         "the number",
-        "not tried: no device with a token of its own has a number. Register the plug-in and list the devices once: "
-        "the library gives numbers",
+        "no device with a token of its own has a number",
+        ", which gives them numbers",
         unusedNumber,
         [](const Device& device) -> PluginText {
             const std::uint32_t number = device.getNumber();
@@ -143,8 +148,8 @@ void checkNumberKept(const Subject& subject) {
 void checkAliasKept(const Subject& subject) {
     static constexpr Property property = {
         "the alias",
-        "not tried: no device with a token of its own has an alias yet. Give one device an alias, by the means of "
-        "the plug-in or by an entry in vykel.ini, and check again",
+        "no device with a token of its own has an alias yet",
+        ", give one an alias, as in 'vykeldev alias KEL3 \"Main valve\"'",
         [](const List&) { return std::string("vykeldev check \xC3\xA4\xE2\x82\xAC"); },
         [](const Device& device) { return device.getAlias(); },
         [](const Device& device, const std::string& alias) { return device.setAlias(alias); }};

@@ -15,6 +15,14 @@ Outcome overall(const Results& results) {
     return Outcome::Passed;
 }
 
+const char* meaningOf(const Result& result) {
+    return result.remedy.empty() ? result.rule->meaning : "Nobody knows whether the plug-in keeps this rule.";
+}
+
+std::string remedyOf(const Result& result) {
+    return result.remedy.empty() ? typeable(result.rule->remedy) : result.remedy;
+}
+
 } // namespace
 
 // Makes a document of a vector of results, too.
@@ -26,8 +34,8 @@ void to_json(Json& json, const Result& result) {
             {"alters", rule.alters()},
             {"result", toString(result.outcome)},
             {"observed", result.observed.empty() ? Json() : Json(result.observed)},
-            {"meaning", rule.meaning},
-            {"remedy", rule.remedy},
+            {"meaning", meaningOf(result)},
+            {"remedy", remedyOf(result)},
             {"lookedLess", result.wasCutShort},
             {"milliseconds", result.duration.count()}};
 }
@@ -45,8 +53,8 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
         out << "         looked less often, because the time was over\n";
     if (isBroken(result.outcome))
         out << "         observed:   " << observed << '\n'
-            << "         meaning:    " << rule.meaning << '\n'
-            << "         what to do: " << rule.remedy << '\n';
+            << "         meaning:    " << meaningOf(result) << '\n'
+            << "         what to do: " << printable(remedyOf(result)) << '\n';
     out.flush();
 }
 

@@ -34,6 +34,7 @@ struct Result {
     /// The rule because of whose result it was skipped; null when it was not, or for another reason.
     const Rule* cause = nullptr;
     bool wasCutShort = false; ///< Its time for repeating was over before it had looked as often as usual.
+    std::string remedy = {};  ///< Of a rule that was not tried: what to do about that.
 };
 
 using Results = std::vector<Result>;

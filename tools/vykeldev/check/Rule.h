@@ -3,6 +3,7 @@
 
 #include "output/Severity.h"
 #include "system/Text.h"
+#include "system/ToolCommand.h"
 #include <cstddef>
 #include <string>
 #include <vector>
@@ -71,6 +72,14 @@ struct Refused : Broken {
 /// The rule is broken in a way that may be intended: a warning, whatever the severity of the rule.
 struct Questionable : Verdict {
     using Verdict::Verdict;
+};
+
+/// The rule was not tried: a warning that says what to do about that.
+struct NotTried : Questionable {
+    template <class... Parts>
+    explicit NotTried(std::string whatToDo, const Parts&... parts)
+        : Questionable("not tried: ", parts...), remedy(typeable(std::move(whatToDo))) {}
+    std::string remedy;
 };
 
 /// The rule cannot be judged here.

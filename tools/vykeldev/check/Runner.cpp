@@ -30,18 +30,18 @@ bool isWanted(const Rule& rule, const std::vector<std::string>& wanted) {
 }
 
 /// Locks one of the machine's lock files as the library does, so that the library changes nothing meanwhile.
-/// Waits for it, but not for long. Throws Questionable when it cannot be locked.
+/// Waits for it, but not for long. Throws NotTried when it cannot be locked.
 vykel::FileStream lockMachine(const std::string& fileName) {
     try {
         vykel::FileStream stream = vykel::openLockFile((vykel::getConfigurationFolder() + fileName).c_str());
         if (lockInTime(stream.get(), [](auto) {}) == ERROR_SUCCESS)
             return stream;
     } catch (const vyerr::Exception&) {
-        throw Questionable("the machine's lock file ", fileName,
-                           " cannot be opened or made; 'vykeldev doctor' says why");
+        throw NotTried("Run 'vykeldev doctor': it says why. Then check again.", "the machine's lock file ",
+                       fileName, " cannot be opened or made");
     }
-    throw Questionable("the machine's lock file ", fileName,
-                       " cannot be locked; another process may be using it");
+    throw NotTried("Close the programs that use the devices, or run 'vykeldev doctor', and check again.",
+                   "the machine's lock file ", fileName, " is locked; another process may be using it");
 }
 
 /// One run over the rules.
@@ -102,10 +102,10 @@ private:
                 throw Failure(concat("the rule '", rule.id, "' cannot be checked: ", account.toolFailed),
                               "This tool failed, not the plug-in.",
                               "Choose other rules with --rule, and report the failure.");
-            return {&rule,   *account.outcome,   account.observed, account.duration,
-                    nullptr, account.wasCutShort};
-        } catch (const Questionable& notTried) {
-            return {&rule, Outcome::Warning, "not tried: " + notTried.observed, {}};
+            return {&rule,   *account.outcome,    account.observed, account.duration,
+                    nullptr, account.wasCutShort, account.remedy};
+        } catch (const NotTried& notTried) {
+            return {&rule, Outcome::Warning, notTried.observed, {}, nullptr, false, notTried.remedy};
         }
     }
 

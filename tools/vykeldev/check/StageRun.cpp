@@ -19,6 +19,10 @@ Json checkRule(const Rule& rule, const Subject& subject) {
     } catch (const Broken& broken) {
         return ended(rule.severity == Severity::Warning ? Outcome::Warning : Outcome::Failed,
                      broken.observed);
+    } catch (const NotTried& notTried) {
+        Json report = ended(Outcome::Warning, notTried.observed);
+        report["remedy"] = notTried.remedy;
+        return report;
     } catch (const Questionable& questionable) {
         return ended(Outcome::Warning, questionable.observed);
     } catch (const Skipped& skipped) {
@@ -50,13 +54,14 @@ void take(const Json& report, Account& account) {
     if (report.contains("outcome")) {
         account.outcome = report["outcome"].get<Outcome>();
         account.observed = observed;
+        account.remedy = report.value("remedy", std::string());
     }
 }
 
 /// What happened to a process that reported no outcome.
 std::string endText(const ChildOutcome& child, std::chrono::milliseconds limit) {
     if (!child.end)
-        return "it made no progress for " + std::to_string(limit.count()) + " ms";
+        return "it made no progress for " + std::to_string(limit.count()) + " ms (--timeout gives more)";
     if (child.end->crashed)
         return "it crashed with " + crashText(child.end->code);
     return "it ended the process with exit code " + std::to_string(child.end->code);

@@ -28,6 +28,7 @@ struct Incident {
 struct Account {
     std::optional<Outcome> outcome; ///< None before its end.
     std::string observed;
+    std::string remedy;             ///< See Result.
     std::vector<std::string> notes; ///< For the next stage.
     bool putBack = false;           ///< What was altered is as it was before.
     std::string toolFailed;         ///< How this tool itself failed there, if it did.
