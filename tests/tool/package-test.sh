@@ -58,16 +58,62 @@ assert linked <= {os.path.basename(n) for n in sums}
 PYTHON
 
 echo "== installer"
+newer=$work/newer.msi
+sed 's/ Version="[0-9.]*"/ Version="99.0.0"/;s/Product Id="[^"]*/Product Id="00000000-0000-4000-8000-000000000001/' \
+  "$build/cmake/kit/installer/installer.wxs" >"$work/installer.wxs"
+/usr/bin/python3 "$source_dir/cmake/kit/installer/make.py" "$newer" BEA6B1D5-C361-4EFA-88C1-7B39468AEB00 99.0.0 \
+  "$work/installer.wxs" "$build"/{vykeldevenum.dll,vykeldev.exe,setup_action.dll,cmake/kit/NOTICE} "$source_dir"/docs/*.md
+newer=$(windows_path "$newer")
+tool='"C:\Program Files\Morvance\VY-KEL\vykeldev.exe"'
+uninstall='HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall'
+path='reg query "HKLM\System\CurrentControlSet\Control\Session Manager\Environment" /v PATH'
 prompt installer <<BAT
 msiexec /i $msi /qn
-"C:\Program Files\Morvance\VY-KEL\vykeldev" setup --check
-"C:\Program Files\Morvance\VY-KEL\vykeldev" register simulated $bin\simulated.dll
-"C:\Program Files\Morvance\VY-KEL\vykeldev" list
-msiexec /x $msi /qn
+$tool setup --check
+$tool register simulated $bin\simulated.dll
+$tool list
+$path
+dir /s /b "%APPDATA%\Microsoft\Windows\Start Menu\Programs"
+echo == upgrade
+msiexec /i $newer /qn
+reg query $uninstall /s
+echo == downgrade
+msiexec /i $msi /qn
+echo refused %errorlevel%
+reg query $uninstall /s
+echo == repair
+del $tool
+msiexec /i $newer REINSTALL=ALL REINSTALLMODE=amus /qn
+$tool --version
+echo == removal
+msiexec /x $newer /qn
 dir /s /b "C:\Program Files\Morvance"
-reg query HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall /s
+reg query $uninstall /s
+$path
 $bin\vykeldev list
+echo == setup fails
+rmdir /s /q C:\ProgramData\Morvance
+echo x >C:\ProgramData\Morvance
+msiexec /i $msi /qn /l*v $(windows_path "$work/failed.log")
+echo refused %errorlevel%
+dir /s /b "C:\Program Files\Morvance"
+reg query $uninstall /s
 BAT
-! grep missing "$work/installer.txt" || { echo "FAILED: not set up"; exit 1; }
+
+# The lines between "== $1" and the next one, as far as they have the pattern $2; fails unless there are $3.
+expect() {
+  [ "$(sed "0,/^== $1\$/d;/^== /,\$d" "$work/installer.txt" | grep -cE "$2")" -eq "$3" ] || { echo "FAILED: $1: $2"; exit 1; }
+}
+sed -i '1i == install' "$work/installer.txt"
+expect install missing 0
+expect install ';C:\\Program Files\\Morvance\\VY-KEL\\' 1
+expect install 'VY-KEL command prompt.lnk' 1
+expect upgrade DisplayVersion 1
+expect upgrade 'DisplayVersion.*99\.0\.0' 1
+expect downgrade 'refused 1603' 1
+expect downgrade 'DisplayVersion' 1
+expect repair '^vykeldev [0-9]' 1
+for ended in removal 'setup fails'; do expect "$ended" 'Program Files.Morvance|Uninstall' 0; done
+expect 'setup fails' 'refused 1603' 1
+grep "'C:.ProgramData.Morvance' is a file" "$work/failed.log" >/dev/null || { echo "FAILED: the log does not name the cause"; exit 1; }
 expect_devices "$work/installer.txt" 2
-! grep -E 'Program Files.Morvance|Uninstall' "$work/installer.txt" || { echo "FAILED: left behind"; exit 1; }

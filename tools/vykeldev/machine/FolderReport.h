@@ -22,6 +22,10 @@ struct LockState {
                                         member("secondsWaited", &LockState::secondsWaited)};
 };
 
+inline void to_json(Json& json, const LegacyLine& line) {
+    json = {{"line", line.number}, {"text", line.text}};
+}
+
 /// The legacy alias file.
 struct LegacyState {
     std::string path;

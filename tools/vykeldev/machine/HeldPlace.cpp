@@ -20,7 +20,7 @@ std::string nameOf(const Place& place) {
 /// Something that is in the place of another.
 Failure intruder(const Place& place, const std::string& what, const std::string& meaning,
                  const std::string& action) {
-    return {"'" + printable(place.path) + "' " + what, meaning, action + " and run 'vykeldev setup' again."};
+    return {"'" + printable(place.path) + "' " + what, meaning, action + " and try again, as administrator."};
 }
 
 Failure foreignOwner(const Place& place, DWORD error) {

@@ -16,7 +16,7 @@ struct Place {
 };
 
 /// What to do after most failures here.
-constexpr const char* repeatSetup = "Remove the cause and run 'vykeldev setup' again, as administrator.";
+constexpr const char* repeatSetup = "Remove the cause and try again, as administrator.";
 
 /// Opens what has this path, sharing reading and writing; a link is opened itself, not what it leads to. Null
 /// with the system's last error set.

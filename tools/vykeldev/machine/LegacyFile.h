@@ -2,7 +2,6 @@
 #define VYKELDEV_MACHINE_LEGACYFILE_H
 
 #include "AliasRecords.h"
-#include "output/Json.h"
 #include "pellumkelddk/user/AutoIniText.h"
 #include "vykel/IDevice.h"
 #include <cstddef>
@@ -38,9 +37,6 @@ struct LegacyEntry {
 struct LegacyLine {
     std::int32_t number = 0; ///< From 1.
     std::string text;
-
-    static constexpr std::tuple members{member("line", &LegacyLine::number),
-                                        member("text", &LegacyLine::text)};
 };
 
 /// The legacy alias file, as a transfer reads it. Read it under the transfers' lock: an open file would make
