@@ -3,7 +3,8 @@
 
 Writes OUTPUT/NOTICE and OUTPUT/vykeldevenum.spdx.json (SPDX 2.3): the software of others that is in the
 binaries, with its versions, licences and checksums. The linker's map beside each BINARY (NAME.map) lists the
-objects that were linked. COMPILER finds the archives that hold them; Debian's package manager names their packages.
+objects that were linked. COMPILER finds the archives that hold them; Debian's package manager names their packages. The time in the bill is
+SOURCE_DATE_EPOCH.
 """
 import hashlib
 import json
@@ -63,7 +64,9 @@ def headers_of(package):
 
 
 def notice(software):
-    parts = ["The binaries contain the following software. Where a package's text also names licences of parts\n"
+    parts = ["The owner of this software sets the terms of its use before anything is published. Until then nobody has a "
+             "right\nto use or pass on what is his.\n",
+             "The binaries contain the following software. Where a package's text also names licences of parts\n"
              "that are not linked in, these do not apply here.\n"]
     for name, packages, licence in software:
         texts = {Path("/usr/share/doc", package, "copyright").read_text() for package in packages}
@@ -76,7 +79,7 @@ class BillOfMaterials:
     """An SPDX document: our package, those of others, and the files of each."""
 
     def __init__(self, name, version, namespace):
-        created = int(os.environ.get("SOURCE_DATE_EPOCH", time.time()))
+        created = int(os.environ["SOURCE_DATE_EPOCH"])
         self.files, self.relationships, self.main = [], [], f"SPDXRef-{name}"
         self.document = {
             "spdxVersion": "SPDX-2.3", "dataLicense": "CC0-1.0", "SPDXID": "SPDXRef-DOCUMENT",

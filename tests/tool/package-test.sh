@@ -30,6 +30,11 @@ expect_devices() {
 cd "$source_dir/build/package"
 sha256sum --quiet -c SHA256SUMS
 [ "$(wc -l <SHA256SUMS)" -eq 3 ] || { echo "FAILED: there are not three files:"; cat SHA256SUMS; exit 1; }
+cp -r . "$work/release"
+"$source_dir/scripts/verify-release" "$work/release" .
+printf X | dd of="$(echo "$work"/release/*.msi)" bs=1 seek=9999 conv=notrunc status=none
+! "$source_dir/scripts/verify-release" "$work/release" . >"$work/verified.txt" || { echo "FAILED: a byte was not seen"; exit 1; }
+grep 'msi differs' "$work/verified.txt"
 msi=$(windows_path "$PWD/$(echo *.msi)")
 cd "$work"
 for zip in "$source_dir"/build/package/*.zip; do cmake -E tar xf "$zip"; done
@@ -61,7 +66,7 @@ echo "== installer"
 newer=$work/newer.msi
 sed 's/ Version="[0-9.]*"/ Version="99.0.0"/;s/Product Id="[^"]*/Product Id="00000000-0000-4000-8000-000000000001/' \
   "$build/cmake/kit/installer/installer.wxs" >"$work/installer.wxs"
-/usr/bin/python3 "$source_dir/cmake/kit/installer/make.py" "$newer" BEA6B1D5-C361-4EFA-88C1-7B39468AEB00 99.0.0 \
+SOURCE_DATE_EPOCH=1700000000 /usr/bin/python3 "$source_dir/cmake/kit/installer/make.py" "$newer" BEA6B1D5-C361-4EFA-88C1-7B39468AEB00 99.0.0 \
   "$work/installer.wxs" "$build"/{vykeldevenum.dll,vykeldev.exe,setup_action.dll,cmake/kit/NOTICE} "$source_dir"/docs/*.md
 newer=$(windows_path "$newer")
 tool='"C:\Program Files\Morvance\VY-KEL\vykeldev.exe"'

@@ -70,7 +70,7 @@ def fix_summary(msi, code, seconds):
 
 
 def main(msi, family, version, *sources):
-    seconds = int(os.environ.get("SOURCE_DATE_EPOCH", 315532800))  # or the first time that a cabinet can hold
+    seconds = int(os.environ["SOURCE_DATE_EPOCH"])
     content = hashlib.sha256(version.encode())
     with tempfile.TemporaryDirectory() as folder:
         for source in sources:
