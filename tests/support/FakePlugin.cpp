@@ -101,7 +101,7 @@ public:
         report("getNumber", index);
         return fake.number;
     }
-    const char* getAlias() override { return nullptr; }
+    const char* getAlias() override { return fake.alias; }
     void setAlias(const char*, std::int32_t, std::int32_t, StatusBlock*) override {}
 
 private:

@@ -29,6 +29,7 @@ struct FakeDevice {
     std::uint32_t number = vykel::noDeviceNumber;
     std::uint32_t sortKey = 0;
     std::int32_t version = 0;
+    const char* alias = nullptr; ///< null: it takes none
 };
 
 /// What a fake plug-in asks the test. A plug-in's name is the name of its file without extension.

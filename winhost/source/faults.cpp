@@ -98,6 +98,11 @@ std::size_t ScopedFault::struck() const noexcept {
     return failures;
 }
 
+std::size_t ScopedFault::counted() const noexcept {
+    const std::lock_guard<std::mutex> guard(faultsMutex);
+    return calls;
+}
+
 DWORD armedFault(Call call) noexcept {
     const std::lock_guard<std::mutex> guard(faultsMutex);
     DWORD error = 0;

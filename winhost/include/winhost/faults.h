@@ -120,6 +120,9 @@ public:
     /// How many calls the fault has made fail.
     std::size_t struck() const noexcept;
 
+    /// How many calls it has counted. A fault whose `nth` is out of reach only counts.
+    std::size_t counted() const noexcept;
+
 private:
     friend DWORD armedFault(Call call) noexcept;
     const Fault fault;
