@@ -1,5 +1,5 @@
 """Reads Google Benchmark's JSON reports (one after the other), prints ratios, not times, and exits with 1 when a
-promised ratio is missed or, without --partial, was not measured.
+promised ratio is missed or, without --partial, was not measured. With --page writes docs/performance.md, too.
 
 Names are Operation/contender/size. `vykel` is compared with every other contender of the same operation and size:
 the ratio is the other's best time divided by ours (above 1: we are faster); for `floor`, ours divided by the floor's.
@@ -13,6 +13,7 @@ import sys
 # What the project promises: operation, sizes, what it is compared with, the least or the most that the ratio may be.
 AT_LEAST, AT_MOST = ">=", "<="
 PROMISES = (
+    ("Life", r"plugins:8", "floor", AT_MOST, 1.2),
     ("Number", r"devices:.*", "floor", AT_MOST, 2.0),
     ("Load", r"(sections|keys):\d+", "simpleini", AT_LEAST, 5.0),
     ("Load", r"(sections|keys):\d+", "gkeyfile", AT_LEAST, 3.0),
@@ -122,6 +123,9 @@ def main():
     report.read(sys.stdin.read())
     report.show_ratios()
     report.show_growth()
+    if "--page" in sys.argv[1:]:
+        import page  # needs what only the page needs
+        page.write(report.best)
     return report.finish(complete="--partial" not in sys.argv[1:])
 
 

@@ -75,8 +75,7 @@ RegistrySnapshot registrySnapshot() {
     const std::lock_guard<std::mutex> guard(cache.mutex);
     Stamp stamp{registryFile()};
     struct stat status = {};
-    const Descriptor file(::open(stamp.path.c_str(), O_RDONLY | O_CLOEXEC));
-    if (file.get() >= 0 && ::fstat(file.get(), &status) == 0) {
+    if (::stat(stamp.path.c_str(), &status) == 0) {
         stamp.inode = status.st_ino;
         stamp.size = status.st_size;
         stamp.time = nanoseconds(status.st_mtim);
@@ -85,7 +84,7 @@ RegistrySnapshot registrySnapshot() {
         timespec now = {};
         ::clock_gettime(CLOCK_REALTIME, &now);
         cache.trusted = false;
-        cache.root = load(file);
+        cache.root = load(Descriptor(::open(stamp.path.c_str(), O_RDONLY | O_CLOEXEC)));
         cache.stamp = std::move(stamp);
         // The clock of file times is coarse: a file written just now may change again within the same tick.
         constexpr long long clockTick = 50000000; // nanoseconds
