@@ -34,7 +34,8 @@ protected:
     ToolTest() {
         setEnvironment("VYKEL_ZOO_STATE", (folder / "state").string());
         breakRule("none");
-        static const std::string path = programFolder().string() + (isWindows ? ';' : ':') + std::getenv("PATH");
+        static const std::string path =
+            programFolder().string() + (isWindows ? ';' : ':') + std::getenv("PATH");
         setEnvironment("PATH", path); // with the tool's folder, remedies have it by name
     }
 

@@ -1,5 +1,6 @@
-// A custom action of the installer: runs "vykeldev setup" as the system and gives what it says to the installer, which
-// shows it and writes it to its log. Otherwise only a console would have shown why an installation was rolled back.
+// A custom action of the installer: runs "vykeldev setup" as the system and gives what it says to the
+// installer, which shows it and writes it to its log. Otherwise only a console would have shown why an
+// installation was rolled back.
 
 #include <windows.h>
 // After windows.h, which they need.
@@ -21,8 +22,8 @@ std::wstring toolPath(MSIHANDLE installation) {
 /// Has the installer log a text, or also show it as the cause of a failure.
 void tell(MSIHANDLE installation, INSTALLMESSAGE kind, const std::string& utf8) {
     std::wstring text(utf8.size(), L'\0'); // UTF-16 needs no more units
-    text.resize(static_cast<std::size_t>(MultiByteToWideChar(CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()),
-                                                             text.data(), static_cast<int>(text.size()))));
+    text.resize(static_cast<std::size_t>(MultiByteToWideChar(
+        CP_UTF8, 0, utf8.data(), static_cast<int>(utf8.size()), text.data(), static_cast<int>(text.size()))));
     const MSIHANDLE record = MsiCreateRecord(1);
     MsiRecordSetStringW(record, 0, L"[1]");
     MsiRecordSetStringW(record, 1, text.c_str());
@@ -46,8 +47,8 @@ DWORD runTool(const std::wstring& path, std::string& output) {
     PROCESS_INFORMATION process = {};
     std::wstring command = L'"' + path + L"\" setup";
     DWORD code = ERROR_SUCCESS;
-    if (!CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr, nullptr,
-                        &startup, &process))
+    if (!CreateProcessW(path.c_str(), command.data(), nullptr, nullptr, TRUE, CREATE_NO_WINDOW, nullptr,
+                        nullptr, &startup, &process))
         code = GetLastError();
     CloseHandle(writing); // so that the reading ends when the tool does
     char bytes[4096];
@@ -74,7 +75,7 @@ extern "C" __declspec(dllexport) UINT __stdcall runSetup(MSIHANDLE installation)
         return ERROR_SUCCESS;
     }
     tell(installation, static_cast<INSTALLMESSAGE>(INSTALLMESSAGE_ERROR | MB_OK | MB_ICONERROR),
-         "This machine could not be prepared, so nothing is installed (vykeldev setup: " + std::to_string(code) +
-             "). Remove the cause and run this installer again.\r\n" + output);
+         "This machine could not be prepared, so nothing is installed (vykeldev setup: " +
+             std::to_string(code) + "). Remove the cause and run this installer again.\r\n" + output);
     return ERROR_INSTALL_FAILURE;
 }

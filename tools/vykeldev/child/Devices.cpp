@@ -1,7 +1,7 @@
 #include "child/Devices.h"
 
 #include "output/Failures.h"
-#include "system/Paths.h"
+#include "system/ToolCommand.h"
 #include "vykel/StatusCodes.h"
 #include <algorithm>
 #include <charconv>

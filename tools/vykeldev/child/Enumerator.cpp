@@ -5,6 +5,7 @@
 #include "system/Paths.h"
 #include "system/System.h"
 #include "system/Text.h"
+#include "system/ToolCommand.h"
 
 namespace vykeldev {
 

@@ -18,13 +18,6 @@ std::string absolutePath(const std::string& path) {
     return toUtf8(absolute);
 }
 
-std::string modulePath(HMODULE module) {
-    WideString path(32768, 0); // no path is longer
-    const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
-    path.resize(length < path.size() ? length : 0);
-    return toUtf8(path);
-}
-
 bool isAbsolutePath(const std::string& path) noexcept {
     const bool drive = path.size() > 2 && path[1] == ':' && (path[2] == '\\' || path[2] == '/');
     return drive || path.substr(0, 2) == "\\\\" || path.substr(0, 1) == "/";

@@ -3,7 +3,6 @@
 
 #include <cstddef>
 #include <string>
-#include <windows.h>
 
 /// Paths, in UTF-8.
 namespace vykeldev {
@@ -13,10 +12,6 @@ constexpr std::size_t maxPathBytes = 32000;
 
 /// `path`, made absolute against the current folder. Throws Failure.
 std::string absolutePath(const std::string& path);
-
-/// The path of a library in this process, or of this tool's program for null. Empty when the system does not
-/// say it.
-std::string modulePath(HMODULE module);
 
 /// Whether a path means the same file whatever the current folder is.
 bool isAbsolutePath(const std::string& path) noexcept;

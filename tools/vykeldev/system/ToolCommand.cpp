@@ -1,6 +1,6 @@
 #include "system/ToolCommand.h"
 
-#include "system/Paths.h"
+#include "system/Text.h"
 #include <cstdlib>
 #include <sstream>
 
@@ -29,6 +29,13 @@ std::string makeCommand() {
 }
 
 } // namespace
+
+std::string modulePath(HMODULE module) {
+    WideString path(32768, 0); // no path is longer
+    const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
+    path.resize(length < path.size() ? length : 0);
+    return toUtf8(path);
+}
 
 std::string typeable(std::string text) {
     static const std::string command = makeCommand();
