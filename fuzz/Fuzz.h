@@ -18,6 +18,15 @@ inline void check(bool condition) {
         std::abort();
 }
 
+/// What an input made the library do; the corpus says what it must be. Empty while a fuzzer runs.
+inline std::string noted;
+inline bool isReplay = false;
+
+inline void note(const std::string& text) {
+    if (isReplay)
+        noted += text + '|';
+}
+
 inline std::string textOf(const std::uint8_t* data, std::size_t size) {
     return {reinterpret_cast<const char*>(data), size};
 }

@@ -3,7 +3,7 @@
 #include "child/Preview.h"
 #include "errors/Exception.h"
 #include "Fuzz.h"
-#include "support/IniModel.h"
+#include "support/IniDescription.h"
 #include "support/LegacyDevice.h"
 #include "support/TestFiles.h"
 #include "TraditionalAliasTransferManager.h"
@@ -31,13 +31,12 @@ Devices makeDevices(const std::uint8_t* bytes) {
 
 /// The entries as the file shows them, in any order: a transfer writes records last, and without the blanks
 /// at the ends of their texts.
-struct Entries : std::multiset<std::pair<std::string, std::string>> {
-    void add(const LegacyEntry& entry) { emplace(textOf(entry.alias), textOf(entry.target)); }
+using Entries = std::multiset<std::pair<std::string, std::string>>;
 
-    static std::string textOf(const std::optional<std::string>& text) {
-        return text ? '=' + vykeltest::trim(*text) : "";
-    }
-};
+void add(Entries& entries, const LegacyEntry& entry) {
+    const auto textOf = [](const auto& text) { return text ? '=' + vykeltest::trim(*text) : ""; };
+    entries.emplace(textOf(entry.alias), textOf(entry.target));
+}
 
 Preview preview(const std::string& path, Devices& real) {
     const LegacyFile file(path);
@@ -51,15 +50,17 @@ Preview preview(const std::string& path, Devices& real) {
 /// Whether the transfer fails, and what it leaves in the file.
 bool transfer(const LegacyFile& file, Devices& devices, Entries& left) {
     for (const LegacyEntry& entry : file.entries())
-        left.add(entry);
+        add(left, entry);
     try {
         if (vykel::TraditionalAliasTransferManager::transfer(&file.document(), tableOf(devices))) {
             left.clear();
             for (const LegacyEntry& entry : file.entries())
-                left.add(entry);
+                add(left, entry);
         }
+        vykelfuzz::note(vykeltest::describe(file.document()));
         return false;
-    } catch (const vyerr::ExceptionBase&) {
+    } catch (const vyerr::ExceptionBase& exception) {
+        vykelfuzz::note(std::to_string(exception.status()->code) + exception.status()->json);
         return true;
     }
 }
@@ -79,7 +80,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     std::multiset<std::pair<std::uint32_t, std::string>> moves, moved;
     for (const EntryPreview& entry : expected.entries) {
         if (entry.stays)
-            stay.add(entry);
+            add(stay, entry);
         if (entry.fate == EntryFate::Moves)
             moves.emplace(entry.device, *entry.alias);
     }
@@ -87,9 +88,11 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     Entries left;
     check(transfer(LegacyFile(path), devices, left) == expected.fails);
     check(left == stay);
-    for (const LegacyDevice& device : devices)
+    for (const LegacyDevice& device : devices) {
+        vykelfuzz::note(device.calls + ' ' + device.alias);
         if (device.calls.find('S') != std::string::npos)
             moved.emplace(device.number, device.alias);
+    }
     check(expected.fails || moved == moves);
     return 0;
 }

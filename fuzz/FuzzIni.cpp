@@ -1,20 +1,24 @@
-// The INI engine: any file may be loaded, with any options, and edited as a plain model is. What is then
+// The INI engine: any file may be loaded, with any options, and edited as plain texts are. What is then
 // saved must read back as the same document. The first four bytes choose the options, the next one how many
 // pairs of bytes after it are edits; the rest is the file.
 #include "Fuzz.h"
+#include "ini/IniEdit.h"
 #include "ini/IniReader.h"
 #include "ini/IniText.h"
 #include "ini/IniWriter.h"
-#include "support/IniModel.h"
+#include "support/IniDescription.h"
 #include "support/TestFiles.h"
 #include "vybase/owners.h"
+#include <algorithm>
 #include <cstdio>
 #include <cstring>
+#include <vector>
 
 namespace {
 
 using namespace vyini;
 using namespace vykelfuzz;
+using namespace vykeltest;
 
 void setOptions(IniDocument& document, const std::uint8_t* options) {
     document.parseFlags = options[0] & 0x0F;
@@ -58,7 +62,7 @@ bool canBeWritten(const IniDocument& document) {
             return entry.quote != 0 ? strips(static_cast<char>(entry.quote)) : has(IniAllowEmptyValue);
         // Joined pieces may begin and end with what a single value could not.
         const bool stripped = value.size() > 1 && value.front() == value.back() && strips(value.front());
-        return vykeltest::trim(value) == value && !stripped;
+        return trim(value) == value && !stripped;
     });
 }
 
@@ -71,10 +75,27 @@ bool canBeSplit(const IniDocument& document) {
     });
 }
 
-void checkEscapes(const char* text) {
+void checkTexts(const char* text) {
     IniString encoded, decoded;
     check(decodeIniValue(text, decoded) == 0 && encodeIniValue(text, encoded) == 0);
+    if (std::strlen(text) < 100)
+        note(decoded.get() + ('|' + std::string(encoded.get())) + '|' + nameTempByExtension(text).get() +
+             '|' + nameTempByPattern(text, 7).get());
     check(decodeIniValue(encoded.get(), decoded) == 0 && std::strcmp(decoded.get(), text) == 0);
+}
+
+/// Compares what is before the first equals sign with what follows it.
+void compareNames(const std::string& text) {
+    const std::string left = text.substr(0, text.find('=')),
+                      right = text.substr(std::min(left.size() + 1, text.size()));
+    for (const int caseSensitive : {0, 1}) {
+        const int order = compareIniNames(left.c_str(), right.c_str(), caseSensitive);
+        check(equalIniNames(left.c_str(), right.c_str(), caseSensitive) == (order == 0) &&
+              compareIniNames(right.c_str(), left.c_str(), caseSensitive) == -order);
+        check(order != 0 ||
+              hashIniName(left.c_str(), caseSensitive) == hashIniName(right.c_str(), caseSensitive));
+        note(std::to_string(order));
+    }
 }
 
 std::string nameOf(char letter, unsigned byte) {
@@ -83,34 +104,63 @@ std::string nameOf(char letter, unsigned byte) {
     return byte & 0x40 ? " " + name + "\t " : name;
 }
 
-/// Makes edits of three bytes each, and compares with the model.
-void edit(IniDocument& document, const std::uint8_t* edits, std::size_t count) {
-    vykeltest::IniModel model{document.mergeDuplicates, document.caseSensitive, nullptr, {}};
-    model.copy(document);
-    for (std::size_t i = 0; i < count; ++i, edits += 3) {
-        const std::string section = nameOf('s', edits[1]), key = nameOf('k', edits[2]);
-        const int operation = edits[0] & 7;
-        if (operation == 0) {
-            document.mergeDuplicates = model.merge = edits[1] & 1;
-            document.caseSensitive = model.caseSensitive = edits[2] & 1;
-        } else if (operation == 1) {
-            check(deleteIniSection(&document, section.c_str()) == model.removeSection(section));
-        } else if (operation == 2) {
-            check(deleteIniEntry(&document, section.c_str(), key.c_str()) == model.removeEntry(section, key));
-        } else if (operation == 3) {
-            const IniEntry* const entry = getIniEntry(findIniSection(&document, section.c_str()), edits[2]);
-            check(model.describeNth(section, edits[2]) ==
-                  (entry != nullptr ? vykeltest::describeEntry(*entry) : ""));
-        } else {
-            const std::string value = ' ' + std::string(edits[0] >> 3, 'v');
-            const int quote = operation < 6 ? 0 : operation == 6 ? '"' : '\'';
-            check(setIniValue(&document, section.c_str(), key.c_str(), value.c_str(), quote) ==
-                  model.set(section, key, value, quote));
-        }
-        check((document.currentSection != nullptr) == (model.current != nullptr));
-        check(i % 32 != 0 || vykeltest::describe(document) == model.describe());
+/// Edits the document by three bytes, and its texts likewise in the plainest way.
+void edit(IniDocument& document, std::vector<std::vector<std::string>>& texts, const std::uint8_t* bytes) {
+    const std::string section = nameOf('s', bytes[1]), key = nameOf('k', bytes[2]);
+    const int operation = bytes[0] & 7;
+    if (operation == 0) {
+        document.mergeDuplicates = bytes[1] & 1;
+        document.caseSensitive = bytes[2] & 1;
+        return;
     }
-    check(vykeltest::describe(document) == model.describe());
+    const auto isSame = [&](const char* name, const std::string& other) {
+        return compareIniNames(name, other.c_str(), document.caseSensitive) == 0;
+    };
+    const IniSection* const current = document.currentSection;
+    const bool prefersCurrent = operation != 1 && current != nullptr && isSame(current->name, section);
+    std::size_t at = 0, inside = 1;
+    const IniSection* found = document.sections.first();
+    for (; found != nullptr && (prefersCurrent ? found != current : !isSame(found->name, section)); ++at)
+        found = found->next;
+    const IniEntry* entry = found != nullptr ? found->entries.first() : nullptr;
+    for (; entry != nullptr && !isSame(entry->key, key); ++inside)
+        entry = entry->next;
+    const bool exists = operation == 1 ? found != nullptr : entry != nullptr;
+    if (operation == 1) {
+        check(deleteIniSection(&document, section.c_str()) == exists);
+        if (exists)
+            texts.erase(texts.begin() + static_cast<std::ptrdiff_t>(at));
+        check(document.currentSection == (current != found ? current : nullptr));
+        return;
+    }
+    if (operation == 2) {
+        check(deleteIniEntry(&document, section.c_str(), key.c_str()) == exists);
+        if (exists)
+            texts[at].erase(texts[at].begin() + static_cast<std::ptrdiff_t>(inside));
+    } else if (operation == 3) {
+        const IniEntry* const nth = getIniEntry(findIniSection(&document, section.c_str()), bytes[2]);
+        const std::size_t count = found != nullptr ? texts[at].size() : 0;
+        check(nth != nullptr ? texts[at].at(bytes[2]) == describeEntry(*nth)
+                             : bytes[2] == 0 || bytes[2] >= count);
+    } else {
+        const int quote = operation < 6 ? 0 : operation == 6 ? '"' : '\'';
+        const bool merges = document.mergeDuplicates != 0 && exists;
+        struct {
+            std::string key, value;
+            int line, quote;
+        } const made{merges ? entry->key : trim(key), std::string(bytes[0] >> 3, 'v'),
+                     merges ? entry->line : -1, quote};
+        check(setIniValue(&document, section.c_str(), key.c_str(), (' ' + made.value).c_str(), quote) == 1);
+        if (found == nullptr)
+            texts.push_back({"[" + trim(section) + "]-1"});
+        if (!merges)
+            texts[at].emplace_back();
+        texts[at][merges ? inside : texts[at].size() - 1] = describeEntry(made);
+    }
+    check(document.currentSection == (found != nullptr ? found
+                                      : operation > 3
+                                          ? document.sections.at(static_cast<std::uint32_t>(texts.size()))
+                                          : current));
 }
 
 /// Loads the file, and reads it again in small blocks. False when its text is wide.
@@ -120,11 +170,15 @@ bool load(IniDocument& document, const std::string& path, const std::string& tex
     check(loadIniFile(&document, path.c_str()) == (isWide ? IniWideText : 0));
     if (isWide)
         return false;
-    const std::string loaded = vykeltest::describe(document);
+    const std::string loaded = describe(document);
+    std::uint32_t number = 0;
+    const int isNumber = getIniUInt(&document, "a", "k", &number);
+    note(loaded + std::to_string(document.firstBadLine) + ' ' + std::to_string(document.lastKeyLine) + ' ' +
+         std::to_string(isNumber) + ' ' + std::to_string(number));
     const vybase::FileStream file(std::fopen(path.c_str(), "rb"));
     check(file != nullptr && std::fseek(file.get(), begins("\xEF\xBB\xBF") ? 3 : 0, SEEK_SET) == 0);
     IniLineReader reader(file.get(), 1);
-    check(parseIni(&document, &reader) == 0 && vykeltest::describe(document) == loaded);
+    check(parseIni(&document, &reader) == 0 && describe(document) == loaded);
     return true;
 }
 
@@ -135,10 +189,11 @@ void save(IniDocument& document, const std::filesystem::path& path, const std::s
         document.maxLineLength = -1;
     int result = saveIniFile(&document, path.string().c_str());
     if (result == IniKeyTooLong) {
-        check(vykeltest::readFile(path) == ((document.writeFlags & IniSafeSave) != 0 ? text : ""));
+        check(readFile(path) == ((document.writeFlags & IniSafeSave) != 0 ? text : ""));
         document.maxLineLength = -1;
         result = saveIniFile(&document, path.string().c_str());
     }
+    note(readFile(path));
     const std::filesystem::directory_iterator files(path.parent_path());
     check(result == 0 && std::distance(begin(files), end(files)) == 1); // no temporary file stays
 }
@@ -153,19 +208,26 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     const std::string text = textOf(data, size).substr(optionBytes + 3 * edits);
     static const ScratchFolder folder;
     const std::filesystem::path path = folder.path / "a.ini";
-    vykeltest::writeFile(path, text);
+    writeFile(path, text);
     IniDocument document;
     setOptions(document, data);
     if (!load(document, path.string(), text))
         return 0;
-    edit(document, data + optionBytes, edits);
+    auto texts = textsOf(document);
+    for (std::size_t i = 0; i < edits; ++i) {
+        edit(document, texts, data + optionBytes + 3 * i);
+        check(i % 32 != 0 || textsOf(document) == texts);
+    }
+    check(textsOf(document) == texts);
+    note(edits != 0 ? describe(document) : "");
     setOptions(document, data);
     const bool comparable = canBeWritten(document);
     save(document, path, text);
-    const std::string saved = vykeltest::describe(document, false);
+    const std::string saved = describe(document, false);
     document.mergeDuplicates = 0; // whatever was kept apart stays apart
     const int result = loadIniFile(&document, document.path.get());
-    check(!comparable || (result == 0 && vykeltest::describe(document, false) == saved));
-    checkEscapes(text.c_str());
+    check(!comparable || (result == 0 && describe(document, false) == saved));
+    checkTexts(text.c_str());
+    compareNames(text);
     return 0;
 }

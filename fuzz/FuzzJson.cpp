@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <regex>
 #include <vector>
 
 namespace {
@@ -16,59 +17,34 @@ namespace {
 using namespace vyerr;
 using namespace vykelfuzz;
 
-/// Where the value at `at` ends by a plain reading of the grammar; npos when there is none. The text ends in
-/// the NUL that std::string adds.
+/// Where the value at `at` ends by a plain reading of the grammar; npos when there is none.
 std::size_t modelEnd(const std::string& s, std::size_t at, int depth = 0) {
+    static const std::regex scalar(R"("([^\x01-\x1F\x7F"\\]|\\(["\\/bfnrt]|u[0-9a-fA-F]{4}))*")"
+                                   R"(|[-0-9][0-9]*(\.[0-9]*)?([eE][-+0-9][0-9]*)?|false|true|null)");
     constexpr std::size_t none = std::string::npos;
-    const auto isDigit = [&](std::size_t i) { return s[i] >= '0' && s[i] <= '9'; };
-    const auto skip = [&](std::size_t i, const char* set) {
-        return std::min(s.find_first_not_of(set, i), s.size());
-    };
-    const auto blanks = [&](std::size_t i) { return skip(i, " \t\r\n"); };
-    const auto digits = [&](std::size_t i) { return skip(i, "0123456789"); };
-    if (s[at] == '"') {
-        for (++at; s[at] != '"'; ++at) {
-            if (static_cast<unsigned char>(s[at]) < 32 || s[at] == 127)
-                return none;
-            if (s[at] != '\\')
-                continue;
-            const bool isUnicode = s[++at] == 'u';
-            if (isUnicode ? skip(at + 1, "0123456789abcdefABCDEF") < at + 5
-                          : std::string("\"/\\bfnrt").find(s[at]) == none)
-                return none;
-            at += isUnicode ? 4 : 0;
-        }
-        return at + 1;
+    if (s[at] != '{' && s[at] != '[') {
+        std::cmatch match;
+        const bool found = std::regex_search(&s[at], match, scalar, std::regex_constants::match_continuous);
+        return found ? at + static_cast<std::size_t>(match.length()) : none;
     }
-    if (s[at] == '{' || s[at] == '[') {
-        const bool isObject = s[at] == '{';
-        const char closing = isObject ? '}' : ']';
-        if (depth == 256 || s[at = blanks(at + 1)] == closing)
-            return depth == 256 ? none : at + 1;
-        for (;; at = blanks(at + 1)) {
-            if (isObject) {
-                const std::size_t key = s[at] == '"' ? modelEnd(s, at) : none;
-                if (key == none || s[at = blanks(key)] != ':')
-                    return none;
-                at = blanks(at + 1);
-            }
-            at = modelEnd(s, at, depth + 1);
-            if (at == none || (s[at = blanks(at)] != ',' && s[at] != closing))
+    const auto blanks = [&](std::size_t i) { return std::min(s.find_first_not_of(" \t\r\n", i), s.size()); };
+    const bool isObject = s[at] == '{';
+    const char closing = isObject ? '}' : ']';
+    if (depth == 256 || s[at = blanks(at + 1)] == closing)
+        return depth == 256 ? none : at + 1;
+    for (;; at = blanks(at + 1)) {
+        if (isObject) {
+            const std::size_t key = s[at] == '"' ? modelEnd(s, at) : none;
+            if (key == none || s[at = blanks(key)] != ':')
                 return none;
-            if (s[at] == closing)
-                return at + 1;
+            at = blanks(at + 1);
         }
+        at = modelEnd(s, at, depth + 1);
+        if (at == none || (s[at = blanks(at)] != ',' && s[at] != closing))
+            return none;
+        if (s[at] == closing)
+            return at + 1;
     }
-    for (const std::string word : {"false", "true", "null"})
-        if (s.compare(at, word.size(), word) == 0)
-            return at + word.size();
-    if (s[at] != '-' && !isDigit(at))
-        return none;
-    at = digits(at + 1);
-    at = s[at] == '.' ? digits(at + 1) : at;
-    const bool hasExponent =
-        (s[at] == 'e' || s[at] == 'E') && (s[at + 1] == '+' || s[at + 1] == '-' || isDigit(at + 1));
-    return hasExponent ? digits(at + 2) : at;
 }
 
 /// A string's text as far as it can be decoded.
@@ -86,24 +62,16 @@ void readAnything(const std::string& text) {
     check(end == (expected == std::string::npos ? nullptr : exact.data() + expected));
     check((end == nullptr) == (token.type == JsonType::Error));
     if (token.type == JsonType::String)
-        check(decoded(token).size() <= text.size());
+        note(decoded(token));
     std::int32_t number = 0;
     if (token.type == JsonType::Number && jsonNumberToInt(token, &number) && token.flag != 0) {
         const double value = std::trunc(std::strtod(text.c_str(), nullptr));
         check(number == (std::fabs(value) < 2147483648.0 ? static_cast<std::int32_t>(value) : INT32_MIN));
     }
+    note(token.flag != 0 || token.length < 10 ? std::to_string(number) : "");
     const char* const line = findField(exact.data(), "line");
+    note(line != nullptr ? line : "");
     check(line == nullptr || (line > exact.data() && line <= exact.data() + text.size()));
-}
-
-/// What was added at the end of a container, without the comma that separates it from what was there before.
-std::string added(const std::string& before, const std::string& after) {
-    const std::size_t inside = before.size() - 1;
-    const char last = before[before.find_last_not_of(" \t\r\n", inside - 1)];
-    const std::size_t comma = last == '{' || last == '[' ? 0 : 1;
-    check(after.compare(0, inside, before, 0, inside) == 0 && after.back() == before.back());
-    check(comma == 0 || after[inside] == ',');
-    return after.substr(inside + comma, after.size() - 1 - inside - comma);
 }
 
 /// Adds to a document that some other text began.
@@ -116,14 +84,17 @@ void addFields(const std::string& text) {
         layStatusText(status.json, status.capacity, nullptr);
         const StatusTextGrowth growth{growStatusText, &status};
         const char* const key = *cursor == '}' ? "~\n" : nullptr;
+        check(addStringField(status.json, key, "first", growth) != nullptr);
+        cursor = errorInfoEnd(status.json);
         const std::string prefix = key != nullptr ? "\"~\\n\":" : "";
         const auto add = [&](auto writer, auto... value) {
-            const std::string before = status.json;
+            const std::string before = std::string(status.json, cursor) + ',' + prefix;
+            const std::string end = cursor;
             cursor = writer(cursor, key, value..., growth);
-            check(cursor != nullptr && status.json[status.capacity - 1] == 'J');
-            const std::string field = added(before, status.json);
-            check(field.compare(0, prefix.size(), prefix) == 0);
-            return field.substr(prefix.size());
+            check(cursor != nullptr && cursor == end && status.json[status.capacity - 1] == 'J');
+            const std::string after(status.json, cursor);
+            check(after.compare(0, before.size(), before) == 0);
+            return after.substr(before.size());
         };
         std::uint32_t number = 0;
         std::memcpy(&number, text.data(), std::min(sizeof number, text.size()));
@@ -137,16 +108,21 @@ void addFields(const std::string& text) {
         check(add(addObjectField) == "{}");
         check(addStringField(cursor - 1, text.c_str(), "", growth) != nullptr);
         check(errorInfoEnd(status.json) == status.json + std::strlen(status.json) - 1);
+        note(std::to_string(status.capacity));
     }
-    status.code = -1;
     vykel::StatusBlock block = vykel::makeStatusBlock();
+    check(statusToBlock(&status, &block) && block.line == 0); // there is no error
+    status.code = -1;
     statusToBlock(&status, &block);
     check(block.code == -1 && block.component[9] == '\0' && block.file[100] == '\0');
+    note(std::string(status.json) + block.component + '|' + block.file + '|' + std::to_string(block.line));
 }
 
 } // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    const std::string bytes = textOf(data, size) + 'f'; // one more, which must not be read
+    note(decoded({JsonType::String, bytes.data(), static_cast<std::int64_t>(size), 0}));
     const std::string text = textOf(data, size).c_str();
     readAnything(text);
     addFields(text);
