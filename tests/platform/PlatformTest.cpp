@@ -21,29 +21,28 @@ namespace {
 using namespace vykeltest;
 using vykel::StatusCode;
 
-/// A failure as takeError gives it.
-std::string failure(StatusCode code, const char* constant, const char* file, int line,
-                    const std::string& objects) {
-    return numberOf(code) + "{\"error_constant\":\"vyplaterr_" + constant + "\",\"file\":\"includes/" + file +
-           "\",\"line\":" + std::to_string(line) + ",\"component\":\"vykeldevenum\"," + objects + "}";
-}
-
-std::string win32Error(DWORD error) {
-    return "\"internal_error\":{\"api\":\"win32\",\"code\":" + std::to_string(error) + ",\"string\":*}";
-}
-
-std::string registryError(const char* file, int line, DWORD error, const char* description) {
-    return failure(StatusCode::ResourceNotFound, "resourceNotFound", file, line,
-                   win32Error(error) + ",\"vysys_debug\":{\"desc\":\"" + description + " failed\"}");
-}
-
 class PlatformTest : public testing::Test {
 protected:
-    /// The code and the document recorded, with an asterisk for the system's text; empties the record.
-    std::string takeError() {
-        const std::string error = std::to_string(status.code) + (status.json != nullptr ? status.json : "");
+    /// Expects the code and the document recorded, with an asterisk for the system's text; empties the
+    /// record.
+    void expectError(StatusCode code, const std::string& constant, const std::string& place,
+                     const std::string& objects) {
+        const std::string document = std::regex_replace(status.json, std::regex("\"[^\"]+\\\\r\\\\n\""), "*");
+        EXPECT_EQ(status.code, toInteger(code));
+        EXPECT_EQ(document, "{\"error_constant\":\"vyplaterr_" + constant + "\",\"file\":\"includes/" +
+                                place + ",\"component\":\"vykeldevenum\"," + objects + "}");
         vyerr::releaseStatus(&status);
-        return std::regex_replace(error, std::regex("\"[^\"]+\\\\r\\\\n\""), "*");
+    }
+    void expectNotFound(const std::string& place, const std::string& error, const std::string& call) {
+        expectError(StatusCode::ResourceNotFound, "resourceNotFound", place,
+                    "\"internal_error\":{\"api\":" + error + "},\"vysys_debug\":{\"desc\":\"" + call +
+                        " failed\"}");
+    }
+    void expectNotLoaded(const std::string& place, const std::string& subject, DWORD error) {
+        expectError(StatusCode::InvalidParameter, "invalidParameter", "vydynlib/dynload.cpp\"," + place,
+                    "\"vydynlib_debug\":{\"debug\":\"failed to vydynlib_load library\"," + subject +
+                        ":\"missing\"},\"internal_error\":{\"api\":\"win32\",\"code\":" +
+                        std::to_string(error) + ",\"string\":*}");
     }
 
     Machine machine;
@@ -54,11 +53,13 @@ protected:
 TEST_F(PlatformTest, RecordsWhatTheRegistryRefused) {
     vysys::Utf8Vector text;
     EXPECT_EQ(vysys::countSubkeys("missing", status), 0u);
-    EXPECT_EQ(takeError(), registryError("vysys/windowsRegistry.cpp", 91, 2, "RegOpenKeyEx"));
+    expectNotFound(R"(vysys/windowsRegistry.cpp","line":91)", R"("win32","code":2,"string":*)",
+                   "RegOpenKeyEx");
     vysys::getSubkeyName(key, 0, text, status);
-    EXPECT_EQ(takeError(), registryError("vysys/windowsRegistry.cpp", 58, 259, "RegEnumKey"));
+    expectNotFound(R"(vysys/windowsRegistry.cpp","line":58)", R"("win32","code":259,"string":*)",
+                   "RegEnumKey");
     vysys::readStringValue(key, "missing", text, status);
-    EXPECT_EQ(takeError(), registryError("vysys/stdpath.cpp", 246, 2, "RegQueryValue"));
+    expectNotFound(R"(vysys/stdpath.cpp","line":246)", R"("win32","code":2,"string":*)", "RegQueryValue");
     EXPECT_EQ(text.begin(), text.end());
 }
 
@@ -71,12 +72,10 @@ TEST_F(PlatformTest, FindsTheSharedDataFolder) {
         vysys::getSharedDataFolder(folder, status);
         EXPECT_EQ(folder, machine.folderName() + (reported == name ? name : "") + "\\Morvance");
     }
-    EXPECT_EQ(takeError(), "0");
+    EXPECT_EQ(status.code, 0);
     machine.setFolderName(machine.folderName() + "\\missing");
     vysys::getSharedDataFolder(folder, status);
-    EXPECT_EQ(takeError(), failure(StatusCode::ResourceNotFound, "resourceNotFound", "vysys/stdpath.cpp", 283,
-                                   "\"internal_error\":{\"api\":\"hresult\",\"code\":-2147024894},"
-                                   "\"vysys_debug\":{\"desc\":\"SHGetFolderPathW failed\"}"));
+    expectNotFound(R"(vysys/stdpath.cpp","line":283)", R"("hresult","code":-2147024894)", "SHGetFolderPathW");
     vysys::trimPath(folder = std::string(" \t \xC2\xA0 C:\\b\\ \\\0\0", 15));
     EXPECT_EQ(folder, "\xC2\xA0 C:\\b");
     vysys::trimPath(folder = " \\ ");
@@ -84,17 +83,12 @@ TEST_F(PlatformTest, FindsTheSharedDataFolder) {
 }
 
 TEST_F(PlatformTest, LoadsLibraries) {
-    const auto refused = [](int line, const char* subject, DWORD error) {
-        return failure(StatusCode::InvalidParameter, "invalidParameter", "vydynlib/dynload.cpp", line,
-                       std::string("\"vydynlib_debug\":{\"debug\":\"failed to vydynlib_load library\",\"") +
-                           subject + "\":\"missing\"}," + win32Error(error));
-    };
     EXPECT_EQ(vydynlib::loadLibrary("missing", status), nullptr);
-    EXPECT_EQ(takeError(), refused(94, "path", ERROR_MOD_NOT_FOUND));
+    expectNotLoaded("\"line\":94", "\"path\"", ERROR_MOD_NOT_FOUND);
     const HMODULE module = vydynlib::loadLibrary((programFolder() / libraryFile).u8string().c_str(), status);
     const FARPROC symbol = vydynlib::getSymbol(module, "vykeldevenum_finalize", status);
     EXPECT_EQ(vydynlib::getSymbol(module, "missing", status), nullptr);
-    EXPECT_EQ(takeError(), refused(177, "vydynlib_symbol", ERROR_PROC_NOT_FOUND));
+    expectNotLoaded("\"line\":177", "\"vydynlib_symbol\"", ERROR_PROC_NOT_FOUND);
     constexpr DWORD byAddress =
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
     HMODULE found = nullptr;
@@ -124,7 +118,7 @@ TEST_F(PlatformTest, DoesNothingAfterAnError) {
     EXPECT_EQ(folder, "kept");
     EXPECT_EQ(vydynlib::loadLibrary((programFolder() / libraryFile).u8string().c_str(), status), nullptr);
     EXPECT_EQ(vydynlib::getSymbol(nullptr, "missing", status), nullptr);
-    EXPECT_EQ(takeError(), "-1");
+    EXPECT_TRUE(status.code == -1 && status.json == nullptr);
 }
 
 TEST_F(PlatformTest, LocksAWholeFile) {
@@ -150,37 +144,27 @@ TEST_F(PlatformTest, CatchesOnlyTheMemoryFault) {
     EXPECT_EQ(vyplat::criticalSectionSite.line, 881);
 }
 
-TEST(OnceInitializer, RunsOnceWhicheverThreadComesFirst) {
+TEST(Synchronization, IsSetUpOnceWhicheverThreadComesFirst) {
     static std::atomic<int> runs;
     runs = 0; // also when the tests are repeated
     const auto initialize = [](vykel::StatusBlock*) {
         std::this_thread::sleep_for(std::chrono::milliseconds(runs++ + 20));
     };
-    vyplat::OnceInitializer once(initialize, [] {});
+    vyplat::OnceInitializer once(initialize, [] {}), afterAnError(initialize, [] { ++runs; });
     vykel::StatusBlock status[2] = {vykel::makeStatusBlock(), vykel::makeStatusBlock()};
     std::thread other([&] { once.run(&status[0]); });
     once.run(&status[1]);
     other.join();
-    EXPECT_EQ(runs, 1);
-}
-
-TEST(CriticalSection, IsLeftAndIsNotSetUpAfterAnError) {
-    static int runs = 0;
-    vykel::StatusBlock status = vykel::makeStatusBlock();
+    status[0].code = -1;
+    afterAnError.run(&status[0]);
+    EXPECT_TRUE(runs == 1 && status[0].code == -1);
+    const vyplat::CriticalSectionGuard nothing(nullptr);
     vyplat::CriticalSection section;
-    section.initialize(&status);
-    { const vyplat::CriticalSectionGuard guard(&section); }
-    std::thread([&] { const vyplat::CriticalSectionGuard other(&section); }).join();
-    { const vyplat::CriticalSectionGuard nothing(nullptr); }
-    section.destroy();
-    section.destroy(); // ends it only once
-    status.code = -1;
-    vyplat::OnceInitializer once([](vykel::StatusBlock*) { ++runs; }, [] { ++runs; });
-    once.run(&status);
-    section.initialize(&status);
-    section.destroy();
-    EXPECT_EQ(status.code, -1);
-    EXPECT_EQ(runs, 0);
+    for (const int i : {1, 0}) { // it is not set up after an error, and is ended only once
+        section.initialize(&status[i]);
+        section.destroy();
+        section.destroy();
+    }
 }
 
 TEST(Buffers, RefuseMoreThanThereCanBe) {

@@ -2,8 +2,6 @@
 #define TESTS_OWNEDSTATUS_H
 
 #include "errors/Status.h"
-#include "vykel/StatusCodes.h"
-#include <string>
 
 namespace vykeltest {
 
@@ -15,11 +13,6 @@ struct OwnedStatus : vyerr::Status {
     }
     ~OwnedStatus() { releaseStatus(this); }
 };
-
-/// The code's number as text.
-inline std::string numberOf(vykel::StatusCode code) {
-    return std::to_string(vykel::toInteger(code));
-}
 
 } // namespace vykeltest
 
