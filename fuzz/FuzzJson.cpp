@@ -50,8 +50,8 @@ std::size_t modelEnd(const std::string& s, std::size_t at, int depth = 0) {
 /// A string's text as far as it can be decoded.
 std::string decoded(const JsonToken& token) {
     std::vector<char> text(static_cast<std::size_t>(token.length) + 1);
-    unescapeJsonString(token.start, token.length, text.data());
-    return text.data();
+    const char* const end = unescapeJsonString(token.start, token.length, text.data());
+    return text.data() + std::string(end == nullptr ? " and no more" : "");
 }
 
 void readAnything(const std::string& text) {
@@ -78,6 +78,7 @@ void readAnything(const std::string& text) {
 void addFields(const std::string& text) {
     vykeltest::OwnedStatus status;
     check(status.reallocate(&status, static_cast<std::uint32_t>(text.size() + 2)));
+    note(std::to_string(status.capacity));
     layStatusText(status.json, status.capacity, text.c_str());
     if (char* cursor = errorInfoEnd(status.json)) {
         cursor[1] = '\0'; // what follows the container is no part of the document
