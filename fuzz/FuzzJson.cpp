@@ -85,7 +85,8 @@ void addFields(const std::string& text) {
         layStatusText(status.json, status.capacity, nullptr);
         const StatusTextGrowth growth{growStatusText, &status};
         const char* const key = *cursor == '}' ? "~\n" : nullptr;
-        check(addStringField(status.json, key, "first", growth) != nullptr);
+        char* const place = text.size() % 2 == 0 ? status.json : cursor; // its start, or its end
+        check(addStringField(place, key, "first", growth) != nullptr);
         cursor = errorInfoEnd(status.json);
         const std::string prefix = key != nullptr ? "\"~\\n\":" : "";
         const auto add = [&](auto writer, auto... value) {

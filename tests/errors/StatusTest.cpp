@@ -70,6 +70,8 @@ TEST(Status, AnErrorIsKeptAlsoWhereItsTextFindsNoRoom) {
         OwnedStatus status, from(-7);
         status.json = static_cast<char*>(std::calloc(status.capacity = 3, 1)); // of a plug-in's own record
         status.reallocate = refuses ? refuse : grow;
+        EXPECT_TRUE(setStatusCode(&status, 3));
+        EXPECT_STREQ(status.json, refuses ? "" : "{}");
         EXPECT_TRUE(mergeStatus(&status, &from)); // which has no text
         EXPECT_EQ(status.code, -7);
         EXPECT_STREQ(status.json, refuses ? "" : "{}");

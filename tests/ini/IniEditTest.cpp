@@ -11,7 +11,7 @@ using namespace vykeltest;
 TEST(IniEdit, TakesEmptyAndNullTexts) {
     IniDocument document;
     EXPECT_EQ(setIniValue(&document, "b", " x ", nullptr, '"'), 1);
-    EXPECT_EQ(describe(document), "[b]-1{x=\"\"@-1;}");
+    EXPECT_EQ(describe(document), "[b]-1{x\"=@-1;}");
     for (const char* empty : {static_cast<const char*>(nullptr), "", " "}) {
         EXPECT_EQ(setIniValue(&document, empty, "k", "v", 0), IniEmptyName);
         EXPECT_EQ(setIniValue(&document, "a", empty, "v", 0), IniEmptyName);
@@ -22,6 +22,7 @@ TEST(IniEdit, TakesEmptyAndNullTexts) {
     EXPECT_EQ(deleteIniSection(&document, nullptr), 0);
     EXPECT_EQ(countIniEntries(nullptr), 0U);
     EXPECT_EQ(compareIniNames(nullptr, "", 0), -1);
+    EXPECT_EQ(compareIniNames("", nullptr, 0), 1);
     EXPECT_EQ(compareIniNames(nullptr, nullptr, 0), 0);
     for (const auto convert : {encodeIniValue, decodeIniValue}) {
         IniString out;

@@ -13,12 +13,13 @@ inline std::string trim(std::string text) {
     return text.erase(0, text.find_first_not_of(blanks));
 }
 
-/// An entry of a document or of a model of one: `key=value@line;`, the value within its quotes.
+/// An entry of a document or of a model of one: `key=value@line;`, and before `=` the quote that was taken
+/// off.
 template <class Entry>
 std::string describeEntry(const Entry& entry, bool withLine = true) {
     const std::string quote(entry.quote != 0 ? 1 : 0, static_cast<char>(entry.quote));
     const std::string line = withLine ? "@" + std::to_string(entry.line) : "";
-    return std::string(entry.key) + "=" + quote + entry.value + quote + line + ";";
+    return entry.key + quote + "=" + entry.value + line + ";";
 }
 
 /// Of each section its name and line, then its entries.
