@@ -74,7 +74,6 @@ struct State {
 
 State remembered; // by this process
 std::atomic<std::uint32_t> listsMade{0};
-std::thread::id firstThread;
 
 struct Device final : vykel::IDevice {
     explicit Device(std::uint32_t itsIndex) : index(itsIndex) {}
@@ -86,14 +85,15 @@ struct Device final : vykel::IDevice {
         static std::atomic<int> reads{0};
         if (has("throws_controls") && (format == 1 || ++reads > 2)) // in format 2 after one reading
             throw std::runtime_error(controls);
-        std::string& text = has("one_buffer") ? (this - index)->token : token; // the first device's
         const unsigned part = has("token_by_call")      ? ++calls
                               : has("token_by_refresh") ? refreshes
                               : has("token_by_process") ? process
                                                         : 0;
-        text = (has("latin_1_token") ? "<Ger\xE4t " : "zoo ") + (has("controls_token") ? controls : "") +
-               std::to_string(part) + "/device " + std::to_string(has("one_token") ? 0 : index);
-        return has("null_token") && format == 2 ? nullptr : text.c_str();
+        token = (has("latin_1_token") ? "<Ger\xE4t " : "zoo ") + (has("controls_token") ? controls : "") +
+                std::to_string(part) + "/device " + std::to_string(has("one_token") ? 0 : index);
+        if (has("one_buffer") && index == 0)
+            this[1].token = token;
+        return has("null_token") && format == 2 ? nullptr : token.c_str();
     }
     std::uint32_t getSortKey() override {
         return has("throws_key") ? throw 1 : has("counts_lists") ? listsMade.load() : 0;
@@ -147,7 +147,8 @@ struct List final : vykel::IDeviceList {
         return has("throws_stale") ? throw State() : shown == 0 || has("always_stale");
     }
     void refresh(StatusBlock* status) override {
-        static std::atomic<int> refreshes{0};
+        static std::atomic<int> refreshes{0}, threads{0};
+        thread_local const int thread = ++threads;
         if (has("prints"))
             std::puts("{");
         crashIf(has("crashes_refreshing"));
@@ -170,7 +171,7 @@ struct List final : vykel::IDeviceList {
         if (has("throws_own_type"))
             throw State();
         if (has("fails_refreshing") || (has("wears_out") && ++refreshes > 500) ||
-            (has("one_thread") && std::this_thread::get_id() != firstThread))
+            (has("two_threads") && thread > 2))
             return static_cast<void>(fail(status, StatusCode::GeneralFault));
         if (has("clears_codes"))
             status->code = 0;
@@ -190,6 +191,8 @@ struct List final : vykel::IDeviceList {
             return has("silent_index") ? nullptr : fail(status, StatusCode::InvalidParameter);
         if (version > 2 && !has("any_device_version"))
             return fail(status, StatusCode::VersionMismatch);
+        if (has("forgets_codes"))
+            status->code = 0;
         if (!has("one_object"))
             return &devices[index];
         devices[0].index = index;
@@ -229,7 +232,6 @@ std::int32_t vykel_initializePlugin() {
     if (has("refuses_initialize") || initialized == 2 || (has("initializes_twice") && ++initializedEver > 2))
         return vykel::toInteger(StatusCode::GeneralFault);
     ++initialized;
-    firstThread = std::this_thread::get_id();
     return 0;
 }
 
