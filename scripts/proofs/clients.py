@@ -2,6 +2,7 @@
 
 import random
 import statistics
+import subprocess
 
 from proofs.machines import LAYOUTS, HostMachine, Machine
 from proofs.table import Row
@@ -42,7 +43,7 @@ class _Victims:
         for _ in range(9):
             self.live()
         self.before = self.reset()
-        self.expected = machine.run("proof_client", "life").stdout
+        self.expected = self.undisturbed().stdout
         self.after = machine.ini.read_bytes()
         self.numbers, self.aliases = machine.kept()
         row.expect(self.expected.endswith("code 0\n") and self.before != self.after and
@@ -56,7 +57,14 @@ class _Victims:
     def live(self) -> None:
         """A life that is not killed, to see how long one takes now: the machine may do other work in between."""
         self.reset()
-        self.durations.append(float(self.machine.run("proof_client", "life").stderr))
+        self.durations.append(float(self.undisturbed().stderr.split()[-1]))
+
+    def undisturbed(self) -> "subprocess.CompletedProcess[str]":
+        """A client that nobody kills."""
+        ended = self.machine.run("proof_client", "life")
+        self.row.expect(ended.returncode == 0, f"an undisturbed client ended with {ended.returncode}: {ended.stdout}"
+                        f"{ended.stderr}")
+        return ended
 
     def killed(self) -> int:
         return sum(len(self.moments[stage]) for stage in STAGES[:-1])
@@ -105,7 +113,7 @@ class _Victims:
         expect(text == self.after or text == self.before, f"half a file after {window}")
         expect(text == self.before or aliases == self.aliases, "aliases are neither in the file nor with the devices")
         expect(numbers.items() <= self.numbers.items(), f"other numbers: {numbers}")
-        out = machine.run("proof_client", "life").stdout
+        out = self.undisturbed().stdout
         same = machine.ini.read_bytes() == self.after and machine.kept() == (self.numbers, self.aliases)
         expect(out == self.expected and same and not temporary.exists(),
                f"the client after a kill while {window} leaves something else: {out}")
