@@ -62,8 +62,8 @@ class _Victims:
     def undisturbed(self) -> "subprocess.CompletedProcess[str]":
         """A client that nobody kills."""
         ended = self.machine.run("proof_client", "life")
-        self.row.expect(ended.returncode == 0, f"an undisturbed client ended with {ended.returncode}: {ended.stdout}"
-                        f"{ended.stderr}")
+        self.row.expect(ended.returncode == 0, f"an undisturbed client ended with {ended.returncode}: "
+                        f"{ended.stdout[-500:]}{ended.stderr}")
         return ended
 
     def killed(self) -> int:
