@@ -5,6 +5,7 @@
 #include <csignal>
 #include <cstdio>
 #include <gtest/gtest.h>
+#include <shlobj.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -49,7 +50,7 @@ TEST(Winhost, FaultsStrikeByCount) {
 }
 
 TEST(Winhost, IsAsStrictAsWindows) {
-    const Machine machine;
+    Machine machine;
     HKEY key = nullptr, readOnly = nullptr;
     ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, u"x", 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr), 0);
     ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"x", 0, KEY_READ, &readOnly), 0);
@@ -76,6 +77,10 @@ TEST(Winhost, IsAsStrictAsWindows) {
     WCHAR units[4];
     EXPECT_EQ(
         MultiByteToWideChar(CP_UTF8, MB_ERR_INVALID_CHARS, "\xEF\xBF\xBF\xF0\x90\x80\x80", -1, units, 4), 4);
+
+    machine.setFolderName("C:\\" + std::string(MAX_PATH - 3, 'x')); // no room for its end
+    WCHAR path[MAX_PATH];
+    EXPECT_EQ(SHGetFolderPathW(nullptr, CSIDL_COMMON_APPDATA, nullptr, SHGFP_TYPE_CURRENT, path), E_FAIL);
 
     const ScopedFault armed({Call::CreateDirectoryW, 2});
     EXPECT_EQ(CreateDirectoryW(u"C:\\f", nullptr), TRUE);
