@@ -73,8 +73,6 @@ bool TaskRun::listen(std::chrono::milliseconds time) {
     std::string bytes;
     const bool running = child.read(bytes, time);
     lines.add(bytes.data(), bytes.size());
-    if (!running)
-        lines.end();
     return running;
 }
 

@@ -25,12 +25,6 @@ public:
                 line += *bytes;
     }
 
-    /// Hands out a last line that has no end.
-    void end() {
-        if (!line.empty())
-            finish();
-    }
-
 private:
     void finish() {
         if (!line.empty() && line.back() == '\r')

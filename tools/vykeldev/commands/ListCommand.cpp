@@ -28,7 +28,8 @@ Listing readListing(const Context& context, const ListOptions& options) {
     DeviceClient client({context.library, options.selection}, context);
     client.await(Event::Read, deadline);
     Listing listing{client.reading(), nullptr};
-    if (listing.reading.devices.empty() && !listing.reading.failure.is_null())
+    const bool isAny = !listing.reading.devices.empty() || options.selection.isByName();
+    if (!isAny && !listing.reading.failure.is_null())
         throw failureFrom(listing.reading.failure);
     try {
         client.await(Event::Done, deadline);
