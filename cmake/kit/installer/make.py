@@ -10,10 +10,9 @@ import shutil
 import subprocess
 import sys
 import tempfile
+import time
 import uuid
 from pathlib import Path
-
-import olefile
 
 # Actions that set a property, and what they set it to.
 PROPERTIES = {"ARPINSTALLLOCATION": "[INSTALLDIR]",
@@ -21,14 +20,12 @@ PROPERTIES = {"ARPINSTALLLOCATION": "[INSTALLDIR]",
               "Setup": "[#Tool]"}  # what the action of this name gets
 # When they run: after the folders are known.
 FIRST_PROPERTY = 1010
-ENVIRONMENT = """Environment\tName\tValue\tComponent_
-s72\tl255\tL255\ts72
-Environment\tEnvironment
-Path\t=-*PATH\t[~];[INSTALLDIR]\tTool
-"""  # for the machine (*), removed with the component (-), behind what is there ([~])
+# For the machine (*), removed with the component (-), behind what is there ([~]).
+ENVIRONMENT = ["Environment\tName\tValue\tComponent_", "s72\tl255\tL255\ts72", "Environment\tEnvironment",
+               "Path\t=-*PATH\t[~];[INSTALLDIR]\tTool"]
 
 
-def statements():
+def statements(version):
     """What to change in the tables."""
     sequence = "INSERT INTO `InstallExecuteSequence` (`Action`, `Condition`, `Sequence`) VALUES ('{}', '', {})"
     for i, (name, value) in enumerate(PROPERTIES.items()):
@@ -39,50 +36,37 @@ def statements():
     yield sequence.format("WriteEnvironmentStrings", 5200)
     # Within the transaction: an older release is back when the new one fails.
     yield "UPDATE `InstallExecuteSequence` SET `Sequence` = 1501 WHERE `Action` = 'RemoveExistingProducts'"
+    # Windows keeps a file that has a version rather than replace it by one that seems to have none.
+    for binary in ("Library", "Tool"):
+        yield f"UPDATE `File` SET `Version` = '{version}.0', `Language` = '1033' WHERE `File` = '{binary}'"
+        yield f"DELETE FROM `MsiFileHash` WHERE `File_` = '{binary}'"
 
 
-def finish_tables(msi):
-    """Adds what wixl cannot write."""
-    table = msi.with_name("Environment.idt")
-    table.write_bytes(ENVIRONMENT.replace("\n", "\r\n").encode())
-    subprocess.run(["msibuild", msi, "-i", table], check=True)
-    for statement in statements():
-        subprocess.run(["msibuild", msi, "-q", statement], check=True)
-
-
-def fix_summary(msi, code, seconds):
-    """Gives the package a code and times that depend on nothing else."""
-    stream = "\x05SummaryInformation"
-    time = (seconds * 10_000_000 + 116_444_736_000_000_000).to_bytes(8, "little")  # from 1601 on
-    with olefile.OleFileIO(msi, write_mode=True) as file:
-        summary = bytearray(file.openstream(stream).read())
-        old = file.get_metadata()
-        at = summary.index(old.revision_number)
-        summary[at:at + 38] = f"{{{code}}}".upper().encode()
-        times = 0
-        for at in range(0, len(summary) - 11, 4):
-            if summary[at:at + 4] == b"\x40\0\0\0":  # the type of a time
-                summary[at + 4:at + 12] = time
-                times += 1
-        if times != 2:
-            sys.exit(f"{msi} has {times} times instead of two")
-        file.write_stream(stream, bytes(summary))
+def summary(code, seconds):
+    """The package's code and times, which wixl takes at random and from the clock."""
+    at = time.strftime("%Y/%m/%d %H:%M:%S", time.gmtime(seconds))
+    return ["PropertyId\tValue", "i2\tl255", "_SummaryInformation\tPropertyId",
+            f"9\t{{{code}}}".upper(), f"12\t{at}", f"13\t{at}"]
 
 
 def main(msi, family, version, *sources):
     seconds = int(os.environ["SOURCE_DATE_EPOCH"])
+    environment = {**os.environ, "TZ": "UTC"}  # the cabinet and the summary hold local times
     content = hashlib.sha256(version.encode())
     with tempfile.TemporaryDirectory() as folder:
-        for source in sources:
+        for source in (__file__, *sources):
             content.update(Path(source).read_bytes())
             copy = shutil.copy(source, folder)
-            os.utime(copy, (seconds, seconds))  # the cabinet holds it, as local time
+            os.utime(copy, (seconds, seconds))
         subprocess.run(["wixl", "-a", "x64", "-o", "made.msi", Path(sources[0]).name], check=True, cwd=folder,
-                       env={**os.environ, "TZ": "UTC"})
-        made = Path(folder, "made.msi")
-        finish_tables(made)
-        fix_summary(str(made), uuid.uuid5(uuid.UUID(family), content.hexdigest()), seconds)
-        shutil.copy(made, msi)
+                       env=environment)
+        code = uuid.uuid5(uuid.UUID(family), content.hexdigest())
+        tables = {"Environment.idt": ENVIRONMENT, "_SummaryInformation.idt": summary(code, seconds)}
+        for name, lines in tables.items():
+            Path(folder, name).write_bytes("".join(line + "\r\n" for line in lines).encode())
+            subprocess.run(["msibuild", "made.msi", "-i", name], check=True, cwd=folder, env=environment)
+        subprocess.run(["msibuild", "made.msi", "-q", *statements(version)], check=True, cwd=folder, env=environment)
+        shutil.copy(Path(folder, "made.msi"), msi)
 
 
 main(*sys.argv[1:])
