@@ -3,8 +3,8 @@
 
 Writes OUTPUT/NOTICE and OUTPUT/vykeldevenum.spdx.json (SPDX 2.3): the software of others that is in the
 binaries, with its versions, licences and checksums. The linker's map beside each BINARY (NAME.map) lists the
-objects that were linked. COMPILER finds the archives that hold them; Debian's package manager names their packages. The time in the bill is
-SOURCE_DATE_EPOCH.
+objects that were linked. COMPILER finds the archives that hold them; Debian's package manager names their packages.
+The time in the bill is SOURCE_DATE_EPOCH.
 """
 import hashlib
 import json
@@ -64,8 +64,8 @@ def headers_of(package):
 
 
 def notice(software):
-    parts = ["The owner of this software sets the terms of its use before anything is published. Until then nobody has a "
-             "right\nto use or pass on what is his.\n",
+    parts = ["The owner of this software sets the terms of its use before anything is published. No terms are set yet:\n"
+             "nothing here permits anybody to use it, to change it or to pass it on.\n",
              "The binaries contain the following software. Where a package's text also names licences of parts\n"
              "that are not linked in, these do not apply here.\n"]
     for name, packages, licence in software:

@@ -11,6 +11,7 @@ set(wheel ${CMAKE_CURRENT_BINARY_DIR}/vykeldevenum-${PROJECT_VERSION}-py3-none-a
 add_custom_command(OUTPUT ${wheel}
   COMMAND ${CMAKE_COMMAND} -E rm -rf python
   COMMAND ${CMAKE_COMMAND} -E copy_directory ${module} python
+  COMMAND chmod -R u=rwX,go=rX python # the wheel holds the rights, which depend on who checked out the sources
   COMMAND ${at_its_time} ${python} -m pip wheel -q --no-index --no-build-isolation --no-deps -w . ./python
   DEPENDS ${module_files}
   WORKING_DIRECTORY ${CMAKE_CURRENT_BINARY_DIR}

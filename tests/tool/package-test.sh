@@ -30,17 +30,26 @@ expect_devices() {
 cd "$source_dir/build/package"
 sha256sum --quiet -c SHA256SUMS
 [ "$(wc -l <SHA256SUMS)" -eq 3 ] || { echo "FAILED: there are not three files:"; cat SHA256SUMS; exit 1; }
-cp -r . "$work/release"
-"$source_dir/scripts/verify-release" "$work/release" .
-printf X | dd of="$(echo "$work"/release/*.msi)" bs=1 seek=9999 conv=notrunc status=none
-! "$source_dir/scripts/verify-release" "$work/release" . >"$work/verified.txt" || { echo "FAILED: a byte was not seen"; exit 1; }
-grep 'msi differs' "$work/verified.txt"
 msi=$(windows_path "$PWD/$(echo *.msi)")
+
+echo "== packed again, by somebody else, elsewhere in the world"
+cp -r . "$work/release"
+rm -r "$build"/*.msi "$build"/cmake/kit/{NOTICE,*.whl} "$build/docs/html"
+(umask 077 && TZ=Asia/Tokyo "$source_dir/scripts/package") >"$work/package.log" || { cat "$work/package.log"; exit 1; }
+cd "$source_dir/build/package"
+verify() { "$source_dir/scripts/verify-release" "$work/release" .; }
+verify
+for file in "$work"/release/*.{msi,zip}; do
+  /usr/bin/python3 -c 'import mmap, sys; f = open(sys.argv[1], "r+b"); mmap.mmap(f.fileno(), 0)[70000] ^= 1' "$file"
+  ! verify >"$work/verified.txt" 2>&1 && grep "^${file##*/} differs" "$work/verified.txt" ||
+    { echo "FAILED: a changed byte was not seen"; exit 1; }
+done
 cd "$work"
 for zip in "$source_dir"/build/package/*.zip; do cmake -E tar xf "$zip"; done
 cd vykeldevenum-*-windows-x64
 bin=$(windows_path "$PWD/bin")
 sha256sum --quiet -c SHA256SUMS
+! grep -rlF "$source_dir" . || { echo "FAILED: a folder of this machine is named"; exit 1; }
 
 echo "== bill of materials"
 /usr/bin/python3 - "$source_dir/tests/tool/spdx.schema.json" <<'PYTHON'
@@ -93,6 +102,7 @@ $tool --version
 echo == removal
 msiexec /x $newer /qn
 dir /s /b "C:\Program Files\Morvance"
+dir /s /b "%APPDATA%\Microsoft\Windows\Start Menu\Programs"
 reg query $uninstall /s
 $path
 $bin\vykeldev list
@@ -114,11 +124,11 @@ expect install missing 0
 expect install ';C:\\Program Files\\Morvance\\VY-KEL\\' 1
 expect install 'VY-KEL command prompt.lnk' 1
 expect upgrade DisplayVersion 1
-expect upgrade 'DisplayVersion.*99\.0\.0' 1
+expect upgrade 'DisplayVersion.*99\.0\.0|InstallLocation.*VY-KEL\\$|HelpLink.*VY-KEL\\docs\\troubleshooting.md' 3
 expect downgrade 'refused 1603' 1
 expect downgrade 'DisplayVersion' 1
 expect repair '^vykeldev [0-9]' 1
-for ended in removal 'setup fails'; do expect "$ended" 'Program Files.Morvance|Uninstall' 0; done
+for ended in removal 'setup fails'; do expect "$ended" 'Program Files.Morvance|command prompt|Uninstall' 0; done
 expect 'setup fails' 'refused 1603' 1
 grep "'C:.ProgramData.Morvance' is a file" "$work/failed.log" >/dev/null || { echo "FAILED: the log does not name the cause"; exit 1; }
 expect_devices "$work/installer.txt" 2
