@@ -21,7 +21,7 @@ set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE BOTH) # header-only packages of the host, 
 
 # Use GCC's C++ library, the one with posix threads, and no folder of the host: clang itself would find another
 # library. GCC's emulates thread-local variables, so our code must do so, too. The PDB files record the
-# compiler's options: without colours these are the same with a compiler cache and without one.
+# compiler's options, which must be the same whether somebody wants colours or not.
 execute_process(COMMAND ${_triplet}-g++-posix -print-libgcc-file-name
   OUTPUT_VARIABLE _gcc OUTPUT_STRIP_TRAILING_WHITESPACE COMMAND_ERROR_IS_FATAL ANY)
 cmake_path(GET _gcc PARENT_PATH _gcc)

@@ -16,4 +16,5 @@ for argument; do
   argument=${argument//"$source/"/"$up/"}
   arguments+=("${argument//"$source"/"$up"}")
 done
+export CCACHE_COMPILERTYPE=other # of clang, ccache asks for colours, which the symbols would record
 exec "${arguments[@]}"
