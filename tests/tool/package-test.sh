@@ -76,7 +76,7 @@ newer=$work/newer.msi
 sed 's/ Version="[0-9.]*"/ Version="99.0.0"/;s/Product Id="[^"]*/Product Id="00000000-0000-4000-8000-000000000001/' \
   "$build/cmake/kit/installer/installer.wxs" >"$work/installer.wxs"
 SOURCE_DATE_EPOCH=1700000000 /usr/bin/python3 "$source_dir/cmake/kit/installer/make.py" "$newer" BEA6B1D5-C361-4EFA-88C1-7B39468AEB00 99.0.0 \
-  "$work/installer.wxs" "$build"/{vykeldevenum.dll,vykeldev.exe,setup_action.dll,cmake/kit/NOTICE} "$source_dir"/docs/*.md
+  "$work/installer.wxs" "$build"/{vykeldevenum.dll,vykeldev.exe,setup_action.dll,cmake/kit/NOTICE} "$source_dir"/docs/{*.md,pictures/*.svg}
 newer=$(windows_path "$newer")
 tool='"C:\Program Files\Morvance\VY-KEL\vykeldev.exe"'
 uninstall='HKLM\Software\Microsoft\Windows\CurrentVersion\Uninstall'
