@@ -1,9 +1,9 @@
 #!/bin/bash
 # msvc-abi-test.sh BUILD
 #
-# Builds the sample client and the plug-in of README.md with clang in Microsoft's ABI, as a Windows user would with a
-# generator for several configurations: from the kit that kit-test.sh installed for the build in BUILD. Runs
-# them with its DLL.
+# Builds the sample client and the plug-in of docs/plugin-authors.md with clang in Microsoft's ABI, as a Windows user
+# would with a generator for several configurations: from the kit that kit-test.sh installed for the build in BUILD.
+# Runs them with its DLL.
 set -eu -o pipefail
 source_dir=$(cd "$(dirname "$0")/../.." && pwd)
 build=$(cd "$1" && pwd)
@@ -15,7 +15,7 @@ mkdir -p "$work"
 trap stop_environment EXIT
 cd "$work"
 
-sed -n '/^## A plug-in/,/^## /p' "$source_dir/README.md" | sed -n '/^```cpp$/,/^```$/{//!p}' >plugin.cpp
+sed -n '/^## A plug-in/,/^## /p' "$source_dir/docs/plugin-authors.md" | sed -n '/^```cpp$/,/^```$/{//!p}' >plugin.cpp
 
 llvm=/usr/lib/llvm-14/bin
 cmake -S "$source_dir/tests/tool/msvc-abi" -B build -G "Ninja Multi-Config" -DCMAKE_PREFIX_PATH="$kit" \
