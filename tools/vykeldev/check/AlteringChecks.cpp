@@ -28,23 +28,21 @@ struct Alteration {
 
 /// Finds a device again by its token.
 Device find(const List& list, const std::string& token) {
-    Share share(list.itsTrace(), 4, 10);
-    for (std::uint32_t i = 0, count = list.getCount(); i < count && share.lasts(); ++i)
+    std::optional<Device> found;
+    repeat(list.getCount(), *list.trace, 4, 10, [&](std::uint32_t i) {
+        if (found)
+            return;
         if (const Device device = deviceAt(list, i); quotedText(device.getPersistentToken(1)) == token)
-            return device;
-    throw Skipped("the device ", token, " is no longer there");
+            found = device;
+    });
+    return found ? *found : throw Skipped("the device ", token, " is no longer there");
 }
 
-[[noreturn]] void reportLost(const Property& property, const std::string& expected, const char* when,
-                             const PluginText& found) {
-    throw Broken(property.name, " was set to ", quotedText(expected), ", and ", when, " it is ",
-                 found == std::string() ? "not set" : quotedText(found));
-}
-
-void mustRead(const Property& property, const Device& device, const std::string& expected, const char* when) {
-    const PluginText found = property.read(device);
+void mustBe(const Property& property, const std::string& expected, const char* when,
+            const PluginText& found) {
     if (found != expected)
-        reportLost(property, expected, when, found);
+        throw Broken(property.name, " was set to ", quotedText(expected), ", and ", when, " it is ",
+                     found == std::string() ? "not set" : quotedText(found));
 }
 
 /// Sets the property of a device, and reads it back from that and from a list that existed before.
@@ -54,11 +52,11 @@ void alter(const Subject& subject, const Session& session, const Property& prope
     refresh(other);
     subject.trace.note({alteration.token, alteration.before, alteration.value});
     const Device device = find(session.list, alteration.token);
-    const std::int32_t code = property.write(device, alteration.value);
-    if (code < 0)
-        throw Questionable("setting ", property.name, " was refused with ", code);
-    mustRead(property, device, alteration.value, "read from the same device");
-    mustRead(property, find(other, alteration.token), alteration.value, "read from another list");
+    mustAccept<Questionable>(property.write(device, alteration.value), "setting ", property.name,
+                             " was refused with ");
+    mustBe(property, alteration.value, "read from the same device", property.read(device));
+    mustBe(property, alteration.value, "read from another list",
+           property.read(find(other, alteration.token)));
 }
 
 /// Reads the property in a later process, and restores its old value.
@@ -72,13 +70,13 @@ void putBack(const Subject& subject, const Property& property) {
     refresh(later);
     if (property.read(find(later, alteration.token)) == alteration.before)
         subject.trace.putBack();
-    if (subject.stage == Stage::Second && kept != alteration.value)
-        reportLost(property, alteration.value, "in a new process", kept);
+    if (subject.stage == Stage::Second)
+        mustBe(property, alteration.value, "in a new process", kept);
 }
 
-/// The old values of all devices that take the property. Leaves out devices that do not have a token of their
-/// own: nobody could find them again.
-std::vector<Alteration> readAll(const List& list, const Property& property) {
+/// What to alter: the first device whose property is set gets another value. Leaves out devices that do not
+/// have a token of their own: nobody could find them again. Throws when there is none.
+Alteration chooseAlteration(const List& list, const Property& property, const std::string& plugin) {
     std::map<std::string, int> count;
     std::vector<Alteration> all;
     lookAtDevices(list, [&](const Device& device, std::uint32_t) {
@@ -87,23 +85,18 @@ std::vector<Alteration> readAll(const List& list, const Property& property) {
         if (const PluginText value = property.read(device))
             all.push_back({token, *value, ""});
     });
-    const auto isAmbiguous = [&count](const Alteration& each) { return count[each.token] > 1; };
-    all.erase(std::remove_if(all.begin(), all.end(), isAmbiguous), all.end());
-    if (all.empty())
-        throw Skipped(property.name, ": no device with a token of its own takes one");
-    return all;
-}
-
-/// What to alter: the first device whose property is set gets another value. Throws when there is none.
-Alteration chooseAlteration(const List& list, const Property& property, const std::string& plugin) {
-    for (const Alteration& each : readAll(list, property))
-        if (!each.before.empty() && isUtf8(each.before) &&
+    bool isTaken = false;
+    for (const Alteration& each : all) {
+        const bool isUnique = count[each.token] == 1;
+        isTaken = isTaken || isUnique;
+        if (isUnique && !each.before.empty() && isUtf8(each.before) &&
             each.token.size() + each.before.size() <= maxNoteBytes)
             return {each.token, each.before, property.newValue(list)};
+    }
+    if (!isTaken)
+        throw Skipped(property.name, ": no device with a token of its own takes one");
     throw NotTried("Register the plug-in with 'vykeldev register NAME \"" + plugin +
-                       "\"', list its devices with "
-                       "'vykeldev list'" +
-                       property.setIt + ", and check again.",
+                       "\"', list its devices with 'vykeldev list'" + property.setIt + ", and check again.",
                    property.notSet);
 }
 

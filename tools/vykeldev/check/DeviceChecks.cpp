@@ -124,8 +124,7 @@ void checkTextsStay(const Subject& subject) {
     const std::vector<Device> devices = devicesOf(session.list);
     if (devices.size() < 2)
         throw Skipped("this needs two devices");
-    Share share(subject.trace, 2, 10);
-    for (std::size_t i = 0; i < devices.size() && share.lasts(); ++i) {
+    repeat(static_cast<std::uint32_t>(devices.size()), subject.trace, 2, 10, [&](std::uint32_t i) {
         const Device& other = devices[(i + 1) % devices.size()];
         for (const TextReader& reader : readers) {
             const char* const text = reader.read(devices[i]);
@@ -136,7 +135,7 @@ void checkTextsStay(const Subject& subject) {
                 throw Broken("a text of device ", i, ", ", quotedText(before), ", became ",
                              quotedText(PluginText(text)), " by calls on another device");
         }
-    }
+    });
 }
 
 } // namespace vykeldev::check

@@ -11,57 +11,45 @@
 namespace vykeldev::check {
 namespace {
 
-void mustInitialize(Plugin& plugin, int round) {
-    const std::int32_t code = plugin.initialize();
-    if (code < 0)
-        throw Broken("vykel_initializePlugin accepted at first, and in round ", round, " refused with ",
-                     code);
+void mustInitialize(Plugin& plugin, std::uint32_t round) {
+    mustAccept<Broken>(plugin.initialize(), "vykel_initializePlugin accepted at first, and in round ", round,
+                       " refused with ");
 }
 
 /// Uses the plug-in as if it were registered twice, once from start to end.
-void loadTwice(const Subject& subject, int round) {
-    Plugin first(subject, Ending::Unloaded);
+void loadTwice(const Subject& subject, std::uint32_t round) {
+    Plugin first(subject, unload);
     mustInitialize(first, round);
-    Plugin second(subject, Ending::Unloaded);
+    Plugin second(subject, unload);
     mustInitialize(second, round);
 }
 
 /// Refreshes a list and reads what it has, as clients do.
 void useList(const List& list) {
     refresh(list);
-    const std::uint32_t count = list.getCount();
-    Share share(list.itsTrace(), 8, 10);
-    for (std::uint32_t i = 0; i < count && share.lasts(); ++i) {
+    repeat(list.getCount(), *list.trace, 8, 10, [&list](std::uint32_t i) {
         const Fetched fetched = list.getDevice(i);
         if (!fetched.device)
-            continue; // another rule is about that
+            return; // another rule is about that
         fetched.device->getPersistentToken(1);
         fetched.device->getNumber();
         fetched.device->getAlias();
-    }
-}
-
-/// Makes a step so many times, or fewer within repeatingTime divided by `parts`. Returns how many.
-int repeat(int times, Trace& trace, int parts, const std::function<void()>& step) {
-    int done = 0;
-    for (Share share(trace, parts); done < times && share.lasts(); ++done)
-        step();
-    return done;
+    });
 }
 
 /// Repeats a step some thousand times, in which this process must not grow. `what` names several of them.
-void mustNotGrow(const char* what, Trace& trace, const std::function<void()>& step) {
-    constexpr int warmUp = 100; // what is allocated once
-    constexpr int steps = 1000;
+void mustNotGrow(const char* what, Trace& trace, const std::function<void(std::uint32_t)>& step) {
+    constexpr std::uint32_t warmUp = 100; // what is allocated once
+    constexpr std::uint32_t steps = 1000;
     constexpr int rounds = 4;                      // a leak grows every time, anything else settles ...
     constexpr std::chrono::milliseconds rest(100); // ... given the time, such as a thread's start
     constexpr std::uint64_t tolerated = 12 << 10;  // a few pages
     constexpr std::uint64_t toleratedHandles = 10;
     std::string growth;
-    repeat(warmUp, trace, 8, step);
+    repeat(warmUp, trace, 8, 1, step);
     for (int round = 0; round < rounds; ++round) {
         const Usage before = usageOfThisProcess();
-        const int done = repeat(steps, trace, 8, step);
+        const std::uint32_t done = repeat(steps, trace, 8, 1, step);
         const Usage after = usageOfThisProcess();
         const std::uint64_t memory = after.memory > before.memory ? after.memory - before.memory : 0;
         const std::uint64_t handles = after.handles > before.handles ? after.handles - before.handles : 0;
@@ -76,7 +64,7 @@ void mustNotGrow(const char* what, Trace& trace, const std::function<void()>& st
 } // namespace
 
 void checkLibraryLoads(const Subject& subject) {
-    const Module module(subject);
+    loadModule(subject);
 }
 
 void checkEntryPoints(const Subject& subject) {
@@ -85,20 +73,18 @@ void checkEntryPoints(const Subject& subject) {
 
 void checkInitialises(const Subject& subject) {
     Plugin plugin(subject);
-    const std::int32_t code = plugin.initialize();
-    if (code < 0)
-        throw Broken("vykel_initializePlugin refused with ", code);
+    mustAccept<Broken>(plugin.initialize(), "vykel_initializePlugin refused with ");
 }
 
 void checkReload(const Subject& subject) {
     constexpr int rounds = 100;
     constexpr int roundsLoaded = 10;
     subject.trace.repeating("initialising and finalising, loading and unloading, again and again");
-    {
-        const Module staysLoaded(subject, Ending::Unloaded);
-        repeat(roundsLoaded, subject.trace, 4, [&, round = 0]() mutable { loadTwice(subject, ++round); });
-    }
-    repeat(rounds, subject.trace, 2, [&, round = 0]() mutable { loadTwice(subject, ++round); });
+    Module staysLoaded = loadModule(subject, unload);
+    const auto loadAgain = [&subject](std::uint32_t number) { loadTwice(subject, number + 1); };
+    repeat(roundsLoaded, subject.trace, 4, 1, loadAgain);
+    staysLoaded.reset();
+    repeat(rounds, subject.trace, 2, 1, loadAgain);
 }
 
 void checkNewList(const Subject& subject) {
@@ -106,7 +92,7 @@ void checkNewList(const Subject& subject) {
     const auto makeList = [&] { return refusalIsQuestionable([&] { return plugin.makeList(); }); };
     const List first = makeList();
     const List second = makeList();
-    if (first.identity() == second.identity())
+    if (first.object == second.object)
         throw Broken("two calls of vykel_getPluginInterface stored the same list");
 }
 
@@ -123,14 +109,12 @@ void checkAttachDetach(const Subject& subject) {
     constexpr std::uint64_t otherToken = ~token;
     const InitializedPlugin plugin(subject);
     const List list = plugin.makeList();
-    const std::int32_t refused = list.attach(token);
-    if (refused < 0)
-        throw Skipped("attach refuses tokens with ", refused);
+    mustAccept<Skipped>(list.attach(token), "attach refuses tokens with ");
     if (list.attach(otherToken) >= 0)
         list.detach(otherToken);
     list.detach(token);
     plugin.trace.repeating("attach and detach, again and again");
-    mustNotGrow("tokens attached and detached", plugin.trace, [&, round = 1]() mutable {
+    mustNotGrow("tokens attached and detached", plugin.trace, [&, round = 1](std::uint32_t) mutable {
         ++round;
         const std::int32_t code = list.attach(token);
         // cppcheck-suppress identicalConditionAfterEarlyExit ; a plug-in may answer otherwise this time
@@ -145,7 +129,7 @@ void checkAttachDetach(const Subject& subject) {
 void checkReleaseFrees(const Subject& subject) {
     const InitializedPlugin plugin(subject);
     plugin.trace.repeating("making, using and releasing lists by the thousand");
-    mustNotGrow("lists made and released", plugin.trace, [&, number = 0]() mutable {
+    mustNotGrow("lists made and released", plugin.trace, [&, number = 0](std::uint32_t) mutable {
         ++number;
         try {
             useList(plugin.makeList());
@@ -165,7 +149,7 @@ void checkThreads(const Subject& subject) {
         std::unique_lock<std::mutex> lock(entryPoints);
         const List list = plugin.makeList();
         lock.unlock();
-        repeat(rounds, plugin.trace, 2, [&] { useList(list); });
+        repeat(rounds, plugin.trace, 2, 1, [&list](std::uint32_t) { useList(list); });
     };
     try {
         std::future<void> first = std::async(std::launch::async, work);

@@ -46,9 +46,7 @@ void checkRefresh(const Subject& subject) {
         list.isStale();
         refusalIsQuestionable([&] { refresh(list); });
         const std::uint32_t count = list.getCount();
-        Share share(plugin.trace, 8, 10);
-        for (std::uint32_t i = 0; i < count && share.lasts(); ++i)
-            list.getDevice(i);
+        repeat(count, plugin.trace, 8, 10, [&list](std::uint32_t i) { list.getDevice(i); });
         const std::uint32_t later = list.getCount();
         if (later != count)
             throw Broken("getCount changed from ", count, " to ", later, " without a refresh");
@@ -92,9 +90,8 @@ void checkIndexBeyond(const Subject& subject) {
     mustRefuse(session.list, std::numeric_limits<std::uint32_t>::max(), count);
     session.plugin.trace.repeating("getDevice for a million indices beyond the count");
     const std::uint32_t step = (std::numeric_limits<std::uint32_t>::max() - count) / calls;
-    Share share(subject.trace, 1);
-    for (std::uint32_t i = 0; i < calls && share.lasts(); ++i)
-        mustRefuse(session.list, count + i * step, count);
+    repeat(calls, subject.trace, 1, 1,
+           [&](std::uint32_t i) { mustRefuse(session.list, count + i * step, count); });
 }
 
 void checkMinimumVersion(const Subject& subject) {

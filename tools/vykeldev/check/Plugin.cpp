@@ -8,24 +8,23 @@
 #include <cstring>
 
 namespace vykeldev::check {
-namespace {
-
-constexpr std::uint32_t codeOnlySize = 8;
-constexpr unsigned char guard = 0xA5;
-
-} // namespace
 
 std::string quotedText(const PluginText& text) {
     return text ? "'" + printable(*text) + "'" : "null";
 }
 
-CodeOnlyStatus::CodeOnlyStatus(std::int32_t preset) noexcept {
+std::int32_t codeLeft(const char* operation, std::int32_t preset, Trace& trace,
+                      const std::function<void(vykel::StatusBlock*)>& call) {
+    constexpr std::uint32_t codeOnlySize = 8;
+    constexpr unsigned char guard = 0xA5;
+    struct {
+        vykel::StatusBlock block;
+        unsigned char afterBlock[64];
+    } memory;
     std::memset(&memory, guard, sizeof memory);
     memory.block.structSize = codeOnlySize;
     memory.block.code = preset;
-}
-
-std::int32_t CodeOnlyStatus::codeAfter(const char* operation, Trace& trace) const {
+    trace.call(operation, [&] { call(&memory.block); });
     // All bytes after the code are the guard when the first is, and each is like the one before it.
     const auto* const after = reinterpret_cast<const unsigned char*>(&memory) + codeOnlySize;
     if (memory.block.structSize != codeOnlySize || *after != guard ||
@@ -35,61 +34,45 @@ std::int32_t CodeOnlyStatus::codeAfter(const char* operation, Trace& trace) cons
 }
 
 Fetched List::getDevice(std::uint32_t index, std::int32_t minimumVersion, std::int32_t preset) const {
-    CodeOnlyStatus status(preset);
-    vykel::IDevice* const device =
-        call("getDevice", &Interface::getDevice, index, minimumVersion, status.block());
-    const std::int32_t code = status.codeAfter("getDevice", *trace);
-    if (device == nullptr)
-        return {std::nullopt, code};
-    return {Device(*device, *trace), code};
+    vykel::IDevice* device = nullptr;
+    const std::int32_t code = codeLeft("getDevice", preset, *trace, [&](vykel::StatusBlock* status) {
+        device = object->getDevice(index, minimumVersion, status);
+    });
+    return {device == nullptr ? std::nullopt : std::optional(Device{{device, trace}}), code};
 }
 
-void List::Release::operator()(Interface* list) const noexcept {
-    try {
-        trace->call("release", [list] { list->release(); });
-    } catch (const Skipped&) { // reported as an incident
-    }
-}
-
-Module::Module(const Subject& subject, Ending itsEnding) : ending(itsEnding) {
+Module loadModule(const Subject& subject, Ending ending) {
     subject.trace.calling("loading the library");
-    handle = LoadLibraryExW(toWide(subject.path).c_str(), nullptr, 0);
-    if (handle != nullptr)
-        return;
+    Module module(LoadLibraryExW(toWide(subject.path).c_str(), nullptr, 0), ending);
+    if (module)
+        return module;
     const Failure failure = systemFailure("loading it", GetLastError(), "");
     const std::string bad = describeBadDependencies(subject.path);
     throw Broken(failure.what(), (failure.meaning.empty() ? "" : ": " + failure.meaning),
                  (bad.empty() ? "" : "; " + bad));
 }
 
-Module::~Module() {
-    if (ending == Ending::Unloaded)
-        unload(handle);
-}
-
-template <class Function>
-void Module::find(Function*& function, const char* name, std::string& missing) const {
-    function = reinterpret_cast<Function*>(reinterpret_cast<void (*)()>(GetProcAddress(handle, name)));
-    if (function == nullptr)
-        missing += (missing.empty() ? "not exported: " : ", ") + std::string(name);
-}
-
-Plugin::Plugin(const Subject& subject, Ending ending) : trace(subject.trace), module(subject, ending) {
+Plugin::Plugin(const Subject& subject, Ending ending)
+    : trace(subject.trace), module(loadModule(subject, ending)) {
     std::string missing;
-    module.find(initializePlugin, "vykel_initializePlugin", missing);
-    module.find(getPluginInterface, "vykel_getPluginInterface", missing);
-    module.find(finalizePlugin, "vykel_finalizePlugin", missing);
+    const auto find = [&](auto*& function, const char* name) {
+        using Function = std::remove_reference_t<decltype(function)>;
+        using AnyFunction = void (*)(); // the compilers warn of a direct cast between unlike signatures
+        function =
+            reinterpret_cast<Function>(reinterpret_cast<AnyFunction>(GetProcAddress(module.get(), name)));
+        if (function == nullptr)
+            missing += (missing.empty() ? "not exported: " : ", ") + std::string(name);
+    };
+    find(initializePlugin, "vykel_initializePlugin");
+    find(getPluginInterface, "vykel_getPluginInterface");
+    find(finalizePlugin, "vykel_finalizePlugin");
     if (!missing.empty())
         throw Broken(missing);
 }
 
 Plugin::~Plugin() {
-    if (!initialized)
-        return;
-    try {
-        trace.call("vykel_finalizePlugin", finalizePlugin);
-    } catch (const Skipped&) { // reported as an incident
-    }
+    if (initialized)
+        trace.callAtEnd("vykel_finalizePlugin", finalizePlugin);
 }
 
 std::int32_t Plugin::initialize() {
@@ -103,15 +86,14 @@ std::int32_t Plugin::getInterface(std::int32_t version, std::optional<List>& lis
     const std::int32_t code =
         trace.call("vykel_getPluginInterface", [&] { return getPluginInterface(version, &made); });
     if (code >= 0 && made != nullptr)
-        list.emplace(*made, trace);
+        list.emplace(made, &trace);
     return code;
 }
 
 List Plugin::makeList() const {
     std::optional<List> list;
     const std::int32_t code = getInterface(0, list);
-    if (code < 0)
-        throw Refused("no list this time: vykel_getPluginInterface answered ", code);
+    mustAccept<Refused>(code, "no list this time: vykel_getPluginInterface answered ");
     if (!list)
         throw Broken("vykel_getPluginInterface answered ", code, " and stored no list");
     return std::move(*list);

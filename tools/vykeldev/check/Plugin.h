@@ -7,9 +7,11 @@
 #include "vykel/PluginEntryPoints.h"
 #include "vytpl/NonCopyable.h"
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <type_traits>
 #include <windows.h>
 
 /// The plug-in under check, its lists and devices. Every call goes through Trace::call. Every status block
@@ -28,30 +30,14 @@ inline PluginText copied(const char* text) {
 /// std::quoted.)
 std::string quotedText(const PluginText& text);
 
-/// A block of 8 bytes before memory that nobody may write.
-class CodeOnlyStatus {
-public:
-    explicit CodeOnlyStatus(std::int32_t preset) noexcept;
-    vykel::StatusBlock* block() noexcept { return &memory.block; }
-    /// The code that the operation left. Reports an incident when it changed more than that.
-    std::int32_t codeAfter(const char* operation, Trace& trace) const;
-
-private:
-    struct {
-        vykel::StatusBlock block;
-        unsigned char afterBlock[64];
-    } memory;
-};
+/// Makes a call with a status block of 8 bytes, in which the code is `preset` before. Returns the code that
+/// the call left. Reports an incident when it changed more than that.
+std::int32_t codeLeft(const char* operation, std::int32_t preset, Trace& trace,
+                      const std::function<void(vykel::StatusBlock*)>& call);
 
 /// Calls the operations of an object of the plug-in.
 template <class Interface>
-class PluginObject {
-public:
-    Trace& itsTrace() const noexcept { return *trace; }
-
-protected:
-    PluginObject(Interface& itsObject, Trace& toTrace) : object(&itsObject), trace(&toTrace) {}
-
+struct PluginObject {
     template <class Operation, class... Arguments>
     auto call(const char* name, Operation operation, Arguments... arguments) const {
         return trace->call(name, [&] { return (object->*operation)(arguments...); });
@@ -61,9 +47,8 @@ protected:
     template <class Operation, class... Arguments>
     std::int32_t report(const char* name, std::int32_t preset, Operation operation,
                         Arguments... arguments) const {
-        CodeOnlyStatus status(preset);
-        call(name, operation, arguments..., status.block());
-        return status.codeAfter(name, *trace);
+        return codeLeft(name, preset, *trace,
+                        [&](vykel::StatusBlock* status) { (object->*operation)(arguments..., status); });
     }
 
     Interface* object;
@@ -71,11 +56,8 @@ protected:
 };
 
 /// A device: borrows the plug-in's object.
-class Device : public PluginObject<vykel::IDevice> {
+struct Device : PluginObject<vykel::IDevice> {
     using Interface = vykel::IDevice;
-
-public:
-    Device(Interface& device, Trace& toTrace) : PluginObject(device, toTrace) {}
 
     std::int32_t getVersion() const { return call("IDevice::getVersion", &Interface::getVersion); }
     std::uint32_t getSortKey() const { return call("getSortKey", &Interface::getSortKey); }
@@ -103,12 +85,12 @@ struct Fetched {
 };
 
 /// A list, released at the end. `preset` is the code in the block before the call.
-class List : public PluginObject<vykel::IDeviceList> {
+struct List : PluginObject<vykel::IDeviceList> {
     using Interface = vykel::IDeviceList;
-
-public:
-    List(Interface& list, Trace& toTrace)
-        : PluginObject(list, toTrace), ownership(&list, Release{&toTrace}) {}
+    List(Interface* list, Trace* toTrace)
+        : PluginObject{list, toTrace}, ownership(list, [toTrace](Interface* own) {
+              toTrace->callAtEnd("release", [own] { own->release(); });
+          }) {}
 
     std::int32_t getVersion() const { return call("IDeviceList::getVersion", &Interface::getVersion); }
     bool isStale() const { return call("isStale", &Interface::isStale); }
@@ -127,39 +109,23 @@ public:
     std::int32_t attach(std::uint64_t token) const { return report("attach", 0, &Interface::attach, token); }
     void detach(std::uint64_t token) const { call("detach", &Interface::detach, token); }
 
-    /// Which list it is, for comparisons.
-    const void* identity() const noexcept { return object; }
-
 private:
-    struct Release {
-        Trace* trace;
-        void operator()(Interface* list) const noexcept;
-    };
-    std::unique_ptr<Interface, Release> ownership;
+    std::unique_ptr<Interface, std::function<void(Interface*)>> ownership;
 };
 
-/// What becomes of the library. Only one rule is about being unloaded.
-enum class Ending { StaysLoaded, Unloaded };
+/// What becomes of the library at the end. Only one rule is about being unloaded.
+using Ending = void (*)(HMODULE) noexcept;
+inline void stayLoaded(HMODULE) noexcept {}
 
-/// A loaded library. Construction throws Broken.
-class Module : private vytpl::NonCopyableT<Module> {
-public:
-    explicit Module(const Subject& subject, Ending itsEnding = Ending::StaysLoaded);
-    ~Module();
-
-    /// Finds an entry point. Adds the name to `missing` when there is none.
-    template <class Function>
-    void find(Function*& function, const char* name, std::string& missing) const;
-
-private:
-    HMODULE handle = nullptr;
-    Ending ending;
-};
+/// The plug-in's library, loaded.
+using Module = std::unique_ptr<std::remove_pointer_t<HMODULE>, Ending>;
+/// Throws Broken.
+Module loadModule(const Subject& subject, Ending ending = stayLoaded);
 
 /// The plug-in, loaded; finalised at the end when it is initialised. Construction throws Broken.
 class Plugin : private vytpl::NonCopyableT<Plugin> {
 public:
-    explicit Plugin(const Subject& subject, Ending ending = Ending::StaysLoaded);
+    explicit Plugin(const Subject& subject, Ending ending = stayLoaded);
     ~Plugin();
 
     /// Returns the code.
@@ -172,7 +138,7 @@ public:
     Trace& trace;
 
 private:
-    Module module;
+    const Module module;
     decltype(vykel_initializePlugin)* initializePlugin;
     decltype(vykel_getPluginInterface)* getPluginInterface;
     decltype(vykel_finalizePlugin)* finalizePlugin;

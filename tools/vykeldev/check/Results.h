@@ -11,9 +11,6 @@
 
 namespace vykeldev::check {
 
-/// What came out of a rule. A warning: it is broken, but the library copes with that, or it may be intended.
-enum class Outcome { Passed, Warning, Failed, Skipped };
-
 /// The names in reports.
 constexpr const char* outcomeNames[] = {"passed", "warning", "failed", "skipped"};
 
@@ -28,11 +25,11 @@ constexpr bool isBroken(Outcome outcome) noexcept {
 /// What came out of one rule.
 struct Result {
     const Rule* rule = nullptr;
-    Outcome outcome = Outcome::Passed;
-    std::string observed; ///< What broke the rule, or why it was skipped.
-    std::chrono::milliseconds duration{0};
+    Outcome outcome = Outcome::Failed;
+    std::string observed = {}; ///< What broke the rule, or why it was skipped.
     /// The rule because of whose result it was skipped; null when it was not, or for another reason.
     const Rule* cause = nullptr;
+    std::chrono::milliseconds duration{0};
     bool wasCutShort = false; ///< Its time for repeating was over before it had looked as often as usual.
     std::string remedy = {};  ///< Of a rule that was not tried: what to do about that.
 };

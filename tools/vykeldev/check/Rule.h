@@ -5,6 +5,7 @@
 #include "system/Text.h"
 #include "system/ToolCommand.h"
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <vector>
 
@@ -52,40 +53,51 @@ struct Rule {
     bool alters() const noexcept { return *lock != '\0'; }
 };
 
-/// Ends a check whose rule did not pass. It is made from the parts of a text, which can be numbers, too.
+/// What came out of a rule. A warning: it is broken, but the library copes with that, or it may be intended.
+enum class Outcome { Passed, Warning, Failed, Skipped };
+
+/// Ends a check whose rule did not pass.
 struct Verdict {
-    template <class... Parts>
-    explicit Verdict(const Parts&... parts) : observed(concat(parts...)) {}
+    Outcome outcome; ///< When an error is what the rule's severity says.
     std::string observed;
+    std::string remedy = {}; ///< What to do about a rule that was not tried.
+};
+
+/// A verdict that is made from the parts of a text, which can be numbers, too.
+template <Outcome ofAll>
+struct VerdictOf : Verdict {
+    template <class... Parts>
+    explicit VerdictOf(const Parts&... parts) : Verdict{ofAll, concat(parts...)} {}
 };
 
 /// The rule is broken.
-struct Broken : Verdict {
-    using Verdict::Verdict;
-};
+using Broken = VerdictOf<Outcome::Failed>;
 
 /// The rule is broken because the plug-in returned a negative code.
 struct Refused : Broken {
-    using Broken::Broken;
+    using Broken::VerdictOf;
 };
 
+/// Ends the check when a code is negative: with a verdict that is made from the parts and the code.
+template <class Refusal, class... Parts>
+void mustAccept(std::int32_t code, const Parts&... parts) {
+    if (code < 0)
+        throw Refusal(parts..., code);
+}
+
 /// The rule is broken in a way that may be intended: a warning, whatever the severity of the rule.
-struct Questionable : Verdict {
-    using Verdict::Verdict;
-};
+using Questionable = VerdictOf<Outcome::Warning>;
 
 /// The rule was not tried: a warning that says what to do about that.
 struct NotTried : Questionable {
     template <class... Parts>
-    explicit NotTried(std::string whatToDo, const Parts&... parts)
-        : Questionable("not tried: ", parts...), remedy(typeable(std::move(whatToDo))) {}
-    std::string remedy;
+    explicit NotTried(std::string whatToDo, const Parts&... parts) : Questionable("not tried: ", parts...) {
+        remedy = typeable(std::move(whatToDo));
+    }
 };
 
 /// The rule cannot be judged here.
-struct Skipped : Verdict {
-    using Verdict::Verdict;
-};
+using Skipped = VerdictOf<Outcome::Skipped>;
 
 } // namespace vykeldev::check
 

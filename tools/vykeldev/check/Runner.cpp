@@ -52,8 +52,7 @@ public:
     /// Checks a rule, unless there is a reason to skip it. Throws Failure when that cannot be done.
     const Result& add(const Rule& rule) {
         progress.show(concat("checking '", rule.id, "'"));
-        const std::optional<Result> skipped = reasonToSkip(rule);
-        collected.results.push_back(skipped ? *skipped : check(rule));
+        collected.results.push_back(check(rule));
         progress.show({});
         return collected.results.back();
     }
@@ -66,7 +65,7 @@ public:
         if (broken.empty())
             return result;
         if (result == nullptr)
-            result = &collected.results.emplace_back(Result{&rule, {}, {}, {}});
+            result = &collected.results.emplace_back(Result{&rule});
         const std::size_t more = broken.size() - 1;
         result->outcome = Outcome::Failed;
         result->cause = nullptr;
@@ -77,22 +76,21 @@ public:
     RunResults collected;
 
 private:
-    /// The result of a rule that there is a reason to skip.
-    std::optional<Result> reasonToSkip(const Rule& rule) {
+    Result check(const Rule& rule) {
         const auto skipped = [&rule](const std::string& reason, const Rule* cause) {
-            return Result{&rule, Outcome::Skipped, reason, {}, cause};
+            return Result{&rule, Outcome::Skipped, reason, cause};
         };
         if (options.readOnly && rule.alters())
             return skipped("left out by --read-only", nullptr);
         const Result* const needed = resultOf(rule.needs);
         if (needed == nullptr || needed->outcome == Outcome::Passed)
-            return std::nullopt;
+            return run(rule);
         if (needed->outcome == Outcome::Skipped)
             return skipped(needed->observed, needed->cause != nullptr ? needed->cause : needed->rule);
         return skipped(concat("it needs '", rule.needs, "', which did not pass"), needed->rule);
     }
 
-    Result check(const Rule& rule) {
+    Result run(const Rule& rule) {
         try {
             const vykel::FileStream lock = rule.alters() ? lockMachine(rule.lock) : nullptr;
             Account account = runOnce(rule, Stage::First, {});
@@ -102,10 +100,9 @@ private:
                 throw Failure(concat("the rule '", rule.id, "' cannot be checked: ", account.toolFailed),
                               "This tool failed, not the plug-in.",
                               "Choose other rules with --rule, and report the failure.");
-            return {&rule,   *account.outcome,    account.observed, account.duration,
-                    nullptr, account.wasCutShort, account.remedy};
+            return account;
         } catch (const NotTried& notTried) {
-            return {&rule, Outcome::Warning, notTried.observed, {}, nullptr, false, notTried.remedy};
+            return {&rule, notTried.outcome, notTried.observed, nullptr, {}, false, notTried.remedy};
         }
     }
 
@@ -131,11 +128,10 @@ private:
         first.wasCutShort = first.wasCutShort || second.wasCutShort;
         if (first.toolFailed.empty())
             first.toolFailed = second.toolFailed;
-        const Outcome outcome = second.outcome.value_or(Outcome::Failed);
         if (passed) {
-            first.outcome = outcome;
+            first.outcome = second.outcome;
             first.observed = second.observed;
-        } else if (isBroken(outcome)) {
+        } else if (isBroken(second.outcome)) {
             first.observed += "; then, in a new process, " + second.observed;
         }
         if (!rule.alters() || second.putBack)

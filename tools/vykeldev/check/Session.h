@@ -23,9 +23,7 @@ decltype(auto) refusalIsQuestionable(Step&& step) {
 /// The plug-in, loaded and initialised.
 struct InitializedPlugin : Plugin {
     explicit InitializedPlugin(const Subject& subject) : Plugin(subject) {
-        const std::int32_t code = initialize();
-        if (code < 0)
-            throw Skipped("vykel_initializePlugin refused with ", code);
+        mustAccept<Skipped>(initialize(), "vykel_initializePlugin refused with ");
     }
 };
 
@@ -50,10 +48,7 @@ inline Device deviceAt(const List& list, std::uint32_t index) {
 /// ten in any case.
 template <class Look>
 void lookAtDevices(const List& list, Look look) {
-    const std::uint32_t count = list.getCount();
-    Share share(list.itsTrace(), 4, 10);
-    for (std::uint32_t i = 0; i < count && share.lasts(); ++i)
-        look(deviceAt(list, i), i);
+    repeat(list.getCount(), *list.trace, 4, 10, [&](std::uint32_t i) { look(deviceAt(list, i), i); });
 }
 
 inline std::vector<Device> devicesOf(const List& list) {

@@ -10,23 +10,14 @@ constexpr std::uint32_t foreignException = 0xE06D7363; // of the Microsoft compi
 
 /// Checks a rule. Returns the report of what came out.
 Json checkRule(const Rule& rule, const Subject& subject) {
-    const auto ended = [](Outcome outcome, const std::string& observed) {
-        return Json{{"outcome", outcome}, {"observed", observed}};
-    };
     try {
         rule.check(subject);
-        return ended(Outcome::Passed, "");
-    } catch (const Broken& broken) {
-        return ended(rule.severity == Severity::Warning ? Outcome::Warning : Outcome::Failed,
-                     broken.observed);
-    } catch (const NotTried& notTried) {
-        Json report = ended(Outcome::Warning, notTried.observed);
-        report["remedy"] = notTried.remedy;
-        return report;
-    } catch (const Questionable& questionable) {
-        return ended(Outcome::Warning, questionable.observed);
-    } catch (const Skipped& skipped) {
-        return ended(Outcome::Skipped, skipped.observed);
+        return {{"outcome", Outcome::Passed}};
+    } catch (const Verdict& verdict) {
+        const bool isMild = verdict.outcome == Outcome::Failed && rule.severity == Severity::Warning;
+        return {{"outcome", isMild ? Outcome::Warning : verdict.outcome},
+                {"observed", verdict.observed},
+                {"remedy", verdict.remedy}};
     } catch (const std::exception& exception) {
         return {{"toolFailed", exception.what()}};
     }
@@ -52,6 +43,7 @@ void take(const Json& report, Account& account) {
     if (const auto rule = report.value("incident", std::string()); !rule.empty())
         account.incidents.push_back({rule, observed});
     if (report.contains("outcome")) {
+        account.ended = true;
         account.outcome = report["outcome"].get<Outcome>();
         account.observed = observed;
         account.remedy = report.value("remedy", std::string());
@@ -74,6 +66,7 @@ const ChildTask checkRuleTask = {"check-rule", runInChild};
 Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
                  const std::vector<std::string>& notes) {
     Account account;
+    account.rule = &rule;
     std::vector<std::string> arguments{rule.id, options.path, std::to_string(static_cast<int>(stage))};
     arguments.insert(arguments.end(), notes.begin(), notes.end());
     TaskRun run(
@@ -81,9 +74,8 @@ Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
         rule.alters() ? TaskRun::CtrlC::Waits : TaskRun::CtrlC::Ends);
     const ChildOutcome child = run.finish(options.limit, TaskRun::Limit::BetweenReports);
     account.duration = child.duration;
-    if (account.outcome || !account.toolFailed.empty())
+    if (account.ended || !account.toolFailed.empty())
         return account;
-    account.outcome = Outcome::Failed;
     account.observed = endText(child, options.limit) + (run.step().empty() ? "" : " in: " + run.step());
     if (child.end && child.end->crashed && child.end->code == foreignException) {
         account.incidents.push_back(

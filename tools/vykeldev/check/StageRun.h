@@ -3,7 +3,6 @@
 
 #include "check/Results.h"
 #include "child/ChildTask.h"
-#include <optional>
 
 namespace vykeldev::check {
 
@@ -25,16 +24,12 @@ struct Incident {
 };
 
 /// What came out of one stage of a rule.
-struct Account {
-    std::optional<Outcome> outcome; ///< None before its end.
-    std::string observed;
-    std::string remedy;             ///< See Result.
+struct Account : Result {
+    bool ended = false;             ///< The check told its outcome.
     std::vector<std::string> notes; ///< For the next stage.
     bool putBack = false;           ///< What was altered is as it was before.
     std::string toolFailed;         ///< How this tool itself failed there, if it did.
     std::vector<Incident> incidents;
-    bool wasCutShort = false; ///< Its time for repeating was over.
-    std::chrono::milliseconds duration{0};
 };
 
 /// Runs a stage of a rule, with notes for it (see Subject), in a process of its own, which is killed when it

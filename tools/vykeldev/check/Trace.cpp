@@ -2,25 +2,18 @@
 
 namespace vykeldev::check {
 
-Trace::Trace(Reporter& toParent) : reporter(toParent), progress([this] { reportProgress(); }) {}
-
-Trace::~Trace() {
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        ended = true;
-    }
-    end.notify_one();
-    progress.join();
-}
-
 void Trace::calling(const char* operation) {
-    ++callCount;
+    constexpr std::chrono::milliseconds interval(10); // little beside any time limit
     if (!isRepeating)
-        reporter.beginStep(operation);
+        return reporter.beginStep(operation);
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (const Clock::time_point now = Clock::now(); now >= nextReport) {
+        nextReport = now + interval;
+        reporter.report({{"progress", true}});
+    }
 }
 
 void Trace::repeating(const std::string& what) {
-    ++callCount;
     reporter.beginStep(what);
     isRepeating = true;
 }
@@ -44,26 +37,19 @@ void Trace::exceptionLeft(const char* operation, const std::string& what) {
     throw Skipped("an exception left ", operation, "; see 'no-exception'");
 }
 
-void Trace::reportProgress() {
-    constexpr std::chrono::milliseconds interval(100);
-    std::unique_lock<std::mutex> lock(mutex);
-    std::uint64_t reported = 0;
-    while (!end.wait_for(lock, interval, [this] { return ended; })) {
-        if (const std::uint64_t calls = callCount; calls != reported) {
-            reported = calls;
-            reporter.report({{"progress", calls}});
+std::uint32_t repeat(std::uint32_t times, Trace& trace, int parts, std::uint32_t minimum,
+                     const std::function<void(std::uint32_t)>& step) {
+    using Clock = std::chrono::steady_clock;
+    constexpr std::uint32_t maxRounds = 1'000'000; // a faulty plug-in may count billions of devices
+    const Clock::time_point end = Clock::now() + std::chrono::milliseconds(30'000) / parts;
+    for (std::uint32_t number = 0; number < times; ++number) {
+        if (number >= minimum && (number >= maxRounds || Clock::now() >= end)) {
+            trace.cutShort();
+            return number;
         }
+        step(number);
     }
-}
-
-bool Share::lasts() {
-    constexpr int maxRounds = 1'000'000; // a faulty plug-in may count billions of devices
-    if (rounds < minimum || (rounds < maxRounds && Clock::now() < end)) {
-        ++rounds;
-        return true;
-    }
-    trace.cutShort();
-    return false;
+    return times;
 }
 
 } // namespace vykeldev::check

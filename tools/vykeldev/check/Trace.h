@@ -6,23 +6,20 @@
 #include "vytpl/NonCopyable.h"
 #include <atomic>
 #include <chrono>
-#include <condition_variable>
 #include <cstdint>
 #include <exception>
+#include <functional>
 #include <mutex>
 #include <set>
 #include <string>
-#include <thread>
 
 namespace vykeldev::check {
 
 /// Reports to the parent process what a rule is doing, so that the parent knows what a plug-in that crashes
-/// or hangs was last asked for. As long as calls begin, it reports that ten times a second: the plug-in does
-/// not hang. Any thread may call.
+/// or hangs was last asked for, and that it does not hang as long as calls begin. Any thread may call.
 class Trace : private vytpl::NonCopyableT<Trace> {
 public:
-    explicit Trace(Reporter& toParent);
-    ~Trace();
+    explicit Trace(Reporter& toParent) : reporter(toParent) {}
 
     /// Makes a call into the plug-in. When an exception comes out, that is an incident of its own, and the
     /// rule at work is skipped (throws Skipped).
@@ -38,6 +35,15 @@ public:
             escaped = "of no standard type";
         }
         exceptionLeft(operation, escaped);
+    }
+
+    /// The same at the end of an object, whatever comes out.
+    template <class Call>
+    void callAtEnd(const char* operation, Call&& intoPlugin) noexcept {
+        try {
+            call(operation, intoPlugin);
+        } catch (const Skipped&) { // reported as an incident
+        }
     }
 
     /// Names what is done next.
@@ -60,41 +66,24 @@ public:
     void incident(const char* rule, const std::string& observed);
 
 private:
+    using Clock = std::chrono::steady_clock;
+
     [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);
-    void reportProgress();
 
     Reporter& reporter;
     bool isRepeating = false;
-    std::atomic<std::uint64_t> callCount{0};
     std::atomic<bool> shortened{false};
-    std::mutex mutex;
+    std::mutex mutex; // of the following
+    Clock::time_point nextReport;
     std::set<std::string> incidents; // each is reported once
-    bool ended = false;
-    std::condition_variable end;
-    std::thread progress;
 };
 
-/// The time that the loops of one rule may take together.
-constexpr std::chrono::milliseconds repeatingTime = std::chrono::seconds(30);
-
-/// The part of this time that one loop may use. A slow plug-in, or one of very many devices, is then
-/// looked at less often instead of for hours. One thread.
-class Share : private vytpl::NonCopyableT<Share> {
-public:
-    /// The loop may take repeatingTime divided by `parts`, but makes `minimum` rounds in any case.
-    Share(Trace& itsTrace, int parts, int itsMinimum = 1)
-        : trace(itsTrace), minimum(itsMinimum), end(Clock::now() + repeatingTime / parts) {}
-
-    /// Whether there may be another round. Call it only when there is something left to do.
-    bool lasts();
-
-private:
-    using Clock = std::chrono::steady_clock;
-    Trace& trace;
-    const int minimum;
-    const Clock::time_point end;
-    int rounds = 0;
-};
+/// Makes a step for each number below `times`, or for fewer, but at least `minimum`, when that takes too
+/// long: the loops of one rule may take 30 seconds together, this one a part of `parts` of that. So a slow
+/// plug-in, or one of very many devices, is looked at less often instead of for hours. Returns how many steps
+/// it made.
+std::uint32_t repeat(std::uint32_t times, Trace& trace, int parts, std::uint32_t minimum,
+                     const std::function<void(std::uint32_t number)>& step);
 
 } // namespace vykeldev::check
 
