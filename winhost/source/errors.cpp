@@ -1,8 +1,10 @@
 #include "winhost/errors.h"
 
 #include "faultCheck.h"
+#include <algorithm>
 #include <cstdlib>
 #include <cstring>
+#include <string_view>
 
 using winhost::Call;
 
@@ -54,6 +56,34 @@ constexpr ErrorText errorTexts[] = {
     {ERROR_IO_DEVICE, "The request could not be performed because of an I/O device error."},
     {ERROR_NO_SYSTEM_RESOURCES, "Insufficient system resources exist to complete the requested service."}};
 
+/// `buffer` is the address of a pointer.
+template <class Unit>
+DWORD formatMessage(DWORD flags, DWORD error, Unit* buffer) noexcept {
+    constexpr DWORD known =
+        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
+    if (flags != known || buffer == nullptr) {
+        SetLastError(ERROR_INVALID_PARAMETER);
+        return 0;
+    }
+    for (const ErrorText& entry : errorTexts) {
+        if (entry.error != error)
+            continue;
+        const std::size_t length = std::strlen(entry.text);
+        auto* const message = static_cast<Unit*>(std::malloc((length + 3) * sizeof(Unit)));
+        if (message == nullptr) {
+            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
+            return 0;
+        }
+        constexpr std::string_view end("\r\n\0", 3);
+        std::copy(end.begin(), end.end(), std::copy_n(entry.text, length, message));
+        std::memcpy(buffer, &message, sizeof message);
+        winhost::countResources(+1);
+        return static_cast<DWORD>(length + 2);
+    }
+    SetLastError(ERROR_MR_MID_NOT_FOUND);
+    return 0;
+}
+
 } // namespace
 
 extern "C" {
@@ -67,31 +97,11 @@ void SetLastError(DWORD error) {
 }
 
 DWORD FormatMessageA(DWORD flags, LPCVOID, DWORD error, DWORD, LPSTR buffer, DWORD, void*) {
-    if (winhost::fails(Call::FormatMessageA))
-        return 0;
-    constexpr DWORD known =
-        FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS;
-    if (flags != known || buffer == nullptr) {
-        SetLastError(ERROR_INVALID_PARAMETER);
-        return 0;
-    }
-    for (const ErrorText& entry : errorTexts) {
-        if (entry.error != error)
-            continue;
-        const std::size_t length = std::strlen(entry.text);
-        char* const message = static_cast<char*>(std::malloc(length + 3));
-        if (message == nullptr) {
-            SetLastError(ERROR_NOT_ENOUGH_MEMORY);
-            return 0;
-        }
-        std::memcpy(message, entry.text, length);
-        std::memcpy(message + length, "\r\n", 3);
-        std::memcpy(buffer, &message, sizeof message); // `buffer` is the address of a pointer
-        winhost::countResources(+1);
-        return static_cast<DWORD>(length + 2);
-    }
-    SetLastError(ERROR_MR_MID_NOT_FOUND);
-    return 0;
+    return winhost::fails(Call::FormatMessageA) ? 0 : formatMessage(flags, error, buffer);
+}
+
+DWORD FormatMessageW(DWORD flags, LPCVOID, DWORD error, DWORD, LPWSTR buffer, DWORD, void*) {
+    return winhost::fails(Call::FormatMessageW) ? 0 : formatMessage(flags, error, buffer);
 }
 
 HLOCAL LocalFree(HLOCAL memory) {

@@ -32,6 +32,8 @@ HANDLE createFile(const winhost::HostPath& path, DWORD access, DWORD share, LPSE
     const int descriptor = winhost::openFile(path, request);
     if (descriptor < 0)
         return INVALID_HANDLE_VALUE;
+    if ((attributes & FILE_FLAG_DELETE_ON_CLOSE) != 0)
+        ::unlink(path.c_str());
     if (security != nullptr && request.mustCreate)
         ::fchmod(descriptor, winhost::modeOf(security->lpSecurityDescriptor) & 0666U);
     winhost::countResources(+1);

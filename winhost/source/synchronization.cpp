@@ -4,7 +4,6 @@
 #include "errorNumbers.h"
 #include "faultCheck.h"
 #include <chrono>
-#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <new>
@@ -77,8 +76,10 @@ HANDLE GetCurrentProcess() {
     return INVALID_HANDLE_VALUE; // as on Windows
 }
 
-BOOL TerminateProcess(HANDLE process, UINT) {
-    return process == GetCurrentProcess() && ::kill(::getpid(), SIGKILL) == 0 ? TRUE : FALSE;
+BOOL TerminateProcess(HANDLE process, UINT exitCode) {
+    if (process == GetCurrentProcess())
+        ::_exit(static_cast<int>(exitCode));
+    return FALSE;
 }
 
 void RaiseException(DWORD code, DWORD, DWORD, const ULONG_PTR*) {

@@ -24,39 +24,29 @@ Kinds causesOf(std::int32_t code) {
     return {};
 }
 
-/// A preview of aliases needs both the registry key and the folder.
-Findings look(const Failure& failure, LibraryStep step) {
-    FolderReport report;
-    Progress progress(false);
-    if (step != LibraryStep::Initialisation)
-        checkFolder(report, progress);
-    if (failure.code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
-        countPlugins(report.findings);
-    return report.findings;
-}
-
 } // namespace
 
 Failure withCause(const Failure& failure, LibraryStep step) {
     const Kinds causes = causesOf(failure.code);
     if (causes.empty())
         return failure;
-    const Findings findings = look(failure, step);
+    FolderReport report;
+    Findings& findings = report.findings;
+    Progress progress(false);
+    if (step != LibraryStep::Initialisation)
+        checkFolder(report, progress);
+    if (failure.code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
+        countPlugins(findings); // a preview of aliases needs both the registry key and the folder
     const auto cause = std::find_if(findings.begin(), findings.end(), [&](const Finding& finding) {
         return std::count(causes.begin(), causes.end(), finding.kind) != 0;
     });
     if (cause == findings.end())
-        return {failure.what(), failure.meaning + " A look at the machine, just now, showed no cause.",
-                failure.remedy, failure.code,
-                failure.name,   failure.raisedAt};
+        return failure.withReason(failure.meaning + " A look at the machine, just now, showed no cause.",
+                                  failure.remedy);
     const std::string place = cause->subject + (cause->line > 0 ? concat(':', cause->line) : std::string());
     const std::string detail = cause->detail.empty() ? "" : ": " + cause->detail;
-    return {failure.what(),
-            concat(cause->kind->meaning, " Seen: ", printable(place + detail)),
-            printable(cause->whatToDo()),
-            failure.code,
-            failure.name,
-            failure.raisedAt};
+    return failure.withReason(concat(cause->kind->meaning, " Seen: ", printable(place + detail)),
+                              printable(cause->whatToDo()));
 }
 
 } // namespace vykeldev

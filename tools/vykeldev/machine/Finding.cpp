@@ -1,6 +1,5 @@
 #include "machine/Finding.h"
 
-#include <algorithm>
 #include <iterator>
 
 namespace vykeldev {
@@ -8,14 +7,10 @@ namespace {
 
 /// A plug-in's name as one argument in any shell; "NAME" when it is none, or would need more than quotes.
 std::string asArgument(const std::string& name) {
-    constexpr auto isPlain = [](char c) {
-        const bool isLetter = (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z');
-        return isLetter || (c >= '0' && c <= '9') || c == '-' || c == '_' || c == '.';
-    };
-    if (name.empty() || name.front() == '-' ||
-        !std::all_of(name.begin(), name.end(), [&](char c) { return isPlain(c) || c == ' '; }))
+    constexpr const char* plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_. ";
+    if (name.empty() || name.front() == '-' || name.find_first_not_of(plain) != std::string::npos)
         return "NAME";
-    return std::all_of(name.begin(), name.end(), isPlain) ? name : '"' + name + '"';
+    return name.find(' ') == std::string::npos ? name : '"' + name + '"';
 }
 
 } // namespace

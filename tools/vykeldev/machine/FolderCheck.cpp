@@ -61,9 +61,9 @@ std::uint64_t fileSize(const std::string& path) {
 /// Whether this user may make files in the folder: makes one, as large as a new vykel.ini could be.
 bool checkRights(const std::string& folder, Findings& findings) {
     const std::string path = folder + "vykeldev-" + std::to_string(GetCurrentProcessId()) + ".tmp";
-    if (makeTemporaryFile(path, fileSize(folder + "vykel.ini")))
+    const DWORD error = makeTemporaryFile(path, fileSize(folder + "vykel.ini"));
+    if (error == ERROR_SUCCESS)
         return true;
-    const DWORD error = GetLastError();
     const bool isFull = error == ERROR_DISK_FULL;
     findings.push_back(
         {isFull ? &finding::diskFull : &finding::folderReadOnly, folder, systemErrorText(error)});

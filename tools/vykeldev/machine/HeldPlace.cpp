@@ -2,7 +2,6 @@
 
 #include "system/DisplayText.h"
 #include "system/Failure.h"
-#include "system/SharedFolder.h"
 #include "system/System.h"
 #include "system/Text.h"
 #include <windows.h>
@@ -41,22 +40,19 @@ vybase::LocalMemory<void> makeDescriptor(const char* rights) {
 
 /// The path of what is open, without any link.
 WideString finalPath(HANDLE file, const Place& place) {
-    WideString path(32768, WCHAR{0});
-    const DWORD length =
-        GetFinalPathNameByHandleW(file, path.data(), static_cast<DWORD>(path.size()), VOLUME_NAME_NT);
-    if (length == 0 || length >= path.size())
+    const WideString path = pathFrom([file](LPWSTR buffer, DWORD size) {
+        return GetFinalPathNameByHandleW(file, buffer, size, VOLUME_NAME_NT);
+    });
+    if (path.empty())
         throw systemFailure("looking for " + nameOf(place), GetLastError(), repeatSetup);
-    path.resize(length);
     return path;
 }
 
 } // namespace
 
 FileHandle openItself(const std::string& path, DWORD access) {
-    const HANDLE file =
-        CreateFileW(toWide(path).c_str(), access, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, OPEN_EXISTING,
-                    FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS, nullptr);
-    return FileHandle(file == INVALID_HANDLE_VALUE ? nullptr : file);
+    return openFile(path, access, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS,
+                    FILE_SHARE_READ | FILE_SHARE_WRITE);
 }
 
 bool belongsToAdministrators(HANDLE file, const std::string& path) {
@@ -121,8 +117,11 @@ HeldPlace::HeldPlace(const Place& wanted, const HeldPlace* folder, const char* r
     : HeldPlace(wanted) {
     constexpr DWORD changing = GENERIC_READ | WRITE_DAC | WRITE_OWNER;
     handle = openPlace(place, changes ? changing : GENERIC_READ);
-    if (handle && (place.isFolder || changes) && !belongsToAdministrators(handle.get(), place.path))
-        removeForeign();
+    if (handle && (place.isFolder || changes) && !belongsToAdministrators(handle.get(), place.path)) {
+        handle.reset();
+        if (!remove())
+            throw foreignOwner(place, GetLastError());
+    }
     if (!handle) {
         make(rights);
         handle = openPlace(place, changing);
@@ -144,25 +143,14 @@ BOOL HeldPlace::remove() const {
     return place.isFolder ? RemoveDirectoryW(path.c_str()) : DeleteFileW(path.c_str());
 }
 
-void HeldPlace::removeForeign() {
-    handle.reset();
-    if (!remove())
-        throw foreignOwner(place, GetLastError());
-}
-
 void HeldPlace::make(const char* rights) {
     const vybase::LocalMemory<void> descriptor = makeDescriptor(rights);
     SECURITY_ATTRIBUTES security = {sizeof security, descriptor.get(), FALSE};
-    const WideString path = toWide(place.path);
-    if (place.isFolder) {
-        made = CreateDirectoryW(path.c_str(), &security) != FALSE;
-    } else {
-        const HANDLE file = CreateFileW(path.c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                                        &security, CREATE_NEW, FILE_ATTRIBUTE_NORMAL, nullptr);
-        made = file != INVALID_HANDLE_VALUE;
-        handle.reset(made ? file : nullptr);
-    }
-    const DWORD error = made ? ERROR_SUCCESS : GetLastError();
+    if (!place.isFolder)
+        handle = openFile(place.path, GENERIC_READ, CREATE_NEW, FILE_ATTRIBUTE_NORMAL,
+                          FILE_SHARE_READ | FILE_SHARE_WRITE, &security);
+    made = handle || (place.isFolder && CreateDirectoryW(toWide(place.path).c_str(), &security));
+    const DWORD error = GetLastError();
     if (!made && error != ERROR_ALREADY_EXISTS && error != ERROR_FILE_EXISTS)
         throw systemFailure("making " + nameOf(place), error, repeatSetup);
 }

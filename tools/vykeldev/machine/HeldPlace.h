@@ -57,7 +57,6 @@ private:
     explicit HeldPlace(const Place& wanted) : place(wanted) {}
 
     BOOL remove() const;
-    void removeForeign();
     void make(const char* rights);
     void requireInside(const HeldPlace& folder) const;
 

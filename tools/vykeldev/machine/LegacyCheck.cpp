@@ -40,41 +40,17 @@ private:
     std::map<const FindingKind*, std::size_t> counts;
 };
 
-/// Whether the bytes look like UTF-16, which may lack its byte-order mark.
-bool hasManyZeros(const std::string& bytes) {
-    return std::count(bytes.begin(), bytes.end(), '\0') > static_cast<std::ptrdiff_t>(bytes.size() / 4);
-}
-
-const FindingKind* findingOf(Flaw flaw) noexcept {
-    static constexpr const FindingKind* kinds[] = {&finding::legacyMalformed, &finding::legacyOtherLayout,
-                                                   &finding::legacyBehindGap, &finding::legacyResourceName,
-                                                   &finding::legacyNotLocal,  &finding::legacyDuplicate};
-    return kinds[static_cast<std::size_t>(flaw) - 1];
-}
-
-void addEntry(const LegacyEntry& entry, LegacyFindings& findings) {
-    const std::string text = entry.alias.value_or("(no alias)") + " = " + entry.target.value_or("(no token)");
-    findings.add(findingOf(entry.flaw), entry.line,
-                 entry.detail.empty() ? text : entry.detail + " (" + text + ")");
-}
-
 struct Trouble {
     std::string detail; ///< Empty: there is none.
     std::string remedy;
 };
-
-/// Whether the file has the mark that keeps everybody from writing it, whatever the rights are.
-bool isReadOnly(const std::string& path) {
-    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_READONLY) != 0;
-}
 
 /// Why a transfer could not save the file. It replaces the file, so it needs the right to delete it. It
 /// writes a new file beside it, after it has removed what has the name of that.
 Trouble savingTrouble(const std::string& path, bool folderWritable) {
     if (!openFile(path, GENERIC_READ | GENERIC_WRITE | DELETE, OPEN_EXISTING)) {
         const DWORD error = GetLastError();
-        if (isReadOnly(path))
+        if (hasAttribute(path, FILE_ATTRIBUTE_READONLY))
             return {"it is read-only", "Run 'attrib -r \"" + path + "\"'."};
         return {"it cannot be replaced: " + systemErrorText(error), remedyOfOpening(error)};
     }
@@ -85,7 +61,7 @@ Trouble savingTrouble(const std::string& path, bool folderWritable) {
     if (isFolder(temporary))
         return {"'" + temporary + "', where the new file is to be written, is a folder",
                 "Move that folder away."};
-    if (isReadOnly(temporary))
+    if (hasAttribute(temporary, FILE_ATTRIBUTE_READONLY))
         return {"'" + temporary + "' is in the way and read-only", "Delete that file."};
     if (!folderWritable)
         return {"no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED)};
@@ -93,14 +69,21 @@ Trouble savingTrouble(const std::string& path, bool folderWritable) {
 }
 
 void checkContent(const LegacyFile& file, LegacyFindings& findings, const Trouble& trouble) {
+    static constexpr const FindingKind* kinds[] = {&finding::legacyMalformed, &finding::legacyOtherLayout,
+                                                   &finding::legacyBehindGap, &finding::legacyResourceName,
+                                                   &finding::legacyNotLocal,  &finding::legacyDuplicate};
     for (const LegacyLine& line : file.skippedLines)
         findings.add(&finding::legacyLineIgnored, line.number, line.text);
     bool canMove = false;
-    for (const LegacyEntry& entry : file.entries())
+    for (const LegacyEntry& entry : file.entries()) {
+        canMove = canMove || entry.flaw == Flaw::None;
         if (entry.flaw == Flaw::None)
-            canMove = true;
-        else
-            addEntry(entry, findings);
+            continue;
+        const std::string text =
+            entry.alias.value_or("(no alias)") + " = " + entry.target.value_or("(no token)");
+        findings.add(kinds[static_cast<std::size_t>(entry.flaw) - 1], entry.line,
+                     entry.detail.empty() ? text : entry.detail + " (" + text + ")");
+    }
     if (canMove && !trouble.detail.empty())
         findings.add(&finding::legacyNotWritable, 0, trouble.detail, trouble.remedy);
 }
@@ -124,7 +107,9 @@ void checkLegacyFile(FolderReport& report, bool folderWritable) {
     const DWORD error = readFile(state.path, bytes);
     LegacyFindings findings(state.path, report.findings);
     state.state = "unreadable";
-    if (file.result == vyini::IniWideText || hasManyZeros(bytes)) {
+    const auto zeros = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\0'));
+    if (file.result == vyini::IniWideText ||
+        zeros > bytes.size() / 4) { // UTF-16 may lack its byte-order mark
         findings.add(&finding::legacyEncoding, 0, "");
     } else if (file.result != 0 && isFolder(state.path)) {
         findings.add(&finding::legacyUnreadable, 0, "a folder has its name", "Move the folder away.");
@@ -136,7 +121,7 @@ void checkLegacyFile(FolderReport& report, bool folderWritable) {
                                             : "reading it gives " + std::to_string(file.result));
     } else {
         state.state = "read";
-        state.aliasLines = aliasLinesOf(bytes);
+        state.aliasLines = aliasLinesOf(state.path);
         const bool byName = vykel::aliasLayoutOf(&file.document()) == vykel::AliasLayout::ByResourceName;
         state.layout = byName ? "resource names" : "tokens";
         checkContent(file, findings, savingTrouble(state.path, folderWritable));

@@ -3,7 +3,9 @@
 #include "ini/IniEdit.h"
 #include "ini/IniReader.h"
 #include "system/Text.h"
+#include "vybase/owners.h"
 #include <algorithm>
+#include <cstring>
 #include <map>
 
 namespace vykeldev {
@@ -54,10 +56,7 @@ private:
         for (const auto* entry = first; entry != nullptr; entry = entry->next)
             usedLine[entry->value] = entry->line;
         for (const auto* name = first; name != nullptr; name = name->next) {
-            LegacyEntry& entry = entries.emplace_back();
-            entry.alias = name->key;
-            entry.target = name->value;
-            entry.line = name->line;
+            LegacyEntry& entry = entries.emplace_back(LegacyEntry{name->key, name->value, name->line});
             if (!byName)
                 judge(entry, Flaw::OtherLayout, "the file's version asks for tokens");
             else if (!isResourceName(*entry.target))
@@ -79,14 +78,12 @@ private:
             const AliasFlaw flaw = vykel::readAliasRecord(document, *section, record);
             LegacyEntry& entry = addRecord(*section, record);
             entry.record = count;
-            if (flaw != AliasFlaw::None) {
+            if (flaw != AliasFlaw::None)
                 judgeMalformed(entry, flaw, *section);
-                continue;
-            }
-            const auto [first, isFirst] = firstLine.try_emplace(record.persistentToken, section->line);
-            if (!record.local)
-                entry.flaw = Flaw::NotLocal;
-            else if (!isFirst)
+            else if (const auto [first, isNew] = firstLine.try_emplace(record.persistentToken, section->line);
+                     !record.local)
+                judge(entry, Flaw::NotLocal, "");
+            else if (!isNew)
                 judge(entry, Flaw::Duplicate, concat("line ", first->second, " has the same token"));
         }
         return count;
@@ -112,12 +109,10 @@ private:
     }
 
     void judgeMalformed(LegacyEntry& entry, AliasFlaw flaw, vyini::IniSection& section) const {
-        if (flaw == AliasFlaw::NoAlias)
-            return judge(entry, Flaw::Malformed, "Alias is missing or empty");
-        if (flaw == AliasFlaw::NoToken)
-            return judge(entry, Flaw::Malformed, "PersistentToken is missing or empty");
-        if (flaw == AliasFlaw::NoLocal)
-            return judge(entry, Flaw::Malformed, "Local is missing or empty");
+        static constexpr const char* keys[] = {"", "Alias", "PersistentToken", "Local"}; // as AliasFlaw
+        if (flaw != AliasFlaw::UnknownLocal)
+            return judge(entry, Flaw::Malformed,
+                         concat(keys[static_cast<std::size_t>(flaw)], " is missing or empty"));
         const vyini::IniEntry* const local = find(section, "Local");
         entry.line = local->line;
         judge(entry, Flaw::Malformed, concat("Local is '", local->value, "', neither True nor False"));
@@ -154,19 +149,6 @@ bool isAliasSection(const std::string& name) {
            vyini::compareIniNames(name.c_str(), "Aliases", 0) == 0 || numberInName(name).has_value();
 }
 
-constexpr std::string_view blanks = " \t\v\f\r\n";
-constexpr std::string_view lineEnds("\r\n\0", 3);
-
-/// The length of the line at a place, with its end: one of the three bytes, or two different ones.
-std::size_t lengthOfLine(std::string_view file, std::size_t begin) {
-    std::size_t end = std::min(file.find_first_of(lineEnds, begin), file.size() - 1);
-    if (end + 1 < file.size() && file[end + 1] != file[end] &&
-        lineEnds.find(file[end]) != std::string_view::npos &&
-        lineEnds.find(file[end + 1]) != std::string_view::npos)
-        ++end;
-    return end + 1 - begin;
-}
-
 } // namespace
 
 LegacyFile::LegacyFile(const std::string& path) {
@@ -183,22 +165,26 @@ std::vector<LegacyEntry> LegacyFile::entries() const {
     return EntryReader(document()).run();
 }
 
-std::vector<LegacyLine> aliasLinesOf(const std::string& file) {
-    constexpr std::string_view mark = "\xEF\xBB\xBF";
+std::vector<LegacyLine> aliasLinesOf(const std::string& path) {
+    const vybase::FileStream file(std::fopen(path.c_str(), "rb"));
+    char mark[3] = {};
+    const bool isMarked = file && std::fread(mark, 1, sizeof mark, file.get()) == sizeof mark &&
+                          std::memcmp(mark, "\xEF\xBB\xBF", sizeof mark) == 0;
+    if (!file || std::fseek(file.get(), isMarked ? sizeof mark : 0, SEEK_SET) != 0)
+        return {};
     std::vector<LegacyLine> kept;
-    std::size_t at = file.compare(0, mark.size(), mark) == 0 ? mark.size() : 0;
+    vyini::IniLineReader reader(file.get(), 0);
+    vyini::IniRange range = {};
     bool isAliases = false;
-    for (int number = 1; at < file.size(); ++number) {
-        const std::size_t length = lengthOfLine(file, at);
-        const std::string line = file.substr(at, std::min(file.find_first_of(lineEnds, at) - at, length));
-        at += length;
-        const std::size_t first = line.find_first_not_of(blanks);
+    while (reader.readLine(range) == 1) {
+        const std::string line(range.begin, range.end);
+        const std::size_t first = line.find_first_not_of(" \t\v\f");
         if (first == std::string::npos)
             continue;
         if (line[first] == '[') // also one without its end
             isAliases = isAliasSection(line.substr(first + 1, line.find(']') - first - 1));
         if (isAliases)
-            kept.push_back({number, line});
+            kept.push_back({reader.lineNumber(), line});
     }
     return kept;
 }

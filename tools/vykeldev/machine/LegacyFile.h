@@ -25,12 +25,13 @@ enum class Flaw {
 
 /// One entry of the legacy file.
 struct LegacyEntry {
-    std::optional<std::string> alias;
-    std::optional<std::string> target; ///< A resource name, or a persistent token.
-    std::int32_t line = 0;             ///< In the file; of a malformed one, where to correct it.
+    std::optional<std::string> alias = {};
+    std::optional<std::string> target = {}; ///< A resource name, or a persistent token.
+    std::int32_t line = 0;                  ///< In the file; of a malformed one, where to correct it.
     Flaw flaw = Flaw::None;
-    std::string detail;                ///< Describes the flaw for people.
-    std::optional<std::size_t> record; ///< The number of its section, when a transfer reads that section.
+    std::string detail = {}; ///< Describes the flaw for people.
+    std::optional<std::size_t> record =
+        {}; ///< The number of its section, when a transfer reads that section.
 };
 
 /// A line of the legacy file, without its end.
@@ -59,9 +60,9 @@ private:
     vykel::AutoIniText text;
 };
 
-/// Those lines of the file's content that are not blank and are about aliases: in the sections General,
+/// Those lines of the file at `path` that are not blank and are about aliases: in the sections General,
 /// Aliases and Alias<number>.
-std::vector<LegacyLine> aliasLinesOf(const std::string& file);
+std::vector<LegacyLine> aliasLinesOf(const std::string& path);
 
 } // namespace vykeldev
 

@@ -109,18 +109,6 @@ std::string pathOddity(const std::string& path) {
     return "";
 }
 
-std::string describeBadDependencies(const std::string& path) {
-    std::string bytes;
-    if (readFile(path, bytes) != ERROR_SUCCESS)
-        return "";
-    std::optional<LibraryImage> image = readNativeImage(bytes);
-    if (!image)
-        return "";
-    if (image->kind != LibraryImage::Kind::Library)
-        return image->detail;
-    return joined(findBadDependencies(*image, path), "; ");
-}
-
 std::optional<Obstacle> lookAtFile(const std::string& path, std::optional<LibraryImage>& image) {
     if (std::optional<Obstacle> obstacle = lookAtHeaders(path, image); obstacle || !image)
         return obstacle;
@@ -128,6 +116,12 @@ std::optional<Obstacle> lookAtFile(const std::string& path, std::optional<Librar
     if (bad.empty())
         return std::nullopt;
     return Obstacle{&finding::dependencyMissing, Step::Dependency, joined(bad, "; ")};
+}
+
+std::string describeBadDependencies(const std::string& path) {
+    std::optional<LibraryImage> image;
+    const std::optional<Obstacle> obstacle = lookAtFile(path, image);
+    return obstacle && image ? obstacle->detail : ""; // what cannot be read is left to the loader
 }
 
 std::string describeFlaw(const std::string& path) {

@@ -32,29 +32,23 @@ std::string folderPath() {
     }
 }
 
-/// `open` opens or makes the key and returns the system's error.
-template <class Open>
-bool reachKey(const char* action, Open open) {
+enum class KeyAccess { Open, Make };
+
+/// Opens or makes the key. Returns whether it is there now.
+bool reachKey(KeyAccess access) {
+    const bool makes = access == KeyAccess::Make;
+    const WideString path = toWide(keyPath());
     HKEY handle = nullptr;
-    const LSTATUS error = open(toWide(keyPath()).c_str(), &handle);
+    const LSTATUS error = makes
+                              ? RegCreateKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, nullptr,
+                                                REG_OPTION_NON_VOLATILE, KEY_WRITE, nullptr, &handle, nullptr)
+                              : RegOpenKeyExW(HKEY_LOCAL_MACHINE, path.c_str(), 0, KEY_READ, &handle);
     const vybase::RegistryKey key(handle);
     if (!key && error != ERROR_FILE_NOT_FOUND)
-        throw systemFailure(std::string(action) + " the registry key 'HKEY_LOCAL_MACHINE\\" + keyPath() + "'",
-                            static_cast<DWORD>(error), repeatSetup);
+        throw systemFailure(
+            concat(makes ? "making" : "opening", " the registry key 'HKEY_LOCAL_MACHINE\\", keyPath(), "'"),
+            static_cast<DWORD>(error), repeatSetup);
     return key != nullptr;
-}
-
-bool keyExists() {
-    return reachKey("opening", [](LPCWSTR path, PHKEY key) {
-        return RegOpenKeyExW(HKEY_LOCAL_MACHINE, path, 0, KEY_READ, key);
-    });
-}
-
-void makeKey() {
-    reachKey("making", [](LPCWSTR path, PHKEY key) {
-        return RegCreateKeyExW(HKEY_LOCAL_MACHINE, path, 0, nullptr, REG_OPTION_NON_VOLATILE, KEY_WRITE,
-                               nullptr, key, nullptr);
-    });
 }
 
 // The rights. Administrators (BA) and the system (SY) may do everything, ordinary users (BU) what a last
@@ -95,7 +89,8 @@ std::string describe(const SetupItem& item) {
 }
 
 std::vector<SetupItem> examineSetup() {
-    std::vector<SetupItem> items{{"registry key", "HKEY_LOCAL_MACHINE\\" + keyPath(), keyExists()}};
+    std::vector<SetupItem> items{
+        {"registry key", "HKEY_LOCAL_MACHINE\\" + keyPath(), reachKey(KeyAccess::Open)}};
     for (const Place& place : places())
         items.push_back(
             {place.isFolder ? "folder" : "lock file", place.path, openPlace(place, 0) != nullptr});
@@ -121,7 +116,7 @@ std::vector<SetupItem> completeSetup(bool resetRights) {
     if (resetRights)
         shareLegacyFiles(lowerPlace.path);
     if (!items[0].present)
-        makeKey(); // last: only files and folders have to be taken back
+        reachKey(KeyAccess::Make); // last: only files and folders have to be taken back
     std::size_t item = 0;
     for (HeldPlace* const place : {&upper, &lower, &numbers, &aliases}) {
         items[++item].present = !place->isNew(); // one that was there may have been made anew

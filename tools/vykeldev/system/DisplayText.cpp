@@ -39,10 +39,6 @@ bool isControl(WCHAR unit) noexcept {
            unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
 }
 
-bool isHighSurrogate(WCHAR unit) noexcept {
-    return unit >= 0xD800 && unit < 0xDC00;
-}
-
 /// Escapes all control characters but `kept`.
 std::string escaped(std::string_view text, WCHAR kept) {
     WideString result;
@@ -74,7 +70,7 @@ std::size_t displayWidth(std::string_view text) {
     std::size_t columns = 0;
     for (std::size_t i = 0; i < units.size(); ++i) {
         char32_t character = units[i];
-        if (isHighSurrogate(units[i]) && i + 1 < units.size()) {
+        if (character >= 0xD800 && character < 0xDC00 && i + 1 < units.size()) { // a high surrogate
             // cppcheck-suppress integerOverflow ; char32_t has no sign
             character = 0x10000 + ((character - 0xD800) << 10) + (char32_t{units[++i]} - 0xDC00);
         }

@@ -16,6 +16,10 @@ public:
             std::int32_t statusCode = 0, std::string codeName = "", std::string place = "")
         : std::runtime_error(what), meaning(std::move(whatItMeans)), remedy(typeable(std::move(whatToDo))),
           code(statusCode), name(std::move(codeName)), raisedAt(std::move(place)) {}
+    /// The same with another reason.
+    Failure withReason(const std::string& whatItMeans, const std::string& whatToDo) const {
+        return {what(), whatItMeans, whatToDo, code, name, raisedAt};
+    }
     const std::string meaning;
     const std::string remedy;
     const std::int32_t code;    ///< Of the library or a plug-in; 0: it has none.

@@ -12,16 +12,19 @@ namespace vykeldev {
 /// An open file of the system; null when there is none.
 using FileHandle = vybase::Handle;
 
-/// As CreateFileW, sharing everything; null with the system's last error set.
-FileHandle openFile(const std::string& path, DWORD access, DWORD disposition);
+/// As CreateFileW, sharing everything unless `share` says less; null with the system's last error set.
+FileHandle openFile(const std::string& path, DWORD access, DWORD disposition,
+                    DWORD flags = FILE_ATTRIBUTE_NORMAL,
+                    DWORD share = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    SECURITY_ATTRIBUTES* security = nullptr);
 
 /// Reads a file of at most 256 MB into `bytes`, which is empty before and stays so when that fails. Returns
 /// the system's error; 0 is success.
 DWORD readFile(const std::string& path, std::string& bytes);
 
-/// Writes that many bytes to an open file and flushes them to the disk. False with the system's last error
-/// set.
-bool writeZeros(HANDLE file, std::uint64_t count);
+/// Makes a file of that size that is on the disk for a moment and then gone. Returns the system's error; 0 is
+/// success.
+DWORD makeTemporaryFile(const std::string& path, std::uint64_t bytes);
 
 } // namespace vykeldev
 

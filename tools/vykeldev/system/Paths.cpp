@@ -7,14 +7,13 @@
 namespace vykeldev {
 
 std::string absolutePath(const std::string& path) {
-    WideString absolute(32768, 0); // no path is longer
-    const DWORD length =
-        GetFullPathNameW(toWide(path).c_str(), static_cast<DWORD>(absolute.size()), absolute.data(), nullptr);
-    if (length == 0 || length >= absolute.size()) {
+    const WideString given = toWide(path);
+    const WideString absolute = pathFrom([&given](LPWSTR buffer, DWORD size) {
+        return GetFullPathNameW(given.c_str(), size, buffer, nullptr);
+    });
+    if (absolute.empty())
         throw systemFailure("making the path '" + printable(path) + "' absolute", GetLastError(),
                             "Give the whole path.");
-    }
-    absolute.resize(length);
     return toUtf8(absolute);
 }
 
@@ -23,9 +22,9 @@ bool isAbsolutePath(const std::string& path) noexcept {
     return drive || path.substr(0, 2) == "\\\\" || path.substr(0, 1) == "/";
 }
 
-bool isFolder(const std::string& path) {
-    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+bool hasAttribute(const std::string& path, DWORD attributes) {
+    const DWORD found = GetFileAttributesW(toWide(path).c_str());
+    return found != INVALID_FILE_ATTRIBUTES && (found & attributes) != 0;
 }
 
 std::string pathProblem(const std::string& path) {

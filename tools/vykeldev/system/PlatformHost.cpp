@@ -2,7 +2,6 @@
 #include "system/Failure.h"
 #include "system/Files.h"
 #include "system/Process.h"
-#include "system/SharedFolder.h"
 #include "system/System.h"
 #include "system/Text.h"
 #include <algorithm>
@@ -90,10 +89,6 @@ Usage usageOfThisProcess() {
 void suppressCrashDialogs() noexcept {
     const rlimit none = {0, 0};
     setrlimit(RLIMIT_CORE, &none);
-}
-
-void exitImmediately() noexcept {
-    _exit(0);
 }
 
 void unload(HMODULE library) noexcept {
@@ -205,15 +200,6 @@ bool isReaderGone() noexcept {
 const char* const libraryFileName = "libvykeldevenum.so";
 const bool librariesArePe = false;
 
-std::string systemErrorText(DWORD error) {
-    char* text = nullptr;
-    const DWORD length = FormatMessageA(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                                            FORMAT_MESSAGE_IGNORE_INSERTS,
-                                        nullptr, error, 0, reinterpret_cast<char*>(&text), 0, nullptr);
-    const vybase::LocalMemory<char> owner(text);
-    return length == 0 ? std::string() : withoutInserts(trimmed(std::string(text, length)));
-}
-
 std::string systemVersion() {
     utsname system = {};
     uname(&system);
@@ -253,19 +239,6 @@ std::string ordinaryWriters(const std::string& path, Guarded kind) {
     const bool isSticky =
         kind == Guarded::Folder && (status.st_mode & S_ISVTX) != 0; // nobody replaces a file
     return (status.st_mode & S_IWOTH) != 0 && !isSticky ? "all users" : "";
-}
-
-bool makeTemporaryFile(const std::string& path, std::uint64_t bytes) {
-    FileHandle file = openFile(path, GENERIC_WRITE, CREATE_NEW);
-    if (!file)
-        return false;
-    const bool isWritten = writeZeros(file.get(), bytes);
-    const DWORD error = GetLastError();
-    file.reset();
-    const bool isDeleted = DeleteFileW(toWide(path).c_str()) != FALSE;
-    if (!isWritten)
-        SetLastError(error);
-    return isWritten && isDeleted;
 }
 
 bool isAdministrator(PSID owner) {

@@ -4,7 +4,6 @@
 #include "system/Files.h"
 #include "system/Paths.h"
 #include "system/Process.h"
-#include "system/SharedFolder.h"
 #include "system/System.h"
 #include "system/Text.h"
 #include <algorithm>
@@ -13,7 +12,6 @@
 #include <cstdlib>
 #include <io.h>
 #include <iostream>
-#include <iterator>
 #include <map>
 #include <shellapi.h>
 #include <windows.h>
@@ -54,8 +52,9 @@ WideString quoted(const WideString& argument) {
 }
 
 WideString commandLine(const std::vector<std::string>& arguments) {
-    WCHAR program[32768];
-    if (GetModuleFileNameW(nullptr, program, static_cast<DWORD>(std::size(program))) == 0)
+    const WideString program =
+        pathFrom([](LPWSTR buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });
+    if (program.empty())
         cannotStart(GetLastError());
     WideString line = quoted(program);
     for (const auto& argument : arguments)
@@ -74,14 +73,10 @@ Handle makeJob() {
     return job;
 }
 
-Handle openNothing() {
-    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
-    return Handle(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
-                              &inherited, OPEN_EXISTING, 0, nullptr));
-}
-
 Handle start(WideString line, HANDLE output, HANDLE job) {
-    const Handle nothing = openNothing();
+    SECURITY_ATTRIBUTES inherited = {sizeof inherited, nullptr, TRUE};
+    const Handle nothing(CreateFileW(L"NUL", GENERIC_READ | GENERIC_WRITE, FILE_SHARE_READ | FILE_SHARE_WRITE,
+                                     &inherited, OPEN_EXISTING, 0, nullptr));
     STARTUPINFOW startup = {};
     startup.cb = sizeof startup;
     startup.dwFlags = STARTF_USESTDHANDLES;
@@ -158,12 +153,6 @@ bool beginsWith(const WideString& text, const WideString& beginning) {
            CompareStringOrdinal(text.c_str(), length, beginning.c_str(), length, TRUE) == CSTR_EQUAL;
 }
 
-bool isInSystemFolder(const WideString& path) {
-    WCHAR folder[MAX_PATH] = {};
-    const UINT length = GetSystemDirectoryW(folder, MAX_PATH);
-    return length != 0 && length < MAX_PATH && beginsWith(path, WideString(folder) + L'\\');
-}
-
 } // namespace
 
 Usage usageOfThisProcess() {
@@ -176,11 +165,6 @@ Usage usageOfThisProcess() {
 
 void suppressCrashDialogs() noexcept {
     SetErrorMode(SEM_FAILCRITICALERRORS | SEM_NOGPFAULTERRORBOX | SEM_NOOPENFILEERRORBOX);
-}
-
-void exitImmediately() noexcept {
-    TerminateProcess(GetCurrentProcess(), 0);
-    std::abort(); // not reached
 }
 
 void unload(HMODULE library) noexcept {
@@ -300,15 +284,6 @@ bool isReaderGone() noexcept {
 const char* const libraryFileName = "vykeldevenum.dll";
 const bool librariesArePe = true;
 
-std::string systemErrorText(DWORD error) {
-    LPWSTR text = nullptr;
-    const DWORD length = FormatMessageW(FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM |
-                                            FORMAT_MESSAGE_IGNORE_INSERTS,
-                                        nullptr, error, 0, reinterpret_cast<LPWSTR>(&text), 0, nullptr);
-    const vybase::LocalMemory<WCHAR> owner(text);
-    return length == 0 ? std::string() : withoutInserts(trimmed(toUtf8(WideString(text, length))));
-}
-
 std::string systemVersion() {
     using RtlGetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
     OSVERSIONINFOW version = {};
@@ -332,8 +307,8 @@ FileVersion fileVersion(const std::string& path) {
     FileVersion version;
     if (VerQueryValueW(data.data(), L"\\", &block, &size) && size >= sizeof(VS_FIXEDFILEINFO)) {
         const auto* const info = static_cast<const VS_FIXEDFILEINFO*>(block);
-        version.number = concat(info->dwFileVersionMS >> 16, '.', info->dwFileVersionMS & 0xFFFF, '.',
-                                info->dwFileVersionLS >> 16, '.', info->dwFileVersionLS & 0xFFFF);
+        version.number = concat(HIWORD(info->dwFileVersionMS), '.', LOWORD(info->dwFileVersionMS), '.',
+                                HIWORD(info->dwFileVersionLS), '.', LOWORD(info->dwFileVersionLS));
     }
     if (VerQueryValueW(data.data(), L"\\VarFileInfo\\Translation", &block, &size) &&
         size >= 2 * sizeof(WORD)) {
@@ -414,19 +389,6 @@ std::string ordinaryWriters(const std::string& path, Guarded kind) {
     return joined(writers, ", ");
 }
 
-bool makeTemporaryFile(const std::string& path, std::uint64_t bytes) {
-    const HANDLE file = CreateFileW(toWide(path).c_str(), GENERIC_WRITE | DELETE, 0, nullptr, CREATE_NEW,
-                                    FILE_ATTRIBUTE_NORMAL | FILE_FLAG_DELETE_ON_CLOSE, nullptr);
-    if (file == INVALID_HANDLE_VALUE)
-        return false;
-    const bool isWritten = writeZeros(file, bytes);
-    const DWORD error = GetLastError();
-    const bool isClosed = CloseHandle(file) != FALSE;
-    if (!isWritten)
-        SetLastError(error);
-    return isWritten && isClosed;
-}
-
 bool isAdministrator(PSID owner) {
     return IsWellKnownSid(owner, WinBuiltinAdministratorsSid) || IsWellKnownSid(owner, WinLocalSystemSid) ||
            isThisAdministrator(owner);
@@ -438,13 +400,13 @@ std::optional<std::string> findImport(const std::string& name) {
     if (beginsWith(file, L"api-ms-") || beginsWith(file, L"ext-ms-") || GetModuleHandleW(file.c_str()))
         return "";
     // The loader's way for libraries that a library asks for; the folder of the latter is not on it.
-    WideString path(maxPathBytes, L'\0');
-    const DWORD length =
-        SearchPathW(nullptr, file.c_str(), L".dll", static_cast<DWORD>(path.size()), path.data(), nullptr);
-    if (length == 0 || length >= path.size())
+    const WideString path = pathFrom([&file](LPWSTR buffer, DWORD size) {
+        return SearchPathW(nullptr, file.c_str(), L".dll", size, buffer, nullptr);
+    });
+    if (path.empty())
         return std::nullopt;
-    path.resize(length);
-    return isInSystemFolder(path) ? "" : toUtf8(path);
+    const WideString system = pathFrom(GetSystemDirectoryW);
+    return !system.empty() && beginsWith(path, system + L'\\') ? "" : toUtf8(path);
 }
 
 } // namespace vykeldev

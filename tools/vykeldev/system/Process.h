@@ -5,6 +5,7 @@
 #include "vytpl/NonCopyable.h"
 #include <chrono>
 #include <cstdint>
+#include <cstdlib>
 #include <memory>
 #include <string>
 #include <vector>
@@ -24,7 +25,10 @@ Usage usageOfThisProcess();
 void suppressCrashDialogs() noexcept;
 
 /// Ends this process with exit code 0 and calls nothing of it, nor of a plug-in, any more.
-[[noreturn]] void exitImmediately() noexcept;
+[[noreturn]] inline void exitImmediately() noexcept {
+    TerminateProcess(GetCurrentProcess(), 0);
+    std::abort(); // not reached
+}
 
 /// Unloads a library. A crash in that ends this process, also where the system would hide it.
 void unload(HMODULE library) noexcept;

@@ -49,8 +49,9 @@ enum class Guarded { File, Folder, FolderOfMissing, RegistryKey, SharedFolder, R
 /// read. A key is one of HKEY_LOCAL_MACHINE. The host knows no rights of keys.
 std::string ordinaryWriters(const std::string& path, Guarded kind);
 
-/// Makes a file that is gone again at once. False, with the system's last error, when that fails.
-bool makeTemporaryFile(const std::string& path, std::uint64_t bytes);
+/// Whether an owner is the administrators or the system; or the user of this process, when it runs as
+/// administrator. On the host: root, or the user of this process.
+bool isAdministrator(PSID owner);
 
 } // namespace vykeldev
 

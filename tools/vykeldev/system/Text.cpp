@@ -13,10 +13,11 @@ WideString toWide(std::string_view utf8) {
     if (utf8.empty())
         return {};
     const int size = static_cast<int>(utf8.size());
-    const int length = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, nullptr, 0);
-    WideString wideText(static_cast<std::size_t>(length), 0);
-    if (length == 0 || MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wideText.data(), length) == 0)
+    WideString wideText(utf8.size(), 0); // a byte gives one unit at most
+    const int length = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), size, wideText.data(), size);
+    if (length == 0)
         throw ConversionError(GetLastError());
+    wideText.resize(static_cast<std::size_t>(length));
     return wideText;
 }
 
@@ -24,11 +25,12 @@ std::string toUtf8(const WideString& wideText) {
     if (wideText.empty())
         return {};
     const int size = static_cast<int>(wideText.size());
-    const int length = WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, nullptr, 0, nullptr, nullptr);
-    std::string utf8(static_cast<std::size_t>(length), '\0');
-    if (length == 0 ||
-        WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, utf8.data(), length, nullptr, nullptr) == 0)
+    std::string utf8(3 * wideText.size(), '\0'); // a unit gives three bytes at most
+    const int length = WideCharToMultiByte(CP_UTF8, 0, wideText.data(), size, utf8.data(),
+                                           static_cast<int>(utf8.size()), nullptr, nullptr);
+    if (length == 0)
         throw ConversionError(GetLastError());
+    utf8.resize(static_cast<std::size_t>(length));
     return utf8;
 }
 
@@ -55,12 +57,6 @@ std::string utcText(std::time_t time) {
 
 std::string trimmed(std::string text) {
     text.erase(text.find_last_not_of(" \t\r\n") + 1);
-    return text;
-}
-
-std::string withoutInserts(std::string text) {
-    if (const std::size_t at = text.find("%1"); at != std::string::npos)
-        text.replace(at, 2, at == 0 ? "The file" : "the file");
     return text;
 }
 

@@ -14,6 +14,16 @@ namespace vykeldev {
 /// Text as the wide-character functions of Windows take it.
 using WideString = std::basic_string<WCHAR>;
 
+/// The path that `call` writes into a buffer of a given size and returns the length of, as many functions of
+/// Windows do; empty with the system's last error set when it fails.
+template <class Call>
+WideString pathFrom(Call call) {
+    WideString path(32768, WCHAR{0}); // no path is longer
+    const DWORD length = call(path.data(), static_cast<DWORD>(path.size()));
+    path.resize(length < path.size() ? length : 0);
+    return path;
+}
+
 /// The system cannot convert a text, because memory is short or the text is too long. Its own text has only
 /// printable characters: printable() would fail, too.
 class ConversionError : public std::runtime_error {
@@ -46,9 +56,6 @@ std::string utcText(std::time_t time);
 
 /// `text` without white space at its end.
 std::string trimmed(std::string text);
-
-/// A text of the system in which words replace "%1", its place for a file name.
-std::string withoutInserts(std::string text);
 
 } // namespace vykeldev
 

@@ -59,10 +59,13 @@ DWORD GetLastError();
 /// Sets the last error of the calling thread.
 void SetLastError(DWORD error);
 
-/// The English text of a system error, with CR LF at its end. `flags` must be allocate-buffer, from-system
-/// and ignore-inserts: `buffer` is then the address of a pointer to the text, which the caller frees with
-/// LocalFree. Returns the length, or 0 with ERROR_MR_MID_NOT_FOUND for a code that has no text here.
+/// Both give the English text of a system error, with CR LF at its end. `flags` must be allocate-buffer,
+/// from-system and ignore-inserts: `buffer` is then the address of a pointer to the text, which the caller
+/// frees with LocalFree. Returns the length, or 0 with ERROR_MR_MID_NOT_FOUND for a code that has no text
+/// here.
 DWORD FormatMessageA(DWORD flags, LPCVOID source, DWORD error, DWORD language, LPSTR buffer, DWORD size,
+                     void* arguments);
+DWORD FormatMessageW(DWORD flags, LPCVOID source, DWORD error, DWORD language, LPWSTR buffer, DWORD size,
                      void* arguments);
 /// Frees a message, or nothing for null. Returns null, or the handle on failure.
 HLOCAL LocalFree(HLOCAL memory);

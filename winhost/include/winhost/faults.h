@@ -77,6 +77,7 @@
     CALL(GetModuleFileNameW, ERROR_NOT_ENOUGH_MEMORY)                                                        \
     CALL(InitializeCriticalSection, STATUS_NO_MEMORY)                                                        \
     CALL(FormatMessageA, ERROR_NOT_ENOUGH_MEMORY)                                                            \
+    CALL(FormatMessageW, ERROR_NOT_ENOUGH_MEMORY)                                                            \
     CALL(LocalFree, ERROR_INVALID_HANDLE)                                                                    \
     CALL(MultiByteToWideChar, ERROR_NOT_ENOUGH_MEMORY)                                                       \
     CALL(WideCharToMultiByte, ERROR_NOT_ENOUGH_MEMORY)                                                       \

@@ -29,6 +29,7 @@
 #define FILE_ATTRIBUTE_NORMAL 0x00000080
 #define FILE_ATTRIBUTE_REPARSE_POINT 0x00000400
 #define FILE_FLAG_OPEN_REPARSE_POINT 0x00200000
+#define FILE_FLAG_DELETE_ON_CLOSE 0x04000000
 #define FILE_FLAG_BACKUP_SEMANTICS 0x02000000
 #define VOLUME_NAME_NT 0x00000002
 #define INVALID_FILE_ATTRIBUTES (static_cast<DWORD>(-1))
@@ -62,9 +63,10 @@ enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
 extern "C" {
 
 /// Both open a file, which CloseHandle closes; INVALID_HANDLE_VALUE on failure. `security` has an effect with
-/// CREATE_NEW, of `attributes` only the two flags, `like` none. A folder can be opened only with
-/// FILE_FLAG_BACKUP_SEMANTICS (otherwise ERROR_ACCESS_DENIED). With FILE_FLAG_OPEN_REPARSE_POINT a link,
-/// which is a symbolic link here, is opened itself, not what it leads to.
+/// CREATE_NEW, of `attributes` only the three flags, `like` none. With FILE_FLAG_DELETE_ON_CLOSE the file
+/// loses its name at once. A folder can be opened only with FILE_FLAG_BACKUP_SEMANTICS (otherwise
+/// ERROR_ACCESS_DENIED). With FILE_FLAG_OPEN_REPARSE_POINT a link, which is a symbolic link here, is opened
+/// itself, not what it leads to.
 HANDLE CreateFileA(LPCSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,
                    DWORD attributes, HANDLE like);
 HANDLE CreateFileW(LPCWSTR path, DWORD access, DWORD share, LPSECURITY_ATTRIBUTES security, DWORD disposition,

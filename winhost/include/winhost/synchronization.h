@@ -30,7 +30,7 @@ void Sleep(DWORD milliseconds);
 DWORD GetCurrentProcessId();
 /// The handle that stands for this process; nobody closes it.
 HANDLE GetCurrentProcess();
-/// Kills this process; no other can be named.
+/// Ends this process at once with the exit code; no other can be named.
 BOOL TerminateProcess(HANDLE process, UINT exitCode);
 /// Throws winhost::StructuredException.
 void RaiseException(DWORD code, DWORD flags, DWORD count, const ULONG_PTR* arguments);
