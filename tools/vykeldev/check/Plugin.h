@@ -51,8 +51,8 @@ struct PluginObject {
                         [&](vykel::StatusBlock* status) { (object->*operation)(arguments..., status); });
     }
 
-    Interface* object;
-    Trace* trace;
+    Interface* object = nullptr;
+    Trace* trace = nullptr;
 };
 
 /// A device: borrows the plug-in's object.

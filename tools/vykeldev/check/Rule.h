@@ -58,7 +58,7 @@ enum class Outcome { Passed, Warning, Failed, Skipped };
 
 /// Ends a check whose rule did not pass.
 struct Verdict {
-    Outcome outcome; ///< When an error is what the rule's severity says.
+    Outcome outcome = Outcome::Failed; ///< When an error is what the rule's severity says.
     std::string observed;
     std::string remedy = {}; ///< What to do about a rule that was not tried.
 };

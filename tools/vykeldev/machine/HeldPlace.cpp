@@ -40,7 +40,7 @@ vybase::LocalMemory<void> makeDescriptor(const char* rights) {
 
 /// The path of what is open, without any link.
 WideString finalPath(HANDLE file, const Place& place) {
-    const WideString path = pathFrom([file](LPWSTR buffer, DWORD size) {
+    WideString path = pathFrom([file](LPWSTR buffer, DWORD size) {
         return GetFinalPathNameByHandleW(file, buffer, size, VOLUME_NAME_NT);
     });
     if (path.empty())
