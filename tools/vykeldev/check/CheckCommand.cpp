@@ -17,13 +17,13 @@ struct CheckOptions : CommonOptions {
 
 void printRules(bool json) {
     Json rules = Json::array();
-    for (const check::Rule& rule : check::allRules())
+    for (const check::Rule& rule : check::allRules()) {
         rules.push_back({{"id", rule.id}, {"title", rule.title}, {"severity", nameOf(rule.severity)}});
-    if (json)
-        std::cout << textOf({{"schemaVersion", 1}, {"rules", rules}}) << '\n';
-    for (const check::Rule& rule : check::allRules())
         if (!json)
             std::cout << rule.id << '\t' << rule.title << '\n';
+    }
+    if (json)
+        std::cout << textOf({{"schemaVersion", 1}, {"rules", rules}}) << '\n';
 }
 
 ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
