@@ -15,9 +15,8 @@ namespace vykeldev {
 struct DeviceRequest {
     std::string library;                ///< Path of the library, UTF-8.
     std::optional<Selection> selection; ///< Of the devices to read; none: they are only counted.
-    std::uint32_t enough =
-        0;               ///< It ends when it counts so many that are selected by name; 0: after one reading.
-    double interval = 0; ///< Seconds between two readings.
+    std::uint32_t enough = 0;           ///< It ends when the count is that high; 0: after one reading.
+    double interval = 0;                ///< Seconds between two readings.
     std::optional<DeviceEdit> edit = std::nullopt; ///< Done after the last reading.
 
     static constexpr std::tuple members{
