@@ -1,5 +1,7 @@
 #include "child/ChildTask.h"
 
+#include "machine/Cause.h"
+#include "output/Failures.h"
 #include "system/Console.h"
 #include "system/Text.h"
 #include <algorithm>
@@ -39,9 +41,9 @@ void Reporter::reportCut(Json object) {
 }
 
 void Reporter::report(const Json& object) {
-    // A line end before it, too: the plug-in may have printed half a line.
-    const std::string text = "\n" + mark + textOf(object, -1) + "\n";
     const std::lock_guard<std::mutex> lock(mutex);
+    // A line end before it, too: the plug-in may have printed half a line.
+    const std::string text = "\n" + mark + textOf({count++, object}, -1) + "\n";
     std::fwrite(text.data(), 1, text.size(), output.get());
     std::fflush(output.get());
 }
@@ -55,7 +57,12 @@ bool runRequestedTask(const std::vector<std::string>& arguments,
             continue;
         suppressCrashDialogs();
         Reporter reporter(arguments[2]);
-        task->run({arguments.begin() + 3, arguments.end()}, reporter);
+        try {
+            task->run({arguments.begin() + 3, arguments.end()}, reporter);
+            reporter.report({{"done", true}});
+        } catch (...) {
+            reporter.report({{"failed", currentFailure(task->action)}});
+        }
         return true;
     }
     return false;
@@ -71,47 +78,53 @@ bool TaskRun::listen(std::chrono::milliseconds time) {
     if (ctrlC == CtrlC::Ends && StopRequest::isMade())
         throw Stopped();
     std::string bytes;
-    const bool running = child.read(bytes, time);
+    isRunning = child.read(bytes, time);
     lines.add(bytes.data(), bytes.size());
-    return running;
+    return isRunning;
+}
+
+bool TaskRun::isDone() const {
+    if (failure)
+        throw *failure;
+    if (!lacksNone)
+        throw Failure("a report about the devices got lost",
+                      "A plug-in prints, or a text is too long. What was to be changed may be changed.",
+                      "Run 'vykeldev doctor': it tries each plug-in by itself.");
+    if (isRunning || isTaskDone)
+        return isTaskDone;
+    const auto [crashed, code] = child.end();
+    throw Failure(concat("the client process ",
+                         crashed ? "crashed with " + crashText(code) : concat("ended with exit code ", code),
+                         lastStep.empty() ? "" : " while ", lastStep),
+                  "Most likely a plug-in did it, and does it to every client.",
+                  "Run 'vykeldev doctor --devices': it names the plug-in.");
 }
 
 ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
     auto limitBegin = Clock::now();
-    bool running = true;
-    for (auto left = limit; running && left.count() > 0;) {
+    for (auto left = limit; isRunning && left.count() > 0;) {
         const std::size_t before = reportCount;
-        running = listen(std::min(left, pollInterval));
+        listen(std::min(left, pollInterval));
         if (kind == Limit::BetweenReports && reportCount != before)
             limitBegin = Clock::now();
         left = std::chrono::ceil<std::chrono::milliseconds>(limitBegin + limit - Clock::now());
     }
     const auto duration = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - begin);
-    return {running ? std::nullopt : std::optional(child.end()), duration};
-}
-
-Failure TaskRun::endFailure() const {
-    const ChildProcess::End end = child.end();
-    const std::string how =
-        end.crashed ? "crashed with " + crashText(end.code) : concat("ended with exit code ", end.code);
-    return {"the client process " + how + (lastStep.empty() ? "" : " while " + lastStep),
-            "Most likely a plug-in did it, and does it to every client.",
-            "Run 'vykeldev doctor --devices': it names the plug-in."};
-}
-
-Failure TaskRun::lostReport(const std::string& what) {
-    return {what + " got lost", "A plug-in prints, or a text is too long.",
-            "Run 'vykeldev doctor': it tries each plug-in by itself."};
+    return {isRunning ? std::nullopt : std::optional(child.end()), duration};
 }
 
 void TaskRun::take(const std::string& line) {
     if (line.compare(0, mark.size(), mark) != 0)
         return; // the plug-in prints, too
     try {
-        const Json report = Json::parse(line.substr(mark.size()));
+        const Json numbered = Json::parse(line.substr(mark.size()));
+        const Json& report = numbered.at(1);
+        lacksNone = lacksNone && numbered.at(0) == reportCount++;
+        isTaskDone = report.value("done", false);
         lastStep = report.value("step", lastStep);
+        if (report.contains("failed"))
+            failure.emplace(withCause(failureFrom(report["failed"])));
         handler(report);
-        ++reportCount;
     } catch (const Json::exception&) {
         // The plug-in printed into this line.
     }

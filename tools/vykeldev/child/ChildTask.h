@@ -15,7 +15,8 @@
 
 /// Work that this program does in a child process of its own, so that whatever a plug-in does there (crash,
 /// hang, exit, corrupt its memory) is seen and does no harm here. The child reports what happens in JSON
-/// objects, one per line of standard output, each after a mark that no plug-in knows.
+/// objects, one per line of standard output, each after a mark that no plug-in knows, and numbered, so that
+/// a report that does not come is noticed.
 namespace vykeldev {
 
 /// The child's side: what reports go through. Any thread may report.
@@ -35,14 +36,17 @@ public:
 
 private:
     const std::string mark;
-    std::mutex mutex;
+    std::mutex mutex; // of the following
+    std::size_t count = 0;
     const vybase::FileStream output = duplicateOutput(); // a plug-in may close standard output
 };
 
-/// A kind of work that a child can be started for.
+/// A kind of work that a child can be started for. When it returns, all is done; what it throws is its
+/// failure.
 struct ChildTask {
     const char* name;
     void (*run)(const std::vector<std::string>& arguments, Reporter& reporter);
+    const char* action = "a step of the library"; ///< What failed when the library's failure ends the task.
 };
 
 /// The child's side of all tasks: does the task that the program's arguments ask for. False when they ask for
@@ -77,12 +81,12 @@ public:
     /// ones. False when the child has ended. Throws Failure.
     bool listen(std::chrono::milliseconds time = pollInterval);
 
-    /// The failure of a client of the library that ended before its task was done. Call it after listen()
-    /// returned false.
-    Failure endFailure() const;
+    /// Whether the task is done. Throws Failure: of the task, with its cause on this machine; of a report
+    /// that got lost; or of a client of the library that ended too early.
+    bool isDone() const;
 
-    /// The failure of a task that is done, though a report that it sent did not come; `what` names it.
-    static Failure lostReport(const std::string& what);
+    /// Whether no report got lost before the last one.
+    bool isComplete() const noexcept { return lacksNone; }
 
     /// What the time limit of finish() is for.
     enum class Limit { WholeTask, BetweenReports };
@@ -101,6 +105,10 @@ private:
     const ReportHandler handler;
     const CtrlC ctrlC;
     std::size_t reportCount = 0;
+    bool lacksNone = true;
+    bool isRunning = true;
+    bool isTaskDone = false;
+    std::optional<Failure> failure; ///< Of the task.
     std::string lastStep;
     LineSplitter lines;
     const Clock::time_point begin = Clock::now();

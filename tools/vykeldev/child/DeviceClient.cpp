@@ -17,12 +17,6 @@ using std::chrono::milliseconds;
 
 constexpr milliseconds minBlockedTime(250);
 constexpr std::chrono::seconds noticeDelay(2);
-constexpr const char* lostReading = "a reading of the devices";
-
-/// A failure with its cause on this machine, or null.
-Json explained(const Json& failure, LibraryStep step) {
-    return failure.is_null() ? failure : Json(withCause(failureFrom(failure), step));
-}
 
 /// The path of a lock file that is locked, or an empty text.
 std::string heldLock() {
@@ -46,31 +40,24 @@ DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
     for (;;) {
         if (std::exchange(isNew, false))
             return Event::Read;
-        if (!failed.is_null())
-            throw failureFrom(failed);
-        if (isDone)
+        if (child.isDone())
             return Event::Done;
-        if (!isRunning)
-            throw child.endFailure();
         const Clock::time_point now = Clock::now();
         if (now >= deadline)
             return Event::TimeOver;
         const Clock::duration left = std::min<Clock::duration>(deadline - now, TaskRun::pollInterval);
-        isRunning = child.listen(std::chrono::ceil<milliseconds>(left));
+        child.listen(std::chrono::ceil<milliseconds>(left));
         showObstacle();
     }
 }
 
 void DeviceClient::await(Event wanted, Clock::time_point deadline) {
-    const Event event = next(deadline);
-    if (event == Event::Done && wanted != Event::Done)
-        throw TaskRun::lostReport(lostReading);
-    if (event != wanted) {
-        const std::string cause = obstacle();
-        throw Failure("time is over" + (cause.empty() ? cause : ": " + cause), "",
-                      "Run 'vykeldev doctor': it names the plug-in, or the lock that is held. Or give more "
-                      "time with --timeout.");
-    }
+    if (next(deadline) == wanted)
+        return;
+    const std::string cause = obstacle();
+    throw Failure("time is over" + (cause.empty() ? cause : ": " + cause), "",
+                  "Run 'vykeldev doctor': it names the plug-in, or the lock that is held. Or give more time "
+                  "with --timeout.");
 }
 
 std::string DeviceClient::obstacle() const {
@@ -85,23 +72,14 @@ void DeviceClient::take(const Json& report) {
     lastReport = Clock::now();
     if (report.contains("device"))
         pending.push_back(report["device"].get<DeviceInfo>());
-    if (report.contains("count")) {
-        if (report["sent"] != pending.size())
-            failed = TaskRun::lostReport(lostReading);
-        lastReading = {report["count"], std::exchange(pending, {}),
-                       explained(report["failure"], LibraryStep::Other)};
-        isNew = failed.is_null();
-    }
     if (report.contains("change"))
-        edited.push_back({report["change"], report["before"], report["now"]});
-    if (report.contains("failed"))
-        failed = explained(report["failed"], report.value("initialising", false) ? LibraryStep::Initialisation
-                                                                                 : LibraryStep::Other);
-    if (report.contains("done")) {
-        isDone = true;
-        if (report["done"] != edited.size())
-            failed = TaskRun::lostReport("the report of a change, which 'vykeldev list' shows,");
-    }
+        edited.push_back(report["change"].get<DeviceChange>());
+    if (!report.contains("count"))
+        return;
+    const Json& failure = report["failure"];
+    lastReading = {report["count"], std::exchange(pending, {}),
+                   failure.is_null() ? failure : Json(withCause(failureFrom(failure)))};
+    isNew = child.isComplete();
 }
 
 void DeviceClient::showObstacle() {

@@ -43,10 +43,7 @@ Json look(vykel::IDeviceList& list, const DeviceRequest& request) {
 void report(const Json& reading, Reporter& reporter) {
     for (const Json& device : reading["devices"])
         reporter.report({{"device", device}});
-    reporter.report({{"count", reading["count"]},
-                     {"sent", reading["devices"].size()},
-                     {"failure", reading["failure"]},
-                     {"step", ""}});
+    reporter.report({{"count", reading["count"]}, {"failure", reading["failure"]}, {"step", ""}});
 }
 
 /// Returns the failure of the last refresh, or null.
@@ -72,44 +69,23 @@ Json readUntilEnough(vykel::IDeviceList& list, const DeviceRequest& request, Rep
     }
 }
 
-/// Returns how many changes it has reported.
-std::size_t useList(vykel::IDeviceList& list, const DeviceRequest& request, Reporter& reporter) {
-    const Json failure = readUntilEnough(list, request, reporter);
-    if (request.edit && !failure.is_null())
-        throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
-    std::size_t changes = 0;
-    if (request.edit)
-        editDevices(list, *request.edit, [&](const DeviceChange& change) {
-            reporter.report({{"change", change.kind}, {"before", change.before}, {"now", change.now}});
-            ++changes;
-        });
-    return changes;
-}
-
-/// As useList.
-std::size_t serve(const DeviceRequest& request, Reporter& reporter) {
+/// The child's side.
+void runClient(const std::vector<std::string>& arguments, Reporter& reporter) {
+    const auto request = Json::parse(arguments.at(0)).get<DeviceRequest>();
     reporter.beginStep("loading the plug-ins");
     const Enumerator enumerator(request.library);
     const DeviceListHandle list = enumerator.makeList();
     try {
-        const std::size_t changes = useList(*list, request, reporter);
+        const Json failure = readUntilEnough(*list, request, reporter);
+        if (request.edit && !failure.is_null())
+            throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
+        if (request.edit)
+            editDevices(*list, *request.edit, [&](const DeviceChange& change) {
+                reporter.report({{"change", change}});
+            });
         reporter.beginStep("unloading the plug-ins");
-        return changes;
     } catch (...) {
         throw listFailure(); // a plug-in's exception must not outlive its plug-in's code
-    }
-}
-
-/// The child's side.
-void runClient(const std::vector<std::string>& arguments, Reporter& reporter) {
-    try {
-        const auto request = Json::parse(arguments.at(0)).get<DeviceRequest>();
-        const std::size_t changes = serve(request, reporter);
-        reporter.report({{"done", changes}});
-    } catch (const InitialisationFailure& failure) {
-        reporter.report({{"failed", failure}, {"initialising", true}});
-    } catch (...) {
-        reporter.report({{"failed", currentFailure()}});
     }
 }
 

@@ -25,11 +25,10 @@ struct DeviceRequest {
         member("edit", &DeviceRequest::edit)};
 };
 
-/// Its argument is a DeviceRequest. Reports each "device" of a reading and then its "count", how many it
-/// "sent", and the "failure" of the refresh or null; a reading that is like the last one is not reported. The
-/// count is that of all devices, or of those that are selected by name. Then it reports each "change" of an
-/// edit, with the device "before" and "now". Its steps are texts for people; the empty one means that it
-/// sleeps. At the end it reports how many changes it has "done", or why it "failed".
+/// Its argument is a DeviceRequest. Reports each "device" of a reading and then its "count" and the "failure"
+/// of the refresh or null; a reading that is like the last one is not reported. The count is that of all
+/// devices, or of those that are selected by name. Then it reports each "change" of an edit. Its steps are
+/// texts for people; the empty one means that it sleeps.
 extern const ChildTask deviceTask;
 
 } // namespace vykeldev

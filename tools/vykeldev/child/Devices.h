@@ -61,9 +61,13 @@ std::string numberFlaw(const std::string& text);
 /// the same unless it was renumbered or renamed.
 struct DeviceChange {
     enum class Kind { Present, Added, Removed, Renumbered, Renamed, Kept };
-    Kind kind;
+    Kind kind = Kind::Kept;
     DeviceInfo before;
     DeviceInfo now;
+
+    static constexpr std::tuple members{member("kind", &DeviceChange::kind),
+                                        member("before", &DeviceChange::before),
+                                        member("now", &DeviceChange::now)};
 };
 
 /// The changes between two readings: first the removed devices in their old order, then all other changes in

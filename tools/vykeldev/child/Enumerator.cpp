@@ -39,7 +39,7 @@ Enumerator::Enumerator(const std::string& library) : path(absolutePath(library))
     finalize = resolve<decltype(vykeldevenum_finalize)>("vykeldevenum_finalize");
     const std::int32_t code = initialize();
     if (code < 0)
-        throw InitialisationFailure(code);
+        throw statusFailure("initialising the library", code);
 }
 
 Enumerator::~Enumerator() {

@@ -64,13 +64,11 @@ Json toJson(const EntryPreview& entry) {
             {"text", fateText(entry)}};
 }
 
-/// Reports the entries, and returns the last report.
-Json report(const Preview& preview, Reporter& reporter) {
+void report(const Preview& preview, Reporter& reporter) {
     for (const EntryPreview& entry : preview.entries)
         reporter.report({{"entry", toJson(entry)}});
-    return {
-        {"document", {{"exists", true}, {"layout", layoutText(preview.layout)}, {"fails", preview.fails}}},
-        {"sent", preview.entries.size()}};
+    reporter.report(
+        {{"document", {{"exists", true}, {"layout", layoutText(preview.layout)}, {"fails", preview.fails}}}});
 }
 
 /// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
@@ -102,32 +100,22 @@ bool isRead(const LegacyFile& file, const std::string& path) {
     throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
 }
 
-/// Returns the last report.
-Json showPreview(Reporter& reporter) {
+/// The child's side.
+void runPreview(const std::vector<std::string>&, Reporter& reporter) {
     const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
     reporter.report({{"document", {{"file", path}, {"link", textOrNull(linkText(path))}}}});
     const LegacyFile file = readWhilePaused(path);
     if (!isRead(file, path))
-        return {{"sent", 0}};
+        return;
     reporter.beginStep("loading the plug-ins");
     LoadedPlugins plugins;
     try {
         reporter.beginStep("refreshing the devices");
         const PreviewDevices devices(plugins.manager);
-        Json last = report(previewTransfer(file, devices.table(), devices.all()), reporter);
+        report(previewTransfer(file, devices.table(), devices.all()), reporter);
         reporter.beginStep("unloading the plug-ins");
-        return last;
     } catch (...) {
         throw currentFailure(action); // a plug-in's exception must not outlive its plug-in's code
-    }
-}
-
-/// The child's side.
-void runPreview(const std::vector<std::string>&, Reporter& reporter) {
-    try {
-        reporter.report(showPreview(reporter)); // when the plug-ins are unloaded
-    } catch (...) {
-        reporter.report({{"failed", currentFailure(action)}});
     }
 }
 
@@ -138,6 +126,6 @@ const char* layoutText(vykel::AliasLayout layout) noexcept {
     return names[static_cast<std::size_t>(layout)];
 }
 
-const ChildTask previewTask = {"aliases", runPreview};
+const ChildTask previewTask = {"aliases", runPreview, action};
 
 } // namespace vykeldev

@@ -7,8 +7,8 @@
 namespace vykeldev {
 
 /// The preview of a transfer: plug-ins run in its process, so it is a child process of this tool. It takes no
-/// argument. Reports members of the "document" that `aliases` prints, and each "entry" of it; at the end how
-/// many entries it "sent", or why it "failed". Its steps are texts for people.
+/// argument. Reports members of the "document" that `aliases` prints, and each "entry" of it. Its steps are
+/// texts for people.
 extern const ChildTask previewTask;
 
 /// As in the document.

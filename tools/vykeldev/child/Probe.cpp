@@ -169,7 +169,6 @@ void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
     begin(Step::Unload, reporter);
     list.reset();
     plugin.unload();
-    reporter.report({{"done", true}});
 }
 
 } // namespace

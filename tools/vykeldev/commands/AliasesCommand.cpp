@@ -1,7 +1,6 @@
 #include "commands/AliasesCommand.h"
 
 #include "child/PreviewTask.h"
-#include "machine/Cause.h"
 #include "output/Failures.h"
 #include "output/Table.h"
 #include "system/DisplayText.h"
@@ -13,27 +12,22 @@ namespace {
 struct Result {
     Json document = {{"schemaVersion", 1}, {"file", ""},     {"exists", false},         {"link", nullptr},
                      {"layout", nullptr},  {"fails", false}, {"entries", Json::array()}};
-    Json failed; ///< Why there is no preview, or null.
+    std::exception_ptr failure; ///< Why there is no preview, or null.
 };
 
 Result runPreview() {
     Result result;
-    bool isDone = false;
     TaskRun child(previewTask, {}, [&](const Json& report) {
-        isDone = isDone || report.contains("sent") || report.contains("failed");
         result.document.update(report.value("document", Json::object()));
         if (report.contains("entry"))
             result.document["entries"].push_back(report["entry"]);
-        if (report.contains("failed"))
-            result.failed = withCause(failureFrom(report["failed"]));
-        else if (isDone &&
-                 (result.document["file"] == "" || report["sent"] != result.document["entries"].size()))
-            result.failed = TaskRun::lostReport("a part of the preview");
     });
-    while (!isDone && child.listen()) {
+    try {
+        while (!child.isDone())
+            child.listen();
+    } catch (const Failure&) {
+        result.failure = std::current_exception();
     }
-    if (!isDone)
-        result.failed = child.endFailure();
     return result;
 }
 
@@ -53,15 +47,15 @@ void printText(const Json& document, const std::string& file, bool colour) {
 }
 
 ExitCode previewAliases(const Context& context, const CommonOptions& options) {
-    const auto [document, failed] = runPreview();
+    const auto [document, failure] = runPreview();
     const std::string file = printable(document["file"].get<std::string>());
     if (!document["link"].is_null()) // the refresh reads what it leads to, but writes a new file
         context.notices() << typeable(concat(
             "vykeldev: warning: ", file, " is ", document["link"].get<std::string>(),
             ": a refresh that moves an alias puts a new file in its place and leaves the other as it is; "
             "'vykeldev doctor' says more\n"));
-    if (!failed.is_null())
-        throw failureFrom(failed);
+    if (failure)
+        std::rethrow_exception(failure);
     const bool exists = document["exists"].get<bool>();
     const auto throwError = [&doc = document] {
         if (doc["fails"].get<bool>())

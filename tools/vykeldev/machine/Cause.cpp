@@ -26,21 +26,18 @@ Kinds causesOf(std::int32_t code) {
 
 } // namespace
 
-Failure withCause(const Failure& failure, LibraryStep step) {
+Failure withCause(const Failure& failure) {
     const Kinds causes = causesOf(failure.code);
     if (causes.empty())
         return failure;
     FolderReport report;
-    Findings& findings = report.findings;
     Progress progress(false);
-    if (step != LibraryStep::Initialisation)
-        checkFolder(report, progress);
-    if (failure.code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
-        countPlugins(findings); // a preview of aliases needs both the registry key and the folder
-    const auto cause = std::find_if(findings.begin(), findings.end(), [&](const Finding& finding) {
-        return std::count(causes.begin(), causes.end(), finding.kind) != 0;
+    countPlugins(report.findings);
+    checkFolder(report, progress);
+    const auto cause = std::find_if(report.findings.begin(), report.findings.end(), [&](const Finding& it) {
+        return std::count(causes.begin(), causes.end(), it.kind) != 0;
     });
-    if (cause == findings.end())
+    if (cause == report.findings.end())
         return failure.withReason(failure.meaning + " A look at the machine, just now, showed no cause.",
                                   failure.remedy);
     const std::string place = cause->subject + (cause->line > 0 ? concat(':', cause->line) : std::string());

@@ -17,25 +17,11 @@ constexpr Explanation ofPlugin = {0, "a plug-in's own code",
                                   "A plug-in failed with a code that it defines itself.",
                                   "Look the code up in the plug-in's documentation."};
 
-constexpr Explanation noKey = {vykel::toInteger(vykel::StatusCode::ResourceNotFound), "ResourceNotFound",
-                               "The registry key of the plug-ins cannot be found or read.",
-                               "Run 'vykeldev setup' as administrator: it makes the key."};
-
 const Explanation& explain(std::int32_t code) noexcept {
     for (const Explanation& each : statusTable)
         if (each.code == code)
             return each;
     return ofPlugin;
-}
-
-Failure explained(const std::string& action, const Explanation& explanation, std::int32_t code,
-                  const std::string& place) {
-    return {action + " failed with " + std::to_string(code) + " (" + explanation.name + ")",
-            explanation.meaning,
-            explanation.remedy,
-            code,
-            explanation.name,
-            place};
 }
 
 /// A text of a fixed-size field, which a faulty writer may have left without its end.
@@ -89,7 +75,13 @@ void printFailure(std::ostream& out, const std::string& label, const Failure& fa
 }
 
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status) {
-    return explained(action, explain(status.code), status.code, placeIn(status));
+    const Explanation& explanation = explain(status.code);
+    return {concat(action, " failed with ", status.code, " (", explanation.name, ")"),
+            explanation.meaning,
+            explanation.remedy,
+            status.code,
+            explanation.name,
+            placeIn(status)};
 }
 
 Failure statusFailure(const std::string& action, std::int32_t code) {
@@ -97,9 +89,5 @@ Failure statusFailure(const std::string& action, std::int32_t code) {
     status.code = code;
     return statusFailure(action, status);
 }
-
-InitialisationFailure::InitialisationFailure(std::int32_t statusCode)
-    : Failure(explained("initialising the library", statusCode == noKey.code ? noKey : explain(statusCode),
-                        statusCode, "")) {}
 
 } // namespace vykeldev

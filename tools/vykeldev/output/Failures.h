@@ -27,13 +27,6 @@ void printFailure(std::ostream& out, const std::string& label, const Failure& fa
 Failure statusFailure(const std::string& action, const vykel::StatusBlock& status);
 Failure statusFailure(const std::string& action, std::int32_t code);
 
-/// The failure of the library's initialisation, which reads only the registry key.
-class InitialisationFailure : public Failure {
-public:
-    /// For the negative code that it answered with.
-    explicit InitialisationFailure(std::int32_t statusCode);
-};
-
 /// A failure as the commands print it with --json, and back.
 inline void to_json(Json& json, const Failure& failure) {
     const bool coded = failure.code != 0;
