@@ -299,8 +299,8 @@ protected:
         std::istringstream words(step.rest);
         std::string field;
         words >> field;
-        const Json document =
-            Json::parse(output.substr(0, std::min(output.find("\nvykeldev: "), output.rfind("= "))));
+        Json document; // notices may stand before and after it
+        std::istringstream(output.substr(output.find('{'))) >> document;
         const Json& chosen = document.at(Json::json_pointer(field == "/" ? "" : field));
         std::vector<std::string> lines(chosen.is_array() ? chosen.size() : 1);
         if (step.rest == field)

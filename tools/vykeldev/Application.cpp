@@ -45,18 +45,19 @@ int toInteger(ExitCode code) noexcept {
     return static_cast<int>(code);
 }
 
-/// Runs a command. When it fails, those who read JSON get the failure as an object.
+/// Runs a command, and prints its document. When it fails, those who read JSON get the failure as an object.
 ExitCode runChosen(const Run& chosen, Context& context) {
     try {
         if (context.library.empty())
             context.library = defaultLibraryPath();
-        return chosen.work(context);
-    } catch (const PrintedFailure& printed) {
-        std::rethrow_exception(printed.failure);
+        const ExitCode result = chosen.work(context);
+        if (chosen.output == JsonOutput::Document)
+            std::cout << textOf(context.document) << '\n';
+        return result;
     } catch (...) {
-        const int indentation = chosen.failureOutput == FailureOutput::Line ? -1 : 2;
-        if (chosen.failureOutput != FailureOutput::None)
-            std::cout << textOf({{"schemaVersion", 1}, {"error", currentFailure()}}, indentation) << '\n';
+        context.document["error"] = currentFailure();
+        if (chosen.output != JsonOutput::None)
+            std::cout << textOf(context.document, chosen.output == JsonOutput::Lines ? -1 : 2) << '\n';
         throw;
     }
 }
@@ -134,18 +135,10 @@ int runParsed(std::vector<std::string> arguments, Context& context) {
     app.fallthrough();
 
     Run chosen;
-    addAliasCommand(app, chosen);
-    addAliasesCommand(app, chosen);
-    addCheckCommand(app, chosen);
-    addDoctorCommand(app, chosen);
-    addListCommand(app, chosen);
-    addPluginsCommand(app, chosen);
-    addRegisterCommand(app, chosen);
-    addRenumberCommand(app, chosen);
-    addSetupCommand(app, chosen);
-    addUnregisterCommand(app, chosen);
-    addWaitCommand(app, chosen);
-    addWatchCommand(app, chosen);
+    for (const auto add : {addAliasCommand, addAliasesCommand, addCheckCommand, addDoctorCommand,
+                           addListCommand, addPluginsCommand, addRegisterCommand, addRenumberCommand,
+                           addSetupCommand, addUnregisterCommand, addWaitCommand, addWatchCommand})
+        add(app, chosen);
     for (CLI::App* const command : app.get_subcommands([](const CLI::App*) { return true; }))
         command->footer(command->get_footer() + commonOptions);
     app.footer(notes);
@@ -162,7 +155,8 @@ int runParsed(std::vector<std::string> arguments, Context& context) {
 
 int runApplication(const std::vector<std::string>& arguments) noexcept {
     const Console console;
-    Context context{"", console.colourOnOutput};
+    Context context;
+    context.colour = console.colourOnOutput;
     try {
         if (runRequestedTask(arguments, {&previewTask, &check::checkRuleTask, &deviceTask, &probeTask}))
             return toInteger(ExitCode::Success);

@@ -26,7 +26,7 @@ void printRules(bool json) {
         std::cout << textOf({{"schemaVersion", 1}, {"rules", rules}}) << '\n';
 }
 
-ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
+ExitCode checkPlugin(Context& context, const CheckOptions& options) {
     check::RunOptions run = options.run;
     run.path = absolutePath(run.path);
     run.quiet = context.quiet;
@@ -42,16 +42,11 @@ ExitCode checkPlugin(const Context& context, const CheckOptions& options) {
             check::printResult(std::cout, result, context.colour);
     });
     const check::Results& results = all.results;
-    const auto finish = [&] {
-        if (all.stopped)
-            throw Stopped();
-    };
-    if (options.json) {
-        printDocument(check::toDocument(run.path, results), finish);
-    } else {
+    context.document.update(check::toDocument(run.path, results));
+    if (!options.json)
         check::printSummary(std::cout, results);
-        finish();
-    }
+    if (all.stopped)
+        throw Stopped();
     if (check::countOf(results, check::Outcome::Failed) != 0)
         return ExitCode::Broken;
     return check::countOf(results, check::Outcome::Warning) != 0 ? ExitCode::Warnings : ExitCode::Success;

@@ -74,7 +74,7 @@ void printSummary(std::ostream& out, const Results& results) {
 }
 
 Json toDocument(const std::string& plugin, const Results& results) {
-    Json document = {{"schemaVersion", 1}, {"plugin", plugin}, {"result", toString(overall(results))}};
+    Json document = {{"plugin", plugin}, {"result", toString(overall(results))}};
     for (const Outcome outcome : {Outcome::Passed, Outcome::Warning, Outcome::Failed, Outcome::Skipped})
         document["summary"][toString(outcome)] = countOf(results, outcome);
     document["rules"] = results;

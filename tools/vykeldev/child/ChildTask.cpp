@@ -123,7 +123,7 @@ void TaskRun::take(const std::string& line) {
         isTaskDone = report.value("done", false);
         lastStep = report.value("step", lastStep);
         if (report.contains("failed"))
-            failure.emplace(withCause(failureFrom(report["failed"])));
+            failure = withCause(report["failed"]);
         handler(report);
     } catch (const Json::exception&) {
         // The plug-in printed into this line.

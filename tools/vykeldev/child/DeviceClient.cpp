@@ -76,9 +76,9 @@ void DeviceClient::take(const Json& report) {
         edited.push_back(report["change"].get<DeviceChange>());
     if (!report.contains("count"))
         return;
-    const Json& failure = report["failure"];
-    lastReading = {report["count"], std::exchange(pending, {}),
-                   failure.is_null() ? failure : Json(withCause(failureFrom(failure)))};
+    lastReading = {report["count"], std::exchange(pending, {}), std::nullopt};
+    if (!report["failure"].is_null())
+        lastReading.failure = withCause(report["failure"]);
     isNew = child.isComplete();
 }
 

@@ -16,7 +16,7 @@ namespace vykeldev {
 struct Reading {
     std::uint32_t count = 0; ///< Of all devices, those of lower versions, too; or of those selected by name.
     std::vector<DeviceInfo> devices; ///< As the request asks.
-    Json failure;                    ///< Why the devices may not be up to date, or null.
+    std::optional<Failure> failure;  ///< Why the devices may not be up to date, if so.
 };
 
 /// A client of the library at work in a child process, so that no plug-in can harm this process. The client

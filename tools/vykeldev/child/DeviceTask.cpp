@@ -78,7 +78,7 @@ void runClient(const std::vector<std::string>& arguments, Reporter& reporter) {
     try {
         const Json failure = readUntilEnough(*list, request, reporter);
         if (request.edit && !failure.is_null())
-            throw failureFrom(failure); // numbers of devices that are missing now would seem to be free
+            throw failure.get<Failure>(); // numbers of devices that are missing now would seem to be free
         if (request.edit)
             editDevices(*list, *request.edit, [&](const DeviceChange& change) {
                 reporter.report({{"change", change}});

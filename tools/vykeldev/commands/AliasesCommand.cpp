@@ -10,8 +10,8 @@ namespace {
 
 /// What the child reported.
 struct Result {
-    Json document = {{"schemaVersion", 1}, {"file", ""},     {"exists", false},         {"link", nullptr},
-                     {"layout", nullptr},  {"fails", false}, {"entries", Json::array()}};
+    Json document = {{"file", ""},        {"exists", false}, {"link", nullptr},
+                     {"layout", nullptr}, {"fails", false},  {"entries", Json::array()}};
     std::exception_ptr failure; ///< Why there is no preview, or null.
 };
 
@@ -46,7 +46,7 @@ void printText(const Json& document, const std::string& file, bool colour) {
                document["entries"]);
 }
 
-ExitCode previewAliases(const Context& context, const CommonOptions& options) {
+ExitCode previewAliases(Context& context, const CommonOptions& options) {
     const auto [document, failure] = runPreview();
     const std::string file = printable(document["file"].get<std::string>());
     if (!document["link"].is_null()) // the refresh reads what it leads to, but writes a new file
@@ -57,16 +57,12 @@ ExitCode previewAliases(const Context& context, const CommonOptions& options) {
     if (failure)
         std::rethrow_exception(failure);
     const bool exists = document["exists"].get<bool>();
-    const auto throwError = [&doc = document] {
-        if (doc["fails"].get<bool>())
-            throw Failure("every refresh fails with -50209, and moves nothing", "",
-                          "Correct the malformed entries.");
-    };
-    if (options.json)
-        printDocument(document, throwError);
-    else if (exists)
+    context.document.update(document);
+    if (exists && !options.json)
         printText(document, file, context.colour);
-    throwError();
+    if (document["fails"].get<bool>())
+        throw Failure("every refresh fails with -50209, and moves nothing", "",
+                      "Correct the malformed entries.");
     if (exists)
         return ExitCode::Success;
     context.notices() << "vykeldev: no legacy file " << file << '\n';

@@ -15,7 +15,7 @@ struct EditOptions : CommonOptions {
     std::string number;
 };
 
-ExitCode editNow(const Context& context, const EditOptions& options) {
+ExitCode editNow(Context& context, const EditOptions& options) {
     using Event = DeviceClient::Event;
     DeviceEdit edit = options.edit;
     edit.number = *numberIn(options.number);
@@ -45,7 +45,7 @@ ExitCode editNow(const Context& context, const EditOptions& options) {
 }
 
 Command<EditOptions> addEditCommand(CLI::App& app, Run& chosen, const CommandHelp& help) {
-    const auto command = addCommand(app, chosen, help, editNow, FailureOutput::Line);
+    const auto command = addCommand(app, chosen, help, editNow, JsonOutput::Lines);
     addArgument(command.app, "NUMBER", command.options.number, "The devices' number, such as KEL3")
         ->check(numberFlaw);
     return command;

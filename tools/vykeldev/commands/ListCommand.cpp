@@ -16,36 +16,6 @@ struct ListOptions : CommonOptions {
     Selection selection;
 };
 
-/// What `list` shows.
-struct Listing {
-    Reading reading;
-    std::exception_ptr error; ///< How a plug-in or the user ended the client after the reading, or null.
-};
-
-Listing readListing(const Context& context, const ListOptions& options) {
-    using Event = DeviceClient::Event;
-    const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
-    DeviceClient client({context.library, options.selection}, context);
-    client.await(Event::Read, deadline);
-    Listing listing{client.reading(), nullptr};
-    const bool isAny = !listing.reading.devices.empty() || options.selection.isByName();
-    if (!isAny && !listing.reading.failure.is_null())
-        throw failureFrom(listing.reading.failure);
-    try {
-        client.await(Event::Done, deadline);
-    } catch (const Failure&) {
-        listing.error = std::current_exception();
-    }
-    return listing;
-}
-
-Json toDocument(const Listing& listing, std::uint32_t format) {
-    Json document = {{"schemaVersion", 1}, {"tokenFormat", format}, {"devices", listing.reading.devices}};
-    if (!listing.reading.failure.is_null())
-        document["refresh"] = listing.reading.failure;
-    return document;
-}
-
 /// Names the devices that have no number, though the refresh gave each device one.
 void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& devices) {
     std::vector<std::string> names;
@@ -53,11 +23,9 @@ void warnOfNumbers(const Context& context, const std::vector<DeviceInfo>& device
         if (!device.number)
             names.push_back("[" + std::to_string(device.index) + "] " + printable(device.token));
     if (!names.empty())
-        printFailure(context.notices(), "vykeldev: warning: ",
-                     Failure("no number, though the refresh gave one: " + joined(names, ", "),
-                             "The plug-in did not keep it.",
-                             "See the plug-in's documentation, or run 'vykeldev check PLUGIN'."),
-                     context.verbose);
+        warn(context, Failure("no number, though the refresh gave one: " + joined(names, ", "),
+                              "The plug-in did not keep it.",
+                              "See the plug-in's documentation, or run 'vykeldev check PLUGIN'."));
 }
 
 void printText(Json devices, bool colour) {
@@ -76,28 +44,31 @@ void printText(Json devices, bool colour) {
                devices);
 }
 
-ExitCode listDevices(const Context& context, const ListOptions& options) {
-    const Listing listing = readListing(context, options);
-    const auto& [count, devices, failure] = listing.reading;
-    const auto throwError = [&] {
-        if (listing.error)
-            std::rethrow_exception(listing.error);
-    };
-    if (options.json)
-        printDocument(toDocument(listing, options.selection.tokenFormat), throwError);
-    else if (!devices.empty())
-        printText(devices, context.colour);
-    throwError();
-    if (!failure.is_null()) {
-        printFailure(context.notices(), "vykeldev: warning: ", failureFrom(failure), context.verbose);
+ExitCode listDevices(Context& context, const ListOptions& options) {
+    using Event = DeviceClient::Event;
+    const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
+    DeviceClient client({context.library, options.selection}, context);
+    client.await(Event::Read, deadline);
+    const auto [count, devices, failure] = client.reading();
+    const bool isByName = options.selection.isByName();
+    if (failure && devices.empty() && !isByName)
+        throw *failure;
+    context.document.update({{"tokenFormat", options.selection.tokenFormat}, {"devices", devices}});
+    if (failure)
+        context.document["refresh"] = *failure;
+    if (!options.json && !devices.empty())
+        printText(context.document["devices"], context.colour);
+    client.await(Event::Done, deadline);
+    if (failure) {
+        warn(context, *failure);
         return devices.empty() ? ExitCode::NothingListed : ExitCode::Warnings;
     }
     warnOfNumbers(context, devices);
     if (!devices.empty())
         return ExitCode::Success;
-    const bool isSelected = count != 0 || options.selection.isByName();
-    context.notices() << (isSelected ? "vykeldev: no device matches\n"
-                                     : typeable("vykeldev: no devices; 'vykeldev doctor' says why\n"));
+    context.notices() << (count != 0 || isByName
+                              ? "vykeldev: no device matches\n"
+                              : typeable("vykeldev: no devices; 'vykeldev doctor' says why\n"));
     return ExitCode::NothingListed;
 }
 

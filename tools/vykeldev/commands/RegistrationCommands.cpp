@@ -37,12 +37,12 @@ Json toJson(const Registration& registration) {
     return json;
 }
 
-ExitCode showPlugins(const Context& context, const CommonOptions& options) {
+ExitCode showPlugins(Context& context, const CommonOptions& options) {
     Json plugins = Json::array();
     for (const Registration& registration : readRegistrations())
         plugins.push_back(toJson(registration));
     if (options.json)
-        std::cout << textOf({{"schemaVersion", 1}, {"plugins", plugins}}) << '\n';
+        context.document["plugins"] = plugins;
     else if (!plugins.empty())
         printTable(std::cout, context.colour,
                    {{"NAME", "name"},
@@ -65,7 +65,7 @@ struct RegisterOptions : CommonOptions {
     bool force = false;
 };
 
-ExitCode registerPlugin(const Context& context, const RegisterOptions& options) {
+ExitCode registerPlugin(Context& context, const RegisterOptions& options) {
     const std::string path = absolutePath(options.path);
     const std::string problem = fileProblem(path);
     if (!problem.empty() && !options.force) {
@@ -79,14 +79,12 @@ ExitCode registerPlugin(const Context& context, const RegisterOptions& options) 
     std::cout << "registered " << printable(options.name) << ": " << printable(path)
               << (before.empty() || before == path ? "" : ", was " + printable(before)) << '\n';
     if (const std::string bad = problem.empty() ? describeBadDependencies(path) : ""; !bad.empty())
-        printFailure(context.notices(), "vykeldev: warning: ",
-                     Failure(bad, finding::dependencyMissing.meaning,
-                             finding::dependencyMissing.remedyFor(options.name)),
-                     context.verbose);
+        warn(context, Failure(bad, finding::dependencyMissing.meaning,
+                              finding::dependencyMissing.remedyFor(options.name)));
     return ExitCode::Success;
 }
 
-ExitCode unregisterPlugin(const Context&, const RegisterOptions& options) {
+ExitCode unregisterPlugin(Context&, const RegisterOptions& options) {
     removeRegistration(options.name);
     std::cout << "unregistered " << printable(options.name) << '\n';
     return ExitCode::Success;
@@ -111,7 +109,7 @@ void addRegisterCommand(CLI::App& app, Run& chosen) {
         app, chosen,
         {"register", "Registers a plug-in, or changes its path; first prepares the machine as setup does",
          "register Left C:\\Drivers\\left.dll"},
-        registerPlugin, FailureOutput::None);
+        registerPlugin, JsonOutput::None);
     addName(command, options, "Any name; plug-ins are loaded in the order of their names",
             "a name has 1 to 255 characters and no backslash");
     addArgument(command, "PATH", options.path, "The plug-in's DLL");
@@ -122,7 +120,7 @@ void addRegisterCommand(CLI::App& app, Run& chosen) {
 void addUnregisterCommand(CLI::App& app, Run& chosen) {
     const auto& [command, options] =
         addCommand(app, chosen, {"unregister", "Removes the registration of a plug-in", "unregister Left"},
-                   unregisterPlugin, FailureOutput::None);
+                   unregisterPlugin, JsonOutput::None);
     addName(command, options, "The name it is registered under", "no plug-in can have this name");
 }
 

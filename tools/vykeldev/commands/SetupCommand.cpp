@@ -23,19 +23,13 @@ void printText(const std::vector<SetupItem>& items, const SetupOptions& options)
         std::cout << "rights set: " << describe(items[i]) << '\n';
 }
 
-void printJson(const std::vector<SetupItem>& items, const SetupOptions& options) {
-    Json document = {{"schemaVersion", 1}, {"items", Json::array()}, {"rightsSet", options.resetRights}};
-    for (const SetupItem& item : items)
-        document["items"].push_back(
-            {{"kind", item.kind}, {"place", item.place}, {"state", stateOf(item, options)}});
-    std::cout << textOf(document) << '\n';
-}
-
-ExitCode setUp(const Context&, const SetupOptions& options) {
+ExitCode setUp(Context& context, const SetupOptions& options) {
     const std::vector<SetupItem> items = options.check ? examineSetup() : completeSetup(options.resetRights);
-    if (options.json)
-        printJson(items, options);
-    else
+    context.document.update({{"items", Json::array()}, {"rightsSet", options.resetRights}});
+    for (const SetupItem& item : items)
+        context.document["items"].push_back(
+            {{"kind", item.kind}, {"place", item.place}, {"state", stateOf(item, options)}});
+    if (!options.json)
         printText(items, options);
     const bool complete =
         std::all_of(items.begin(), items.end(), [](const SetupItem& item) { return item.present; });

@@ -18,17 +18,17 @@ struct WaitOptions : CommonOptions {
 };
 
 /// Reports a reading of enough devices, and waits until the client has unloaded the plug-ins.
-ExitCode finish(const Context& context, DeviceClient& client) {
+ExitCode finish(Context& context, DeviceClient& client) {
     const Reading reading = client.reading();
     std::cout << reading.count << (reading.count == 1 ? " device\n" : " devices\n");
     client.next(timeAfter(minimumWait));
-    if (reading.failure.is_null())
+    if (!reading.failure)
         return ExitCode::Success;
-    printFailure(context.notices(), "vykeldev: warning: ", failureFrom(reading.failure), context.verbose);
+    warn(context, *reading.failure);
     return ExitCode::Warnings;
 }
 
-ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
+ExitCode waitForDevices(Context& context, const WaitOptions& options) {
     using Event = DeviceClient::Event;
     const DeviceClient::Clock::time_point deadline = timeAfter(options.timeout);
     const auto selection = options.selection.isByName() ? std::optional(options.selection) : std::nullopt;
@@ -37,8 +37,8 @@ ExitCode waitForDevices(const Context& context, const WaitOptions& options) {
     for (; event == Event::Read; event = client.next(deadline)) {
         if (client.reading().count >= options.count)
             return finish(context, client);
-        if (!client.reading().failure.is_null())
-            throw failureFrom(client.reading().failure);
+        if (client.reading().failure)
+            throw *client.reading().failure;
     }
     context.notices() << "vykeldev: time is over with " << client.reading().count << " of " << options.count
                       << " devices";
@@ -56,7 +56,7 @@ void addWaitCommand(CLI::App& app, Run& chosen) {
                    {"wait", "Waits until devices are listed", "wait --count 2 --timeout 10",
                     "Plug-ins that are registered while it waits are not seen.\n"
                     "Exit codes: 0 done, 1 an error, 3 time is over, 4 done, but the refresh failed."},
-                   waitForDevices, FailureOutput::None);
+                   waitForDevices, JsonOutput::None);
     command.add_option("--count", options.count, "How many (default 1)")
         ->check(inRange(1, unlimited, "at least 1 device"))
         ->type_name("N");

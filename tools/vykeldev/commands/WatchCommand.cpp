@@ -39,39 +39,34 @@ bool print(const std::vector<DeviceChange>& changes, const WatchOptions& options
     return true;
 }
 
-/// What changed since the last reading; all devices of the first one are present.
-std::vector<DeviceChange> changesSince(const std::optional<std::vector<DeviceInfo>>& last,
-                                       const std::vector<DeviceInfo>& now) {
-    std::vector<DeviceChange> changes = findChanges(last.value_or(std::vector<DeviceInfo>()), now);
-    for (DeviceChange& change : changes)
-        if (!last)
-            change.kind = DeviceChange::Kind::Present;
-    return changes;
-}
-
 /// Returns when nobody reads the output any more. Throws Failure, and Stopped.
 void watchWhileRead(const Context& context, const WatchOptions& options) {
     constexpr std::uint32_t neverEnough = std::numeric_limits<std::uint32_t>::max();
     Selection all;
     all.tokenFormat = options.format;
     DeviceClient client({context.library, all, neverEnough, options.interval}, context);
-    std::optional<std::vector<DeviceInfo>> last;
+    std::optional<std::vector<DeviceInfo>>
+        last;            // none before the first reading: then all devices are present
     std::string trouble; // reported last, so that lasting trouble is reported once
     while (!isReaderGone()) {
         if (client.next(timeAfter(0.25)) != DeviceClient::Event::Read)
             continue; // time is over; it never is done
         const Reading& reading = client.reading();
-        if (!print(changesSince(last, reading.devices), options, context.colour))
+        std::vector<DeviceChange> changes =
+            findChanges(last.value_or(std::vector<DeviceInfo>()), reading.devices);
+        for (DeviceChange& change : changes)
+            change.kind = last ? change.kind : DeviceChange::Kind::Present;
+        if (!print(changes, options, context.colour))
             return;
         last = reading.devices;
-        const std::string failure = reading.failure.is_null() ? "" : failureFrom(reading.failure).what();
+        const std::string failure = reading.failure ? reading.failure->what() : "";
         if (!failure.empty() && failure != trouble)
             context.notices() << "vykeldev: " << printable(failure) << "; watching on\n";
         trouble = failure;
     }
 }
 
-ExitCode watchDevices(const Context& context, const WatchOptions& options) {
+ExitCode watchDevices(Context& context, const WatchOptions& options) {
     try {
         watchWhileRead(context, options);
         return ExitCode::Success;
@@ -88,7 +83,7 @@ void addWatchCommand(CLI::App& app, Run& chosen) {
                    {"watch", "Shows the devices and then what changes", "watch --json",
                     "Ends with Ctrl-C, or, with exit code 0, when nobody reads its output any more.\n"
                     "Plug-ins that are registered while it watches are not seen."},
-                   watchDevices, FailureOutput::Line);
+                   watchDevices, JsonOutput::Lines);
     addSeconds(command, "--interval", options.interval, "Seconds between two readings (default 0.5)", 0.01);
     addFormatOption(command, options.format);
 }

@@ -44,12 +44,11 @@ Report makeReport(const Context& context, const DoctorOptions& options) {
     return report;
 }
 
-ExitCode diagnose(const Context& context, const DoctorOptions& options) {
+ExitCode diagnose(Context& context, const DoctorOptions& options) {
     suppressCrashDialogs();
     const Report report = makeReport(context, options);
-    if (options.json)
-        std::cout << textOf(report) << '\n';
-    else
+    context.document = report;
+    if (!options.json)
         printReport(std::cout, report, context.colour);
     if (report.count(Severity::Error) > 0)
         return ExitCode::Broken;

@@ -15,7 +15,7 @@ namespace {
 using Kinds = std::vector<const FindingKind*>;
 
 /// What makes the library fail with a code.
-Kinds causesOf(std::int32_t code) {
+Kinds causesOf(std::optional<std::int32_t> code) {
     if (code == vykel::toInteger(vykel::StatusCode::ResourceNotFound))
         return {&finding::pluginsKeyMissing, &finding::pluginsKeyDenied, &finding::folderUnknown};
     if (code == vykel::toInteger(vykel::StatusCode::ConfigurationFault))
@@ -26,7 +26,7 @@ Kinds causesOf(std::int32_t code) {
 
 } // namespace
 
-Failure withCause(const Failure& failure) {
+Failure withCause(Failure failure) {
     const Kinds causes = causesOf(failure.code);
     if (causes.empty())
         return failure;
@@ -37,13 +37,15 @@ Failure withCause(const Failure& failure) {
     const auto cause = std::find_if(report.findings.begin(), report.findings.end(), [&](const Finding& it) {
         return std::count(causes.begin(), causes.end(), it.kind) != 0;
     });
-    if (cause == report.findings.end())
-        return failure.withReason(failure.meaning + " A look at the machine, just now, showed no cause.",
-                                  failure.remedy);
+    if (cause == report.findings.end()) {
+        failure.meaning += " A look at the machine, just now, showed no cause.";
+        return failure;
+    }
     const std::string place = cause->subject + (cause->line > 0 ? concat(':', cause->line) : std::string());
     const std::string detail = cause->detail.empty() ? "" : ": " + cause->detail;
-    return failure.withReason(concat(cause->kind->meaning, " Seen: ", printable(place + detail)),
-                              printable(cause->whatToDo()));
+    failure.meaning = concat(cause->kind->meaning, " Seen: ", printable(place + detail));
+    failure.remedy = printable(cause->whatToDo());
+    return failure;
 }
 
 } // namespace vykeldev

@@ -1,6 +1,7 @@
 #ifndef VYKELDEV_OUTPUT_COMMAND_H
 #define VYKELDEV_OUTPUT_COMMAND_H
 
+#include "output/Failures.h"
 #include "system/Text.h"
 #include <CLI/CLI.hpp>
 #include <cstdint>
@@ -31,6 +32,8 @@ struct Context {
     bool colour = false;  ///< Standard output is a terminal that shows colour.
     bool verbose = false; ///< Notices are wanted also when standard error is no terminal.
     bool quiet = false;   ///< Only errors go to standard error.
+    /// What the command prints with --json, when that is one object; it adds its members to this one.
+    Json document = {{"schemaVersion", 1}};
 
     /// Where everything but errors and results goes: standard error, or nowhere.
     std::ostream& notices() const {
@@ -39,17 +42,23 @@ struct Context {
     }
 };
 
-/// What a command prints on standard output with --json when it fails, beside the text on standard error.
-enum class FailureOutput {
+/// Prints a warning on standard error, if the user wants more there than errors.
+inline void warn(const Context& context, const Failure& failure) {
+    printFailure(context.notices(), "vykeldev: warning: ", failure, context.verbose);
+}
+
+/// What a command prints on standard output with --json. Its failure is printed there, too, beside the text
+/// on standard error.
+enum class JsonOutput {
     None,
-    Document, ///< The one JSON object that is all its output.
-    Line      ///< A JSON object as its last line.
+    Document, ///< Context::document; a failure is its last member.
+    Lines     ///< Objects that the command prints itself; a failure is the last one.
 };
 
 /// A command whose options are known.
 struct Run {
-    std::function<ExitCode(const Context&)> work; ///< Ends with an exit code or throws Failure.
-    FailureOutput failureOutput = FailureOutput::None;
+    std::function<ExitCode(Context&)> work; ///< Ends with an exit code or throws Failure.
+    JsonOutput output = JsonOutput::None;
 };
 
 /// What the help says of a command.
@@ -73,21 +82,21 @@ struct Command {
 };
 
 /// Adds a command. When the user gives it, `chosen` gets its work; `chosen` must outlive the parsing.
-/// `failureOutput` says what --json prints of a failure; with None the command has no such option.
+/// `output` says what --json prints; with None the command has no such option.
 template <class Options>
 Command<Options> addCommand(CLI::App& app, Run& chosen, const CommandHelp& help,
-                            ExitCode (*work)(const Context&, const Options&),
-                            FailureOutput failureOutput = FailureOutput::Document) {
+                            ExitCode (*work)(Context&, const Options&),
+                            JsonOutput output = JsonOutput::Document) {
     const auto options = std::make_shared<Options>();
     CLI::App* const command = app.add_subcommand(help.name, help.description);
     command->footer(concat("Example:\n  vykeldev ", help.example, "\n\n", help.notes));
-    if (failureOutput != FailureOutput::None)
+    if (output != JsonOutput::None)
         command->add_flag("--json", options->json,
-                          failureOutput == FailureOutput::Line ? "Prints JSON, one object a line"
-                                                               : "Prints one JSON object");
+                          output == JsonOutput::Lines ? "Prints JSON, one object a line"
+                                                      : "Prints one JSON object");
     command->callback([=, &chosen] {
-        chosen = {[=](const Context& context) { return work(context, *options); },
-                  options->json ? failureOutput : FailureOutput::None};
+        chosen = {[=](Context& context) { return work(context, *options); },
+                  options->json ? output : JsonOutput::None};
     });
     return {*command, *options};
 }

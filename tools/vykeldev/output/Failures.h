@@ -29,39 +29,19 @@ Failure statusFailure(const std::string& action, std::int32_t code);
 
 /// A failure as the commands print it with --json, and back.
 inline void to_json(Json& json, const Failure& failure) {
-    const bool coded = failure.code != 0;
-    json = {{"code", coded ? Json(failure.code) : Json()},
-            {"name", coded ? Json(failure.name) : Json()},
+    json = {{"code", failure.code},
+            {"name", failure.name},
             {"message", failure.what()},
             {"meaning", failure.meaning},
             {"whatToDo", failure.remedy}};
     if (!failure.raisedAt.empty())
         json["raisedAt"] = failure.raisedAt;
 }
-inline Failure failureFrom(const Json& json) {
-    const Failure plain(json.at("message"), json.at("meaning"), json.at("whatToDo"));
-    return json.at("code").is_null() ? plain
-                                     : Failure(plain.what(), plain.meaning, plain.remedy, json.at("code"),
-                                               json.at("name"), json.value("raisedAt", ""));
-}
-
-/// A failure that the command has printed in its own JSON object, so that nobody prints another one.
-struct PrintedFailure {
-    std::exception_ptr failure;
-};
-
-/// Prints the one JSON object of a command after the `last` thing that the command does. What that throws
-/// becomes the member "error" of the object, and leaves as a PrintedFailure.
-template <class Work>
-void printDocument(Json document, const Work& last) {
-    try {
-        last();
-    } catch (...) {
-        document["error"] = currentFailure();
-        std::cout << textOf(document) << '\n';
-        throw PrintedFailure{std::current_exception()};
-    }
-    std::cout << textOf(document) << '\n';
+inline void from_json(const Json& json, Failure& failure) {
+    failure = {json.at("message"), json.at("meaning"), json.at("whatToDo")};
+    json.at("code").get_to(failure.code);
+    json.at("name").get_to(failure.name);
+    failure.raisedAt = json.value("raisedAt", "");
 }
 
 } // namespace vykeldev
