@@ -153,7 +153,9 @@ BOOL GetFileInformationByHandle(HANDLE file, LPBY_HANDLE_FILE_INFORMATION inform
         winhost::setErrorFromErrno();
         return FALSE;
     }
-    *information = {fileAttributes(status), static_cast<DWORD>(status.st_nlink)};
+    *information = {fileAttributes(status), static_cast<DWORD>(status.st_dev),
+                    static_cast<DWORD>(status.st_nlink), static_cast<DWORD>(status.st_ino >> 32U),
+                    static_cast<DWORD>(status.st_ino)};
     return TRUE;
 }
 

@@ -74,7 +74,7 @@ void runClient(const std::vector<std::string>& arguments, Reporter& reporter) {
     const auto request = Json::parse(arguments.at(0)).get<DeviceRequest>();
     reporter.beginStep("loading the plug-ins");
     const Enumerator enumerator(request.library);
-    const DeviceListHandle list = enumerator.makeList();
+    const vykel::DeviceListPtr list = enumerator.makeList();
     try {
         const Json failure = readUntilEnough(*list, request, reporter);
         if (request.edit && !failure.is_null())

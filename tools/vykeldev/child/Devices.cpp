@@ -13,7 +13,7 @@
 namespace vykeldev {
 namespace {
 
-/// The path of the library that an address is in.
+/// The path of the library that an address is in, if it is in one.
 std::optional<std::string> libraryAt(const void* address) {
     constexpr DWORD flags =
         GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_UNCHANGED_REFCOUNT;
@@ -22,21 +22,6 @@ std::optional<std::string> libraryAt(const void* address) {
                ? std::optional(modulePath(library))
                : std::nullopt;
 }
-
-/// Finds the libraries of devices by the tables of functions that they begin with.
-class Libraries {
-public:
-    std::optional<std::string> of(const vykel::IDevice& device) {
-        const void* const table = *reinterpret_cast<const void* const*>(&device);
-        const auto [known, isNew] = paths.try_emplace(table);
-        if (isNew)
-            known->second = libraryAt(table);
-        return known->second;
-    }
-
-private:
-    std::map<const void*, std::optional<std::string>> paths; // by table: there are few
-};
 
 DeviceInfo ask(vykel::IDevice& device, std::uint32_t index, std::uint32_t tokenFormat) {
     DeviceInfo info;
@@ -62,13 +47,18 @@ bool isWanted(const DeviceInfo& device, const Selection& selection) {
 
 std::vector<DeviceInfo> readDevices(vykel::IDeviceList& list, const Selection& selection) {
     std::vector<DeviceInfo> devices;
-    Libraries libraries;
+    std::map<const void*, std::optional<std::string>>
+        libraries; // by a device's table of functions: there are few
     const std::uint32_t count = list.getCount();
     for (std::uint32_t index = 0; index < count; ++index) {
         vykel::StatusBlock status = vykel::makeStatusBlock();
         if (vykel::IDevice* const device = list.getDevice(index, selection.minVersion, &status)) {
             DeviceInfo info = ask(*device, index, selection.tokenFormat);
-            info.plugin = libraries.of(*device);
+            const void* const table = *reinterpret_cast<const void* const*>(device);
+            const auto [library, isNew] = libraries.try_emplace(table);
+            if (isNew)
+                library->second = libraryAt(table);
+            info.plugin = library->second;
             if (isWanted(info, selection))
                 devices.push_back(std::move(info));
         } else if (status.code != vykel::toInteger(vykel::StatusCode::VersionMismatch))

@@ -46,12 +46,12 @@ Enumerator::~Enumerator() {
     finalize();
 }
 
-DeviceListHandle Enumerator::makeList() const {
+vykel::DeviceListPtr Enumerator::makeList() const {
     vykel::IDeviceList* list = nullptr;
     const std::int32_t code = getAllKelDevices(0, &list);
     if (code < 0)
         throw statusFailure("making a device list", code);
-    return DeviceListHandle(list);
+    return vykel::DeviceListPtr(list);
 }
 
 } // namespace vykeldev

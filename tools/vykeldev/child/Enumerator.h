@@ -1,19 +1,13 @@
 #ifndef VYKELDEV_CHILD_ENUMERATOR_H
 #define VYKELDEV_CHILD_ENUMERATOR_H
 
+#include "DeviceLists.h"
 #include "vybase/owners.h"
 #include "vykel/vykeldevenum.h"
-#include <memory>
 #include <string>
 #include <windows.h>
 
 namespace vykeldev {
-
-/// Ends a list as its contract asks.
-struct ReleaseList {
-    void operator()(vykel::IDeviceList* list) const noexcept { list->release(); }
-};
-using DeviceListHandle = std::unique_ptr<vykel::IDeviceList, ReleaseList>;
 
 /// The path of the library beside this tool. Throws Failure when the system does not say where that is.
 std::string defaultLibraryPath();
@@ -28,7 +22,7 @@ public:
     Enumerator& operator=(const Enumerator&) = delete;
 
     /// A new list of all devices, empty until it is refreshed. Throws Failure.
-    DeviceListHandle makeList() const;
+    vykel::DeviceListPtr makeList() const;
 
 private:
     template <class Function>

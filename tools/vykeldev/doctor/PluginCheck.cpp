@@ -4,6 +4,7 @@
 #include "machine/Registrations.h"
 #include "PluginRegistrations.h"
 #include "system/Failure.h"
+#include "system/Files.h"
 #include "system/Paths.h"
 #include "system/System.h"
 #include "system/Text.h"

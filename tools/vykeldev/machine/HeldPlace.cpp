@@ -50,11 +50,6 @@ WideString finalPath(HANDLE file, const Place& place) {
 
 } // namespace
 
-FileHandle openItself(const std::string& path, DWORD access) {
-    return openFile(path, access, OPEN_EXISTING, FILE_FLAG_OPEN_REPARSE_POINT | FILE_FLAG_BACKUP_SEMANTICS,
-                    FILE_SHARE_READ | FILE_SHARE_WRITE);
-}
-
 bool belongsToAdministrators(HANDLE file, const std::string& path) {
     PSID owner = nullptr;
     PSECURITY_DESCRIPTOR descriptor = nullptr;

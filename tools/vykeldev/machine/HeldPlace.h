@@ -18,10 +18,6 @@ struct Place {
 /// What to do after most failures here.
 constexpr const char* repeatSetup = "Remove the cause and try again, as administrator.";
 
-/// Opens what has this path, sharing reading and writing; a link is opened itself, not what it leads to. Null
-/// with the system's last error set.
-FileHandle openItself(const std::string& path, DWORD access);
-
 /// Whether administrators or the system own an open folder or file. Throws Failure.
 bool belongsToAdministrators(HANDLE file, const std::string& path);
 

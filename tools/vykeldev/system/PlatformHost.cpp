@@ -216,20 +216,6 @@ bool isOrdinaryFile(const std::string& path) {
            S_ISREG(status.st_mode); // a missing one keeps nobody waiting
 }
 
-std::string fileIdentity(const std::string&) {
-    return {};
-}
-
-std::string linkText(const std::string& path) {
-    struct stat status = {};
-    if (lstat(winhost::hostPath(path).c_str(), &status) != 0)
-        return {};
-    if (S_ISLNK(status.st_mode))
-        return "a link";
-    return S_ISREG(status.st_mode) && status.st_nlink > 1 ? concat("a file with ", status.st_nlink, " names")
-                                                          : "";
-}
-
 std::string ordinaryWriters(const std::string& path, Guarded kind) {
     struct stat status = {};
     // A mode that lets users make files in a folder says no more.

@@ -52,11 +52,10 @@ WideString quoted(const WideString& argument) {
 }
 
 WideString commandLine(const std::vector<std::string>& arguments) {
-    const WideString program =
-        pathFrom([](LPWSTR buffer, DWORD size) { return GetModuleFileNameW(nullptr, buffer, size); });
+    const std::string program = modulePath(nullptr);
     if (program.empty())
         cannotStart(GetLastError());
-    WideString line = quoted(program);
+    WideString line = quoted(toWide(program));
     for (const auto& argument : arguments)
         line += L' ' + quoted(toWide(argument));
     return line;
@@ -328,28 +327,6 @@ bool isOrdinaryFile(const std::string& path) {
     } catch (const Failure&) {
         return true; // opening it will fail
     }
-}
-
-std::string fileIdentity(const std::string& path) {
-    BY_HANDLE_FILE_INFORMATION facts = {};
-    const FileHandle file = isOrdinaryFile(path) ? openFile(path, 0, OPEN_EXISTING) : nullptr;
-    if (!file || !GetFileInformationByHandle(file.get(), &facts) ||
-        (facts.nFileIndexHigh == 0 && facts.nFileIndexLow == 0)) // a file system without numbers
-        return {};
-    return concat(facts.dwVolumeSerialNumber, ':', facts.nFileIndexHigh, ':', facts.nFileIndexLow);
-}
-
-std::string linkText(const std::string& path) {
-    const DWORD attributes = GetFileAttributesW(toWide(path).c_str());
-    if (attributes == INVALID_FILE_ATTRIBUTES)
-        return {};
-    if ((attributes & FILE_ATTRIBUTE_REPARSE_POINT) != 0)
-        return "a link";
-    BY_HANDLE_FILE_INFORMATION facts = {};
-    const FileHandle file = openFile(path, 0, OPEN_EXISTING); // none for a folder
-    return file && GetFileInformationByHandle(file.get(), &facts) && facts.nNumberOfLinks > 1
-               ? concat("a file with ", facts.nNumberOfLinks, " names")
-               : "";
 }
 
 std::string ordinaryWriters(const std::string& path, Guarded kind) {

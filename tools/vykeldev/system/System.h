@@ -34,12 +34,6 @@ FileVersion fileVersion(const std::string& path);
 /// False when opening `path`, which is absolute, could wait for a device or a pipe.
 bool isOrdinaryFile(const std::string& path);
 
-/// A text that is the same for all paths of one file; empty when the system gives none.
-std::string fileIdentity(const std::string& path);
-
-/// "a link", "a file with N names" (hard links), or empty, also when it cannot be looked at.
-std::string linkText(const std::string& path);
-
 /// A thing that only administrators should change: a folder because of one file in it, which exists or is
 /// missing. Whoever may only add other files to the folder does no harm. A folder that is guarded itself: in
 /// the shared one, users may make files; in the read-only one, nothing.

@@ -31,10 +31,8 @@ std::string makeCommand() {
 } // namespace
 
 std::string modulePath(HMODULE module) {
-    WideString path(32768, 0); // no path is longer
-    const DWORD length = GetModuleFileNameW(module, path.data(), static_cast<DWORD>(path.size()));
-    path.resize(length < path.size() ? length : 0);
-    return toUtf8(path);
+    return toUtf8(
+        pathFrom([module](LPWSTR buffer, DWORD size) { return GetModuleFileNameW(module, buffer, size); }));
 }
 
 std::string typeable(std::string text) {

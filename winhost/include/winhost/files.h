@@ -55,7 +55,10 @@ struct WIN32_FILE_ATTRIBUTE_DATA {
 using WIN32_FIND_DATAA = WIN32_FILE_ATTRIBUTE_DATA;
 struct BY_HANDLE_FILE_INFORMATION {
     DWORD dwFileAttributes;
+    DWORD dwVolumeSerialNumber;
     DWORD nNumberOfLinks;
+    DWORD nFileIndexHigh;
+    DWORD nFileIndexLow;
 };
 using LPBY_HANDLE_FILE_INFORMATION = BY_HANDLE_FILE_INFORMATION*;
 enum GET_FILEEX_INFO_LEVELS { GetFileExInfoStandard };
