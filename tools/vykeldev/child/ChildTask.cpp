@@ -71,15 +71,18 @@ bool runRequestedTask(const std::vector<std::string>& arguments,
 TaskRun::TaskRun(const ChildTask& task, const std::vector<std::string>& arguments, ReportHandler onReport,
                  CtrlC onCtrlC)
     : mark(makeMark()), handler(std::move(onReport)), ctrlC(onCtrlC),
-      lines([this](const std::string& line) { take(line); }),
       child(taskArguments(task.name, mark, arguments)) {}
 
 bool TaskRun::listen(std::chrono::milliseconds time) {
     if (ctrlC == CtrlC::Ends && StopRequest::isMade())
         throw Stopped();
-    std::string bytes;
     isRunning = child.read(bytes, time);
-    lines.add(bytes.data(), bytes.size());
+    std::size_t first = 0;
+    for (std::size_t end = 0; (end = bytes.find('\n', first)) != std::string::npos; first = end + 1)
+        take(std::string_view(bytes).substr(first, end - first));
+    bytes.erase(0, first);
+    if (bytes.size() > Reporter::maxLineBytes) // a flood without line ends costs little memory
+        bytes.clear();
     return isRunning;
 }
 
@@ -113,8 +116,8 @@ ChildOutcome TaskRun::finish(std::chrono::milliseconds limit, Limit kind) {
     return {isRunning ? std::nullopt : std::optional(child.end()), duration};
 }
 
-void TaskRun::take(const std::string& line) {
-    if (line.compare(0, mark.size(), mark) != 0)
+void TaskRun::take(std::string_view line) {
+    if (line.substr(0, mark.size()) != mark)
         return; // the plug-in prints, too
     try {
         const Json numbered = Json::parse(line.substr(mark.size()));

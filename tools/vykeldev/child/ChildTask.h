@@ -1,7 +1,6 @@
 #ifndef VYKELDEV_CHILD_CHILDTASK_H
 #define VYKELDEV_CHILD_CHILDTASK_H
 
-#include "child/LineSplitter.h"
 #include "output/Json.h"
 #include "system/Failure.h"
 #include "system/Process.h"
@@ -11,6 +10,7 @@
 #include <mutex>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 /// Work that this program does in a child process of its own, so that whatever a plug-in does there (crash,
@@ -24,7 +24,11 @@ class Reporter {
 public:
     explicit Reporter(std::string lineMark) : mark(std::move(lineMark)) {}
 
-    /// Writes one object, of less than LineSplitter::maxLineBytes, before anything else can happen.
+    /// The parent drops a longer line. This one holds two aliases, with JSON's escapes, of the length of a
+    /// whole command line.
+    static constexpr std::size_t maxLineBytes = 1 << 20;
+
+    /// Writes one object, of less than that, before anything else can happen.
     void report(const Json& object);
 
     /// The same for one with texts of a plug-in, which may be of any length: cuts those that would make the
@@ -99,7 +103,7 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-    void take(const std::string& line);
+    void take(std::string_view line);
 
     const std::string mark;
     const ReportHandler handler;
@@ -110,7 +114,7 @@ private:
     bool isTaskDone = false;
     std::optional<Failure> failure; ///< Of the task.
     std::string lastStep;
-    LineSplitter lines;
+    std::string bytes; ///< Of the output, from the last line that is not complete.
     const Clock::time_point begin = Clock::now();
     ChildProcess child;
 };
