@@ -32,8 +32,9 @@ std::string heldLock() {
 
 } // namespace
 
-DeviceClient::DeviceClient(const DeviceRequest& request, const Context& context)
+DeviceClient::DeviceClient(const DeviceRequest& request, const Context& context, ChangeHandler onChange)
     : showsObstacle(!context.quiet && (context.verbose || isErrorTerminal())),
+      handleChange(std::move(onChange)),
       child(deviceTask, {textOf(request, -1)}, [this](const Json& report) { take(report); }) {}
 
 DeviceClient::Event DeviceClient::next(Clock::time_point deadline) {
@@ -73,7 +74,7 @@ void DeviceClient::take(const Json& report) {
     if (report.contains("device"))
         pending.push_back(report["device"].get<DeviceInfo>());
     if (report.contains("change"))
-        edited.push_back(report["change"].get<DeviceChange>());
+        handleChange(report["change"]);
     if (!report.contains("count"))
         return;
     lastReading = {report["count"], std::exchange(pending, {}), std::nullopt};

@@ -7,6 +7,7 @@
 #include "output/Command.h"
 #include <chrono>
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -25,9 +26,11 @@ class DeviceClient {
 public:
     using Clock = std::chrono::steady_clock;
 
+    using ChangeHandler = std::function<void(const DeviceChange& change)>;
+
     /// Starts the client. When it is blocked for two seconds, standard error says by what: on a terminal, or
-    /// when the user asked for it. Throws Failure.
-    DeviceClient(const DeviceRequest& request, const Context& context);
+    /// when the user asked for it. next() calls `onChange` for each change of an edit. Throws Failure.
+    DeviceClient(const DeviceRequest& request, const Context& context, ChangeHandler onChange = {});
 
     enum class Event {
         Read,    ///< There is a new reading.
@@ -44,9 +47,6 @@ public:
     /// The last reading.
     const Reading& reading() const noexcept { return lastReading; }
 
-    /// What an edit has done.
-    const std::vector<DeviceChange>& changes() const noexcept { return edited; }
-
     /// What has blocked the client for a while, as far as this process can see; empty when nothing has.
     std::string obstacle() const;
 
@@ -60,7 +60,7 @@ private:
     Clock::time_point lastObstacleCheck = lastReport;
     std::vector<DeviceInfo> pending; ///< The beginning of the next reading.
     Reading lastReading;
-    std::vector<DeviceChange> edited;
+    const ChangeHandler handleChange;
     bool isNew = false; ///< The last reading.
     TaskRun child;
 };

@@ -2,8 +2,6 @@
 
 #include "child/DeviceClient.h"
 #include "commands/ChangeText.h"
-#include "output/Failures.h"
-#include <exception>
 
 namespace vykeldev {
 namespace {
@@ -16,25 +14,19 @@ struct EditOptions : CommonOptions {
 };
 
 ExitCode editNow(Context& context, const EditOptions& options) {
-    using Event = DeviceClient::Event;
     DeviceEdit edit = options.edit;
     edit.number = *numberIn(options.number);
-    DeviceClient client({context.library, std::nullopt, 0, 0, edit}, context);
-    std::exception_ptr failure;
-    try {
-        const auto forever = DeviceClient::Clock::time_point::max();
-        client.await(Event::Read, forever);
-        client.await(Event::Done, forever);
-    } catch (const Failure&) {
-        failure = std::current_exception();
-    }
-    for (const DeviceChange& change : client.changes())
+    bool isFound = false;
+    const auto show = [&](const DeviceChange& change) {
+        isFound = true;
         std::cout << (options.json ? textOf(toDocument(change, shownFormat), -1)
                                    : toText(change, context.colour))
                   << '\n';
-    if (failure)
-        std::rethrow_exception(failure);
-    if (client.changes().empty()) {
+    };
+    DeviceClient client({context.library, std::nullopt, 0, 0, edit}, context, show);
+    while (client.next(DeviceClient::Clock::time_point::max()) != DeviceClient::Event::Done) {
+    }
+    if (!isFound) {
         context.notices() << "vykeldev: no device has the number " << options.number
                           << (edit.token.empty() ? "" : " and this token") << '\n';
         return ExitCode::NothingListed;
