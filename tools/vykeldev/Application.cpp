@@ -105,7 +105,7 @@ int endOfParsing(const CLI::App& app, const CLI::ParseError& error) {
     std::cout << wrapped(help.str());
     if (code == 0)
         return flushed(0);
-    std::cerr << "vykeldev: error: " << printableLines(text.str());
+    std::cerr << "vykeldev: error: " << printable(text.str(), WCHAR{'\n'});
     return toInteger(ExitCode::WrongUsage);
 }
 

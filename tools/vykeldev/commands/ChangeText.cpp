@@ -2,7 +2,8 @@
 
 #include "output/Json.h"
 #include "system/DisplayText.h"
-#include <algorithm>
+#include "system/Text.h"
+#include <iomanip>
 
 namespace vykeldev {
 namespace {
@@ -25,19 +26,13 @@ std::string aliasText(const std::optional<std::string>& alias) {
     return alias ? '"' + printable(*alias) + '"' : "-";
 }
 
-std::string padded(std::string text, std::size_t columns) {
-    text.resize(std::max(text.size(), columns), ' ');
-    return text;
-}
-
 } // namespace
 
 std::string toText(const DeviceChange& change, bool colour) {
     const KindName& kind = nameOf(change.kind);
-    std::string line = padded(kind.name, 12);
-    if (colour)
-        line = kind.colour + line + "\x1b[0m";
-    line += padded(numberText(change.now.number), 8) + printable(change.now.token);
+    std::string line =
+        concat(colour ? kind.colour : "", std::left, std::setw(12), kind.name, colour ? "\x1b[0m" : "",
+               std::setw(8), numberText(change.now.number), printable(change.now.token));
     if (change.kind == ChangeKind::Renumbered)
         line += "  was " + numberText(change.before.number);
     else if (change.kind == ChangeKind::Renamed)

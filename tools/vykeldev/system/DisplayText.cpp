@@ -39,8 +39,9 @@ bool isControl(WCHAR unit) noexcept {
            unit == 0x200F || (unit >= 0x2028 && unit <= 0x202E) || (unit >= 0x2066 && unit <= 0x2069);
 }
 
-/// Escapes all control characters but `kept`.
-std::string escaped(std::string_view text, WCHAR kept) {
+} // namespace
+
+std::string printable(std::string_view text, WCHAR kept) {
     WideString result;
     for (const WCHAR unit : toWide(text)) {
         if (!isControl(unit) || unit == kept) {
@@ -48,21 +49,10 @@ std::string escaped(std::string_view text, WCHAR kept) {
             continue;
         }
         char escape[8] = {};
-        std::snprintf(escape, sizeof escape, unit < 0x100 ? "\\x%02X" : "\\u%04X",
-                      static_cast<unsigned>(unit));
+        std::snprintf(escape, sizeof escape, unit < 0x100 ? "\\x%02X" : "\\u%04X", unsigned{unit});
         result += toWide(escape);
     }
     return toUtf8(result);
-}
-
-} // namespace
-
-std::string printable(std::string_view text) {
-    return escaped(text, WCHAR{0xFFFF});
-}
-
-std::string printableLines(std::string_view text) {
-    return escaped(text, WCHAR{'\n'});
 }
 
 std::size_t displayWidth(std::string_view text) {
