@@ -14,6 +14,7 @@
 #include <iostream>
 #include <map>
 #include <shellapi.h>
+#include <shlobj.h>
 #include <windows.h>
 // After windows.h, which they need.
 #include <aclapi.h>
@@ -117,14 +118,10 @@ BOOL WINAPI askToStop(DWORD event) {
 
 /// Whether it is the user of this process, and the process runs as administrator.
 bool isThisAdministrator(PSID user) {
-    BYTE administrators[SECURITY_MAX_SID_SIZE];
     alignas(TOKEN_USER) BYTE own[sizeof(TOKEN_USER) + SECURITY_MAX_SID_SIZE];
-    DWORD size = sizeof administrators;
-    BOOL isMember = FALSE;
+    DWORD size = 0;
     HANDLE opened = nullptr;
-    if (!CreateWellKnownSid(WinBuiltinAdministratorsSid, nullptr, administrators, &size) ||
-        !CheckTokenMembership(nullptr, administrators, &isMember) || !isMember ||
-        !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
+    if (!IsUserAnAdmin() || !OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY, &opened))
         return false;
     const Handle token(opened);
     return GetTokenInformation(opened, TokenUser, own, sizeof own, &size) &&
