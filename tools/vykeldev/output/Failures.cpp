@@ -24,15 +24,11 @@ const Explanation& explain(std::int32_t code) noexcept {
     return ofPlugin;
 }
 
-/// A text of a fixed-size field, which a faulty writer may have left without its end.
-template <std::size_t size>
-std::string fieldText(const char (&field)[size]) {
-    return printable(std::string(field, std::find(field, field + size, '\0')));
-}
-
 /// File and line, as in "left.devices:3". In a plug-in's block they may be those of its own data.
 std::string placeIn(const vykel::StatusBlock& status) {
-    const std::string file = fieldText(status.file);
+    // A faulty writer may have left the text without its end.
+    const auto* const end = std::find(std::begin(status.file), std::end(status.file), '\0');
+    const std::string file = printable(std::string(status.file, end));
     return file.empty() || status.line == 0 ? file : file + ":" + std::to_string(status.line);
 }
 

@@ -68,15 +68,9 @@ bool showsColour(int stream) noexcept {
 
 volatile std::sig_atomic_t stopRequested = 0; // a signal handler has no argument of ours
 
-void askToStop(int) {
+void askToStop(int signal) {
     stopRequested = 1;
-}
-
-void handle(int signal, void (*handler)(int), int flags) noexcept {
-    struct sigaction action = {};
-    action.sa_handler = handler;
-    action.sa_flags = flags;
-    sigaction(signal, &action, nullptr);
+    std::signal(signal, SIG_DFL); // the next one terminates the process
 }
 
 } // namespace
@@ -179,13 +173,13 @@ Console::~Console() = default;
 
 StopRequest::StopRequest() {
     for (const int signal : {SIGINT, SIGTERM})
-        handle(signal, askToStop, SA_RESTART | static_cast<int>(SA_RESETHAND));
-    handle(SIGPIPE, SIG_IGN, 0);
+        std::signal(signal, askToStop);
+    std::signal(SIGPIPE, SIG_IGN);
 }
 
 StopRequest::~StopRequest() {
     for (const int signal : {SIGINT, SIGTERM, SIGPIPE})
-        handle(signal, SIG_DFL, 0);
+        std::signal(signal, SIG_DFL);
 }
 
 bool StopRequest::isMade() noexcept {
