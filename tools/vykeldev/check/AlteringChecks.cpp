@@ -95,7 +95,7 @@ Alteration chooseAlteration(const List& list, const Property& property, const st
     }
     if (!isTaken)
         throw Skipped(property.name, ": no device with a token of its own takes one");
-    throw NotTried("Register the plug-in with 'vykeldev register NAME \"" + plugin +
+    throw notTried("Register the plug-in with 'vykeldev register NAME \"" + plugin +
                        "\"', list its devices with 'vykeldev list'" + property.setIt + ", and check again.",
                    property.notSet);
 }

@@ -4,20 +4,16 @@
 #include "check/Rules.h"
 #include "check/Runner.h"
 #include "output/Failures.h"
+#include "system/Console.h"
 #include "system/DisplayText.h"
 #include "system/Paths.h"
 
 namespace vykeldev {
 namespace {
 
-struct CheckOptions : CommonOptions {
-    check::RunOptions run;
-    double timeout = 10; // seconds
-};
-
 void printRules(bool json) {
     Json rules = Json::array();
-    for (const check::Rule& rule : check::allRules()) {
+    for (const check::Rule& rule : check::ruleTable) {
         rules.push_back({{"id", rule.id}, {"title", rule.title}, {"severity", nameOf(rule.severity)}});
         if (!json)
             std::cout << rule.id << '\t' << rule.title << '\n';
@@ -26,26 +22,23 @@ void printRules(bool json) {
         std::cout << textOf({{"schemaVersion", 1}, {"rules", rules}}) << '\n';
 }
 
-ExitCode checkPlugin(Context& context, const CheckOptions& options) {
-    check::RunOptions run = options.run;
-    run.path = absolutePath(run.path);
-    run.quiet = context.quiet;
-    run.limit = std::chrono::milliseconds(static_cast<long long>(1000 * options.timeout));
-    const std::string problem = pathProblem(run.path);
+ExitCode checkPlugin(Context& context, const check::CheckOptions& given) {
+    check::CheckOptions options = given;
+    options.path = absolutePath(given.path);
+    const std::string problem = pathProblem(options.path);
     if (!problem.empty())
-        throw Failure("'" + printable(run.path) + "' cannot be checked: " + problem, "",
+        throw Failure("'" + printable(options.path) + "' cannot be checked: " + problem, "",
                       "Give the path of the plug-in's DLL.");
     if (!options.json)
-        std::cout << "Checking " << printable(run.path) << std::endl;
-    const check::RunResults all = check::runRules(run, [&](const check::Result& result) {
+        std::cout << "Checking " << printable(options.path) << std::endl;
+    const check::Results results = check::runRules(context, options, [&](const check::Result& result) {
         if (!options.json)
             check::printResult(std::cout, result, context.colour);
     });
-    const check::Results& results = all.results;
-    context.document.update(check::toDocument(run.path, results));
+    context.document.update(check::toDocument(options.path, results));
     if (!options.json)
         check::printSummary(std::cout, results);
-    if (all.stopped)
+    if (StopRequest::isMade())
         throw Stopped();
     if (check::countOf(results, check::Outcome::Failed) != 0)
         return ExitCode::Broken;
@@ -61,13 +54,13 @@ void addCheckCommand(CLI::App& app, Run& chosen) {
          "Each rule runs in a process of its own. Exit codes: 0 every rule passed or was skipped, 4 only "
          "warnings (also when there was no number or alias to try), 5 a rule is broken."},
         checkPlugin);
-    addArgument(command, "PLUGIN", options.run.path, "The plug-in's DLL; it need not be registered");
+    addArgument(command, "PLUGIN", options.path, "The plug-in's DLL; it need not be registered");
     addSeconds(command, "--timeout", options.timeout,
                "Seconds without progress after which a rule has failed (default 10)", 1);
-    command.add_flag("--read-only", options.run.readOnly,
+    command.add_flag("--read-only", options.readOnly,
                      "Leaves out the rules that change one number and one alias for a moment");
     command
-        .add_option("--rule", options.run.rules,
+        .add_option("--rule", options.rules,
                     "Checks only this rule and those that it needs; may be given more than once")
         ->check([](const std::string& id) {
             return check::findRule(id) != nullptr ? std::string()

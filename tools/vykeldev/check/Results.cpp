@@ -15,27 +15,20 @@ Outcome overall(const Results& results) {
     return Outcome::Passed;
 }
 
-const char* meaningOf(const Result& result) {
-    return result.remedy.empty() ? result.rule->meaning : "Nobody knows whether the plug-in keeps this rule.";
-}
-
-std::string remedyOf(const Result& result) {
-    return result.remedy.empty() ? typeable(result.rule->remedy) : result.remedy;
-}
-
 } // namespace
 
 // Makes a document of a vector of results, too.
 void to_json(Json& json, const Result& result) {
     const Rule& rule = *result.rule;
+    const bool isTried = result.remedy.empty();
     json = {{"id", rule.id},
             {"title", rule.title},
             {"severity", nameOf(rule.severity)},
             {"alters", rule.alters()},
             {"result", toString(result.outcome)},
-            {"observed", result.observed.empty() ? Json() : Json(result.observed)},
-            {"meaning", meaningOf(result)},
-            {"remedy", remedyOf(result)},
+            {"observed", textOrNull(result.observed)},
+            {"meaning", isTried ? rule.meaning : "Nobody knows whether the plug-in keeps this rule."},
+            {"remedy", isTried ? typeable(rule.remedy) : result.remedy},
             {"lookedLess", result.wasCutShort},
             {"milliseconds", result.duration.count()}};
 }
@@ -51,10 +44,12 @@ void printResult(std::ostream& out, const Result& result, bool colour) {
         << (result.outcome == Outcome::Skipped ? observed : rule.title) << '\n';
     if (result.wasCutShort)
         out << "         looked less often, because the time was over\n";
-    if (isBroken(result.outcome))
+    if (isBroken(result.outcome)) {
+        const Json json = result;
         out << "         observed:   " << observed << '\n'
-            << "         meaning:    " << meaningOf(result) << '\n'
-            << "         what to do: " << printable(remedyOf(result)) << '\n';
+            << "         meaning:    " << json["meaning"].get<std::string>() << '\n'
+            << "         what to do: " << printable(json["remedy"].get<std::string>()) << '\n';
+    }
     out.flush();
 }
 

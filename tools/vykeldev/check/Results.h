@@ -7,6 +7,7 @@
 #include <chrono>
 #include <iosfwd>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace vykeldev::check {
@@ -23,15 +24,16 @@ constexpr bool isBroken(Outcome outcome) noexcept {
 }
 
 /// What came out of one rule.
-struct Result {
+struct Result : Verdict {
     const Rule* rule = nullptr;
-    Outcome outcome = Outcome::Failed;
-    std::string observed = {}; ///< What broke the rule, or why it was skipped.
     /// The rule because of whose result it was skipped; null when it was not, or for another reason.
     const Rule* cause = nullptr;
     std::chrono::milliseconds duration{0};
     bool wasCutShort = false; ///< Its time for repeating was over before it had looked as often as usual.
-    std::string remedy = {};  ///< Of a rule that was not tried: what to do about that.
+    std::vector<std::string> notes = {}; ///< For the next stage.
+    bool putBack = false;                ///< What was altered is as it was before.
+    /// The rules that turned out to be broken meanwhile, perhaps others, each with what was observed.
+    std::vector<std::pair<std::string, std::string>> incidents = {};
 };
 
 using Results = std::vector<Result>;

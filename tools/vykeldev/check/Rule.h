@@ -54,13 +54,14 @@ struct Rule {
 };
 
 /// What came out of a rule. A warning: it is broken, but the library copes with that, or it may be intended.
-enum class Outcome { Passed, Warning, Failed, Skipped };
+/// Unknown: this tool failed, so no rule has that in a report.
+enum class Outcome { Passed, Warning, Failed, Skipped, Unknown };
 
-/// Ends a check whose rule did not pass.
+/// What came out of a check. One that did not pass ends by throwing it.
 struct Verdict {
     Outcome outcome = Outcome::Failed; ///< When an error is what the rule's severity says.
-    std::string observed;
-    std::string remedy = {}; ///< What to do about a rule that was not tried.
+    std::string observed = {};         ///< What broke the rule, or why it was skipped.
+    std::string remedy = {};           ///< What to do about a rule that was not tried.
 };
 
 /// A verdict that is made from the parts of a text, which can be numbers, too.
@@ -88,13 +89,11 @@ void mustAccept(std::int32_t code, const Parts&... parts) {
 /// The rule is broken in a way that may be intended: a warning, whatever the severity of the rule.
 using Questionable = VerdictOf<Outcome::Warning>;
 
-/// The rule was not tried: a warning that says what to do about that.
-struct NotTried : Questionable {
-    template <class... Parts>
-    explicit NotTried(std::string whatToDo, const Parts&... parts) : Questionable("not tried: ", parts...) {
-        remedy = typeable(std::move(whatToDo));
-    }
-};
+/// The rule was not tried: a warning that says what to do about that, and why in the parts.
+template <class... Parts>
+Verdict notTried(const std::string& whatToDo, const Parts&... parts) {
+    return {Outcome::Warning, concat("not tried: ", parts...), typeable(whatToDo)};
+}
 
 /// The rule cannot be judged here.
 using Skipped = VerdictOf<Outcome::Skipped>;

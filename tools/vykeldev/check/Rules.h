@@ -1,18 +1,18 @@
 #ifndef VYKELDEV_CHECK_RULES_H
 #define VYKELDEV_CHECK_RULES_H
 
-#include "check/Rule.h"
+#include "check/RuleTable.h"
 #include <string_view>
-#include <vector>
 
 namespace vykeldev::check {
 
-/// All rules, each with an identifier of its own, after the one that it needs. docs/plugin-rules.md defines
-/// them.
-const std::vector<Rule>& allRules();
-
-/// Null when there is none of that identifier.
-const Rule* findRule(std::string_view id);
+/// The rule of that identifier in the table, which docs/plugin-rules.md defines; null when there is none.
+inline const Rule* findRule(std::string_view id) {
+    for (const Rule& rule : ruleTable)
+        if (rule.id == id)
+            return &rule;
+    return nullptr;
+}
 
 } // namespace vykeldev::check
 

@@ -3,40 +3,25 @@
 
 #include "check/Results.h"
 #include "child/ChildTask.h"
+#include "output/Command.h"
 
 namespace vykeldev::check {
 
 extern const ChildTask checkRuleTask;
 
 /// What is asked of a check.
-struct RunOptions {
-    std::string path;                   ///< The plug-in, absolute, UTF-8.
-    std::chrono::milliseconds limit{0}; ///< A rule must begin another call within this time.
-    bool quiet = false;                 ///< Shows no progress.
-    bool readOnly = false;              ///< Leaves out rules that alter what the plug-in keeps.
-    std::vector<std::string> rules;     ///< Only these, and those that they need; all when empty.
+struct CheckOptions : CommonOptions {
+    std::string path;               ///< The plug-in, absolute, UTF-8.
+    double timeout = 10;            ///< A rule must begin another call within this time, in seconds.
+    bool readOnly = false;          ///< Leaves out rules that alter what the plug-in keeps.
+    std::vector<std::string> rules; ///< Only these, and those that they need; all when empty.
 };
 
-/// A rule that turned out to be broken, perhaps while another was checked.
-struct Incident {
-    std::string rule;
-    std::string observed;
-};
-
-/// What came out of one stage of a rule.
-struct Account : Result {
-    bool ended = false;             ///< The check told its outcome.
-    std::vector<std::string> notes; ///< For the next stage.
-    bool putBack = false;           ///< What was altered is as it was before.
-    std::string toolFailed;         ///< How this tool itself failed there, if it did.
-    std::vector<Incident> incidents;
-};
-
-/// Runs a stage of a rule, with notes for it (see Subject), in a process of its own, which is killed when it
-/// makes no progress for the time limit of the options. Throws Failure when it cannot be started, and Stopped
-/// by Ctrl-C, but not while a rule alters something.
-Account runStage(const Rule& rule, const RunOptions& options, Stage stage,
-                 const std::vector<std::string>& notes);
+/// Runs a stage of the result's rule, with the notes in the result (see Subject), in a process of its own,
+/// which is killed when it makes no progress for the time limit of the options. Returns the verdict and adds
+/// all else to the result. Throws Failure when the process cannot be started, and Stopped by Ctrl-C, but not
+/// while a rule alters something.
+Verdict runStage(const CheckOptions& options, Stage stage, Result& result);
 
 } // namespace vykeldev::check
 
