@@ -48,7 +48,7 @@ void mustBe(const Property& property, const std::string& expected, const char* w
 /// Sets the property of a device, and reads it back from that and from a list that existed before.
 void alter(const Subject& subject, const Session& session, const Property& property,
            const Alteration& alteration) {
-    const List other = session.plugin.makeList();
+    const List other = session.makeList();
     refresh(other);
     subject.trace.note({alteration.token, alteration.before, alteration.value});
     const Device device = find(session.list, alteration.token);
@@ -66,7 +66,7 @@ void putBack(const Subject& subject, const Property& property) {
     const Device device = find(session.list, alteration.token);
     const PluginText kept = property.read(device);
     property.write(device, alteration.before);
-    const List later = session.plugin.makeList();
+    const List later = session.makeList();
     refresh(later);
     if (property.read(find(later, alteration.token)) == alteration.before)
         subject.trace.putBack();

@@ -9,11 +9,10 @@ namespace vykeldev::check {
 namespace {
 
 void mustRefuse(const List& list, std::uint32_t index, std::uint32_t count) {
-    const Fetched fetched = list.getDevice(index);
-    if (!fetched.device && fetched.code < 0)
-        return;
-    throw Broken("getDevice(", index, ") of ", count, " answered ", (fetched.device ? "a device" : "null"),
-                 " and left the code ", fetched.code);
+    const auto [device, code] = list.getDevice(index);
+    if (device || code >= 0)
+        throw Broken("getDevice(", index, ") of ", count, " answered ", (device ? "a device" : "null"),
+                     " and left the code ", code);
 }
 
 /// What a device reports about itself, unchanged while it lives.
@@ -44,7 +43,7 @@ void checkRefresh(const Subject& subject) {
     const List list = plugin.makeList();
     for (int round = 0; round < 2; ++round) {
         list.isStale();
-        refusalIsQuestionable([&] { refresh(list); });
+        refresh<Questionable>(list);
         const std::uint32_t count = list.getCount();
         repeat(count, plugin.trace, 8, 10, [&list](std::uint32_t i) { list.getDevice(i); });
         const std::uint32_t later = list.getCount();
@@ -68,7 +67,7 @@ void checkDevicesStay(const Subject& subject) {
         before.push_back(describe(device));
     });
     {
-        const List other = session.plugin.makeList();
+        const List other = session.makeList();
         refresh(other);
         devicesOf(other);
         session.list.isStale();
@@ -88,7 +87,7 @@ void checkIndexBeyond(const Subject& subject) {
     const std::uint32_t count = session.list.getCount();
     mustRefuse(session.list, count, count);
     mustRefuse(session.list, std::numeric_limits<std::uint32_t>::max(), count);
-    session.plugin.trace.repeating("getDevice for a million indices beyond the count");
+    session.trace.repeating("getDevice for a million indices beyond the count");
     const std::uint32_t step = (std::numeric_limits<std::uint32_t>::max() - count) / calls;
     repeat(calls, subject.trace, 1, 1,
            [&](std::uint32_t i) { mustRefuse(session.list, count + i * step, count); });
@@ -98,41 +97,38 @@ void checkMinimumVersion(const Subject& subject) {
     const Session session(subject);
     const std::int32_t version = deviceAt(session.list, 0).getVersion();
     const std::string text = concat("of version ", version, ", asked for at least ");
-    if (!session.list.getDevice(0, version).device)
+    if (!session.list.getDevice(0, version).object)
         throw Broken("a device ", text, "that, was refused");
     if (version == std::numeric_limits<std::int32_t>::max())
         throw Skipped("no version is above that of the first device");
-    const Fetched newer = session.list.getDevice(0, version + 1);
-    if (newer.device || newer.code >= 0)
+    const auto [newer, code] = session.list.getDevice(0, version + 1);
+    if (newer || code >= 0)
         throw Broken("a device ", text, version + 1, ", was ",
-                     (newer.device ? "returned all the same" : "refused without an error"));
+                     (newer ? "returned all the same" : "refused without an error"));
 }
 
 void checkStaleCheap(const Subject& subject) {
     using Clock = std::chrono::steady_clock;
-    constexpr auto cheap = std::chrono::milliseconds(1);
-    constexpr int batches = 5; // the best counts: others may keep the machine busy
     constexpr int calls = 5;
     const InitializedPlugin plugin(subject);
     const List list = plugin.makeList();
     list.isStale();
     list.refresh();
     Clock::duration best = Clock::duration::max();
-    for (int batch = 0; batch < batches; ++batch) {
+    for (int batch = 0; batch < 5; ++batch) { // the best counts: others may keep the machine busy
         const Clock::time_point start = Clock::now();
         for (int i = 0; i < calls; ++i)
             list.isStale();
         best = std::min(best, (Clock::now() - start) / calls);
     }
-    if (best > cheap)
+    if (best > std::chrono::milliseconds(1))
         throw Broken("isStale takes ", std::chrono::duration_cast<std::chrono::microseconds>(best).count(),
                      " microseconds");
 }
 
 void checkStaleSettles(const Subject& subject) {
-    constexpr int attempts = 3; // something may really have changed, but not every time
     const Session session(subject);
-    for (int i = 0; i < attempts; ++i) {
+    for (int i = 0; i < 3; ++i) { // something may really have changed, but not every time
         refresh(session.list);
         if (!session.list.isStale())
             return;

@@ -15,25 +15,22 @@ std::string quotedText(const PluginText& text) {
 
 std::int32_t codeLeft(const char* operation, std::int32_t preset, Trace& trace,
                       const std::function<void(vykel::StatusBlock*)>& call) {
-    constexpr std::uint32_t codeOnlySize = 8;
-    constexpr unsigned char guard = 0xA5;
     struct {
         vykel::StatusBlock block;
         unsigned char afterBlock[64];
-    } memory;
-    std::memset(&memory, guard, sizeof memory);
-    memory.block.structSize = codeOnlySize;
+    } memory, expected;
+    std::memset(&memory, 0xA5, sizeof memory);
+    memory.block.structSize = 8;
     memory.block.code = preset;
+    std::memcpy(&expected, &memory, sizeof memory);
     trace.call(operation, [&] { call(&memory.block); });
-    // All bytes after the code are the guard when the first is, and each is like the one before it.
-    const auto* const after = reinterpret_cast<const unsigned char*>(&memory) + codeOnlySize;
-    if (memory.block.structSize != codeOnlySize || *after != guard ||
-        std::memcmp(after, after + 1, sizeof memory - codeOnlySize - 1) != 0)
+    expected.block.code = memory.block.code;
+    if (std::memcmp(&expected, &memory, sizeof memory) != 0)
         trace.incident("status-guard", std::string(operation) + " changed the block beyond its code");
     return memory.block.code;
 }
 
-Fetched List::getDevice(std::uint32_t index, std::int32_t minimumVersion, std::int32_t preset) const {
+Answer<Device> List::getDevice(std::uint32_t index, std::int32_t minimumVersion, std::int32_t preset) const {
     vykel::IDevice* device = nullptr;
     const std::int32_t code = codeLeft("getDevice", preset, *trace, [&](vykel::StatusBlock* status) {
         device = object->getDevice(index, minimumVersion, status);
@@ -54,20 +51,20 @@ Module loadModule(const Subject& subject, Ending ending) {
 
 Plugin::Plugin(const Subject& subject, Ending ending)
     : trace(subject.trace), module(loadModule(subject, ending)) {
-    std::string missing;
+    std::vector<std::string> missing;
     const auto find = [&](auto*& function, const char* name) {
         using Function = std::remove_reference_t<decltype(function)>;
-        using AnyFunction = void (*)(); // the compilers warn of a direct cast between unlike signatures
-        function =
-            reinterpret_cast<Function>(reinterpret_cast<AnyFunction>(GetProcAddress(module.get(), name)));
+        // Through another type: the compilers warn of a direct cast between unlike signatures.
+        const auto address = reinterpret_cast<void (*)()>(GetProcAddress(module.get(), name));
+        function = reinterpret_cast<Function>(address);
         if (function == nullptr)
-            missing += (missing.empty() ? "not exported: " : ", ") + std::string(name);
+            missing.emplace_back(name);
     };
     find(initializePlugin, "vykel_initializePlugin");
     find(getPluginInterface, "vykel_getPluginInterface");
     find(finalizePlugin, "vykel_finalizePlugin");
     if (!missing.empty())
-        throw Broken(missing);
+        throw Broken("not exported: ", joined(missing, ", "));
 }
 
 Plugin::~Plugin() {
@@ -75,28 +72,13 @@ Plugin::~Plugin() {
         trace.callAtEnd("vykel_finalizePlugin", finalizePlugin);
 }
 
-std::int32_t Plugin::initialize() {
-    const std::int32_t code = trace.call("vykel_initializePlugin", initializePlugin);
-    initialized = code >= 0;
-    return code;
-}
-
-std::int32_t Plugin::getInterface(std::int32_t version, std::optional<List>& list) const {
-    vykel::IDeviceList* made = nullptr;
+Answer<List> Plugin::getInterface(std::int32_t version) const {
+    vykel::IDeviceList* list = nullptr;
     const std::int32_t code =
-        trace.call("vykel_getPluginInterface", [&] { return getPluginInterface(version, &made); });
-    if (code >= 0 && made != nullptr)
-        list.emplace(made, &trace);
-    return code;
-}
-
-List Plugin::makeList() const {
-    std::optional<List> list;
-    const std::int32_t code = getInterface(0, list);
-    mustAccept<Refused>(code, "no list this time: vykel_getPluginInterface answered ");
-    if (!list)
-        throw Broken("vykel_getPluginInterface answered ", code, " and stored no list");
-    return std::move(*list);
+        trace.call("vykel_getPluginInterface", [&] { return getPluginInterface(version, &list); });
+    if (code < 0 || list == nullptr)
+        return {std::nullopt, code};
+    return {List(list, &trace), code};
 }
 
 } // namespace vykeldev::check

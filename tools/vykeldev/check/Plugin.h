@@ -3,7 +3,6 @@
 
 #include "check/Rule.h"
 #include "check/Trace.h"
-#include "output/Failures.h"
 #include "vykel/PluginEntryPoints.h"
 #include "vytpl/NonCopyable.h"
 #include <cstdint>
@@ -15,7 +14,7 @@
 #include <windows.h>
 
 /// The plug-in under check, its lists and devices. Every call goes through Trace::call. Every status block
-/// but that of List::originOfFailure has 8 bytes, and the memory after it is watched; writing there is an
+/// but that of a second refresh has 8 bytes, and the memory after it is watched; writing there is an
 /// incident of the rule 'status-guard'.
 namespace vykeldev::check {
 
@@ -78,9 +77,10 @@ struct Device : PluginObject<vykel::IDevice> {
     }
 };
 
-/// What getDevice answers.
-struct Fetched {
-    std::optional<Device> device;
+/// What an operation answers that gives out an object.
+template <class Object>
+struct Answer {
+    std::optional<Object> object;
     std::int32_t code;
 };
 
@@ -97,15 +97,9 @@ struct List : PluginObject<vykel::IDeviceList> {
     std::int32_t refresh(std::int32_t preset = 0) const {
         return report("refresh", preset, &Interface::refresh);
     }
-    /// Refreshes once more, with a block that has room for what the plug-in says beside its code (see
-    /// originText).
-    std::string originOfFailure() const {
-        vykel::StatusBlock block = vykel::makeStatusBlock();
-        call("refresh", &Interface::refresh, &block);
-        return originText(block);
-    }
     std::uint32_t getCount() const { return call("getCount", &Interface::getCount); }
-    Fetched getDevice(std::uint32_t index, std::int32_t minimumVersion = 0, std::int32_t preset = 0) const;
+    Answer<Device> getDevice(std::uint32_t index, std::int32_t minimumVersion = 0,
+                             std::int32_t preset = 0) const;
     std::int32_t attach(std::uint64_t token) const { return report("attach", 0, &Interface::attach, token); }
     void detach(std::uint64_t token) const { call("detach", &Interface::detach, token); }
 
@@ -128,12 +122,23 @@ public:
     explicit Plugin(const Subject& subject, Ending ending = stayLoaded);
     ~Plugin();
 
-    /// Returns the code.
-    std::int32_t initialize();
-    /// Returns the code, and stores the list when there is one.
-    std::int32_t getInterface(std::int32_t version, std::optional<List>& list) const;
-    /// A new list. Throws Broken.
-    List makeList() const;
+    /// Throws a Refusal when the plug-in refuses; `when` is a part of its text.
+    template <class Refusal, class... Parts>
+    void initialize(const Parts&... when) {
+        const std::int32_t code = trace.call("vykel_initializePlugin", initializePlugin);
+        mustAccept<Refusal>(code, "vykel_initializePlugin ", when..., "refused with ");
+        initialized = true;
+    }
+    Answer<List> getInterface(std::int32_t version) const;
+    /// A new list. Throws a Refusal when the plug-in refuses, and Broken.
+    template <class Refusal = Broken>
+    List makeList() const {
+        auto [list, code] = getInterface(0);
+        mustAccept<Refusal>(code, "no list this time: vykel_getPluginInterface answered ");
+        if (!list)
+            throw Broken("vykel_getPluginInterface answered ", code, " and stored no list");
+        return std::move(*list);
+    }
 
     Trace& trace;
 

@@ -74,11 +74,6 @@ struct VerdictOf : Verdict {
 /// The rule is broken.
 using Broken = VerdictOf<Outcome::Failed>;
 
-/// The rule is broken because the plug-in returned a negative code.
-struct Refused : Broken {
-    using Broken::VerdictOf;
-};
-
 /// Ends the check when a code is negative: with a verdict that is made from the parts and the code.
 template <class Refusal, class... Parts>
 void mustAccept(std::int32_t code, const Parts&... parts) {

@@ -3,6 +3,7 @@
 
 #include "check/Plugin.h"
 #include "check/Trace.h"
+#include "output/Failures.h"
 #include <string>
 #include <vector>
 
@@ -10,37 +11,30 @@
 /// InitializedPlugin throws Skipped, because other rules are about being initialised.
 namespace vykeldev::check {
 
-/// Makes a step in which the plug-in may have a reason to refuse.
-template <class Step>
-decltype(auto) refusalIsQuestionable(Step&& step) {
-    try {
-        return step();
-    } catch (const Refused& refused) {
-        throw Questionable(refused.observed);
-    }
-}
-
 /// The plug-in, loaded and initialised.
 struct InitializedPlugin : Plugin {
-    explicit InitializedPlugin(const Subject& subject) : Plugin(subject) {
-        mustAccept<Skipped>(initialize(), "vykel_initializePlugin refused with ");
-    }
+    explicit InitializedPlugin(const Subject& subject) : Plugin(subject) { initialize<Skipped>(); }
 };
 
-inline void refresh(const List& list) {
+/// Throws a Refusal when the plug-in refuses, after a second try with a block that has room for what the
+/// plug-in says beside its code.
+template <class Refusal = Broken>
+void refresh(const List& list) {
     const std::int32_t code = list.refresh();
-    if (code < 0)
-        throw Refused("refresh left the code ", code, list.originOfFailure());
+    if (code >= 0)
+        return;
+    vykel::StatusBlock block = vykel::makeStatusBlock();
+    list.call("refresh", &List::Interface::refresh, &block);
+    throw Refusal("refresh left the code ", code, originText(block));
 }
 
 /// The device at an index below the count.
 inline Device deviceAt(const List& list, std::uint32_t index) {
-    const Fetched fetched = list.getDevice(index);
-    if (fetched.device && fetched.code >= 0)
-        return *fetched.device;
+    const auto [device, code] = list.getDevice(index);
+    if (device && code >= 0)
+        return *device;
     const std::string place = concat("getDevice(", index, ") of ", list.getCount());
-    if (fetched.code < 0)
-        throw Refused(place, " left the code ", fetched.code);
+    mustAccept<Broken>(code, place, " left the code ");
     throw Broken(place, " answered null and left no error");
 }
 
@@ -58,10 +52,9 @@ inline std::vector<Device> devicesOf(const List& list) {
 }
 
 /// A plug-in with one list, refreshed.
-struct Session {
-    explicit Session(const Subject& subject) : plugin(subject), list(plugin.makeList()) { refresh(list); }
-    InitializedPlugin plugin;
-    List list;
+struct Session : InitializedPlugin {
+    explicit Session(const Subject& subject) : InitializedPlugin(subject), list(makeList()) { refresh(list); }
+    const List list;
 };
 
 } // namespace vykeldev::check
