@@ -45,20 +45,6 @@ void mustBe(const Property& property, const std::string& expected, const char* w
                      found == std::string() ? "not set" : quotedText(found));
 }
 
-/// Sets the property of a device, and reads it back from that and from a list that existed before.
-void alter(const Subject& subject, const Session& session, const Property& property,
-           const Alteration& alteration) {
-    const List other = session.makeList();
-    refresh(other);
-    subject.trace.note({alteration.token, alteration.before, alteration.value});
-    const Device device = find(session.list, alteration.token);
-    mustAccept<Questionable>(property.write(device, alteration.value), "setting ", property.name,
-                             " was refused with ");
-    mustBe(property, alteration.value, "read from the same device", property.read(device));
-    mustBe(property, alteration.value, "read from another list",
-           property.read(find(other, alteration.token)));
-}
-
 /// Reads the property in a later process, and restores its old value.
 void putBack(const Subject& subject, const Property& property) {
     const Alteration alteration{subject.notes.at(0), subject.notes.at(1), subject.notes.at(2)};
@@ -85,35 +71,40 @@ Alteration chooseAlteration(const List& list, const Property& property, const st
         if (const PluginText value = property.read(device))
             all.push_back({token, *value, ""});
     });
-    bool isTaken = false;
-    for (const Alteration& each : all) {
-        const bool isUnique = count[each.token] == 1;
-        isTaken = isTaken || isUnique;
-        if (isUnique && !each.before.empty() && isUtf8(each.before) &&
+    const auto isAmbiguous = [&count](const Alteration& each) { return count[each.token] > 1; };
+    all.erase(std::remove_if(all.begin(), all.end(), isAmbiguous), all.end());
+    if (all.empty())
+        throw Skipped(property.name, ": no device with a token of its own takes one");
+    for (const Alteration& each : all)
+        if (!each.before.empty() && isUtf8(each.before) &&
             each.token.size() + each.before.size() <= maxNoteBytes)
             return {each.token, each.before, property.newValue(list)};
-    }
-    if (!isTaken)
-        throw Skipped(property.name, ": no device with a token of its own takes one");
     throw notTried("Register the plug-in with 'vykeldev register NAME \"" + plugin +
                        "\"', list its devices with 'vykeldev list'" + property.setIt + ", and check again.",
                    property.notSet);
 }
 
-/// Alters the property, or puts it back in the second process.
+/// Sets the property of a device, and reads it back from that and from a list that existed before. Puts it
+/// back in the second process.
 void checkKept(const Subject& subject, const Property& property) {
     if (subject.stage != Stage::First)
         return putBack(subject, property);
     const Session session(subject);
-    alter(subject, session, property, chooseAlteration(session.list, property, subject.path));
+    const auto [token, before, value] = chooseAlteration(session.list, property, subject.path);
+    const List other = session.makeList();
+    refresh(other);
+    subject.trace.note({token, before, value});
+    const Device device = find(session.list, token);
+    mustAccept<Questionable>(property.write(device, value), "setting ", property.name, " was refused with ");
+    mustBe(property, value, "read from the same device", property.read(device));
+    mustBe(property, value, "read from another list", property.read(find(other, token)));
 }
 
 /// A number that no device of the list has.
 std::string unusedNumber(const List& list) {
     std::uint32_t unused = 0;
     lookAtDevices(list, [&unused](const Device& device, std::uint32_t) {
-        const std::uint32_t number = device.getNumber();
-        unused = std::max(unused, number == vykel::noDeviceNumber ? 0 : number + 1);
+        unused = std::max(unused, device.getNumber() + 1); // 0 after none, the highest of all
     });
     if (unused == vykel::noDeviceNumber)
         throw Skipped("the highest number is in use");

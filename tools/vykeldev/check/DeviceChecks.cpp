@@ -12,12 +12,8 @@ namespace {
 
 constexpr std::uint32_t formats[] = {1, 2};
 
-/// An operation that returns a text.
-struct TextReader {
-    const char* operation;
-    const char* (*read)(const Device&);
-};
-constexpr TextReader readers[] = {
+/// The operations that return a text, and their names.
+constexpr std::pair<const char*, const char* (*)(const Device&)> textOperations[] = {
     {"getPersistentToken", [](const Device& device) { return device.ownToken(1); }},
     {"getPersistentToken", [](const Device& device) { return device.ownToken(2); }},
     {"getAlias", [](const Device& device) { return device.ownAlias(); }},
@@ -42,24 +38,22 @@ std::string firstMissing(const std::vector<std::string>& tokens, const std::vect
     return missing.empty() ? "" : missing.front();
 }
 
-/// As many of the tokens as fit into the notes, and then how many there are in all.
+/// How many tokens there are, and then as many of them as fit into the notes.
 std::vector<std::string> noteTokens(const std::vector<std::string>& tokens) {
-    std::vector<std::string> notes;
+    std::vector<std::string> notes{std::to_string(tokens.size())};
     std::size_t bytes = 0;
     for (const std::string& token : tokens) {
         bytes += token.size();
         if (bytes <= maxNoteBytes)
             notes.push_back(token);
     }
-    notes.push_back(std::to_string(tokens.size()));
     return notes;
 }
 
 /// Compares with the notes of another process. A device may be gone since then, but then there are fewer.
 void mustKnowTokens(const Subject& subject) {
-    std::vector<std::string> before = subject.notes;
-    const std::size_t count = std::stoul(before.back());
-    before.pop_back();
+    const std::size_t count = std::stoul(subject.notes.at(0));
+    const std::vector<std::string> before(subject.notes.begin() + 1, subject.notes.end());
     const std::vector<std::string> now = tokensOf(Session(subject).list);
     const std::string gone = firstMissing(before, now);
     if (!gone.empty() && now.size() >= count && !subject.trace.wasCutShort())
@@ -92,9 +86,8 @@ void checkTokensDiffer(const Subject& subject) {
 void checkTokenStable(const Subject& subject) {
     if (subject.stage == Stage::Second)
         return mustKnowTokens(subject);
-    constexpr int attempts = 3; // devices may come and go, but not every time
     std::string change;
-    for (int i = 0; i < attempts; ++i) {
+    for (int i = 0; i < 3; ++i) { // devices may come and go, but not every time
         const std::vector<std::string> before = tokensOf(Session(subject).list);
         const Session session(subject); // initialised again
         const std::vector<std::string> after = tokensOf(session.list);
@@ -111,10 +104,10 @@ void checkTokenStable(const Subject& subject) {
 
 void checkTextsUtf8(const Subject& subject) {
     lookAtDevices(Session(subject).list, [](const Device& device, std::uint32_t i) {
-        for (const TextReader& reader : readers) {
-            const PluginText text = copied(reader.read(device));
+        for (const auto& [name, read] : textOperations) {
+            const PluginText text = copied(read(device));
             if (text && !isUtf8(*text))
-                throw Broken(reader.operation, " of device ", i, " is not valid UTF-8: ", quotedText(text));
+                throw Broken(name, " of device ", i, " is not valid UTF-8: ", quotedText(text));
         }
     });
 }
@@ -126,11 +119,11 @@ void checkTextsStay(const Subject& subject) {
         throw Skipped("this needs two devices");
     repeat(static_cast<std::uint32_t>(devices.size()), subject.trace, 2, 10, [&](std::uint32_t i) {
         const Device& other = devices[(i + 1) % devices.size()];
-        for (const TextReader& reader : readers) {
-            const char* const text = reader.read(devices[i]);
+        for (const auto& each : textOperations) {
+            const char* const text = each.second(devices[i]);
             const PluginText before = copied(text);
-            for (const TextReader& otherReader : readers)
-                otherReader.read(other);
+            for (const auto& later : textOperations)
+                later.second(other);
             if (before && *before != text)
                 throw Broken("a text of device ", i, ", ", quotedText(before), ", became ",
                              quotedText(PluginText(text)), " by calls on another device");

@@ -17,10 +17,8 @@ void mustKeepCode(const char* operation, std::int32_t before, std::int32_t after
 } // namespace
 
 void checkFirstErrorWins(const Subject& subject) {
-    constexpr std::int32_t error = -99;
-    constexpr std::int32_t warning = 99;
     const Session session(subject);
-    for (const std::int32_t preset : {error, warning}) {
+    for (const std::int32_t preset : {-99, 99}) { // an error, a warning
         mustKeepCode("refresh", preset, session.list.refresh(preset));
         refresh(session.list);
         const std::uint32_t count = session.list.getCount();

@@ -3,12 +3,11 @@
 namespace vykeldev::check {
 
 void Trace::calling(const char* operation) {
-    constexpr std::chrono::milliseconds interval(10); // little beside any time limit
     if (!isRepeating)
         return reporter.beginStep(operation);
     const std::lock_guard<std::mutex> lock(mutex);
     if (const Clock::time_point now = Clock::now(); now >= nextReport) {
-        nextReport = now + interval;
+        nextReport = now + std::chrono::milliseconds(10); // little beside any time limit
         reporter.report({{"progress", true}});
     }
 }
@@ -24,17 +23,9 @@ void Trace::cutShort() {
 }
 
 void Trace::incident(const char* rule, const std::string& observed) {
-    {
-        const std::lock_guard<std::mutex> lock(mutex);
-        if (!incidents.insert(rule + observed).second)
-            return;
-    }
-    reporter.reportCut({{"incident", rule}, {"observed", observed}});
-}
-
-void Trace::exceptionLeft(const char* operation, const std::string& what) {
-    incident("no-exception", "an exception left " + std::string(operation) + ": " + what);
-    throw Skipped("an exception left ", operation, "; see 'no-exception'");
+    const std::lock_guard<std::mutex> lock(mutex);
+    if (incidents.insert(rule + observed).second)
+        reporter.reportCut({{"incident", rule}, {"observed", observed}});
 }
 
 std::uint32_t repeat(std::uint32_t times, Trace& trace, int parts, std::uint32_t minimum,

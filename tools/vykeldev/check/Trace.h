@@ -34,7 +34,8 @@ public:
         } catch (...) {
             escaped = "of no standard type";
         }
-        exceptionLeft(operation, escaped);
+        incident("no-exception", concat("an exception left ", operation, ": ", escaped));
+        throw Skipped("an exception left ", operation, "; see 'no-exception'");
     }
 
     /// The same at the end of an object, whatever comes out.
@@ -67,8 +68,6 @@ public:
 
 private:
     using Clock = std::chrono::steady_clock;
-
-    [[noreturn]] void exceptionLeft(const char* operation, const std::string& what);
 
     Reporter& reporter;
     bool isRepeating = false;
