@@ -47,6 +47,8 @@ void runSecond(const CheckOptions& options, Result& result) {
     Verdict second;
     try {
         second = runStage(options, passed ? Stage::Second : Stage::PutBack, result);
+    } catch (const Stopped&) { // never while a rule alters something
+        throw;
     } catch (const Failure& failure) {
         second = {Outcome::Unknown, failure.what()};
     }
