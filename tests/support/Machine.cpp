@@ -25,10 +25,10 @@ void writeValue(const std::string& key, const char* value, const DWORD* type, co
     HKEY handle = nullptr;
     LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, wide(key).c_str(), 0, nullptr, 0, KEY_ALL_ACCESS,
                                     nullptr, &handle, nullptr);
-    if (error == ERROR_SUCCESS && type != nullptr)
-        error = RegSetValueExW(handle, wide(value).c_str(), 0, *type, static_cast<const BYTE*>(data),
-                               static_cast<DWORD>(size));
     RegCloseKey(handle);
+    if (error == ERROR_SUCCESS && type != nullptr)
+        error = RegSetKeyValueW(HKEY_LOCAL_MACHINE, wide(key).c_str(), wide(value).c_str(), *type, data,
+                                static_cast<DWORD>(size));
     if (error != ERROR_SUCCESS)
         throw std::runtime_error("cannot write the test's registry: " + std::to_string(error));
 }

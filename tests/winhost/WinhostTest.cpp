@@ -55,8 +55,8 @@ TEST(Winhost, IsAsStrictAsWindows) {
     ASSERT_EQ(RegCreateKeyExW(HKEY_LOCAL_MACHINE, u"x", 0, nullptr, 0, KEY_WRITE, nullptr, &key, nullptr), 0);
     ASSERT_EQ(RegOpenKeyExW(HKEY_LOCAL_MACHINE, u"x", 0, KEY_READ, &readOnly), 0);
     BYTE bytes[] = {1, 2, 3};
-    EXPECT_EQ(RegSetValueExW(key, u"v", 0, REG_BINARY, bytes, 3), 0);
-    EXPECT_EQ(RegSetValueExW(readOnly, u"v", 0, REG_BINARY, bytes, 3), ERROR_ACCESS_DENIED);
+    EXPECT_EQ(RegSetKeyValueW(key, nullptr, u"v", REG_BINARY, bytes, 3), 0);
+    EXPECT_EQ(RegSetKeyValueW(readOnly, nullptr, u"v", REG_BINARY, bytes, 3), ERROR_ACCESS_DENIED);
     for (DWORD room = 2; room <= 3; ++room) {
         DWORD size = room;
         EXPECT_EQ(RegQueryValueExW(readOnly, u"v", nullptr, nullptr, bytes, &size),
@@ -64,7 +64,7 @@ TEST(Winhost, IsAsStrictAsWindows) {
         EXPECT_EQ(size, 3U);
     }
     EXPECT_EQ(RegDeleteTreeW(HKEY_LOCAL_MACHINE, u"x"), 0);
-    EXPECT_EQ(RegSetValueExW(key, u"v", 0, REG_BINARY, bytes, 3), ERROR_KEY_DELETED);
+    EXPECT_EQ(RegSetKeyValueW(key, nullptr, u"v", REG_BINARY, bytes, 3), ERROR_KEY_DELETED);
     RegCloseKey(key);
     RegCloseKey(readOnly);
 

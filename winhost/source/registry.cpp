@@ -150,9 +150,10 @@ LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD, LPWSTR, DWORD, REGSAM a
     });
 }
 
-LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD, DWORD type, const BYTE* data, DWORD size) {
-    return changeKey(Call::RegSetValueExW, key, KEY_SET_VALUE, [&](RegistryKey& found) -> LSTATUS {
-        found.setValue({std::u16string(viewOf(name)), type, std::vector<BYTE>(data, data + size)});
+LSTATUS RegSetKeyValueW(HKEY key, LPCWSTR subkey, LPCWSTR name, DWORD type, LPCVOID data, DWORD size) {
+    return changeKey(Call::RegSetKeyValueW, key, KEY_SET_VALUE, [&](RegistryKey& found) -> LSTATUS {
+        const auto* const bytes = static_cast<const BYTE*>(data);
+        found.create(viewOf(subkey)).setValue({std::u16string(viewOf(name)), type, {bytes, bytes + size}});
         return ERROR_SUCCESS;
     });
 }

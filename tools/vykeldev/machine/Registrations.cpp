@@ -6,7 +6,6 @@
 #include "system/DisplayText.h"
 #include "system/Paths.h"
 #include "system/Text.h"
-#include "vybase/owners.h"
 #include "vysys/windowsRegistry.h"
 
 namespace vykeldev {
@@ -18,39 +17,23 @@ Failure registryFailure(const std::string& action, DWORD error) {
     return systemFailure(action, error, "Check the rights on this registry key.");
 }
 
-/// The path of a plug-in, or an empty text when none can be read.
-std::string registeredPath(const std::string& name) {
-    try {
-        return vykel::pluginPath(name);
-    } catch (const vyerr::Exception&) {
-        return {};
-    }
-}
-
 constexpr const char* keyOf32Bit = "SOFTWARE\\WOW6432Node\\Morvance\\VY-KEL\\Plugins\\";
 
-/// How many plug-ins are registered where Windows puts the keys of 32-bit programs, such as installers. No
-/// client looks there.
-std::uint32_t countMisplaced() {
-    vyerr::Status status;
-    vyerr::initStatus(&status);
-    const std::uint32_t count = vysys::countSubkeys(keyOf32Bit, status);
-    vyerr::releaseStatus(&status);
-    return count;
-}
-
-/// Reports that the registry key names no plug-in.
+/// Reports that the registry key names no plug-in. Looks where Windows puts the keys of 32-bit programs, such
+/// as installers; no client looks there.
 void addNone(const FindingKind& kind, const std::string& detail, Findings& findings) {
-    const std::uint32_t misplaced = countMisplaced();
-    if (misplaced == 0)
-        return findings.push_back({&kind, fullPluginsKey(), detail});
-    findings.push_back(
-        {&kind, fullPluginsKey(),
-         concat(detail, detail.empty() ? "" : " ", "A 32-bit installer registered ", misplaced,
-                " below HKEY_LOCAL_MACHINE\\", keyOf32Bit, ", where no client looks."),
-         0,
-         "Run 'vykeldev register NAME PATH' as administrator with the path of each plug-in, and "
-         "report it to the vendor."});
+    vyerr::Status ignored;
+    vyerr::initStatus(&ignored);
+    const std::uint32_t misplaced = vysys::countSubkeys(keyOf32Bit, ignored);
+    vyerr::releaseStatus(&ignored);
+    Finding none{&kind, fullPluginsKey(), detail};
+    if (misplaced != 0) {
+        none.detail += concat(detail.empty() ? "" : " ", "A 32-bit installer registered ", misplaced,
+                              " below HKEY_LOCAL_MACHINE\\", keyOf32Bit, ", where no client looks.");
+        none.remedy = "Run 'vykeldev register NAME PATH' as administrator with the path of each plug-in, and "
+                      "report it to the vendor.";
+    }
+    findings.push_back(none);
 }
 
 } // namespace
@@ -107,34 +90,26 @@ std::vector<Registration> readRegistrations() {
 }
 
 std::string writeRegistration(const std::string& name, const std::string& path) {
-    std::string before = registeredPath(name);
-    HKEY handle = nullptr;
-    const WideString keyPath = toWide(vykel::pluginsKey + name);
-    LSTATUS error = RegCreateKeyExW(HKEY_LOCAL_MACHINE, keyPath.c_str(), 0, nullptr, REG_OPTION_NON_VOLATILE,
-                                    KEY_WRITE, nullptr, &handle, nullptr);
-    const vybase::RegistryKey key(handle);
-    if (key) {
-        const WideString text = toWide(path);
-        const DWORD bytes = static_cast<DWORD>((text.size() + 1) * sizeof(WCHAR)); // with its terminator
-        error = RegSetValueExW(key.get(), toWide(vykel::pluginPathValue).c_str(), 0, REG_SZ,
-                               reinterpret_cast<const BYTE*>(text.c_str()), bytes);
+    std::string before;
+    try {
+        before = vykel::pluginPath(name);
+    } catch (const vyerr::Exception&) { // there is none, or nobody can read it
     }
+    const WideString text = toWide(path);
+    const DWORD bytes = static_cast<DWORD>((text.size() + 1) * sizeof(WCHAR)); // with its terminator
+    const LSTATUS error =
+        RegSetKeyValueW(HKEY_LOCAL_MACHINE, toWide(vykel::pluginsKey + name).c_str(),
+                        toWide(vykel::pluginPathValue).c_str(), REG_SZ, text.c_str(), bytes);
     if (error != ERROR_SUCCESS)
         throw registryFailure("registering '" + printable(name) + "'", static_cast<DWORD>(error));
     return before;
 }
 
 void removeRegistration(const std::string& name) {
-    HKEY handle = nullptr;
-    LSTATUS error = RegOpenKeyExW(HKEY_LOCAL_MACHINE, toWide(vykel::pluginsKey).c_str(), 0,
-                                  KEY_READ | KEY_WRITE | DELETE, &handle);
-    const vybase::RegistryKey plugins(handle);
-    if (plugins)
-        error = RegDeleteTreeW(plugins.get(), toWide(name).c_str());
-    if (error == ERROR_FILE_NOT_FOUND) {
+    const LSTATUS error = RegDeleteTreeW(HKEY_LOCAL_MACHINE, toWide(vykel::pluginsKey + name).c_str());
+    if (error == ERROR_FILE_NOT_FOUND)
         throw Failure("no plug-in is registered as '" + printable(name) + "'", "",
                       "'vykeldev plugins' shows the names.");
-    }
     if (error != ERROR_SUCCESS)
         throw registryFailure("unregistering '" + printable(name) + "'", static_cast<DWORD>(error));
 }

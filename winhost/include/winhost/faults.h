@@ -30,7 +30,7 @@
     CALL(RegQueryValueExW, ERROR_KEY_DELETED)                                                                \
     CALL(RegCloseKey, ERROR_INVALID_HANDLE)                                                                  \
     CALL(RegCreateKeyExW, ERROR_ACCESS_DENIED)                                                               \
-    CALL(RegSetValueExW, ERROR_NO_SYSTEM_RESOURCES)                                                          \
+    CALL(RegSetKeyValueW, ERROR_NO_SYSTEM_RESOURCES)                                                         \
     CALL(RegDeleteTreeW, ERROR_ACCESS_DENIED)                                                                \
     CALL(SHGetFolderPathW, ERROR_FILE_NOT_FOUND)                                                             \
     CALL(fopen, ERROR_ACCESS_DENIED)                                                                         \

@@ -48,8 +48,9 @@ LSTATUS RegCloseKey(HKEY key);
 LSTATUS RegCreateKeyExW(HKEY key, LPCWSTR subkey, DWORD reserved, LPWSTR className, DWORD options,
                         REGSAM access, const LPSECURITY_ATTRIBUTES security, PHKEY result,
                         LPDWORD disposition);
-/// Sets a value to these bytes, whatever they hold.
-LSTATUS RegSetValueExW(HKEY key, LPCWSTR name, DWORD reserved, DWORD type, const BYTE* data, DWORD size);
+/// Sets a value of a subkey, which is made when it is missing, to these bytes, whatever they hold. A null
+/// `subkey` is the key itself.
+LSTATUS RegSetKeyValueW(HKEY key, LPCWSTR subkey, LPCWSTR name, DWORD type, LPCVOID data, DWORD size);
 /// Deletes a subkey and everything below it. `subkey` must name one.
 LSTATUS RegDeleteTreeW(HKEY key, LPCWSTR subkey);
 }
