@@ -20,20 +20,13 @@ std::string fileProblem(const std::string& path) {
     return problem.empty() ? describeFlaw(path) : problem;
 }
 
-std::string problemOf(const Registration& registration) {
-    if (!registration.error)
-        return fileProblem(*registration.path);
-    const LibraryError& error = *registration.error;
-    return std::string(vykel::pluginPathValue) + " cannot be read: " + error.systemText +
-           (error.system ? " (" + std::to_string(*error.system) + ")" : "");
-}
-
 Json toJson(const Registration& registration) {
-    const std::string problem = problemOf(registration);
-    Json json = factsOf(registration.path.value_or(""));
-    json.update({{"name", registration.name},
-                 {"path", registration.path},
-                 {"problem", problem.empty() ? Json() : Json(problem)}});
+    const auto& [name, path, error] = registration;
+    const std::string problem = error ? concat(vykel::pluginPathValue, " cannot be read: ", error->systemText,
+                                               error->system ? concat(" (", *error->system, ')') : "")
+                                      : fileProblem(*path);
+    Json json = factsOf(path.value_or(""));
+    json.update({{"name", name}, {"path", path}, {"problem", textOrNull(problem)}});
     return json;
 }
 

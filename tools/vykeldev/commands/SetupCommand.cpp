@@ -2,7 +2,6 @@
 
 #include "machine/Setup.h"
 #include "output/Json.h"
-#include <algorithm>
 
 namespace vykeldev {
 namespace {
@@ -12,28 +11,21 @@ struct SetupOptions : CommonOptions {
     bool resetRights = false;
 };
 
-std::string stateOf(const SetupItem& item, const SetupOptions& options) {
-    return item.present ? "present" : options.check ? "missing" : "made";
-}
-
-void printText(const std::vector<SetupItem>& items, const SetupOptions& options) {
-    for (const SetupItem& item : items)
-        std::cout << stateOf(item, options) << ": " << describe(item) << '\n';
-    for (std::size_t i = 1; options.resetRights && i < items.size(); ++i) // all but the key
-        std::cout << "rights set: " << describe(items[i]) << '\n';
-}
-
 ExitCode setUp(Context& context, const SetupOptions& options) {
     const std::vector<SetupItem> items = options.check ? examineSetup() : completeSetup(options.resetRights);
     context.document.update({{"items", Json::array()}, {"rightsSet", options.resetRights}});
-    for (const SetupItem& item : items)
-        context.document["items"].push_back(
-            {{"kind", item.kind}, {"place", item.place}, {"state", stateOf(item, options)}});
-    if (!options.json)
-        printText(items, options);
-    const bool complete =
-        std::all_of(items.begin(), items.end(), [](const SetupItem& item) { return item.present; });
-    return complete || !options.check ? ExitCode::Success : ExitCode::Broken;
+    ExitCode result = ExitCode::Success;
+    for (const SetupItem& item : items) {
+        const char* const state = item.present ? "present" : options.check ? "missing" : "made";
+        context.document["items"].push_back({{"kind", item.kind}, {"place", item.place}, {"state", state}});
+        if (!options.json)
+            std::cout << state << ": " << describe(item) << '\n';
+        if (!item.present && options.check)
+            result = ExitCode::Broken;
+    }
+    for (std::size_t i = 1; options.resetRights && !options.json && i < items.size(); ++i) // all but the key
+        std::cout << "rights set: " << describe(items[i]) << '\n';
+    return result;
 }
 
 } // namespace
