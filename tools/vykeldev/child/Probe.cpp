@@ -22,10 +22,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 
 constexpr std::chrono::seconds slow(2);
-
-void begin(Step step, Reporter& reporter) {
-    reporter.report({{"begun", step}});
-}
+constexpr const char* allTexts = "all texts";
 
 /// Reports each kind of finding about the texts of devices once.
 class TextCheck {
@@ -102,24 +99,12 @@ void askForOrigin(vykel::IDeviceList& list, Reporter& reporter) {
     reporter.report({{"origin", originText(block)}});
 }
 
-void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool wantsTexts, Reporter& reporter) {
-    begin(Step::Load, reporter);
-    plugin.loadLibrary();
-    begin(Step::EntryPoint, reporter);
-    plugin.resolveEntryPoints();
-    begin(Step::Initialise, reporter);
-    plugin.initialize();
-    begin(Step::List, reporter);
-    list = plugin.getInterface();
-    if (list == nullptr) {
-        reporter.report({{"listMissing", true}});
-        return;
-    }
-    begin(Step::Refresh, reporter);
+/// Refreshes a list as the library does, and reports its devices.
+void refresh(vykel::IDeviceList& list, bool wantsTexts, Reporter& reporter) {
     std::vector<vykel::IDevice*> devices;
     const auto start = Clock::now();
-    vykel::callPlugin([&] { list->isStale(); }); // as the library does before every refresh
-    const std::int32_t code = vykel::collectDevices(*list, devices);
+    vykel::callPlugin([&] { list.isStale(); }); // as the library does before every refresh
+    const std::int32_t code = vykel::collectDevices(list, devices);
     const std::chrono::duration<double> duration = Clock::now() - start;
     reportDevices(devices, wantsTexts, reporter);
     if (duration > slow)
@@ -127,48 +112,68 @@ void walk(vykel::PellumKelPlugin& plugin, vykel::DeviceListPtr& list, bool wants
                          {"detail", concat("refreshing took ", duration.count(), " seconds")}});
     if (code >= 0)
         return;
-    const bool isRefused = isDeviceRefused(*list, devices);
-    if (isRefused)
-        reporter.report({{"deviceRefused", true}});
-    reporter.report({{"error", {{"code", code}, {"document", ""}}}});
+    const bool isRefused = isDeviceRefused(list, devices);
+    const FindingKind& failure = isRefused ? finding::deviceRefused : finding::refreshFailed;
+    reporter.report({{"failure", failure.id}, {"error", {{"code", code}, {"document", ""}}}});
     if (!isRefused && duration < slow)
-        askForOrigin(*list, reporter);
-}
-
-void take(const Json& line, ProbeResult& result) {
-    result.step = line.value("begun", result.step);
-    if (line.contains("error") || line.contains("thrown") || line.contains("listMissing"))
-        result.failedStep = result.step;
-    if (line.contains("error"))
-        result.error = makeLibraryError(line["error"].at("code"), line["error"].at("document"));
-    if (line.contains("thrown"))
-        result.thrown = line["thrown"].get<std::string>();
-    if (line.contains("device"))
-        result.devices.push_back(line["device"]);
-    for (const FindingKind* const kind : finding::all)
-        if (kind->id == line.value("oddity", std::string()))
-            result.oddities.push_back({kind, "", line.at("detail").get<std::string>()});
-    result.listMissing = line.value("listMissing", result.listMissing);
-    result.deviceRefused = line.value("deviceRefused", result.deviceRefused);
-    result.origin = line.value("origin", result.origin);
-    result.done = line.value("done", result.done);
+        askForOrigin(list, reporter);
 }
 
 /// The child's side.
 void probe(const std::vector<std::string>& arguments, Reporter& reporter) {
     vykel::PellumKelPlugin plugin(arguments.at(0));
     vykel::DeviceListPtr list;
+    const FindingKind* failure = nullptr; // what an error of the step means
+    const auto begin = [&](Step step, const FindingKind& kind) {
+        failure = &kind;
+        reporter.report({{"begun", step}});
+    };
     try {
-        walk(plugin, list, arguments.size() > 1, reporter);
+        begin(Step::Load, finding::loadRefused);
+        plugin.loadLibrary();
+        begin(Step::EntryPoint, finding::entryPointMissing);
+        plugin.resolveEntryPoints();
+        begin(Step::Initialise, finding::pluginRefused);
+        plugin.initialize();
+        begin(Step::List, finding::pluginRefused);
+        list = plugin.getInterface();
+        if (list == nullptr) {
+            reporter.report({{"failure", finding::listMissing.id}});
+        } else {
+            begin(Step::Refresh, finding::refreshFailed);
+            refresh(*list, arguments.at(1) == allTexts, reporter);
+        }
     } catch (const vyerr::Exception& exception) {
         reporter.reportCut(
-            {{"error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}}}});
+            {{"failure", failure->id},
+             {"error", {{"code", exception.status()->code}, {"document", exception.errorInfoJson()}}}});
     } catch (const std::exception& exception) {
-        reporter.reportCut({{"thrown", exception.what()}});
+        reporter.reportCut({{"failure", finding::pluginThrew.id}, {"detail", exception.what()}});
     }
-    begin(Step::Unload, reporter);
+    reporter.report({{"begun", Step::Unload}});
     list.reset();
     plugin.unload();
+}
+
+/// The parent's side.
+void take(const Json& line, ProbeResult& result) {
+    result.step = line.value("begun", result.step);
+    result.done = line.value("done", result.done);
+    if (line.contains("device"))
+        result.devices.push_back(line["device"]);
+    std::string detail = line.value("detail", "");
+    if (line.contains("error")) {
+        result.error = makeLibraryError(line["error"].at("code"), line["error"].at("document"));
+        detail = describe(*result.error);
+    }
+    for (const FindingKind* const kind : finding::all) {
+        if (kind->id == line.value("oddity", ""))
+            result.oddities.push_back({kind, "", detail});
+        if (kind->id == line.value("failure", ""))
+            result.obstacle = Obstacle{kind, result.step, detail};
+    }
+    if (result.obstacle)
+        result.obstacle->detail += line.value("origin", "");
 }
 
 } // namespace
@@ -177,10 +182,8 @@ const ChildTask probeTask = {"probe-plugin", probe};
 
 ProbeResult probePlugin(const std::string& path, std::chrono::milliseconds limit, bool wantsTexts) {
     ProbeResult result;
-    std::vector<std::string> arguments{path};
-    if (wantsTexts)
-        arguments.emplace_back("texts");
-    TaskRun child(probeTask, arguments, [&result](const Json& report) { take(report, result); });
+    TaskRun child(probeTask, {path, wantsTexts ? allTexts : "some texts"},
+                  [&result](const Json& report) { take(report, result); });
     result.child = child.finish(limit, TaskRun::Limit::WholeTask);
     return result;
 }

@@ -20,12 +20,8 @@ extern const ChildTask probeTask;
 /// How far a plug-in came.
 struct ProbeResult {
     Step step = Step::Load;            ///< the last one begun
-    std::optional<Step> failedStep;    ///< the one that failed, for one of the three reasons below
-    std::optional<LibraryError> error; ///< it failed with an error
-    std::optional<std::string> thrown; ///< this was thrown
-    bool listMissing = false;          ///< success was reported without a list
-    bool deviceRefused = false;        ///< `error` is that of a device; the refresh itself succeeded
-    std::string origin;                ///< of `error`, see originText
+    std::optional<Obstacle> obstacle;  ///< how a step failed, as far as the child knows why
+    std::optional<LibraryError> error; ///< the error that it failed with
     bool done = false;                 ///< everything was unloaded again
     Json devices = Json::array(); ///< token, number and alias of each; of many, texts only when asked for
     Findings oddities;            ///< of its devices; without a subject

@@ -9,60 +9,40 @@
 namespace vykeldev::doctor {
 namespace {
 
-std::string describe(const LibraryError& error) {
-    std::string text = "code " + std::to_string(error.code);
-    if (error.system)
-        text += ", system error " + std::to_string(*error.system);
-    return text + (error.systemText.empty() ? "" : ": " + error.systemText);
-}
-
-Obstacle judgeLoad(const LibraryError& error, const PluginAccount& plugin,
-                   const std::optional<Obstacle>& look) {
-    const std::string system = " (" + describe(error) + ")";
-    if (error.system == ERROR_PROC_NOT_FOUND)
+/// Why the system refused to load the library, which `look` may explain.
+Obstacle judgeLoad(const ProbeResult& probe, const std::string& path, const std::optional<Obstacle>& look) {
+    const DWORD error = probe.error->system.value_or(ERROR_SUCCESS);
+    const std::string seen = " (" + probe.obstacle->detail + ")";
+    if (error == ERROR_PROC_NOT_FOUND)
         return {&finding::dependencyMissing, Step::Dependency,
-                "a library that it needs is of another version and lacks a function" + system};
-    const bool lacksLibrary = look && look->kind == &finding::dependencyMissing;
+                "a library that it needs is of another version and lacks a function" + seen};
+    const bool isMissing = error == ERROR_MOD_NOT_FOUND;
     // A library of another architecture is a bad format, too.
-    if (look &&
-        (!lacksLibrary || error.system == ERROR_MOD_NOT_FOUND || error.system == ERROR_BAD_EXE_FORMAT))
-        return {look->kind, look->step, look->detail + system, look->remedyOf};
-    const std::string oddity = pathOddity(*plugin.path);
-    if (!isAbsolutePath(*plugin.path) && (error.system == ERROR_MOD_NOT_FOUND || !oddity.empty()))
-        return {&finding::fileMissing, Step::Path, "the relative path leads to no file" + system + oddity,
+    if (look && (look->kind != &finding::dependencyMissing || isMissing || error == ERROR_BAD_EXE_FORMAT))
+        return {look->kind, look->step, look->detail + seen, look->remedyOf};
+    const std::string oddity = pathOddity(path);
+    if (!isAbsolutePath(path) && (isMissing || !oddity.empty()))
+        return {&finding::fileMissing, Step::Path, "the relative path leads to no file" + seen + oddity,
                 &finding::pathRelative};
-    if (error.system == ERROR_MOD_NOT_FOUND)
+    if (isMissing)
         return {&finding::dependencyMissing, Step::Dependency,
-                "a library that it needs cannot be loaded" + system};
-    return {&finding::loadRefused, Step::Load, describe(error)};
+                "a library that it needs cannot be loaded" + seen};
+    return *probe.obstacle;
 }
 
-Obstacle judgeEntryPoints(const LibraryError& error, const PluginAccount& plugin,
-                          const std::optional<Obstacle>& look) {
-    if (look && look->step != Step::Dependency)
-        return *look; // a program, which the system loads like a library
-    const bool known = plugin.image && !plugin.image->missingExports.empty();
-    return {&finding::entryPointMissing, Step::EntryPoint,
-            known ? "missing: " + joined(plugin.image->missingExports, ", ") : describe(error)};
-}
-
-/// A step that the library or the plug-in ended with an error.
+/// Why a step failed, by what the child reported and by the look at the file.
 Obstacle judgeFailure(const ProbeResult& probe, const PluginAccount& plugin,
                       const std::optional<Obstacle>& look) {
-    const Step step = *probe.failedStep;
-    if (probe.listMissing)
-        return {&finding::listMissing, step, ""};
-    if (probe.thrown)
-        return {&finding::pluginThrew, step, *probe.thrown};
-    if (step == Step::Load)
-        return judgeLoad(*probe.error, plugin, look);
-    if (step == Step::EntryPoint)
-        return judgeEntryPoints(*probe.error, plugin, look);
-    const bool refused = step == Step::Initialise || step == Step::List;
-    return {refused               ? &finding::pluginRefused
-            : probe.deviceRefused ? &finding::deviceRefused
-                                  : &finding::refreshFailed,
-            step, describe(*probe.error) + probe.origin};
+    Obstacle obstacle = *probe.obstacle;
+    if (obstacle.kind == &finding::loadRefused)
+        return judgeLoad(probe, *plugin.path, look);
+    if (obstacle.kind != &finding::entryPointMissing)
+        return obstacle;
+    if (look && look->step != Step::Dependency)
+        return *look; // a program, which the system loads like a library
+    if (plugin.image && !plugin.image->missingExports.empty())
+        obstacle.detail = "missing: " + joined(plugin.image->missingExports, ", ");
+    return obstacle;
 }
 
 /// A child that ended before all steps were done, or badly after them.
@@ -123,7 +103,7 @@ std::optional<Obstacle> judge(PluginAccount& plugin, const ExaminationOptions& o
     for (const Finding& oddity : probe.oddities)
         findings.push_back({oddity.kind, plugin.name, oddity.detail});
     std::optional<Obstacle> obstacle = judgeEnd(probe, options.limit);
-    if (!obstacle && probe.failedStep)
+    if (!obstacle && probe.obstacle)
         obstacle = judgeFailure(probe, plugin, look);
     else if (obstacle && obstacle->step == Step::Load && look)
         obstacle->detail += "; " + look->detail;

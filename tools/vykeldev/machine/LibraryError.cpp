@@ -5,16 +5,19 @@
 
 namespace vykeldev {
 
+std::string describe(const LibraryError& error) {
+    const std::string system = error.system ? concat(", system error ", *error.system) : "";
+    return concat("code ", error.code, system, error.systemText.empty() ? "" : ": ", error.systemText);
+}
+
 // Texts in the document are in the system's code page, its structure is ASCII.
 LibraryError makeLibraryError(std::int32_t code, const std::string& document) {
-    LibraryError error;
-    error.code = code;
-    error.document = Json::parse(toUtf8(toWide(document)), nullptr, false);
+    LibraryError error{code, Json::parse(toUtf8(toWide(document)), nullptr, false)};
     if (error.document.is_discarded())
         error.document = nullptr;
-    const Json system = error.document.is_object() ? error.document.value("internal_error", Json()) : Json();
-    if (system.is_object() && system.value("code", Json()).is_number_integer()) {
-        error.system = system["code"].get<std::uint32_t>();
+    const Json::json_pointer systemCode("/internal_error/code");
+    if (error.document.contains(systemCode) && error.document[systemCode].is_number_integer()) {
+        error.system = error.document[systemCode].get<std::uint32_t>();
         error.systemText = systemErrorText(*error.system);
     }
     return error;
