@@ -5,7 +5,6 @@
 #include "doctor/TextReport.h"
 #include "machine/Findings.h"
 #include "machine/FolderCheck.h"
-#include "output/Json.h"
 #include "system/Paths.h"
 #include "system/Process.h"
 #include "system/System.h"
@@ -15,44 +14,40 @@
 namespace vykeldev::doctor {
 namespace {
 
-struct DoctorOptions : CommonOptions {
-    std::string name;
-    bool devices = false;
-    double timeout = 10; // seconds
-};
-
-/// Checks that clients of this tool's release can load the library.
-void checkLibrary(const Versions& versions, Findings& findings) {
-    const vybase::Module library(LoadLibraryExW(toWide(versions.libraryPath).c_str(), nullptr, 0));
+/// Checks that clients of this tool's release can load the library. Returns which releases are at work.
+Json checkLibrary(const std::string& path, Findings& findings) {
+    const std::string tool = VYKELDEV_VERSION;
+    const std::optional<std::string> version = factsOf(path).version;
+    const vybase::Module library(LoadLibraryExW(toWide(path).c_str(), nullptr, 0));
     if (!library || GetProcAddress(library.get(), "vykeldevenum_initialize") == nullptr)
-        findings.push_back({&finding::libraryMissing, versions.libraryPath, systemErrorText(GetLastError())});
-    if (versions.library && (*versions.library + '.').rfind(versions.tool + '.', 0) != 0)
-        findings.push_back({&finding::libraryVersion, versions.libraryPath,
-                            "library " + *versions.library + ", tool " + versions.tool});
+        findings.push_back({&finding::libraryMissing, path, systemErrorText(GetLastError())});
+    if (version && (*version + '.').rfind(tool + '.', 0) != 0)
+        findings.push_back({&finding::libraryVersion, path, "library " + *version + ", tool " + tool});
+    return {{"tool", tool}, {"libraryPath", path}, {"library", version}, {"system", systemVersion()}};
 }
 
-Report makeReport(const Context& context, const DoctorOptions& options) {
+/// Looks at everything and reports it.
+Json examineMachine(const Context& context, const DoctorOptions& options) {
     Progress progress(!context.quiet);
-    Report report;
-    report.listsDevices = options.devices;
-    const std::string library = absolutePath(context.library);
-    report.versions = {VYKELDEV_VERSION, library, factsOf(library).version, systemVersion()};
-    checkLibrary(report.versions, report.findings);
-    const std::chrono::milliseconds limit(static_cast<long long>(options.timeout * 1000));
-    checkPlugins(report, {options.name, limit, options.devices}, progress);
-    checkFolder(report, progress);
-    return report;
+    FolderReport folder;
+    const Json versions = checkLibrary(absolutePath(context.library), folder.findings);
+    const std::vector<PluginAccount> plugins = checkPlugins(options, folder.findings, progress);
+    checkFolder(folder, progress);
+    return makeReport(versions, plugins, folder);
 }
 
 ExitCode diagnose(Context& context, const DoctorOptions& options) {
     suppressCrashDialogs();
-    const Report report = makeReport(context, options);
-    context.document = report;
+    Json& report = context.document;
+    report.update(examineMachine(context, options));
+    if (!options.devices)
+        for (Json& plugin : report["plugins"])
+            plugin.erase("deviceList");
     if (!options.json)
-        printReport(std::cout, report, context.colour);
-    if (report.count(Severity::Error) > 0)
-        return ExitCode::Broken;
-    return report.count(Severity::Warning) > 0 ? ExitCode::Warnings : ExitCode::Success;
+        printReport(std::cout, report, options.devices, context.colour);
+    return report["state"] == "healthy"    ? ExitCode::Success
+           : report["state"] == "warnings" ? ExitCode::Warnings
+                                           : ExitCode::Broken;
 }
 
 } // namespace

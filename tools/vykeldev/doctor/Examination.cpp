@@ -59,39 +59,33 @@ std::optional<Obstacle> judgeEnd(const ProbeResult& probe, std::chrono::millisec
     return Obstacle{&finding::pluginExited, probe.step, "exit code " + std::to_string(end->code) + before};
 }
 
-/// The name of a value's type in the registry's tools, in brackets; empty when it has none.
-std::string typeName(DWORD type) {
+/// Names the type of the value as the cause of an obstacle, or as odd when there is none.
+void judgeType(PluginAccount& plugin, Findings& findings) {
     static constexpr const char* names[] = {"REG_NONE",   "REG_SZ",      "REG_EXPAND_SZ",
                                             "REG_BINARY", "REG_DWORD",   "REG_DWORD_BIG_ENDIAN",
                                             "REG_LINK",   "REG_MULTI_SZ"};
-    return type < std::size(names) ? concat(" (", names[type], ')') : std::string();
-}
-
-/// Whether an obstacle may come from bytes that were taken for the text of a path.
-bool isOfPath(const Obstacle& obstacle) {
-    return obstacle.kind == &finding::fileMissing || obstacle.kind == &finding::pathEmpty ||
-           obstacle.kind == &finding::loadRefused;
-}
-
-/// Names the type of the value as the cause of an obstacle, or as odd when there is none.
-void judgeType(const PluginAccount& plugin, std::optional<Obstacle>& obstacle, Findings& findings) {
-    const std::string type = concat("the value's type is ", plugin.valueType, typeName(plugin.valueType));
     if (plugin.valueType == REG_SZ)
         return;
-    if (obstacle && isOfPath(*obstacle))
-        obstacle = {&finding::valueType, Step::RegistryValue, type + ": " + obstacle->detail};
+    const bool isNamed = plugin.valueType < std::size(names);
+    const std::string type = concat("the value's type is ", plugin.valueType,
+                                    isNamed ? concat(" (", names[plugin.valueType], ')') : "");
+    const FindingKind* const kind = plugin.obstacle ? plugin.obstacle->kind : nullptr;
+    // These may come from bytes that were taken for the text of a path.
+    if (kind == &finding::fileMissing || kind == &finding::pathEmpty || kind == &finding::loadRefused)
+        plugin.obstacle = {&finding::valueType, Step::RegistryValue, type + ": " + plugin.obstacle->detail};
     else
         findings.push_back({&finding::valueNotPlain, plugin.name, type});
 }
 
 /// Looks and probes. Nothing when the plug-in loaded.
-std::optional<Obstacle> judge(PluginAccount& plugin, const ExaminationOptions& options, Findings& findings) {
+std::optional<Obstacle> judge(PluginAccount& plugin, const DoctorOptions& options, Findings& findings) {
     if (plugin.path->size() > maxPathBytes) // no command line can hold it
         return Obstacle{&finding::fileMissing, Step::Path, "no file can have a path of this length"};
     const std::optional<Obstacle> look = lookAtFile(*plugin.path, plugin.image);
+    const std::chrono::milliseconds limit(static_cast<long long>(options.timeout * 1000));
     ProbeResult probe;
     try {
-        probe = probePlugin(*plugin.path, options.limit, options.wantsTexts);
+        probe = probePlugin(*plugin.path, limit, options.devices);
     } catch (const Stopped&) {
         throw;
     } catch (const Failure& failure) {
@@ -102,7 +96,7 @@ std::optional<Obstacle> judge(PluginAccount& plugin, const ExaminationOptions& o
     plugin.error = probe.error;
     for (const Finding& oddity : probe.oddities)
         findings.push_back({oddity.kind, plugin.name, oddity.detail});
-    std::optional<Obstacle> obstacle = judgeEnd(probe, options.limit);
+    std::optional<Obstacle> obstacle = judgeEnd(probe, limit);
     if (!obstacle && probe.obstacle)
         obstacle = judgeFailure(probe, plugin, look);
     else if (obstacle && obstacle->step == Step::Load && look)
@@ -114,23 +108,16 @@ std::optional<Obstacle> judge(PluginAccount& plugin, const ExaminationOptions& o
 
 } // namespace
 
-void examine(PluginAccount& plugin, const ExaminationOptions& options, Findings& findings) {
+void examine(PluginAccount& plugin, const DoctorOptions& options, Findings& findings) {
     const bool isText = plugin.valueType == REG_SZ; // otherwise that is the cause, and was reported
     if (isText && !plugin.path->empty() && !isAbsolutePath(*plugin.path) && pathOddity(*plugin.path).empty())
         findings.push_back({&finding::pathRelative, plugin.name, *plugin.path});
-    std::optional<Obstacle> obstacle = judge(plugin, options, findings);
-    judgeType(plugin, obstacle, findings);
-    if (!obstacle) {
-        plugin.outcome = PluginOutcome::Loaded;
-        return;
-    }
-    plugin.outcome =
-        obstacle->kind == &finding::pluginRefused ? PluginOutcome::Refused : PluginOutcome::Failed;
-    plugin.failedStep = obstacle->step;
-    plugin.detail = obstacle->detail;
-    findings.push_back({obstacle->kind, plugin.name,
-                        obstacle->detail + " (at: " + nameOf(obstacle->step) + ")", 0,
-                        obstacle->remedyOf != nullptr ? obstacle->remedyOf->remedyFor(plugin.name) : ""});
+    plugin.obstacle = judge(plugin, options, findings);
+    judgeType(plugin, findings);
+    if (const std::optional<Obstacle>& obstacle = plugin.obstacle)
+        findings.push_back({obstacle->kind, plugin.name,
+                            obstacle->detail + " (at: " + nameOf(obstacle->step) + ")", 0,
+                            obstacle->remedyOf != nullptr ? obstacle->remedyOf->remedyFor(plugin.name) : ""});
 }
 
 } // namespace vykeldev::doctor

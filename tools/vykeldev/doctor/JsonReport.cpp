@@ -1,5 +1,8 @@
 #include "doctor/JsonReport.h"
 
+#include "machine/Findings.h"
+#include <algorithm>
+
 namespace vykeldev {
 // The functions to_json make a document of any member or vector of these types.
 
@@ -23,46 +26,46 @@ void to_json(Json& json, const Finding& finding) {
 namespace vykeldev::doctor {
 
 void to_json(Json& json, const PluginAccount& plugin) {
+    const std::optional<Obstacle>& obstacle = plugin.obstacle;
+    const bool refused = obstacle && obstacle->kind == &finding::pluginRefused;
     Json numbers = Json::array();
     for (const Json& device : plugin.devices)
         numbers.push_back(device["number"]);
     json = {{"name", plugin.name},
             {"path", plugin.path},
-            {"outcome", nameOf(plugin.outcome)},
-            {"failedStep", plugin.failedStep ? Json(nameOf(*plugin.failedStep)) : Json()},
-            {"detail", plugin.detail},
+            {"outcome", !obstacle ? "loaded"
+                        : refused ? "refused"
+                                  : "failed"},
+            {"failedStep", obstacle ? Json(nameOf(obstacle->step)) : Json()},
+            {"detail", obstacle ? obstacle->detail : ""},
             {"system", nullptr},
-            {"error", nullptr},
+            {"error", plugin.error},
             {"milliseconds", plugin.milliseconds},
             {"devices", numbers.size()},
             {"deviceNumbers", numbers},
             {"image", plugin.image}};
     json.update(factsOf(plugin.path.value_or("")));
-    if (plugin.error)
-        json["error"] = {{"code", plugin.error->code}, {"document", plugin.error->document}};
     if (plugin.error && plugin.error->system)
         json["system"] = {{"code", *plugin.error->system}, {"text", plugin.error->systemText}};
+    json["deviceList"] = plugin.devices;
 }
 
-void to_json(Json& json, const Report& report) {
-    const bool warned = report.count(Severity::Warning) > 0;
-    json = {{"schemaVersion", 1},
-            {"state", report.count(Severity::Error) > 0 ? "broken"
-                      : warned                          ? "warnings"
-                                                        : "healthy"},
-            {"versions", report.versions},
-            {"counts",
-             {{"registered", report.plugins.size()},
-              {"loaded", report.count(PluginOutcome::Loaded)},
-              {"refused", report.count(PluginOutcome::Refused)},
-              {"failed", report.count(PluginOutcome::Failed)}}},
-            {"plugins", report.plugins},
-            {"folder", textOrNull(report.folder)},
-            {"locks", report.locks},
-            {"legacyFile", report.legacy},
-            {"findings", report.findings}};
-    for (std::size_t i = 0; report.listsDevices && i < report.plugins.size(); ++i)
-        json["plugins"][i]["deviceList"] = report.plugins[i].devices;
+Json makeReport(const Json& versions, const std::vector<PluginAccount>& plugins, const FolderReport& folder) {
+    static constexpr const char* states[] = {"healthy", "warnings", "broken"};
+    Severity worst = Severity::Info;
+    for (const Finding& finding : folder.findings)
+        worst = std::max(worst, finding.kind->severity);
+    Json report = {{"state", states[static_cast<std::size_t>(worst)]},
+                   {"versions", versions},
+                   {"counts", {{"registered", plugins.size()}, {"loaded", 0}, {"refused", 0}, {"failed", 0}}},
+                   {"plugins", plugins},
+                   {"folder", textOrNull(folder.folder)},
+                   {"locks", folder.locks},
+                   {"legacyFile", folder.legacy},
+                   {"findings", folder.findings}};
+    for (const Json& plugin : report["plugins"])
+        ++report["counts"][plugin["outcome"]].get_ref<Json::number_integer_t&>();
+    return report;
 }
 
 } // namespace vykeldev::doctor

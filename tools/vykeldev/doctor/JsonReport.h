@@ -1,13 +1,14 @@
 #ifndef VYKELDEV_DOCTOR_JSONREPORT_H
 #define VYKELDEV_DOCTOR_JSONREPORT_H
 
-#include "doctor/Report.h"
-#include "output/Json.h"
+#include "doctor/Examination.h"
+#include "machine/FolderReport.h"
 
 namespace vykeldev::doctor {
 
-/// The report for programs; schemas/doctor.schema.json describes it.
-void to_json(Json& json, const Report& report);
+/// All that the doctor saw; schemas/doctor.schema.json describes it. `versions` says which releases are at
+/// work, `plugins` are in the registry's order.
+Json makeReport(const Json& versions, const std::vector<PluginAccount>& plugins, const FolderReport& folder);
 
 } // namespace vykeldev::doctor
 

@@ -11,7 +11,7 @@
 #include "vybase/owners.h"
 #include <algorithm>
 #include <map>
-#include <set>
+#include <utility>
 
 namespace vykeldev::doctor {
 namespace {
@@ -58,58 +58,44 @@ void checkWriters(const PluginAccount& plugin, Findings& findings) {
     checkWriters(plugin.name, folder, exists ? Guarded::Folder : Guarded::FolderOfMissing, findings);
 }
 
-std::string folded(std::string text) {
+/// What paths of one file have in common.
+std::string identityOf(const std::string& path) {
+    std::string text = path;
+    try {
+        text = absolutePath(path);
+        if (const std::string identity = fileIdentity(text); !identity.empty())
+            text = identity;
+    } catch (const Failure&) { // nothing but the path is known
+    }
     for (char& c : text)
         if (c >= 'A' && c <= 'Z')
             c = static_cast<char>(c - 'A' + 'a');
     return text;
 }
 
-/// What paths of one file have in common.
-std::string identityOf(const std::string& path) {
-    try {
-        const std::string absolute = absolutePath(path);
-        const std::string identity = fileIdentity(absolute);
-        return identity.empty() ? folded(absolute) : identity;
-    } catch (const Failure&) {
-        return folded(path);
-    }
-}
-
-/// Returns the names of the plug-ins whose file an earlier one has, too.
-std::set<std::string> checkSameFiles(const std::vector<PluginAccount>& plugins, Findings& findings) {
-    std::set<std::string> repeated;
+void checkSameFiles(std::vector<PluginAccount>& plugins, Findings& findings) {
     std::map<std::string, std::string> firstOf; // by path
-    for (const PluginAccount& plugin : plugins) {
+    for (PluginAccount& plugin : plugins) {
         if (!plugin.path || plugin.path->empty() || plugin.path->size() > maxPathBytes)
             continue;
         const auto [first, isNew] = firstOf.emplace(identityOf(*plugin.path), plugin.name);
-        if (isNew)
-            continue;
-        findings.push_back({&finding::pathDuplicate, plugin.name, "the same file as " + first->second});
-        repeated.insert(plugin.name);
+        plugin.isRepeated = !isNew;
+        if (plugin.isRepeated)
+            findings.push_back({&finding::pathDuplicate, plugin.name, "the same file as " + first->second});
     }
-    return repeated;
 }
 
-/// Leaves out the plug-ins in `repeated`: their devices are those of another one, not others.
-void checkNumbers(const std::vector<PluginAccount>& plugins, const std::set<std::string>& repeated,
-                  Findings& findings) {
-    std::map<Json, std::vector<std::string>> holders;
+void checkNumbers(const std::vector<PluginAccount>& plugins, Findings& findings) {
+    std::map<Json, std::vector<std::string>> holders; // of each number, and of none
     for (const PluginAccount& plugin : plugins) {
-        if (repeated.count(plugin.name) != 0)
-            continue;
-        std::size_t missing = 0;
+        if (plugin.isRepeated)
+            continue; // its devices are those of another plug-in, not others
         for (std::size_t i = 0; i < plugin.devices.size(); ++i) {
-            const Json& device = plugin.devices[i];
-            const std::string token =
-                device["token"].is_null() ? "" : concat(" '", device["token"].get<std::string>(), '\'');
-            if (device["number"].is_null())
-                ++missing;
-            else
-                holders[device["number"]].push_back(concat(plugin.name, '[', i, ']', token));
+            const Json& token = plugin.devices[i]["token"];
+            const std::string text = token.is_null() ? "" : " '" + token.get<std::string>() + '\'';
+            holders[plugin.devices[i]["number"]].push_back(concat(plugin.name, '[', i, ']', text));
         }
-        if (missing > 0)
+        if (const std::size_t missing = std::exchange(holders[nullptr], {}).size(); missing > 0)
             findings.push_back({&finding::numberMissing, plugin.name,
                                 concat(missing, " of ", plugin.devices.size(), " devices")});
     }
@@ -127,33 +113,34 @@ void checkNumbers(const std::vector<PluginAccount>& plugins, const std::set<std:
 
 } // namespace
 
-void checkPlugins(Report& report, const ExaminationOptions& options, Progress& progress) {
-    const std::optional<std::uint32_t> count = countPlugins(report.findings);
+std::vector<PluginAccount> checkPlugins(const DoctorOptions& options, Findings& findings,
+                                        Progress& progress) {
+    std::vector<PluginAccount> plugins;
+    const std::optional<std::uint32_t> count = countPlugins(findings);
     if (!count)
-        return;
-    checkWriters(fullPluginsKey(), vykel::pluginsKey, Guarded::RegistryKey, report.findings);
+        return plugins;
+    checkWriters(fullPluginsKey(), vykel::pluginsKey, Guarded::RegistryKey, findings);
     for (std::uint32_t i = 0; i < *count; ++i) {
-        PluginAccount plugin;
-        static_cast<Registration&>(plugin) = readRegistration(i);
+        PluginAccount plugin{readRegistration(i)};
         if (!options.name.empty() && plugin.name != options.name)
             continue;
         if (plugin.error) {
-            plugin.failedStep = Step::RegistryValue;
-            plugin.detail = plugin.error->systemText;
-            report.findings.push_back({&finding::valueMissing, plugin.name, plugin.detail});
+            plugin.obstacle = {&finding::valueMissing, Step::RegistryValue, plugin.error->systemText};
+            findings.push_back({&finding::valueMissing, plugin.name, plugin.error->systemText});
         } else {
             progress.show(concat("probing plug-in ", i + 1, " of ", *count, ": ", plugin.name));
-            checkValue(plugin, report.findings);
-            examine(plugin, options, report.findings);
-            checkWriters(plugin, report.findings);
+            checkValue(plugin, findings);
+            examine(plugin, options, findings);
+            checkWriters(plugin, findings);
         }
-        report.plugins.push_back(std::move(plugin));
+        plugins.push_back(std::move(plugin));
     }
-    if (!options.name.empty() && report.plugins.empty())
+    if (!options.name.empty() && plugins.empty())
         throw Failure("no plug-in is registered as '" + printable(options.name) + "'", "",
                       "'vykeldev plugins' shows the names.");
-    const std::set<std::string> repeated = checkSameFiles(report.plugins, report.findings);
-    checkNumbers(report.plugins, repeated, report.findings);
+    checkSameFiles(plugins, findings);
+    checkNumbers(plugins, findings);
+    return plugins;
 }
 
 } // namespace vykeldev::doctor

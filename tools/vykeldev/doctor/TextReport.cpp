@@ -1,6 +1,6 @@
 #include "doctor/TextReport.h"
 
-#include "doctor/JsonReport.h"
+#include "output/Severity.h"
 #include "output/Table.h"
 #include "system/DisplayText.h"
 #include <ostream>
@@ -12,10 +12,11 @@ std::string counted(std::size_t count, const char* what) {
     return std::to_string(count) + ' ' + what + (count == 1 ? "" : "s");
 }
 
-void printPlugins(std::ostream& out, const Report& report, Json rows, bool colour) {
-    out << counted(report.plugins.size(), "plug-in") << " registered: " << report.count(PluginOutcome::Loaded)
-        << " loaded, " << report.count(PluginOutcome::Refused) << " refused, "
-        << report.count(PluginOutcome::Failed) << " failed\n";
+void printPlugins(std::ostream& out, const Json& report, bool colour) {
+    const Json& counts = report["counts"];
+    Json rows = report["plugins"];
+    out << counted(rows.size(), "plug-in") << " registered: " << counts["loaded"] << " loaded, "
+        << counts["refused"] << " refused, " << counts["failed"] << " failed\n";
     if (rows.empty())
         return;
     for (Json& row : rows)
@@ -51,36 +52,37 @@ void printDevices(std::ostream& out, const Json& plugins, bool colour) {
     out << '\n';
 }
 
-void printFinding(std::ostream& out, const Finding& finding, bool colour) {
+void printFinding(std::ostream& out, const Json& finding, Severity severity, bool colour) {
     static constexpr const char* colours[] = {"\x1b[36m", "\x1b[33m", "\x1b[1;31m"};
-    const FindingKind& kind = *finding.kind;
-    out << (colour ? colours[static_cast<std::size_t>(kind.severity)] : "") << nameOf(kind.severity)
-        << (colour ? "\x1b[0m" : "") << ' ' << kind.id << ": " << printable(finding.subject);
-    if (finding.line > 0)
-        out << ':' << finding.line;
+    const auto text = [&](const char* member) { return printable(finding[member].get<std::string>()); };
+    out << (colour ? colours[static_cast<std::size_t>(severity)] : "") << nameOf(severity)
+        << (colour ? "\x1b[0m" : "") << ' ' << text("id") << ": " << text("subject");
+    if (!finding["line"].is_null())
+        out << ':' << finding["line"];
     out << '\n';
-    if (!finding.detail.empty())
-        out << "  seen:       " << printable(finding.detail) << '\n';
-    out << "  meaning:    " << kind.meaning << "\n  what to do: " << printable(finding.whatToDo()) << "\n\n";
+    if (finding["detail"] != "")
+        out << "  seen:       " << text("detail") << '\n';
+    out << "  meaning:    " << text("meaning") << "\n  what to do: " << text("remedy") << "\n\n";
 }
 
 } // namespace
 
-void printReport(std::ostream& out, const Report& report, bool colour) {
-    const Json document = report;
-    printPlugins(out, report, document["plugins"], colour);
-    if (report.listsDevices)
-        printDevices(out, document["plugins"], colour);
-    for (const LockState& lock : report.locks)
-        if (lock.secondsWaited > 0)
-            out << printable(lock.path) << ": " << lock.state << " after " << lock.secondsWaited
-                << " seconds\n";
+void printReport(std::ostream& out, const Json& report, bool devices, bool colour) {
+    printPlugins(out, report, colour);
+    if (devices)
+        printDevices(out, report["plugins"], colour);
+    for (const Json& lock : report["locks"])
+        if (const double seconds = lock["secondsWaited"]; seconds > 0)
+            out << printable(lock["path"].get<std::string>()) << ": " << lock["state"].get<std::string>()
+                << " after " << seconds << " seconds\n";
+    std::size_t counts[3] = {};
     for (const Severity severity : {Severity::Error, Severity::Warning, Severity::Info})
-        for (const Finding& finding : report.findings)
-            if (finding.kind->severity == severity)
-                printFinding(out, finding, colour);
-    const std::size_t errors = report.count(Severity::Error);
-    const std::size_t warnings = report.count(Severity::Warning);
+        for (const Json& finding : report["findings"])
+            if (finding["severity"] == nameOf(severity)) {
+                printFinding(out, finding, severity, colour);
+                ++counts[static_cast<std::size_t>(severity)];
+            }
+    const auto [infos, warnings, errors] = counts;
     if (errors + warnings == 0)
         out << "healthy\n";
     else
