@@ -3,22 +3,16 @@
 #include <iterator>
 
 namespace vykeldev {
-namespace {
-
-/// A plug-in's name as one argument in any shell; "NAME" when it is none, or would need more than quotes.
-std::string asArgument(const std::string& name) {
-    constexpr const char* plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_. ";
-    if (name.empty() || name.front() == '-' || name.find_first_not_of(plain) != std::string::npos)
-        return "NAME";
-    return name.find(' ') == std::string::npos ? name : '"' + name + '"';
-}
-
-} // namespace
 
 std::string FindingKind::remedyFor(const std::string& subject) const {
+    constexpr const char* plain = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789-_. ";
+    // One argument in any shell; there is none for a name that needs more than quotes.
+    std::string argument = subject.find(' ') == std::string::npos ? subject : '"' + subject + '"';
+    if (subject.empty() || subject.front() == '-' || subject.find_first_not_of(plain) != std::string::npos)
+        argument = "NAME";
     std::string text = remedy[0];
     for (std::size_t i = 1; i < std::size(remedy) && remedy[i] != nullptr; ++i)
-        text += asArgument(subject) + remedy[i];
+        text += argument + remedy[i];
     return text;
 }
 
