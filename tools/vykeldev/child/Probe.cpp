@@ -25,10 +25,15 @@ constexpr std::chrono::seconds slow(2);
 constexpr const char* allTexts = "all texts";
 
 /// Reports each kind of finding about the texts of devices once.
-class TextCheck {
-public:
-    explicit TextCheck(Reporter& toReporter) : reporter(toReporter) {}
+struct TextCheck {
+    Reporter& reporter;
+    std::map<std::string, std::size_t> holders[2] = {}; ///< Of the tokens of each format.
+    std::set<std::string> reported = {};
 
+    void report(const FindingKind& kind, const std::string& detail) {
+        if (reported.insert(kind.id).second)
+            reporter.reportCut({{"oddity", kind.id}, {"detail", detail}});
+    }
     /// A token of the device at an index, or null.
     void checkToken(const char* token, std::uint32_t format, std::size_t index) {
         const std::string place = concat("the token of device ", index, " in format ", format);
@@ -45,16 +50,6 @@ public:
         if (text != nullptr && !isUtf8(text))
             report(finding::textNotUtf8, concat(place, " is '", printable(text), "'"));
     }
-
-private:
-    void report(const FindingKind& kind, const std::string& detail) {
-        if (reported.insert(kind.id).second)
-            reporter.reportCut({{"oddity", kind.id}, {"detail", detail}});
-    }
-
-    Reporter& reporter;
-    std::map<std::string, std::size_t> holders[2]; // of the tokens of each format
-    std::set<std::string> reported;
 };
 
 /// Calls all getters, so that their failures show, and reports each device. Texts are read only for a second,
@@ -62,7 +57,7 @@ private:
 void reportDevices(const std::vector<vykel::IDevice*>& devices, bool wantsTexts, Reporter& reporter) {
     const auto textOrNull = [](const char* text) { return text != nullptr ? Json(text) : Json(); };
     const Clock::time_point end = Clock::now() + std::chrono::seconds(1);
-    TextCheck check(reporter);
+    TextCheck check{reporter};
     vykel::callPlugin([&] {
         for (std::size_t i = 0; i < devices.size(); ++i) {
             vykel::IDevice& device = *devices[i];
@@ -92,13 +87,6 @@ bool isDeviceRefused(vykel::IDeviceList& list, const std::vector<vykel::IDevice*
     });
 }
 
-/// Refreshes once more, because the library's blocks have no room for what a plug-in says beside its code.
-void askForOrigin(vykel::IDeviceList& list, Reporter& reporter) {
-    vykel::StatusBlock block = vykel::makeStatusBlock();
-    vykel::callPlugin([&] { list.refresh(&block); });
-    reporter.report({{"origin", originText(block)}});
-}
-
 /// Refreshes a list as the library does, and reports its devices.
 void refresh(vykel::IDeviceList& list, bool wantsTexts, Reporter& reporter) {
     std::vector<vykel::IDevice*> devices;
@@ -115,8 +103,12 @@ void refresh(vykel::IDeviceList& list, bool wantsTexts, Reporter& reporter) {
     const bool isRefused = isDeviceRefused(list, devices);
     const FindingKind& failure = isRefused ? finding::deviceRefused : finding::refreshFailed;
     reporter.report({{"failure", failure.id}, {"error", {{"code", code}, {"document", ""}}}});
-    if (!isRefused && duration < slow)
-        askForOrigin(list, reporter);
+    if (isRefused || duration >= slow)
+        return;
+    // Once more, because the library's blocks have no room for what a plug-in says beside its code.
+    vykel::StatusBlock block = vykel::makeStatusBlock();
+    vykel::callPlugin([&] { list.refresh(&block); });
+    reporter.report({{"origin", originText(block)}});
 }
 
 /// The child's side.
