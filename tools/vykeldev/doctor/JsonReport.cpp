@@ -27,15 +27,14 @@ namespace vykeldev::doctor {
 
 void to_json(Json& json, const PluginAccount& plugin) {
     const std::optional<Obstacle>& obstacle = plugin.obstacle;
-    const bool refused = obstacle && obstacle->kind == &finding::pluginRefused;
+    const bool isRefusal = obstacle && obstacle->kind == &finding::pluginRefused;
+    const char* const failure = isRefusal ? "refused" : "failed";
     Json numbers = Json::array();
     for (const Json& device : plugin.devices)
         numbers.push_back(device["number"]);
     json = {{"name", plugin.name},
             {"path", plugin.path},
-            {"outcome", !obstacle ? "loaded"
-                        : refused ? "refused"
-                                  : "failed"},
+            {"outcome", obstacle ? failure : "loaded"},
             {"failedStep", obstacle ? Json(nameOf(obstacle->step)) : Json()},
             {"detail", obstacle ? obstacle->detail : ""},
             {"system", nullptr},

@@ -6,8 +6,8 @@
 
 namespace vykeldev::doctor {
 
-/// All that the doctor saw; schemas/doctor.schema.json describes it. `versions` says which releases are at
-/// work, `plugins` are in the registry's order.
+/// All that the doctor saw, which schemas/doctor.schema.json describes, without the schema's version.
+/// `versions` says which releases are at work, `plugins` are in the registry's order.
 Json makeReport(const Json& versions, const std::vector<PluginAccount>& plugins, const FolderReport& folder);
 
 } // namespace vykeldev::doctor
