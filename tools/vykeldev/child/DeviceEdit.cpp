@@ -14,55 +14,37 @@ namespace {
 
 using ChangeKind = DeviceChange::Kind;
 
-vykel::FileStream lockNumbers() {
-    const std::string path = vykel::getConfigurationFolder() + "DeviceList.lck";
-    vykel::FileStream stream = vykel::openLockFile(path.c_str());
-    lockOrThrow(stream.get(), path);
-    return stream;
-}
-
-bool hasToken(const DeviceInfo& device, const std::string& text) {
-    return device.token == text || printable(device.token) == text;
-}
-
-/// Calls a device's function that sets something, and reads the device again. Throws Failure.
-template <class Set>
-DeviceInfo change(vykel::IDeviceList& list, const DeviceInfo& device, const std::string& what, Set set) {
+/// Calls a device's function that sets something, and reads the device again. Throws Failure, also when the
+/// device now is not what `isKept` expects.
+template <class Set, class IsKept>
+DeviceInfo change(vykel::IDeviceList& list, const DeviceInfo& device, const std::string& what, Set set,
+                  IsKept isKept) {
     vykel::StatusBlock status = vykel::makeStatusBlock();
     if (vykel::IDevice* const object = list.getDevice(device.index, 0, &status))
         set(*object, &status);
     if (status.code < 0)
         throw statusFailure(what, status);
-    return readDevices(list).at(device.index);
-}
-
-void expectKept(bool isKept, const std::string& what) {
-    if (!isKept)
+    DeviceInfo now = readDevices(list).at(device.index);
+    if (!isKept(now))
         throw Failure(what + " did not work", "The plug-in did not keep what it was given.",
                       "See the plug-in's documentation, or run 'vykeldev check PLUGIN'.");
+    return now;
 }
 
-DeviceChange renumbered(vykel::IDeviceList& list, const DeviceInfo& device, std::uint32_t number,
-                        bool dryRun) {
-    DeviceChange result{ChangeKind::Renumbered, device, device};
-    result.now.number = number;
-    if (dryRun)
-        return result;
-    const std::string what = "giving '" + device.token + "' the number " + numberText(number);
-    result.now =
-        change(list, device, what, [=](auto& object, auto* status) { object.setNumber(number, status); });
-    expectKept(result.now.number == number, what);
-    return result;
+DeviceInfo renumbered(vykel::IDeviceList& list, const DeviceInfo& device, std::uint32_t number) {
+    return change(
+        list, device, "giving '" + device.token + "' the number " + numberText(number),
+        [=](auto& object, auto* status) { object.setNumber(number, status); },
+        [=](const DeviceInfo& now) { return now.number == number; });
 }
 
-DeviceChange renamed(vykel::IDeviceList& list, const DeviceInfo& device, const std::string& alias) {
+DeviceInfo renamed(vykel::IDeviceList& list, const DeviceInfo& device, const std::string& alias) {
     if (!device.alias)
         throw Failure("the device '" + device.token + "' takes no alias", "", "");
-    const std::string what = "giving '" + device.token + "' an alias";
-    const auto set = [&](auto& object, auto* status) { object.setAlias(alias.c_str(), 1, 0, status); };
-    const DeviceInfo now = change(list, device, what, set);
-    expectKept(now.alias == alias, what);
-    return {device.alias == alias ? ChangeKind::Kept : ChangeKind::Renamed, device, now};
+    return change(
+        list, device, "giving '" + device.token + "' an alias",
+        [&](auto& object, auto* status) { object.setAlias(alias.c_str(), 1, 0, status); },
+        [&](const DeviceInfo& now) { return now.alias == alias; });
 }
 
 /// Two devices of one token are one device: what one of them is given, the other one has, too.
@@ -79,7 +61,9 @@ void expectDifferent(const std::vector<DeviceInfo>& devices) {
 
 void editDevices(vykel::IDeviceList& list, const DeviceEdit& edit,
                  const std::function<void(const DeviceChange&)>& onChange) {
-    const vykel::FileStream lock = lockNumbers();
+    const std::string path = vykel::getConfigurationFolder() + "DeviceList.lck";
+    const vykel::FileStream lock = vykel::openLockFile(path.c_str());
+    lockOrThrow(lock.get(), path);
     std::set<std::optional<std::uint32_t>> inUse;
     std::vector<DeviceInfo> devices;
     for (const DeviceInfo& device : readDevices(list)) {
@@ -88,7 +72,7 @@ void editDevices(vykel::IDeviceList& list, const DeviceEdit& edit,
             devices.push_back(device);
     }
     const auto named = std::find_if(devices.begin(), devices.end(), [&](const auto& device) {
-        return edit.token.empty() || hasToken(device, edit.token);
+        return edit.token.empty() || device.token == edit.token || printable(device.token) == edit.token;
     });
     if (named == devices.end())
         return;
@@ -98,16 +82,20 @@ void editDevices(vykel::IDeviceList& list, const DeviceEdit& edit,
             "Name one of them with --token, or give each a number of its own with 'vykeldev renumber'.");
     expectDifferent(devices);
     if (edit.alias)
-        return onChange(renamed(list, *named, *edit.alias));
+        return onChange({named->alias == edit.alias ? ChangeKind::Kept : ChangeKind::Renamed, *named,
+                         renamed(list, *named, *edit.alias)});
     for (const DeviceInfo& device : devices) {
-        std::uint32_t free = 0;
-        while (inUse.count(free) != 0)
-            ++free;
-        const bool stays = &device == &*named;
-        onChange(stays ? DeviceChange{ChangeKind::Kept, device, device}
-                       : renumbered(list, device, free, edit.dryRun));
-        if (!stays)
-            inUse.insert(free);
+        DeviceChange change{ChangeKind::Kept, device, device};
+        if (&device != &*named) {
+            std::uint32_t free = 0;
+            while (!inUse.insert(free).second)
+                ++free;
+            change.kind = ChangeKind::Renumbered;
+            change.now.number = free;
+            if (!edit.dryRun)
+                change.now = renumbered(list, device, free);
+        }
+        onChange(change);
     }
 }
 
