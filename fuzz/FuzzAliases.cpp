@@ -40,11 +40,10 @@ void add(Entries& entries, const LegacyEntry& entry) {
 
 Preview preview(const std::string& path, Devices& real) {
     const LegacyFile file(path);
-    std::deque<PreviewDevice> devices;
-    vykel::DeviceTable table(1);
+    PreviewDevices devices;
     for (LegacyDevice& device : real)
-        table[0].push_back(&devices.emplace_back(device));
-    return previewTransfer(file, table, devices);
+        devices.add(device);
+    return previewTransfer(file, devices);
 }
 
 /// Whether the transfer fails, and what it leaves in the file.
@@ -81,7 +80,7 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     for (const EntryPreview& entry : expected.entries) {
         if (entry.stays)
             add(stay, entry);
-        if (entry.fate == EntryFate::Moves)
+        if (entry.moves)
             moves.emplace(entry.device, *entry.alias);
     }
     devices = makeDevices(data);

@@ -2,12 +2,10 @@
 #define VYKELDEV_CHILD_PREVIEWDEVICES_H
 
 #include "DeviceLists.h"
-#include "PellumKelPluginManager.h"
 #include "vytpl/NonCopyable.h"
 #include <deque>
 #include <optional>
 #include <string>
-#include <vector>
 
 namespace vykeldev {
 
@@ -45,30 +43,13 @@ private:
     vykel::IDevice& real;
 };
 
-/// The registered plug-ins, loaded in this process while this object lives.
-struct LoadedPlugins : private vytpl::NonCopyableT<LoadedPlugins> {
-    /// Leaves out plug-ins that fail. Throws vyerr::Exception when the plug-ins' key cannot be read.
-    LoadedPlugins() { manager.loadAll(); }
-    ~LoadedPlugins() { manager.unloadAll(); }
+/// All devices of this machine, in the order of the plug-ins' lists. One thread.
+struct PreviewDevices : private vytpl::NonCopyableT<PreviewDevices> {
+    /// Adds a device, which must outlive this object. Throws std::bad_alloc.
+    void add(vykel::IDevice& device) { table[0].push_back(&all.emplace_back(device)); }
 
-    vykel::PellumKelPluginManager manager;
-};
-
-/// All devices of this machine, with the numbers that the next refresh gives the new ones. One thread.
-class PreviewDevices {
-public:
-    /// Refreshes the plug-ins' lists; those that fail are left out. The plug-ins must outlive this object.
-    /// Throws std::bad_alloc, and what a plug-in threw.
-    explicit PreviewDevices(vykel::IPellumKelPluginManager& plugins);
-
-    /// Both are valid as long as this object.
-    const vykel::DeviceTable& table() const noexcept { return devicesPerList; }
-    const std::deque<PreviewDevice>& all() const noexcept { return devices; }
-
-private:
-    std::vector<vykel::DeviceListPtr> lists;
-    std::deque<PreviewDevice> devices;
-    vykel::DeviceTable devicesPerList;
+    std::deque<PreviewDevice> all;
+    vykel::DeviceTable table{1}; ///< Refers to them.
 };
 
 } // namespace vykeldev

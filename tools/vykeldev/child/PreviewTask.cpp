@@ -2,87 +2,90 @@
 
 #include "child/Preview.h"
 #include "ConfigurationFolder.h"
+#include "DeviceNumbering.h"
+#include "machine/Findings.h"
 #include "machine/Locks.h"
 #include "output/Failures.h"
 #include "pellumkelddk/user/FileLock.h"
+#include "PellumKelPluginManager.h"
 #include "system/DisplayText.h"
 #include "system/Paths.h"
 #include "system/System.h"
-#include "TraditionalAliasTransferManager.h"
 
 namespace vykeldev {
 namespace {
 
 constexpr const char* action = "previewing the transfer of aliases";
 
-const char* nameOf(EntryFate fate) noexcept {
-    static constexpr const char* names[] = {"moves",     "dropped",   "no-device", "not-local",
-                                            "unreached", "malformed", "blocked"};
-    return names[static_cast<std::size_t>(fate)];
-}
-
+/// Why an entry is never used, or not this time.
 std::string unreachedText(const EntryPreview& entry) {
     if (!entry.stays)
         return "never used; removed with its section: " + entry.detail;
-    const bool later = entry.flaw == Flaw::Duplicate; // it counts once the other is gone
+    const bool later = entry.flaw == &finding::legacyDuplicate; // it counts once the other is gone
     return (later ? "not used this time; stays: " : "never used; stays: ") + entry.detail;
 }
 
-std::string fateText(const EntryPreview& entry) {
+/// What the next refresh does with an entry.
+struct Fate {
+    const char* outcome; ///< For programs.
+    std::string text;    ///< For people.
+};
+
+Fate fateOf(const EntryPreview& entry) {
     const std::string device = "device KEL" + std::to_string(entry.device);
-    switch (entry.fate) {
-    case EntryFate::Moves:
-        if (entry.alias == "")
-            return "removed: the alias is empty, so " + device + " stays without one";
-        return "moves to " + device +
-               (entry.stays ? "; stays because an entry of the same name is removed in its place" : "");
-    case EntryFate::Dropped:
-        return device + " has an alias; dropped";
-    case EntryFate::NoDevice:
-        return entry.stays ? "no matching device; stays"
-                           : "no matching device; removed because another entry of the same name was moved";
-    case EntryFate::NotLocal:
-        return "not local; stays";
-    case EntryFate::Unreached:
-        return unreachedText(entry);
-    case EntryFate::Malformed:
-        return "malformed: " + entry.detail;
-    case EntryFate::Blocked:
-        break;
-    }
-    return "waits until the malformed entries are corrected";
+    if (entry.moves && entry.alias == "")
+        return {"moves", "removed: the alias is empty, so " + device + " stays without one"};
+    if (entry.moves)
+        return {"moves",
+                "moves to " + device +
+                    (entry.stays ? "; stays because an entry of the same name is removed in its place" : "")};
+    return {"dropped", device + " has an alias; dropped"};
 }
 
-Json toJson(const EntryPreview& entry) {
+/// That of an entry that no device is offered, in a file because of which the transfer fails, or not.
+Fate fateOfUnused(const EntryPreview& entry, bool fails) {
+    if (entry.flaw == &finding::legacyMalformed)
+        return {"malformed", "malformed: " + entry.detail};
+    if (entry.flaw == &finding::legacyNotLocal)
+        return {"not-local", "not local; stays"};
+    if (entry.flaw != nullptr)
+        return {"unreached", unreachedText(entry)};
+    if (fails)
+        return {"blocked", "waits until the malformed entries are corrected"};
+    return {"no-device",
+            entry.stays ? "no matching device; stays"
+                        : "no matching device; removed because another entry of the same name was moved"};
+}
+
+Json toJson(const EntryPreview& entry, bool fails) {
+    const bool isUsed = entry.device != vykel::noDeviceNumber;
+    const auto [outcome, text] = isUsed ? fateOf(entry) : fateOfUnused(entry, fails);
     return {{"line", entry.line},
             {"alias", entry.alias},
             {"target", entry.target},
-            {"outcome", nameOf(entry.fate)},
+            {"outcome", outcome},
             {"device", numberOrNull(entry.device)},
             {"detail", textOrNull(entry.detail)},
             {"stays", entry.stays},
-            {"text", fateText(entry)}};
+            {"text", text}};
 }
 
-void report(const Preview& preview, Reporter& reporter) {
+void report(const LegacyFile& file, const Preview& preview, Reporter& reporter) {
+    static constexpr const char* layouts[] = {"resource names", "tokens of format 1", "tokens of format 2"};
     for (const EntryPreview& entry : preview.entries)
-        reporter.report({{"entry", toJson(entry)}});
-    reporter.report(
-        {{"document", {{"exists", true}, {"layout", layoutText(preview.layout)}, {"fails", preview.fails}}}});
+        reporter.report({{"entry", toJson(entry, preview.fails)}});
+    reporter.report({{"document",
+                      {{"exists", true},
+                       {"layout", layouts[static_cast<std::size_t>(file.layout())]},
+                       {"fails", preview.fails}}}});
 }
 
-/// Keeps transfers from running while the stream is open. Makes no lock file: without one nobody has
-/// transferred yet. Throws Failure when a transfer does not end, vyerr::Exception when the folder is unknown.
-vykel::FileStream pauseTransfers() {
-    const std::string path = vykel::getConfigurationFolder() + "vykel.lck";
-    vykel::FileStream stream(std::fopen(path.c_str(), "rb"));
+/// Reads the file while no transfer runs. Makes no lock file: without one nobody has transferred yet. Throws
+/// Failure when a transfer does not end.
+LegacyFile readWhilePaused(const std::string& path, const std::string& lockPath) {
+    const vykel::FileStream stream(std::fopen(lockPath.c_str(), "rb"));
     if (stream)
-        lockOrThrow(stream.get(), path);
-    return stream;
-}
-
-LegacyFile readWhilePaused(const std::string& path) {
-    const vykel::FileStream pause = pauseTransfers();
+        lockOrThrow(stream.get(), lockPath);
     return LegacyFile(path);
 }
 
@@ -100,19 +103,44 @@ bool isRead(const LegacyFile& file, const std::string& path) {
     throw Failure(what, meaning, "Close the program that holds it, and let this user read it.");
 }
 
+/// The registered plug-ins, loaded in this process while this object lives.
+struct LoadedPlugins : private vytpl::NonCopyableT<LoadedPlugins> {
+    /// Leaves out plug-ins that fail. Throws vyerr::Exception when the plug-ins' key cannot be read.
+    LoadedPlugins() { manager.loadAll(); }
+    ~LoadedPlugins() { manager.unloadAll(); }
+
+    vykel::PellumKelPluginManager manager;
+};
+
+/// Refreshes the lists, adds their devices, and gives those without a number the one of the next refresh. The
+/// plug-ins never see these numbers, so that needs no lock.
+void refresh(const std::vector<vykel::DeviceListPtr>& lists, PreviewDevices& devices) {
+    for (const auto& list : lists) {
+        std::vector<vykel::IDevice*> found;
+        vykel::collectDevices(*list, found);
+        for (vykel::IDevice* const device : found)
+            devices.add(*device);
+    }
+    vykel::numberDevices(devices.table);
+}
+
 /// The child's side.
 void runPreview(const std::vector<std::string>&, Reporter& reporter) {
-    const std::string path = vykel::TraditionalAliasTransferManager().iniPath();
+    const std::string folder = vykel::getConfigurationFolder();
+    const std::string path = folder + "vykel.ini";
     reporter.report({{"document", {{"file", path}, {"link", textOrNull(linkText(path))}}}});
-    const LegacyFile file = readWhilePaused(path);
+    const LegacyFile file = readWhilePaused(path, folder + "vykel.lck");
     if (!isRead(file, path))
         return;
     reporter.beginStep("loading the plug-ins");
     LoadedPlugins plugins;
     try {
         reporter.beginStep("refreshing the devices");
-        const PreviewDevices devices(plugins.manager);
-        report(previewTransfer(file, devices.table(), devices.all()), reporter);
+        std::vector<vykel::DeviceListPtr> lists;
+        plugins.manager.getDeviceLists(lists);
+        PreviewDevices devices;
+        refresh(lists, devices);
+        report(file, previewTransfer(file, devices), reporter);
         reporter.beginStep("unloading the plug-ins");
     } catch (...) {
         throw currentFailure(action); // a plug-in's exception must not outlive its plug-in's code
@@ -120,11 +148,6 @@ void runPreview(const std::vector<std::string>&, Reporter& reporter) {
 }
 
 } // namespace
-
-const char* layoutText(vykel::AliasLayout layout) noexcept {
-    static constexpr const char* names[] = {"resource names", "tokens of format 1", "tokens of format 2"};
-    return names[static_cast<std::size_t>(layout)];
-}
 
 const ChildTask previewTask = {"aliases", runPreview, action};
 

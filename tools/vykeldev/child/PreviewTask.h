@@ -1,7 +1,6 @@
 #ifndef VYKELDEV_CHILD_PREVIEWTASK_H
 #define VYKELDEV_CHILD_PREVIEWTASK_H
 
-#include "AliasRecords.h"
 #include "child/ChildTask.h"
 
 namespace vykeldev {
@@ -10,9 +9,6 @@ namespace vykeldev {
 /// argument. Reports members of the "document" that `aliases` prints, and each "entry" of it. Its steps are
 /// texts for people.
 extern const ChildTask previewTask;
-
-/// As in the document.
-const char* layoutText(vykel::AliasLayout layout) noexcept;
 
 } // namespace vykeldev
 

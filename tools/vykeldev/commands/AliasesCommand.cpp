@@ -41,7 +41,7 @@ void printText(const Json& document, const std::string& file, bool colour) {
     printTable(std::cout, colour,
                {{"LINE", "line", Column::Kind::Count},
                 {"ALIAS", "alias"},
-                {layout == layoutText(vykel::AliasLayout::ByResourceName) ? "DEVICE" : "TOKEN", "target"},
+                {layout == "resource names" ? "DEVICE" : "TOKEN", "target"},
                 {"NEXT REFRESH", "text"}},
                document["entries"]);
 }

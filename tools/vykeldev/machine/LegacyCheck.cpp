@@ -14,78 +14,82 @@
 namespace vykeldev {
 namespace {
 
-/// The findings about one file, of each kind only as many as people read.
-class LegacyFindings {
-public:
-    LegacyFindings(std::string filePath, Findings& all) : path(std::move(filePath)), findings(all) {}
+/// Why the file cannot be read, if that is so.
+std::optional<Finding> readingTrouble(const LegacyFile& file, const std::string& path) {
+    std::string bytes;
+    const DWORD error = readFile(path, bytes);
+    const auto zeros = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\0'));
+    if (file.result == vyini::IniWideText || zeros > bytes.size() / 4) // UTF-16 may lack its byte-order mark
+        return Finding{&finding::legacyEncoding, path, ""};
+    if (file.result == 0)
+        return std::nullopt;
+    if (isFolder(path))
+        return Finding{&finding::legacyUnreadable, path, "a folder has its name", 0, "Move the folder away."};
+    const bool isKnown = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
+    return Finding{&finding::legacyUnreadable, path,
+                   error != ERROR_SUCCESS ? systemErrorText(error)
+                                          : "reading it gives " + std::to_string(file.result),
+                   0, isKnown ? remedyOfOpening(error) : ""};
+}
 
-    void add(const FindingKind* kind, int line, const std::string& detail, const std::string& remedy = "") {
-        constexpr std::size_t maxDetailBytes = 200;
-        if (++counts[kind] <= maxPerKind)
-            findings.push_back({kind, path, detail.substr(0, maxDetailBytes), line, remedy});
-    }
-
-    /// Reports how many were left out.
-    void finish() {
-        for (const FindingKind* const kind : finding::all)
-            if (const std::size_t count = counts[kind]; count > maxPerKind)
-                findings.push_back({kind, path, std::to_string(count - maxPerKind) + " more"});
-    }
-
-private:
-    static constexpr std::size_t maxPerKind = 20;
-
-    std::string path;
-    Findings& findings;
-    std::map<const FindingKind*, std::size_t> counts;
-};
-
-struct Trouble {
-    std::string detail; ///< Empty: there is none.
-    std::string remedy;
-};
-
-/// Why a transfer could not save the file. It replaces the file, so it needs the right to delete it. It
-/// writes a new file beside it, after it has removed what has the name of that.
-Trouble savingTrouble(const std::string& path, bool folderWritable) {
+/// Why a transfer could not save the file, if that is so. It replaces the file, so it needs the right to
+/// delete it. It writes a new file beside it, after it has removed what has the name of that.
+std::optional<Finding> savingTrouble(const std::string& path, bool folderWritable) {
+    const auto trouble = [&](const std::string& detail, const std::string& remedy) {
+        return Finding{&finding::legacyNotWritable, path, detail, 0, remedy};
+    };
     if (!openFile(path, GENERIC_READ | GENERIC_WRITE | DELETE, OPEN_EXISTING)) {
         const DWORD error = GetLastError();
         if (hasAttribute(path, FILE_ATTRIBUTE_READONLY))
-            return {"it is read-only", "Run 'attrib -r \"" + path + "\"'."};
-        return {"it cannot be replaced: " + systemErrorText(error), remedyOfOpening(error)};
+            return trouble("it is read-only", "Run 'attrib -r \"" + path + "\"'.");
+        return trouble("it cannot be replaced: " + systemErrorText(error), remedyOfOpening(error));
     }
     const vyini::IniString name = vyini::nameTempByExtension(path.c_str());
     if (name == nullptr)
         throw std::bad_alloc();
     const std::string temporary = name.get();
     if (isFolder(temporary))
-        return {"'" + temporary + "', where the new file is to be written, is a folder",
-                "Move that folder away."};
+        return trouble("'" + temporary + "', where the new file is to be written, is a folder",
+                       "Move that folder away.");
     if (hasAttribute(temporary, FILE_ATTRIBUTE_READONLY))
-        return {"'" + temporary + "' is in the way and read-only", "Delete that file."};
+        return trouble("'" + temporary + "' is in the way and read-only", "Delete that file.");
     if (!folderWritable)
-        return {"no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED)};
-    return {};
+        return trouble("no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED));
+    return std::nullopt;
 }
 
-void checkContent(const LegacyFile& file, LegacyFindings& findings, const Trouble& trouble) {
-    static constexpr const FindingKind* kinds[] = {&finding::legacyMalformed, &finding::legacyOtherLayout,
-                                                   &finding::legacyBehindGap, &finding::legacyResourceName,
-                                                   &finding::legacyNotLocal,  &finding::legacyDuplicate};
+/// What is wrong with the lines of a file that can be read, and what keeps a transfer from saving it.
+Findings checkContent(const LegacyFile& file, const std::string& path, bool folderWritable) {
+    Findings found;
     for (const LegacyLine& line : file.skippedLines)
-        findings.add(&finding::legacyLineIgnored, line.number, line.text);
+        found.push_back({&finding::legacyLineIgnored, path, line.text, line.number});
     bool canMove = false;
     for (const LegacyEntry& entry : file.entries()) {
-        canMove = canMove || entry.flaw == Flaw::None;
-        if (entry.flaw == Flaw::None)
-            continue;
+        canMove = canMove || entry.flaw == nullptr;
         const std::string text =
             entry.alias.value_or("(no alias)") + " = " + entry.target.value_or("(no token)");
-        findings.add(kinds[static_cast<std::size_t>(entry.flaw) - 1], entry.line,
-                     entry.detail.empty() ? text : entry.detail + " (" + text + ")");
+        if (entry.flaw != nullptr)
+            found.push_back({entry.flaw, path, entry.detail.empty() ? text : entry.detail + " (" + text + ")",
+                             entry.line});
     }
-    if (canMove && !trouble.detail.empty())
-        findings.add(&finding::legacyNotWritable, 0, trouble.detail, trouble.remedy);
+    if (const auto trouble = savingTrouble(path, folderWritable); canMove && trouble)
+        found.push_back(*trouble);
+    return found;
+}
+
+/// Adds what was found to all findings: of each kind, and of each detail, only as much as people read.
+void addSome(const Findings& found, Findings& all, const std::string& path) {
+    constexpr std::size_t maxPerKind = 20;
+    constexpr std::size_t maxDetailBytes = 200;
+    std::map<const FindingKind*, std::size_t> counts;
+    for (Finding each : found) {
+        each.detail = each.detail.substr(0, maxDetailBytes);
+        if (++counts[each.kind] <= maxPerKind)
+            all.push_back(std::move(each));
+    }
+    for (const FindingKind* const kind : finding::all)
+        if (const std::size_t count = counts[kind]; count > maxPerKind)
+            all.push_back({kind, path, std::to_string(count - maxPerKind) + " more"});
 }
 
 } // namespace
@@ -103,30 +107,17 @@ void checkLegacyFile(FolderReport& report, bool folderWritable) {
     state.state = "none";
     if (file.result == vyini::IniNoFile)
         return;
-    std::string bytes;
-    const DWORD error = readFile(state.path, bytes);
-    LegacyFindings findings(state.path, report.findings);
-    state.state = "unreadable";
-    const auto zeros = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\0'));
-    if (file.result == vyini::IniWideText ||
-        zeros > bytes.size() / 4) { // UTF-16 may lack its byte-order mark
-        findings.add(&finding::legacyEncoding, 0, "");
-    } else if (file.result != 0 && isFolder(state.path)) {
-        findings.add(&finding::legacyUnreadable, 0, "a folder has its name", "Move the folder away.");
-    } else if (file.result != 0 && (error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION)) {
-        findings.add(&finding::legacyUnreadable, 0, systemErrorText(error), remedyOfOpening(error));
-    } else if (file.result != 0) {
-        findings.add(&finding::legacyUnreadable, 0,
-                     error != ERROR_SUCCESS ? systemErrorText(error)
-                                            : "reading it gives " + std::to_string(file.result));
+    Findings found;
+    if (const auto trouble = readingTrouble(file, state.path)) {
+        state.state = "unreadable";
+        found.push_back(*trouble);
     } else {
         state.state = "read";
+        state.layout = file.layout() == vykel::AliasLayout::ByResourceName ? "resource names" : "tokens";
         state.aliasLines = aliasLinesOf(state.path);
-        const bool byName = vykel::aliasLayoutOf(&file.document()) == vykel::AliasLayout::ByResourceName;
-        state.layout = byName ? "resource names" : "tokens";
-        checkContent(file, findings, savingTrouble(state.path, folderWritable));
+        found = checkContent(file, state.path, folderWritable);
     }
-    findings.finish();
+    addSome(found, report.findings, state.path);
 }
 
 } // namespace vykeldev

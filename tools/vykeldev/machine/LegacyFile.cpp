@@ -2,8 +2,10 @@
 
 #include "ini/IniEdit.h"
 #include "ini/IniReader.h"
+#include "machine/Findings.h"
 #include "system/Text.h"
 #include "vybase/owners.h"
+#include "vykel/IDevice.h"
 #include <algorithm>
 #include <cstring>
 #include <map>
@@ -12,7 +14,6 @@ namespace vykeldev {
 namespace {
 
 using vykel::AliasFlaw;
-using vykel::AliasLayout;
 
 /// The number in a section name "Alias<number>", however it is written; or none.
 std::optional<std::uint32_t> numberInName(const std::string& name) {
@@ -32,116 +33,84 @@ bool isResourceName(const std::string& name) {
            number != vykel::noDeviceNumber && name == vykel::resourceName(number);
 }
 
-class EntryReader {
-public:
-    explicit EntryReader(vyini::IniDocument& file)
-        : document(file), byName(vykel::aliasLayoutOf(&file) == AliasLayout::ByResourceName) {}
+void judge(LegacyEntry& entry, const FindingKind& flaw, std::string detail) {
+    entry.flaw = &flaw;
+    entry.detail = std::move(detail);
+}
 
-    std::vector<LegacyEntry> run() {
-        addNames();
-        const std::size_t count = byName ? 0 : addRecords();
-        for (auto* section = document.sections.first(); section != nullptr; section = section->next)
-            addUnread(*section, count);
-        std::stable_sort(entries.begin(), entries.end(),
-                         [](const auto& a, const auto& b) { return a.line < b.line; });
-        return std::move(entries);
+/// Adds the aliases by resource name. Of several for one device a transfer uses the last.
+void addNames(vyini::IniDocument& document, bool byName, std::vector<LegacyEntry>& entries) {
+    const vyini::IniSection* const section = vyini::findIniSection(&document, vykel::aliasesSection);
+    const vyini::IniEntry* const first = section != nullptr ? section->entries.first() : nullptr;
+    std::map<std::string, std::int32_t> usedLine; // by resource name
+    for (const auto* name = first; name != nullptr; name = name->next)
+        usedLine[name->value] = name->line;
+    for (const auto* name = first; name != nullptr; name = name->next) {
+        LegacyEntry& entry = entries.emplace_back(LegacyEntry{name->key, name->value, name->line});
+        if (!byName)
+            judge(entry, finding::legacyOtherLayout, "the file's version asks for tokens");
+        else if (!isResourceName(name->value))
+            judge(entry, finding::legacyResourceName,
+                  "not a resource name: expected KEL and a number, such as KEL3");
+        else if (const std::int32_t line = usedLine[name->value]; line != name->line)
+            judge(entry, finding::legacyDuplicate, concat("line ", line, " names the same device"));
     }
+}
 
-private:
-    /// Adds the aliases by resource name. Of several for one device a transfer uses the last.
-    void addNames() {
-        const vyini::IniSection* const section = vyini::findIniSection(&document, vykel::aliasesSection);
-        const vyini::IniEntry* const first = section != nullptr ? section->entries.first() : nullptr;
-        std::map<std::string, std::int32_t> usedLine; // by resource name
-        for (const auto* entry = first; entry != nullptr; entry = entry->next)
-            usedLine[entry->value] = entry->line;
-        for (const auto* name = first; name != nullptr; name = name->next) {
-            LegacyEntry& entry = entries.emplace_back(LegacyEntry{name->key, name->value, name->line});
-            if (!byName)
-                judge(entry, Flaw::OtherLayout, "the file's version asks for tokens");
-            else if (!isResourceName(*entry.target))
-                judge(entry, Flaw::ResourceName,
-                      "not a resource name: expected KEL and a number, such as KEL3");
-            else if (usedLine[*entry.target] != entry.line)
-                judge(entry, Flaw::Duplicate,
-                      concat("line ", usedLine[*entry.target], " names the same device"));
-        }
-    }
-
-    /// Adds the records by token that a transfer reads, and returns how many there are. Of several for one
-    /// device the first decides.
-    std::size_t addRecords() {
-        std::map<std::string, std::int32_t> firstLine; // by token
-        std::size_t count = 0;
-        for (; auto* const section = vykel::findAliasSection(&document, count); ++count) {
-            vykel::TraditionalAliasRecord record;
-            const AliasFlaw flaw = vykel::readAliasRecord(document, *section, record);
-            LegacyEntry& entry = addRecord(*section, record);
-            entry.record = count;
-            if (flaw != AliasFlaw::None)
-                judgeMalformed(entry, flaw, *section);
-            else if (const auto [first, isNew] = firstLine.try_emplace(record.persistentToken, section->line);
-                     !record.local)
-                judge(entry, Flaw::NotLocal, "");
-            else if (!isNew)
-                judge(entry, Flaw::Duplicate, concat("line ", first->second, " has the same token"));
-        }
-        return count;
-    }
-
-    LegacyEntry& addRecord(vyini::IniSection& section, const vykel::TraditionalAliasRecord& record) {
-        LegacyEntry& entry = entries.emplace_back();
-        if (find(section, "Alias") != nullptr)
-            entry.alias = record.alias;
-        if (find(section, "PersistentToken") != nullptr)
-            entry.target = record.persistentToken;
-        entry.line = section.line;
-        return entry;
-    }
-
-    const vyini::IniEntry* find(vyini::IniSection& section, const char* key) const {
+/// The record by token that a section holds, with the flaws that it has by itself.
+LegacyEntry readRecord(const vyini::IniDocument& document, vyini::IniSection& section) {
+    const auto find = [&](const char* key) {
         return vyini::findIniEntry(&section, document.caseSensitive, key);
-    }
-
-    static void judge(LegacyEntry& entry, Flaw flaw, std::string detail) {
-        entry.flaw = flaw;
-        entry.detail = std::move(detail);
-    }
-
-    void judgeMalformed(LegacyEntry& entry, AliasFlaw flaw, vyini::IniSection& section) const {
+    };
+    vykel::TraditionalAliasRecord record;
+    const AliasFlaw flaw = vykel::readAliasRecord(document, section, record);
+    LegacyEntry entry{std::nullopt, std::nullopt, section.line};
+    if (find("Alias") != nullptr)
+        entry.alias = record.alias;
+    if (find("PersistentToken") != nullptr)
+        entry.target = record.persistentToken;
+    if (flaw == AliasFlaw::UnknownLocal) {
+        entry.line = find("Local")->line;
+        judge(entry, finding::legacyMalformed,
+              concat("Local is '", find("Local")->value, "', neither True nor False"));
+    } else if (flaw != AliasFlaw::None) {
         static constexpr const char* keys[] = {"", "Alias", "PersistentToken", "Local"}; // as AliasFlaw
-        if (flaw != AliasFlaw::UnknownLocal)
-            return judge(entry, Flaw::Malformed,
-                         concat(keys[static_cast<std::size_t>(flaw)], " is missing or empty"));
-        const vyini::IniEntry* const local = find(section, "Local");
-        entry.line = local->line;
-        judge(entry, Flaw::Malformed, concat("Local is '", local->value, "', neither True nor False"));
+        judge(entry, finding::legacyMalformed,
+              concat(keys[static_cast<std::size_t>(flaw)], " is missing or empty"));
+    } else if (!record.local) {
+        judge(entry, finding::legacyNotLocal, "");
     }
+    return entry;
+}
 
-    /// Adds the record of a section, if it holds one that no transfer reads. `count`: those before are read.
-    void addUnread(vyini::IniSection& section, std::size_t count) {
-        const auto number = numberInName(section.name);
+/// Adds the records by token. Of several for one device the first that a transfer reads decides.
+void addRecords(vyini::IniDocument& document, bool byName, std::vector<LegacyEntry>& entries) {
+    std::map<std::string, std::int32_t> firstLine; // by token
+    std::size_t count = 0;
+    for (; auto* const section = vykel::findAliasSection(&document, count); ++count)
+        if (const LegacyEntry entry = readRecord(document, *section); entry.flaw != &finding::legacyMalformed)
+            firstLine.try_emplace(*entry.target, entry.line);
+    for (auto* section = document.sections.first(); section != nullptr; section = section->next) {
+        const auto number = numberInName(section->name);
         if (!number)
-            return;
+            continue;
+        LegacyEntry& entry = entries.emplace_back(readRecord(document, *section));
         const std::string name = vykel::aliasSectionName(*number);
-        const bool isMisspelt = vyini::compareIniNames(section.name, name.c_str(), 0) != 0;
-        if (!byName && !isMisspelt && *number < count)
-            return;
-        vykel::TraditionalAliasRecord record;
-        vykel::readAliasRecord(document, section, record); // its Local may be unknown: that is no flaw here
-        LegacyEntry& entry = addRecord(section, record);
+        const bool isMisspelt = vyini::compareIniNames(section->name, name.c_str(), 0) != 0;
+        const bool isRead = !byName && !isMisspelt && *number < count;
+        if (!isRead)
+            entry.line = section->line; // not that of a value to correct
         if (byName)
-            judge(entry, Flaw::OtherLayout, "the file's version asks for resource names");
+            judge(entry, finding::legacyOtherLayout, "the file's version asks for resource names");
         else if (isMisspelt)
-            judge(entry, Flaw::BehindGap, "it is not written " + name);
-        else
-            judge(entry, Flaw::BehindGap, "there is no " + vykel::aliasSectionName(count));
+            judge(entry, finding::legacyBehindGap, "it is not written " + name);
+        else if (!isRead)
+            judge(entry, finding::legacyBehindGap, "there is no " + vykel::aliasSectionName(count));
+        else if (entry.flaw == nullptr && firstLine[*entry.target] != entry.line)
+            judge(entry, finding::legacyDuplicate,
+                  concat("line ", firstLine[*entry.target], " has the same token"));
     }
-
-    vyini::IniDocument& document;
-    bool byName;
-    std::vector<LegacyEntry> entries;
-};
+}
 
 /// Whether a section of that name is about aliases: General, Aliases, or Alias and a number.
 bool isAliasSection(const std::string& name) {
@@ -162,7 +131,13 @@ LegacyFile::LegacyFile(const std::string& path) {
 }
 
 std::vector<LegacyEntry> LegacyFile::entries() const {
-    return EntryReader(document()).run();
+    const bool byName = layout() == vykel::AliasLayout::ByResourceName;
+    std::vector<LegacyEntry> all;
+    addNames(document(), byName, all);
+    addRecords(document(), byName, all);
+    std::stable_sort(all.begin(), all.end(),
+                     [](const auto& left, const auto& right) { return left.line < right.line; });
+    return all;
 }
 
 std::vector<LegacyLine> aliasLinesOf(const std::string& path) {

@@ -2,9 +2,8 @@
 #define VYKELDEV_MACHINE_LEGACYFILE_H
 
 #include "AliasRecords.h"
+#include "machine/Finding.h"
 #include "pellumkelddk/user/AutoIniText.h"
-#include "vykel/IDevice.h"
-#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -12,26 +11,15 @@
 
 namespace vykeldev {
 
-/// Why an entry of the legacy file is not handed over, as far as the file itself shows.
-enum class Flaw {
-    None,
-    Malformed,    ///< It makes the whole transfer fail.
-    OtherLayout,  ///< The file's version asks for entries of the other layout.
-    BehindGap,    ///< Reading ends before its section.
-    ResourceName, ///< It names no device, present or not.
-    NotLocal,     ///< It is about a device of another machine.
-    Duplicate     ///< Another entry for the same device counts.
-};
-
 /// One entry of the legacy file.
 struct LegacyEntry {
     std::optional<std::string> alias = {};
     std::optional<std::string> target = {}; ///< A resource name, or a persistent token.
     std::int32_t line = 0;                  ///< In the file; of a malformed one, where to correct it.
-    Flaw flaw = Flaw::None;
+    /// Why it is not handed over, as far as the file itself shows, or null. finding::legacyMalformed makes
+    /// the whole transfer fail.
+    const FindingKind* flaw = nullptr;
     std::string detail = {}; ///< Describes the flaw for people.
-    std::optional<std::size_t> record =
-        {}; ///< The number of its section, when a transfer reads that section.
 };
 
 /// A line of the legacy file, without its end.
@@ -49,6 +37,8 @@ public:
 
     /// Owned by this object.
     vyini::IniDocument& document() const noexcept { return *text.document(); }
+    /// Throws std::bad_alloc.
+    vykel::AliasLayout layout() const { return vykel::aliasLayoutOf(text.document()); }
     /// In the order of their lines. Throws std::bad_alloc.
     std::vector<LegacyEntry> entries() const;
 
