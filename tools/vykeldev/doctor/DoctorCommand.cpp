@@ -17,7 +17,7 @@ namespace {
 /// Checks that clients of this tool's release can load the library. Returns which releases are at work.
 Json checkLibrary(const std::string& path, Findings& findings) {
     const std::string tool = VYKELDEV_VERSION;
-    const std::optional<std::string> version = factsOf(path).version;
+    const auto version = factsOf(path)["version"].get<std::optional<std::string>>();
     const vybase::Module library(LoadLibraryExW(toWide(path).c_str(), nullptr, 0));
     if (!library || GetProcAddress(library.get(), "vykeldevenum_initialize") == nullptr)
         findings.push_back({&finding::libraryMissing, path, systemErrorText(GetLastError())});

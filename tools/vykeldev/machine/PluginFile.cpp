@@ -12,11 +12,6 @@
 namespace vykeldev {
 namespace {
 
-/// Reads the headers of a library of this system. None on the host: there the loader is the only judge.
-std::optional<LibraryImage> readNativeImage(std::string_view bytes) {
-    return librariesArePe ? std::optional(readPeImage(bytes)) : std::nullopt;
-}
-
 /// Follows the imports of `plugin`, their imports, and so on, without loading anything; the system's own
 /// libraries are not looked into. Returns for people which libraries cannot be found or used, each once,
 /// those that the plug-in itself imports first. Fills `plugin.missingImports`. `path` is the plug-in's own.
@@ -24,32 +19,31 @@ std::vector<std::string> findBadDependencies(LibraryImage& plugin, const std::st
     const std::string folder = path.substr(0, path.find_last_of("\\/") + 1);
     std::vector<std::string> bad;
     std::set<std::string> seen; // libraries may import each other
-    std::deque<std::pair<std::string, LibraryImage>> importers{{"", plugin}};
-    for (; !importers.empty(); importers.pop_front()) {
-        const auto [importer, importerImage] = std::move(importers.front());
-        const std::string importedBy = importer.empty() ? "" : concat(" (imported by ", importer, ")");
-        for (const std::string& name : importerImage.imports) {
-            if (!seen.insert(name).second)
-                continue;
-            const std::optional<std::string> found = findImport(name);
-            if (!found) {
-                const DWORD beside = GetFileAttributesW(toWide(folder + name).c_str());
-                plugin.missingImports.push_back(name);
-                bad.push_back(concat("not found: ", name, importedBy,
-                                     beside == INVALID_FILE_ATTRIBUTES
-                                         ? ""
-                                         : ", which is beside the plug-in, where the system does not look"));
-            }
-            std::string bytes;
-            if (!found || found->empty() || !isOrdinaryFile(*found) ||
-                readFile(*found, bytes) != ERROR_SUCCESS)
-                continue; // what cannot be read is left to the loader
-            const std::optional<LibraryImage> image = readNativeImage(bytes);
-            if (image && image->kind == LibraryImage::Kind::Library)
-                importers.emplace_back(name, *image);
-            else if (image)
-                bad.push_back(concat(name, importedBy, " cannot be used: '", *found, "': ", image->detail));
+    /// Names of libraries, each with a text that says who imports it.
+    std::deque<std::pair<std::string, std::string>> wanted;
+    for (const std::string& name : plugin.imports)
+        wanted.emplace_back(name, "");
+    for (; !wanted.empty(); wanted.pop_front()) {
+        const auto [name, importedBy] = std::move(wanted.front());
+        if (!seen.insert(name).second)
+            continue;
+        const std::optional<std::string> found = findImport(name);
+        if (!found) {
+            const DWORD beside = GetFileAttributesW(toWide(folder + name).c_str());
+            plugin.missingImports.push_back(name);
+            bad.push_back(concat("not found: ", name, importedBy,
+                                 beside == INVALID_FILE_ATTRIBUTES
+                                     ? ""
+                                     : ", which is beside the plug-in, where the system does not look"));
         }
+        std::string bytes;
+        if (!found || found->empty() || !isOrdinaryFile(*found) || readFile(*found, bytes) != ERROR_SUCCESS)
+            continue; // what cannot be read is left to the loader
+        const LibraryImage image = readPeImage(bytes);
+        for (const std::string& each : image.imports)
+            wanted.emplace_back(each, concat(" (imported by ", name, ")"));
+        if (image.kind != LibraryImage::Kind::Library)
+            bad.push_back(concat(name, importedBy, " cannot be used: '", *found, "': ", image.detail));
     }
     return bad;
 }
@@ -71,9 +65,9 @@ std::optional<Obstacle> lookAtHeaders(const std::string& path, std::optional<Lib
                         systemErrorText(error) + pathOddity(path),
                         missing && !pathOddity(path).empty() ? &finding::pathRelative : nullptr};
     }
-    image = readNativeImage(bytes);
-    if (!image)
-        return std::nullopt;
+    if (!librariesArePe)
+        return std::nullopt; // the loader is the only judge
+    image = readPeImage(bytes);
     if (image->kind == LibraryImage::Kind::NotALibrary)
         return Obstacle{&finding::fileNotALibrary, Step::File, image->detail};
     if (image->kind == LibraryImage::Kind::OtherMachine)
@@ -83,19 +77,17 @@ std::optional<Obstacle> lookAtHeaders(const std::string& path, std::optional<Lib
 
 } // namespace
 
-FileFacts factsOf(const std::string& path) {
-    FileFacts facts;
+Json factsOf(const std::string& path) {
     WIN32_FILE_ATTRIBUTE_DATA data = {};
     if (!isAbsolutePath(path) || !isOrdinaryFile(path) ||
         !GetFileAttributesExW(toWide(path).c_str(), GetFileExInfoStandard, &data))
-        return facts;
+        return {{"version", nullptr}, {"maker", nullptr}, {"written", nullptr}};
     const auto [version, maker] = fileVersion(path);
-    const auto known = [](const std::string& text) {
-        return text.empty() ? std::nullopt : std::optional(text);
-    };
     const FILETIME& time = data.ftLastWriteTime; // tenths of microseconds since 1601
     const auto seconds = ((std::uint64_t{time.dwHighDateTime} << 32) + time.dwLowDateTime) / 10'000'000;
-    return {known(version), known(maker), utcText(static_cast<std::time_t>(seconds - 11'644'473'600))};
+    return {{"version", textOrNull(version)},
+            {"maker", textOrNull(maker)},
+            {"written", utcText(static_cast<std::time_t>(seconds - 11'644'473'600))}};
 }
 
 std::string pathOddity(const std::string& path) {

@@ -39,17 +39,8 @@ struct Obstacle {
     const FindingKind* remedyOf = nullptr; ///< Whose remedy helps here; null: that of `kind`.
 };
 
-/// What the file at a path says of itself; each may be unknown.
-struct FileFacts {
-    std::optional<std::string> version;
-    std::optional<std::string> maker;
-    std::optional<std::string> written; ///< When.
-
-    static constexpr std::tuple members{member("version", &FileFacts::version),
-                                        member("maker", &FileFacts::maker),
-                                        member("written", &FileFacts::written)};
-};
-FileFacts factsOf(const std::string& path);
+/// What the file at a path says of itself: "version", "maker" and when it was "written"; each may be null.
+Json factsOf(const std::string& path);
 
 /// Looks at the file at a path of the registry and for the libraries that it imports. Returns why a load will
 /// fail, or nothing. Fills `image` when the headers can be read.
