@@ -11,19 +11,12 @@
 #include "system/DisplayText.h"
 #include "system/Paths.h"
 #include "system/System.h"
+#include "system/Text.h"
 
 namespace vykeldev {
 namespace {
 
 constexpr const char* action = "previewing the transfer of aliases";
-
-/// Why an entry is never used, or not this time.
-std::string unreachedText(const EntryPreview& entry) {
-    if (!entry.stays)
-        return "never used; removed with its section: " + entry.detail;
-    const bool later = entry.flaw == &finding::legacyDuplicate; // it counts once the other is gone
-    return (later ? "not used this time; stays: " : "never used; stays: ") + entry.detail;
-}
 
 /// What the next refresh does with an entry.
 struct Fate {
@@ -48,8 +41,12 @@ Fate fateOfUnused(const EntryPreview& entry, bool fails) {
         return {"malformed", "malformed: " + entry.detail};
     if (entry.flaw == &finding::legacyNotLocal)
         return {"not-local", "not local; stays"};
+    const bool later = entry.flaw == &finding::legacyDuplicate; // it counts once the other is gone
     if (entry.flaw != nullptr)
-        return {"unreached", unreachedText(entry)};
+        return {"unreached", concat(!entry.stays ? "never used; removed with its section: "
+                                    : later      ? "not used this time; stays: "
+                                                 : "never used; stays: ",
+                                    entry.detail)};
     if (fails)
         return {"blocked", "waits until the malformed entries are corrected"};
     return {"no-device",

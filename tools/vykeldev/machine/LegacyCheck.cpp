@@ -14,53 +14,54 @@
 namespace vykeldev {
 namespace {
 
-/// Why the file cannot be read, if that is so.
-std::optional<Finding> readingTrouble(const LegacyFile& file, const std::string& path) {
+/// Finds out why the file cannot be read, if that is so.
+void checkReading(const LegacyFile& file, const std::string& path, Findings& found) {
     std::string bytes;
     const DWORD error = readFile(path, bytes);
     const auto zeros = static_cast<std::size_t>(std::count(bytes.begin(), bytes.end(), '\0'));
     if (file.result == vyini::IniWideText || zeros > bytes.size() / 4) // UTF-16 may lack its byte-order mark
-        return Finding{&finding::legacyEncoding, path, ""};
+        return found.push_back({&finding::legacyEncoding, path, ""});
     if (file.result == 0)
-        return std::nullopt;
+        return;
+    const auto add = [&](const std::string& detail, const std::string& remedy) {
+        found.push_back({&finding::legacyUnreadable, path, detail, 0, remedy});
+    };
     if (isFolder(path))
-        return Finding{&finding::legacyUnreadable, path, "a folder has its name", 0, "Move the folder away."};
+        return add("a folder has its name", "Move the folder away.");
+    if (error == ERROR_SUCCESS)
+        return add("reading it gives " + std::to_string(file.result), "");
     const bool isKnown = error == ERROR_ACCESS_DENIED || error == ERROR_SHARING_VIOLATION;
-    return Finding{&finding::legacyUnreadable, path,
-                   error != ERROR_SUCCESS ? systemErrorText(error)
-                                          : "reading it gives " + std::to_string(file.result),
-                   0, isKnown ? remedyOfOpening(error) : ""};
+    add(systemErrorText(error), isKnown ? remedyOfOpening(error) : "");
 }
 
-/// Why a transfer could not save the file, if that is so. It replaces the file, so it needs the right to
-/// delete it. It writes a new file beside it, after it has removed what has the name of that.
-std::optional<Finding> savingTrouble(const std::string& path, bool folderWritable) {
-    const auto trouble = [&](const std::string& detail, const std::string& remedy) {
-        return Finding{&finding::legacyNotWritable, path, detail, 0, remedy};
+/// Finds out why a transfer could not save the file, if that is so. It replaces the file, so it needs the
+/// right to delete it. It writes a new file beside it, after it has removed what has the name of that.
+void checkSaving(const std::string& path, bool folderWritable, Findings& found) {
+    const auto add = [&](const std::string& detail, const std::string& remedy) {
+        found.push_back({&finding::legacyNotWritable, path, detail, 0, remedy});
     };
     if (!openFile(path, GENERIC_READ | GENERIC_WRITE | DELETE, OPEN_EXISTING)) {
         const DWORD error = GetLastError();
         if (hasAttribute(path, FILE_ATTRIBUTE_READONLY))
-            return trouble("it is read-only", "Run 'attrib -r \"" + path + "\"'.");
-        return trouble("it cannot be replaced: " + systemErrorText(error), remedyOfOpening(error));
+            return add("it is read-only", "Run 'attrib -r \"" + path + "\"'.");
+        return add("it cannot be replaced: " + systemErrorText(error), remedyOfOpening(error));
     }
     const vyini::IniString name = vyini::nameTempByExtension(path.c_str());
     if (name == nullptr)
         throw std::bad_alloc();
     const std::string temporary = name.get();
     if (isFolder(temporary))
-        return trouble("'" + temporary + "', where the new file is to be written, is a folder",
-                       "Move that folder away.");
-    if (hasAttribute(temporary, FILE_ATTRIBUTE_READONLY))
-        return trouble("'" + temporary + "' is in the way and read-only", "Delete that file.");
-    if (!folderWritable)
-        return trouble("no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED));
-    return std::nullopt;
+        add("'" + temporary + "', where the new file is to be written, is a folder",
+            "Move that folder away.");
+    else if (hasAttribute(temporary, FILE_ATTRIBUTE_READONLY))
+        add("'" + temporary + "' is in the way and read-only", "Delete that file.");
+    else if (!folderWritable)
+        add("no new file can be made beside it", remedyOfOpening(ERROR_ACCESS_DENIED));
 }
 
-/// What is wrong with the lines of a file that can be read, and what keeps a transfer from saving it.
-Findings checkContent(const LegacyFile& file, const std::string& path, bool folderWritable) {
-    Findings found;
+/// Finds out what is wrong with the lines of the file, which can be read, and whether it can be saved when
+/// there is something to move.
+void checkContent(const LegacyFile& file, const std::string& path, bool folderWritable, Findings& found) {
     for (const LegacyLine& line : file.skippedLines)
         found.push_back({&finding::legacyLineIgnored, path, line.text, line.number});
     bool canMove = false;
@@ -72,9 +73,8 @@ Findings checkContent(const LegacyFile& file, const std::string& path, bool fold
             found.push_back({entry.flaw, path, entry.detail.empty() ? text : entry.detail + " (" + text + ")",
                              entry.line});
     }
-    if (const auto trouble = savingTrouble(path, folderWritable); canMove && trouble)
-        found.push_back(*trouble);
-    return found;
+    if (canMove)
+        checkSaving(path, folderWritable, found);
 }
 
 /// Adds what was found to all findings: of each kind, and of each detail, only as much as people read.
@@ -108,14 +108,12 @@ void checkLegacyFile(FolderReport& report, bool folderWritable) {
     if (file.result == vyini::IniNoFile)
         return;
     Findings found;
-    if (const auto trouble = readingTrouble(file, state.path)) {
-        state.state = "unreadable";
-        found.push_back(*trouble);
-    } else {
-        state.state = "read";
+    checkReading(file, state.path, found);
+    state.state = found.empty() ? "read" : "unreadable";
+    if (found.empty()) {
         state.layout = file.layout() == vykel::AliasLayout::ByResourceName ? "resource names" : "tokens";
         state.aliasLines = aliasLinesOf(state.path);
-        found = checkContent(file, state.path, folderWritable);
+        checkContent(file, state.path, folderWritable, found);
     }
     addSome(found, report.findings, state.path);
 }
