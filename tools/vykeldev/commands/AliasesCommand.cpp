@@ -8,27 +8,30 @@
 namespace vykeldev {
 namespace {
 
-/// What the child reported.
-struct Result {
+/// A refresh reads what the link leads to, but writes a new file.
+void warnOfLink(const Context& context, const Json& document) {
+    context.notices() << typeable(
+        concat("vykeldev: warning: ", printable(document["file"].get<std::string>()), " is ",
+               document["link"].get<std::string>(),
+               ": a refresh that moves an alias puts a new file in its place and leaves the other as it is; "
+               "'vykeldev doctor' says more\n"));
+}
+
+/// The document that the child reports.
+Json runPreview(const Context& context) {
     Json document = {{"file", ""},        {"exists", false}, {"link", nullptr},
                      {"layout", nullptr}, {"fails", false},  {"entries", Json::array()}};
-    std::exception_ptr failure; ///< Why there is no preview, or null.
-};
-
-Result runPreview() {
-    Result result;
     TaskRun child(previewTask, {}, [&](const Json& report) {
-        result.document.update(report.value("document", Json::object()));
+        const Json members = report.value("document", Json::object());
+        document.update(members);
         if (report.contains("entry"))
-            result.document["entries"].push_back(report["entry"]);
+            document["entries"].push_back(report["entry"]);
+        if (!members.value("link", Json()).is_null())
+            warnOfLink(context, document);
     });
-    try {
-        while (!child.isDone())
-            child.listen();
-    } catch (const Failure&) {
-        result.failure = std::current_exception();
-    }
-    return result;
+    while (!child.isDone())
+        child.listen();
+    return document;
 }
 
 void printText(const Json& document, const std::string& file, bool colour) {
@@ -47,15 +50,8 @@ void printText(const Json& document, const std::string& file, bool colour) {
 }
 
 ExitCode previewAliases(Context& context, const CommonOptions& options) {
-    const auto [document, failure] = runPreview();
+    const Json document = runPreview(context);
     const std::string file = printable(document["file"].get<std::string>());
-    if (!document["link"].is_null()) // the refresh reads what it leads to, but writes a new file
-        context.notices() << typeable(concat(
-            "vykeldev: warning: ", file, " is ", document["link"].get<std::string>(),
-            ": a refresh that moves an alias puts a new file in its place and leaves the other as it is; "
-            "'vykeldev doctor' says more\n"));
-    if (failure)
-        std::rethrow_exception(failure);
     const bool exists = document["exists"].get<bool>();
     context.document.update(document);
     if (exists && !options.json)
