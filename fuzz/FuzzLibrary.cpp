@@ -12,12 +12,16 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
         readPeImage({reinterpret_cast<const char*>(data), size}); // not the copy: exact
     const bool isLibrary = image.kind == LibraryImage::Kind::Library;
     check(image.detail.empty() == isLibrary && (!isLibrary || bytes.compare(0, 2, "MZ") == 0));
-    for (const std::string& name : image.imports)
+    vykelfuzz::note(image.detail);
+    for (const std::string& name : image.imports) {
         check(isLibrary && name.size() <= 255 && bytes.find(name) != std::string::npos);
+        vykelfuzz::note(name);
+    }
     const auto& missing = image.missingExports;
     for (const char* const name : entryPointNames) {
         const auto reports = std::count(missing.begin(), missing.end(), name);
         check(reports <= 1 && (!isLibrary || reports == 1 || bytes.find(name) != std::string::npos));
+        vykelfuzz::note(reports == 1 ? name : "");
     }
     return 0;
 }
