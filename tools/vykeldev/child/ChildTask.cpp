@@ -89,7 +89,7 @@ bool TaskRun::listen(std::chrono::milliseconds time) {
 bool TaskRun::isDone() const {
     if (failure)
         throw *failure;
-    if (!lacksNone)
+    if (!noneLost)
         throw Failure("a report about the devices got lost",
                       "A plug-in prints, or a text is too long. What was to be changed may be changed.",
                       "Run 'vykeldev doctor': it tries each plug-in by itself.");
@@ -122,7 +122,7 @@ void TaskRun::take(std::string_view line) {
     try {
         const Json numbered = Json::parse(line.substr(mark.size()));
         const Json& report = numbered.at(1);
-        lacksNone = lacksNone && numbered.at(0) == reportCount++;
+        noneLost = numbered.at(0) == reportCount++ && noneLost;
         isTaskDone = report.value("done", false);
         lastStep = report.value("step", lastStep);
         if (report.contains("failed"))

@@ -90,7 +90,7 @@ public:
     bool isDone() const;
 
     /// Whether no report got lost before the last one.
-    bool isComplete() const noexcept { return lacksNone; }
+    bool isComplete() const noexcept { return noneLost; }
 
     /// What the time limit of finish() is for.
     enum class Limit { WholeTask, BetweenReports };
@@ -109,7 +109,7 @@ private:
     const ReportHandler handler;
     const CtrlC ctrlC;
     std::size_t reportCount = 0;
-    bool lacksNone = true;
+    bool noneLost = true;
     bool isRunning = true;
     bool isTaskDone = false;
     std::optional<Failure> failure; ///< Of the task.
