@@ -20,10 +20,6 @@
 #include <aclapi.h>
 #include <psapi.h>
 
-// Of ntdll.dll; only headers for drivers have it. GetVersionEx reports the newest system that the program's
-// manifest names, not the real one.
-extern "C" LONG WINAPI RtlGetVersion(OSVERSIONINFOW* version);
-
 namespace vykeldev {
 namespace {
 
@@ -285,9 +281,13 @@ const char* const libraryFileName = "vykeldevenum.dll";
 const bool librariesArePe = true;
 
 std::string systemVersion() {
+    using RtlGetVersion = LONG(WINAPI*)(OSVERSIONINFOW*);
     OSVERSIONINFOW version = {};
     version.dwOSVersionInfoSize = sizeof version;
-    RtlGetVersion(&version);
+    // GetVersionEx reports the newest system that the program's manifest names, not the real one.
+    const FARPROC function = GetProcAddress(GetModuleHandleW(L"ntdll.dll"), "RtlGetVersion");
+    if (function != nullptr)
+        reinterpret_cast<RtlGetVersion>(reinterpret_cast<void (*)()>(function))(&version);
     return concat("Windows ", version.dwMajorVersion, '.', version.dwMinorVersion, '.',
                   version.dwBuildNumber);
 }
