@@ -1,4 +1,4 @@
-"""Proofs with a client of the exports: lives, kills, threads, readers of the legacy file."""
+"""Proofs with a client of the exports: lives, kills, threads."""
 
 import random
 import statistics
@@ -156,19 +156,3 @@ def threads(row: Row, count: int, each: int) -> None:
     row.ran = f"{count} threads x {each} lives, {reports} reports, 0 suppressions"
     row.expect(ended.returncode == 0 and reports == 0, ended.stderr[:2000])
     row.expect(ended.stdout.split() == [str(8 * count * each), "0"], f"devices and failures: {ended.stdout}")
-
-
-def reader(row: Row, machine: Machine, count: int) -> None:
-    """A program that holds the legacy file open sees the old or the new one; the refresh after it finishes."""
-    machine.prepare().reset(10, "number", "".join(f"key{i}={'v' * 60}\n" for i in range(2000)))
-    copies = [machine.drive / "proof" / name for name in ("old.ini", "new.ini")]
-    copies[0].write_bytes(machine.ini.read_bytes())
-    machine.must("proof_client", "life")
-    copies[1].write_bytes(machine.ini.read_bytes())
-    out = machine.must("proof_client", "saves", str(count), *map(machine.named, [machine.ini, *copies]))
-    refused, old, new, wrong = map(int, out.split())
-    row.ran = f"{count} saves, {refused} refused and tried again; the reader saw {old} old, {new} new, {wrong} others"
-    row.expect(wrong == 0, "half a file, or another one")
-    row.expect(min(old, new) >= count // 50, "the reader did not see both")
-    if not isinstance(machine, HostMachine):  # only Windows refuses to replace an open file
-        row.expect(refused >= count // 50, "no save met the reader")

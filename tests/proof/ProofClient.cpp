@@ -6,8 +6,6 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
-#include <mutex>
-#include <random>
 #include <string>
 #include <thread>
 #include <vector>
@@ -139,45 +137,6 @@ int threads(const Arguments& arguments) {
     return 0;
 }
 
-/// saves COUNT FILE OLD NEW: so many refreshes, each of which makes a new legacy file of an old one, while a
-/// reader holds the file open now and then. Prints how many refreshes were refused and then finished, how
-/// often the reader saw the old and the new file, and how often anything else was there.
-int saves(const Arguments& arguments) {
-    const std::string path = arguments[1], before = readFile(arguments[2]), after = readFile(arguments[3]);
-    long refused = 0, notOpened = 0, sawOld = 0, sawNew = 0, wrong = 0;
-    std::mutex renewing; // the reader is away while the old file is put back
-    std::atomic<bool> done{false};
-    std::thread reader([&] {
-        std::minstd_rand random(1);
-        while (!done) {
-            {
-                const std::lock_guard<std::mutex> guard(renewing);
-                std::ifstream file(path, std::ios::binary);
-                std::this_thread::sleep_for(microseconds(random() % 3000));
-                const std::string text{std::istreambuf_iterator<char>(file), {}};
-                ++(!file.is_open() ? notOpened : text == before ? sawOld : text == after ? sawNew : wrong);
-            }
-            std::this_thread::sleep_for(microseconds(random() % 3000));
-        }
-    });
-    for (long left = std::stol(arguments[0]); left > 0; --left) {
-        {
-            const std::lock_guard<std::mutex> guard(renewing);
-            writeFile(path, before);
-        }
-        int tries = 0;
-        while (live([](vykel::IDeviceList&, vykel::StatusBlock&) {}) < 0 && ++tries < 1000) {
-            ++refused;
-            wrong += readFile(path) != before;
-        }
-        wrong += readFile(path) != after;
-    }
-    done = true;
-    reader.join();
-    std::printf("%ld %ld %ld %ld\n", refused, sawOld, sawNew, wrong);
-    return 0;
-}
-
 } // namespace
 
 int main(int argc, char** argv) {
@@ -186,6 +145,5 @@ int main(int argc, char** argv) {
     return name == "life"      ? life(rest)
            : name == "lives"   ? lives(rest)
            : name == "threads" ? threads(rest)
-           : name == "saves"   ? saves(rest)
                                : 2;
 }
