@@ -73,7 +73,7 @@ TaskRun::TaskRun(const ChildTask& task, const std::vector<std::string>& argument
     : mark(makeMark()), handler(std::move(onReport)), ctrlC(onCtrlC),
       child(taskArguments(task.name, mark, arguments)) {}
 
-bool TaskRun::listen(std::chrono::milliseconds time) {
+void TaskRun::listen(std::chrono::milliseconds time) {
     if (ctrlC == CtrlC::Ends && StopRequest::isMade())
         throw Stopped();
     isRunning = child.read(bytes, time);
@@ -83,7 +83,6 @@ bool TaskRun::listen(std::chrono::milliseconds time) {
     bytes.erase(0, first);
     if (bytes.size() > Reporter::maxLineBytes) // a flood without line ends costs little memory
         bytes.clear();
-    return isRunning;
 }
 
 bool TaskRun::isDone() const {

@@ -82,8 +82,8 @@ public:
     static constexpr std::chrono::milliseconds pollInterval{50};
 
     /// Takes the reports that come within `time`, which is at most pollInterval; returns after the first
-    /// ones. False when the child has ended. Throws Failure.
-    bool listen(std::chrono::milliseconds time = pollInterval);
+    /// ones. Throws Failure.
+    void listen(std::chrono::milliseconds time = pollInterval);
 
     /// Whether the task is done. Throws Failure: of the task, with its cause on this machine; of a report
     /// that got lost; or of a client of the library that ended too early.
